@@ -1,0 +1,43 @@
+# Build options and the compile flags that every target of this tree shares.
+
+option(QVXSYS_BUILD_TOOL "Build the qvx command-line tool" ON)
+option(QVXSYS_BUILD_TESTS "Build the tests and the examples" ON)
+option(QVXSYS_BUILD_FUZZ "Build the fuzz targets (needs Clang)" OFF)
+option(QVXSYS_BUILD_BENCH "Build the benchmarks (needs the peer libraries)" OFF)
+option(QVXSYS_WERROR "Treat warnings as errors" OFF)
+set(QVXSYS_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them: address,undefined or thread")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set_property(GLOBAL PROPERTY USE_FOLDERS ON)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
+endif()
+
+# Programs in the build tree find the library beside them without any environment variable.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+find_program(QVXSYS_CCACHE ccache)
+if(QVXSYS_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${QVXSYS_CCACHE})
+endif()
+
+# qvx_flags: what our own code is compiled with. Not exported to consumers.
+add_library(qvx_flags INTERFACE)
+target_compile_options(qvx_flags INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+    $<$<BOOL:${QVXSYS_WERROR}>:-Werror>
+    # Source paths in assertions and debug data start at the tree, on every machine alike.
+    -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=qvxsys/)
+if(QVXSYS_SANITIZE)
+    target_compile_options(qvx_flags INTERFACE -fsanitize=${QVXSYS_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(qvx_flags INTERFACE -fsanitize=${QVXSYS_SANITIZE})
+endif()
