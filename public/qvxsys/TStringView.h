@@ -1,0 +1,427 @@
+#pragma once
+// TStringView: a non-owning view of UTF-16 text, a pointer and a length, for passing and slicing text without copying.
+//
+//     TStringView const line = u"key = value";
+//     TStringView const key = line.left(3);                       // "key"
+//     TStringView const value = line.mid(6);                      // "value"
+//     for (char32_t const c : value.codePoints()) { ... }
+//
+// A view is valid only while the text it points to is unchanged; it is not terminated. Do not keep one in an object
+// that outlives the text: keep a TStringCore (which shares its block) instead. Views are plain values, as thread-safe as
+// the text they point to. Lengths and indexes are code units; slicing never throws.
+//
+// Two views are equal when all their units are, embedded 0 units included. Their ordering operators look at the length
+// first and each decide on their own ("ab" < "b" and "ab" > "b" both hold), so they are no strict order: do not use them
+// for sorting or as map keys.
+
+#include <concepts>
+#include <cstddef>
+#include <iterator>
+#include <string_view>
+#include <vector>
+
+#include <qvxsys/CharacterUtils.h>
+#include <qvxsys/Platform.h>
+#include <qvxsys/TCType.h>
+
+class TStringCore;
+class TStringView;
+template<class Container>
+class TConstCodePointIterator;
+template<class Container>
+class TCodePointRange;
+
+/// How views compare text: Sensitive compares units exactly, any other value folds case unit by unit (TCType::FoldCase).
+enum class CaseCompare : int { Insensitive = 0, Sensitive = 1 };
+
+/// What splitting does with empty parts.
+enum class EmptyParts : int { Keep = 0, Skip = 1 };
+
+namespace qvxsys::detail {
+
+class WideText;
+WideText ToView(wchar_t const* text);
+constexpr TStringView ToView(TStringView view) noexcept;
+
+/// The one or two units of a character. A char is Latin-1; a wchar_t is a unit or, where it has 32 bits, a code point;
+/// a code point above U+10FFFF is U+FFFD. A surrogate value is one unit.
+struct UnitsOf
+{
+    char16_t units[2];
+    int count;
+
+    template<TCType::Character C>
+    constexpr explicit UnitsOf(C character) noexcept
+    {
+        char32_t const c = TCType::detail::CodePointOf(character);
+        if (c < 0x10000) {
+            units[0] = static_cast<char16_t>(c);
+            count = 1;
+        } else if (c <= 0x10FFFF) {
+            units[0] = CharacterUtils::HighSurrogate(c);
+            units[1] = CharacterUtils::LowSurrogate(c);
+            count = 2;
+        } else {
+            units[0] = static_cast<char16_t>(CharacterUtils::kReplacement);
+            count = 1;
+        }
+    }
+
+    [[nodiscard]] constexpr bool Is(char16_t const* text, std::size_t length) const noexcept
+    {
+        return length == static_cast<std::size_t>(count) && text[0] == units[0] && (count == 1 || text[1] == units[1]);
+    }
+};
+
+template<class T>
+concept WidePointer = std::same_as<std::decay_t<T>, wchar_t const*> || std::same_as<std::decay_t<T>, wchar_t*>;
+
+template<class T>
+concept ViewOperand = std::same_as<T, TStringView> || std::convertible_to<T const&, TStringView> || WidePointer<T>;
+
+/// A view compared with a view or with anything that becomes one.
+template<class A, class B>
+concept ViewPair =
+    (std::same_as<A, TStringView> && ViewOperand<B>) || (std::same_as<B, TStringView> && ViewOperand<A>);
+
+[[nodiscard]] QVXSYS_API bool ViewsEqual(TStringView a, TStringView b) noexcept;
+/// compareN of the common length, case-sensitive.
+[[nodiscard]] QVXSYS_API int CompareCommon(TStringView a, TStringView b) noexcept;
+
+} // namespace qvxsys::detail
+
+class QVXSYS_API TStringView
+{
+public:
+    using value_type = char16_t;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using const_reference = char16_t const&;
+    using const_iterator = char16_t const*;
+    using iterator = const_iterator;
+    using const_reverse_iterator = std::reverse_iterator<const_iterator>;
+    using reverse_iterator = const_reverse_iterator;
+    using code_point_iterator = TConstCodePointIterator<TStringView>;
+
+    /// The null view: (null, 0).
+    constexpr TStringView() noexcept = default;
+    constexpr TStringView(char16_t const* data, std::size_t length) noexcept : m_data(data), m_length(length) {}
+    /// A terminated text up to its 0 unit; null gives the null view.
+    constexpr TStringView(char16_t const* text) noexcept
+        : m_data(text), m_length(text != nullptr ? std::char_traits<char16_t>::length(text) : 0)
+    {
+    }
+    constexpr TStringView(std::u16string_view text) noexcept : m_data(text.data()), m_length(text.size()) {}
+    TStringView(std::u16string const& text QVXSYS_LIFETIME_BOUND) noexcept : m_data(text.data()), m_length(text.size()) {}
+    /// Wide text can be viewed only where it is UTF-16; elsewhere make a TStringCore of it.
+    template<std::same_as<wchar_t> W>
+        requires qvxsys::kWideIsUtf16
+    TStringView(W const* data, std::size_t length) noexcept
+        : m_data(reinterpret_cast<char16_t const*>(data)), m_length(length)
+    {
+    }
+
+    constexpr operator std::u16string_view() const noexcept { return {m_data, m_length}; }
+
+    /// @name Size
+    /// @{
+    /// The length in code units.
+    [[nodiscard]] constexpr int length() const noexcept { return static_cast<int>(m_length); }
+    [[nodiscard]] constexpr int sizeAsInt() const noexcept { return length(); }
+    [[nodiscard]] constexpr std::size_t size() const noexcept { return m_length; }
+    [[nodiscard]] constexpr bool empty() const noexcept { return m_length == 0; }
+    [[nodiscard]] constexpr bool isEmpty() const noexcept { return m_length == 0; }
+    /// The code points: a pair counts once, a lone surrogate once. 0 for a null view. Linear, some GB/s.
+    [[nodiscard]] int lengthInCodePoints() const noexcept;
+    /// Becomes the null view.
+    constexpr void clear() noexcept { *this = TStringView(); }
+    /// @}
+
+    /// @name Units
+    /// @{
+    [[nodiscard]] constexpr char16_t const* data() const noexcept { return m_data; }
+    [[nodiscard]] constexpr const_iterator begin() const noexcept { return m_data; }
+    [[nodiscard]] constexpr const_iterator end() const noexcept { return m_data + m_length; }
+    [[nodiscard]] constexpr const_iterator cbegin() const noexcept { return begin(); }
+    [[nodiscard]] constexpr const_iterator cend() const noexcept { return end(); }
+    [[nodiscard]] constexpr const_reverse_iterator rbegin() const noexcept { return const_reverse_iterator(end()); }
+    [[nodiscard]] constexpr const_reverse_iterator rend() const noexcept { return const_reverse_iterator(begin()); }
+    [[nodiscard]] constexpr const_reverse_iterator crbegin() const noexcept { return rbegin(); }
+    [[nodiscard]] constexpr const_reverse_iterator crend() const noexcept { return rend(); }
+
+    /// The unit at i, unchecked.
+    [[nodiscard]] constexpr char16_t operator[](std::size_t i) const noexcept { return m_data[i]; }
+    /// The unit at 0 <= i < length; else throws TStringCore::Exception "TStringView::at(int): argument out of range."
+    [[nodiscard]] char16_t at(int i) const;
+    /// The first and the last code point; U+FFFD for a lone surrogate, 0 for an empty view.
+    [[nodiscard]] char32_t front() const noexcept;
+    [[nodiscard]] char32_t back() const noexcept;
+    /// @}
+
+    /// @name Slices
+    /// @{
+    /// The first min(length, n) units; for n below 1 an empty view at the same data.
+    [[nodiscard]] TStringView left(int n) const noexcept;
+    /// The last min(length, n) units; for n below 1 an empty view at the end of the data.
+    [[nodiscard]] TStringView right(int n) const noexcept;
+    /// For 0 <= pos <= length the view from pos to the end; else the null view.
+    [[nodiscard]] TStringView mid(int pos) const noexcept;
+    /// For 0 <= pos <= length the view of min(length - pos, n) units from pos, where n below 1 counts as 0; else the
+    /// null view.
+    [[nodiscard]] TStringView mid(int pos, int n) const noexcept;
+    /// From first up to last; empty when last stands before first.
+    /// Throws std::runtime_error when an iterator walks another text (see CodePointIterator.h).
+    [[nodiscard]] TStringView mid(code_point_iterator const& first, code_point_iterator const& last) const;
+    /// n code points from first, fewer where the text ends; n below 1 gives an empty view.
+    [[nodiscard]] TStringView mid(code_point_iterator const& first, int n) const;
+    /// Keeps the first n units; n below 1 leaves none.
+    TStringView& truncate(int n) noexcept;
+    /// @}
+
+    /// @name Code points
+    /// The iterators refer to this view object, which must outlive them.
+    /// @{
+    [[nodiscard]] code_point_iterator codepoint_cbegin() const QVXSYS_LIFETIME_BOUND;
+    [[nodiscard]] code_point_iterator codepoint_cend() const QVXSYS_LIFETIME_BOUND;
+    /// The code points as a range. It holds the view itself, so it may be taken from a temporary view.
+    [[nodiscard]] TCodePointRange<TStringView> codePoints() const noexcept;
+    /// The iterator at a code-unit index: the length or -1 gives the end, other negative ones count from the end.
+    /// Throws std::runtime_error for an index out of range or inside a pair (texts in CodePointIterator.h).
+    [[nodiscard]] code_point_iterator iteratorFrom(int codeUnitIndex) const QVXSYS_LIFETIME_BOUND;
+    /// The same position on this object; throws std::runtime_error when `other` walks another text.
+    [[nodiscard]] code_point_iterator iteratorFrom(code_point_iterator const& other) const QVXSYS_LIFETIME_BOUND;
+    /// @}
+
+    /// @name Searching
+    /// Positions are code units. A negative start counts from the end; a start outside the view finds nothing. An empty
+    /// text is found at the start (but never in an empty view). Insensitive search folds unit by unit.
+    /// Each also takes wide text; a character is any of char, char16_t, wchar_t and char32_t.
+    /// @{
+    /// True when the view begins with a text; false for an empty one. Units behind a common 0 unit do not count.
+    [[nodiscard]] bool startsWith(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const noexcept;
+    [[nodiscard]] bool endsWith(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const noexcept;
+    [[nodiscard]] bool startsWith(char32_t c, CaseCompare cs = CaseCompare::Sensitive) const noexcept;
+    [[nodiscard]] bool endsWith(char32_t c, CaseCompare cs = CaseCompare::Sensitive) const noexcept;
+
+    [[nodiscard]] bool contains(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const;
+    [[nodiscard]] bool contains(char32_t c, CaseCompare cs = CaseCompare::Sensitive) const;
+
+    /// The positions at which the text is found, overlapping ones included.
+    [[nodiscard]] int count(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const;
+    /// The occurrences of a unit.
+    [[nodiscard]] int count(char16_t c, CaseCompare cs = CaseCompare::Sensitive) const;
+    /// The occurrences of a code point.
+    [[nodiscard]] int count32(char32_t c, CaseCompare cs = CaseCompare::Sensitive) const;
+
+    /// The position of the first match at or after `from`, or -1.
+    [[nodiscard]] int indexOf(TStringView text, int from = 0, CaseCompare cs = CaseCompare::Sensitive) const;
+    [[nodiscard]] int indexOf(char16_t c, int from = 0, CaseCompare cs = CaseCompare::Sensitive) const;
+    /// The position of the last match that begins at or before `from`, or -1.
+    [[nodiscard]] int lastIndexOf(TStringView text, int from = -1, CaseCompare cs = CaseCompare::Sensitive) const;
+
+    /// The first and the last match as an iterator, codepoint_cend() when there is none.
+    [[nodiscard]] code_point_iterator find(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const;
+    [[nodiscard]] code_point_iterator find(TStringView text, code_point_iterator const& from,
+                                           CaseCompare cs = CaseCompare::Sensitive) const;
+    [[nodiscard]] code_point_iterator findLast(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const;
+    [[nodiscard]] code_point_iterator findLast(TStringView text, code_point_iterator const& from,
+                                               CaseCompare cs = CaseCompare::Sensitive) const;
+
+    /// The position of the first unit, at or after `from`, that is (is not) in a set of units; -1 when there is none.
+    [[nodiscard]] int findOneOf(TStringView set, int from = 0) const noexcept;
+    [[nodiscard]] int findOneNotOf(TStringView set, int from = 0) const noexcept;
+    /// The same from an iterator on; codepoint_cend() when there is none.
+    [[nodiscard]] code_point_iterator findOneOf(TStringView set, code_point_iterator const& from) const;
+    [[nodiscard]] code_point_iterator findOneNotOf(TStringView set, code_point_iterator const& from) const;
+    /// @}
+
+    /// @name Splitting
+    /// The parts are views of the same text.
+    /// @{
+    /// The parts between occurrences of a separator. An empty separator gives no parts; an empty view gives one empty
+    /// part when empty parts are kept.
+    [[nodiscard]] std::vector<TStringView> split(TStringView separator, EmptyParts empty = EmptyParts::Keep,
+                                                 CaseCompare cs = CaseCompare::Sensitive) const;
+    [[nodiscard]] std::vector<TStringView> split(char16_t separator, EmptyParts empty = EmptyParts::Keep,
+                                                 CaseCompare cs = CaseCompare::Sensitive) const;
+    /// The parts between units of a set. An empty set gives no parts.
+    [[nodiscard]] std::vector<TStringView> splitOnAny(TStringView set, EmptyParts empty = EmptyParts::Keep) const;
+    /// The non-empty runs of units outside a set of delimiters.
+    [[nodiscard]] std::vector<TStringView> tokenize(TStringView delimiters) const;
+    /// @}
+
+    /// @name Trimming
+    /// Drops white space (TCType::isSpace32) or code points of a set from the ends. The first three change the view and
+    /// return it; `trimmed` returns a trimmed view.
+    /// @{
+    TStringView& trimLeft() noexcept;
+    TStringView& trimRight() noexcept;
+    TStringView& trim() noexcept;
+    TStringView& trimLeft(TStringView set) noexcept;
+    TStringView& trimRight(TStringView set) noexcept;
+    TStringView& trim(TStringView set) noexcept;
+    [[nodiscard]] TStringView trimmed() const noexcept;
+    [[nodiscard]] TStringView trimmed(TStringView set) const noexcept;
+    /// @}
+
+    // Wide text for the members above: converted where wchar_t has 32 bits, used in place elsewhere.
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] bool startsWith(W text, CaseCompare cs = CaseCompare::Sensitive) const
+    {
+        return startsWith(TStringView(qvxsys::detail::ToView(text)), cs);
+    }
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] bool endsWith(W text, CaseCompare cs = CaseCompare::Sensitive) const
+    {
+        return endsWith(TStringView(qvxsys::detail::ToView(text)), cs);
+    }
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] bool contains(W text, CaseCompare cs = CaseCompare::Sensitive) const
+    {
+        return contains(TStringView(qvxsys::detail::ToView(text)), cs);
+    }
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] int count(W text, CaseCompare cs = CaseCompare::Sensitive) const
+    {
+        return count(TStringView(qvxsys::detail::ToView(text)), cs);
+    }
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] int indexOf(W text, int from = 0, CaseCompare cs = CaseCompare::Sensitive) const
+    {
+        return indexOf(TStringView(qvxsys::detail::ToView(text)), from, cs);
+    }
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] int lastIndexOf(W text, int from = -1, CaseCompare cs = CaseCompare::Sensitive) const
+    {
+        return lastIndexOf(TStringView(qvxsys::detail::ToView(text)), from, cs);
+    }
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] std::vector<TStringView> split(W separator, EmptyParts empty = EmptyParts::Keep,
+                                                 CaseCompare cs = CaseCompare::Sensitive) const
+    {
+        return split(TStringView(qvxsys::detail::ToView(separator)), empty, cs);
+    }
+
+private:
+    char16_t const* m_data = nullptr;
+    std::size_t m_length = 0;
+};
+
+namespace qvxsys::detail {
+
+constexpr TStringView ToView(TStringView view) noexcept
+{
+    return view;
+}
+
+/// f(view of a, view of b); converted wide text lives until f returns.
+template<class A, class B, class F>
+bool WithViews(A const& a, B const& b, F f)
+{
+    auto const& left = ToView(a);
+    auto const& right = ToView(b);
+    return f(TStringView(left), TStringView(right));
+}
+
+} // namespace qvxsys::detail
+
+/// @name Comparison of views
+/// With a view, a string or a terminated text (char16_t or wchar_t) on the other side.
+/// @{
+template<class A, class B>
+    requires qvxsys::detail::ViewPair<A, B>
+[[nodiscard]] bool operator==(A const& a, B const& b)
+{
+    return qvxsys::detail::WithViews(a, b,
+                                     [](TStringView l, TStringView r) { return qvxsys::detail::ViewsEqual(l, r); });
+}
+/// The shorter view is the smaller one; else the units decide.
+template<class A, class B>
+    requires qvxsys::detail::ViewPair<A, B>
+[[nodiscard]] bool operator<(A const& a, B const& b)
+{
+    return qvxsys::detail::WithViews(a, b, [](TStringView l, TStringView r) {
+        return l.size() < r.size() || qvxsys::detail::CompareCommon(l, r) < 0;
+    });
+}
+/// False when the left view is longer; else the units decide.
+template<class A, class B>
+    requires qvxsys::detail::ViewPair<A, B>
+[[nodiscard]] bool operator<=(A const& a, B const& b)
+{
+    return qvxsys::detail::WithViews(a, b, [](TStringView l, TStringView r) {
+        return l.size() <= r.size() && qvxsys::detail::CompareCommon(l, r) <= 0;
+    });
+}
+/// True when the left view is longer; else the units decide.
+template<class A, class B>
+    requires qvxsys::detail::ViewPair<A, B>
+[[nodiscard]] bool operator>(A const& a, B const& b)
+{
+    return qvxsys::detail::WithViews(a, b, [](TStringView l, TStringView r) {
+        return l.size() > r.size() || qvxsys::detail::CompareCommon(l, r) > 0;
+    });
+}
+/// False when the left view is shorter; else the units decide.
+template<class A, class B>
+    requires qvxsys::detail::ViewPair<A, B>
+[[nodiscard]] bool operator>=(A const& a, B const& b)
+{
+    return qvxsys::detail::WithViews(a, b, [](TStringView l, TStringView r) {
+        return l.size() >= r.size() && qvxsys::detail::CompareCommon(l, r) >= 0;
+    });
+}
+/// @}
+
+/// @name Comparison of a view with one character
+/// A view equals a character when it consists of exactly its units. Ordering looks at the first unit only.
+/// @{
+template<TCType::Character C>
+[[nodiscard]] constexpr bool operator==(TStringView v, C c) noexcept
+{
+    return qvxsys::detail::UnitsOf(c).Is(v.data(), v.size());
+}
+template<TCType::Character C>
+[[nodiscard]] constexpr bool operator<(TStringView v, C c) noexcept
+{
+    return v.empty() || v[0] < qvxsys::detail::UnitsOf(c).units[0];
+}
+template<TCType::Character C>
+[[nodiscard]] constexpr bool operator<(C c, TStringView v) noexcept
+{
+    return !v.empty() && qvxsys::detail::UnitsOf(c).units[0] < v[0];
+}
+template<TCType::Character C>
+[[nodiscard]] constexpr bool operator>(TStringView v, C c) noexcept
+{
+    return c < v;
+}
+template<TCType::Character C>
+[[nodiscard]] constexpr bool operator>(C c, TStringView v) noexcept
+{
+    return !(c < v) && !(v == c);
+}
+template<TCType::Character C>
+[[nodiscard]] constexpr bool operator<=(TStringView v, C c) noexcept
+{
+    return v < c || v == c;
+}
+template<TCType::Character C>
+[[nodiscard]] constexpr bool operator<=(C c, TStringView v) noexcept
+{
+    return !v.empty() && v[0] >= qvxsys::detail::UnitsOf(c).units[0];
+}
+template<TCType::Character C>
+[[nodiscard]] constexpr bool operator>=(TStringView v, C c) noexcept
+{
+    return c <= v;
+}
+template<TCType::Character C>
+[[nodiscard]] constexpr bool operator>=(C c, TStringView v) noexcept
+{
+    return v.empty() || !(c < v);
+}
+/// @}
+
+#include <qvxsys/CodePointIterator.h>
+#include <qvxsys/TStringCore.h>
