@@ -45,6 +45,29 @@ inline DecodedPart DecodePart(unsigned char const* s, std::size_t n) noexcept
     return {value, length, false};
 }
 
+/// How far a conversion has come; `in` is always at the beginning of a part.
+struct Progress
+{
+    std::size_t in = 0;
+    std::size_t out = 0;
+    std::size_t malformed = 0;
+};
+
+/// Decodes parts until `in` is at or past `end` or at a part that is malformed or 0.
+inline Progress DecodePrefixByParts(unsigned char const* s, std::size_t n, char32_t* dst, Progress progress,
+                                    std::size_t end) noexcept
+{
+    while (progress.in < end) {
+        DecodedPart const part = DecodePart(s + progress.in, n - progress.in);
+        if (part.malformed || part.value == 0) {
+            break;
+        }
+        dst[progress.out++] = part.value;
+        progress.in += part.length;
+    }
+    return progress;
+}
+
 /// Writes a code point as UTF-16 and returns the units it takes.
 inline std::size_t PutUtf16(char32_t value, char16_t* dst) noexcept
 {
