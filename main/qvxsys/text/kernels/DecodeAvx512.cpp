@@ -29,6 +29,7 @@ inline __m512i Select(__m512i select, __m512i a, __m512i b) noexcept
 struct Avx512
 {
     static constexpr std::size_t kHistory = 0;
+    static constexpr std::size_t kFew = 8;
 
     struct Block
     {
@@ -82,7 +83,7 @@ struct Avx512
         _mm512_storeu_si512(dst + 48, _mm512_cvtepu8_epi32(_mm512_extracti32x4_epi32(block.bytes, 3)));
     }
 
-    template<Form kForm>
+    template<bool kWrite>
     static bool TryAscii(unsigned char const* s, std::size_t n, char16_t* dst) noexcept
     {
         if (n <= 32) {
@@ -91,7 +92,7 @@ struct Avx512
             if (_mm256_movepi8_mask(bytes) != 0) {
                 return false;
             }
-            if constexpr (kForm == Form::Utf16) {
+            if constexpr (kWrite) {
                 _mm512_mask_storeu_epi16(dst, mask, _mm512_cvtepu8_epi16(bytes));
             }
             return true;
@@ -101,7 +102,7 @@ struct Avx512
         if (High(block) != 0) {
             return false;
         }
-        if constexpr (kForm == Form::Utf16) {
+        if constexpr (kWrite) {
             _mm512_storeu_si512(dst, _mm512_cvtepu8_epi16(_mm512_castsi512_si256(block.bytes)));
             _mm512_mask_storeu_epi16(dst + 32, static_cast<__mmask32>(LowBits(n - 32)),
                                      _mm512_cvtepu8_epi16(_mm512_extracti64x4_epi64(block.bytes, 1)));
@@ -178,7 +179,7 @@ struct Avx512
         _mm512_storeu_si512(dst + 32, _mm512_unpackhi_epi8(low, high));
     }
 
-    static void StorePart(Units const& units, Mask keep, char16_t* dst) noexcept
+    static void StorePart(Units const& units, Mask keep, char16_t* dst, std::size_t) noexcept
     {
         __m512i const low = Spread(_mm512_maskz_compress_epi8(keep, units.low));
         __m512i const high = Spread(_mm512_maskz_compress_epi8(keep, units.high));

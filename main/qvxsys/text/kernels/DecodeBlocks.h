@@ -23,9 +23,10 @@
 // position to put U+FFFD at, and a block full of errors costs no more than a block with one.
 //
 // The instruction set is given by a class Isa:
-//   kHistory             how many bytes before a block Load's user may read (0 if masked loads keep it from reading)
+//   kHistory             how many bytes before a block have to be readable
+//   kFew                 up to this many bytes at the end are faster part by part than as a block
 //   Load(s)              a block with all 64 bytes readable
-//   LoadPart(s, n, room) a block of the first n <= 64 bytes, followed by ASCII bytes
+//   LoadPart(s, n, room) a block of the first n bytes, kFew < n <= 64, followed by ASCII bytes
 //   High(b)              positions of bytes above 7F
 //   AtLeast(b, t)        positions of bytes >= t (t > 0x80)
 //   Equal(b, t)          positions of bytes == t
@@ -35,7 +36,7 @@
 //   Combine(b, p, v)     the units v of the block with the sequences p; false if a value is out of its range
 //   Substitute(v, m)     replaces the units at the positions m by U+FFFD
 //   Store(v, keep, dst)  writes the units at the positions `keep`; may write up to 64
-//   StorePart(...)       the same, writing nothing behind the last one
+//   StorePart(v, keep, dst, room)  the same, writing at most `room` units
 // All of it has internal linkage, for the reason given in DecodeScalar.h.
 
 #include "DecodeScalar.h"
@@ -169,17 +170,21 @@ inline Mask ForbiddenSeconds(typename Isa::Block const& block) noexcept
 }
 
 /// Converts up to 64 bytes of any text, well-formed or not. Leaves a sequence alone that goes on behind the block.
-template<Form kForm, class Isa, class Unit>
-[[gnu::noinline]] Progress DecodeExactly(unsigned char const* s, std::size_t n, Unit* dst, Progress progress) noexcept
+template<Form kForm, class Isa>
+[[gnu::always_inline]] inline Progress DecodeExactly(unsigned char const* s, std::size_t n, char16_t* dst,
+                                                     Progress progress) noexcept
 {
     std::size_t const left = n - progress.in;
     std::size_t const size = left < kBlock ? left : kBlock;
+    // The end of a long text is better read as part of a whole block of which the beginning is done already.
+    std::size_t const done = n >= kBlock + Isa::kHistory ? kBlock - size : 0;
     typename Isa::Room room;
-    typename Isa::Block const block = Isa::LoadPart(s + progress.in, size, room);
+    typename Isa::Block const block =
+        n >= kBlock + Isa::kHistory ? Isa::Load(s + progress.in - done) : Isa::LoadPart(s + progress.in, size, room);
 
-    Mask const high = Isa::High(block);
+    Mask const high = Isa::High(block) & ~LowBits(done);
     Mask const continuations = high & ~Isa::AtLeast(block, 0xC0);
-    Mask const allowed = ~Isa::AtLeast(block, 0xF5);
+    Mask const allowed = high & ~Isa::AtLeast(block, 0xF5);
     Leads const leads{Isa::AtLeast(block, 0xC2) & allowed, Isa::AtLeast(block, 0xE0) & allowed,
                       Isa::AtLeast(block, 0xF0) & allowed};
     Mask const c1 = leads.any << 1 & continuations & ~ForbiddenSeconds<Isa>(block);
@@ -193,16 +198,32 @@ template<Form kForm, class Isa, class Unit>
         bool const lacksOne = thirdOfFour >> 63 != 0;
         taken -= lacksOne ? 3 : secondOfMore >> 63 != 0 ? 2 : static_cast<std::size_t>(leads.any >> 63);
     }
+    Mask const here = LowBits(done + taken) & ~LowBits(done);
     Mask const brokenOff = (leads.any & ~(c1 >> 1)) | (secondOfMore & ~(c2 >> 1)) | (thirdOfFour & ~(c3 >> 1));
-    Mask const malformed = ((high & ~(leads.any | c1 | c2 | c3)) | brokenOff) & LowBits(taken);
-    Mask const keep = (~(leads.any | secondOfMore) | malformed) & LowBits(taken);
+    Mask const malformed = ((high & ~(leads.any | c1 | c2 | c3)) | brokenOff) & here;
+    Mask const keep = (~(leads.any | secondOfMore) | malformed) & here;
     if constexpr (kForm == Form::Utf16) {
         typename Isa::Units units;
         Combine<kForm, Isa>(block, {c1, c2, thirdOfFour, c3}, units);
         Isa::Substitute(units, malformed);
-        Isa::StorePart(units, keep, dst + progress.out);
+        Isa::StorePart(units, keep, dst + progress.out, n - progress.out);
     }
     return {progress.in + taken, progress.out + Count(keep), progress.malformed + Count(malformed)};
+}
+
+/// Goes on exactly until two blocks in a row had nothing malformed: where one error is others are likely, and finding
+/// out each time anew costs more than the arithmetic.
+template<Form kForm, class Isa>
+[[gnu::always_inline]] inline Progress DecodeUnruly(unsigned char const* s, std::size_t n, char16_t* dst,
+                                                    Progress progress) noexcept
+{
+    int clean = 0;
+    do {
+        std::size_t const malformed = progress.malformed;
+        progress = DecodeExactly<kForm, Isa>(s, n, dst, progress);
+        clean = progress.malformed == malformed ? clean + 1 : 0;
+    } while (n - progress.in >= kBlock && clean < 2);
+    return progress;
 }
 
 /// UTF-8 to UTF-16, or its length. dst is not used for the length.
@@ -210,17 +231,25 @@ template<Form kForm, class Isa>
 [[gnu::always_inline]] inline Progress DecodeToUtf16(char const* src, std::size_t n, char16_t* dst) noexcept
 {
     auto const* const s = reinterpret_cast<unsigned char const*>(src);
+    constexpr bool write = kForm == Form::Utf16;
     Progress progress;
     for (;;) {
         if (n - progress.in >= kBlock) {
             progress = DecodeWellFormed<kForm, Isa>(s, n, dst, progress);
         }
         std::size_t const left = n - progress.in;
-        if (left < kBlock && Isa::template TryAscii<kForm>(s + progress.in, left, dst + progress.out)) {
+        if (left < kBlock && Isa::template TryAscii<write>(s + progress.in, left, dst + progress.out)) {
             progress.out += left;
             return progress;
         }
-        progress = DecodeExactly<kForm, Isa>(s, n, dst, progress);
+        if (left <= Isa::kFew) {
+            return DecodeByParts<write>(s, n, dst, progress, n);
+        }
+        if (left >= kBlock && progress.in < Isa::kHistory) {
+            progress = DecodeByParts<write>(s, n, dst, progress, Isa::kHistory);
+        } else {
+            progress = DecodeUnruly<kForm, Isa>(s, n, dst, progress);
+        }
     }
 }
 

@@ -48,93 +48,68 @@ inline void Widen(__m128i block, char32_t* dst) noexcept
     StoreVector(dst + 12, _mm_unpackhi_epi16(high, zero));
 }
 
-inline unsigned char const* Bytes(char const* src) noexcept
+/// Widens the ASCII that begins a block of sixteen, then decodes by parts to the block's end, so that text which
+/// alternates between ASCII and another script does not go back and forth at every byte.
+template<bool kWrite>
+inline Progress DecodeToUtf16(char const* src, std::size_t n, char16_t* dst) noexcept
 {
-    return reinterpret_cast<unsigned char const*>(src);
+    auto const* const s = reinterpret_cast<unsigned char const*>(src);
+    Progress progress;
+    while (n - progress.in >= kBlock) {
+        __m128i const block = LoadBlock(s + progress.in);
+        if constexpr (kWrite) {
+            Widen(block, dst + progress.out);
+        }
+        std::size_t const end = progress.in + kBlock;
+        std::size_t const ascii = LeadingAscii(block);
+        progress.in += ascii;
+        progress.out += ascii;
+        if (ascii == kBlock) {
+            continue;
+        }
+        progress = DecodeByParts<kWrite>(s, n, dst, progress, end);
+    }
+    return DecodeByParts<kWrite>(s, n, dst, progress, n);
 }
 
 } // namespace
 
 namespace portable {
 
-// All three keep to one plan: widen the ASCII that begins a block of sixteen, then decode part by part to the block's
-// end, so that text which alternates between ASCII and another script does not go back and forth at every byte.
-
 std::size_t Utf8ToUtf16(char const* src, std::size_t n, char16_t* dst, std::size_t& substitutions) noexcept
 {
-    unsigned char const* const s = Bytes(src);
-    std::size_t out = 0;
-    std::size_t malformed = 0;
-    for (std::size_t i = 0; i < n;) {
-        std::size_t end = n;
-        if (n - i >= kBlock) {
-            __m128i const block = LoadBlock(s + i);
-            Widen(block, dst + out);
-            std::size_t const ascii = LeadingAscii(block);
-            end = i + kBlock;
-            i += ascii;
-            out += ascii;
-        }
-        while (i < end) {
-            DecodedPart const part = DecodePart(s + i, n - i);
-            out += PutUtf16(part.value, dst + out);
-            malformed += part.malformed;
-            i += part.length;
-        }
-    }
-    substitutions += malformed;
-    return out;
+    Progress const progress = DecodeToUtf16<true>(src, n, dst);
+    substitutions += progress.malformed;
+    return progress.out;
 }
 
 std::size_t Utf16LengthOfUtf8(char const* src, std::size_t n) noexcept
 {
-    unsigned char const* const s = Bytes(src);
-    std::size_t out = 0;
-    for (std::size_t i = 0; i < n;) {
-        std::size_t end = n;
-        if (n - i >= kBlock) {
-            std::size_t const ascii = LeadingAscii(LoadBlock(s + i));
-            end = i + kBlock;
-            i += ascii;
-            out += ascii;
-        }
-        while (i < end) {
-            DecodedPart const part = DecodePart(s + i, n - i);
-            out += part.value < 0x10000 ? 1u : 2u;
-            i += part.length;
-        }
-    }
-    return out;
+    return DecodeToUtf16<false>(src, n, nullptr).out;
 }
 
 std::size_t Utf8PrefixToUtf32(char const* src, std::size_t n, char32_t* dst, std::size_t& consumed) noexcept
 {
-    unsigned char const* const s = Bytes(src);
-    std::size_t out = 0;
-    std::size_t i = 0;
-    while (i < n) {
-        std::size_t end = n;
-        if (n - i >= kBlock) {
-            __m128i const block = LoadBlock(s + i);
-            bool const hasZero = _mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_setzero_si128())) != 0;
-            std::size_t const ascii = hasZero ? 0 : LeadingAscii(block);
-            Widen(block, dst + out);
-            end = i + kBlock;
-            i += ascii;
-            out += ascii;
+    auto const* const s = reinterpret_cast<unsigned char const*>(src);
+    Progress progress;
+    while (n - progress.in >= kBlock) {
+        __m128i const block = LoadBlock(s + progress.in);
+        bool const hasZero = _mm_movemask_epi8(_mm_cmpeq_epi8(block, _mm_setzero_si128())) != 0;
+        std::size_t const end = progress.in + kBlock;
+        if (!hasZero) {
+            Widen(block, dst + progress.out);
+            std::size_t const ascii = LeadingAscii(block);
+            progress.in += ascii;
+            progress.out += ascii;
         }
-        while (i < end) {
-            DecodedPart const part = DecodePart(s + i, n - i);
-            if (part.malformed || part.value == 0) {
-                consumed = i;
-                return out;
-            }
-            dst[out++] = part.value;
-            i += part.length;
+        progress = DecodePrefixByParts(s, n, dst, progress, end);
+        if (progress.in < end) {
+            break;
         }
     }
-    consumed = i;
-    return out;
+    progress = DecodePrefixByParts(s, n, dst, progress, n);
+    consumed = progress.in;
+    return progress.out;
 }
 
 } // namespace portable
