@@ -32,6 +32,7 @@ template<std::size_t Rows>
 struct ShuffleTable
 {
     alignas(16) std::uint8_t rows[Rows][16];
+    std::uint8_t lengths[Rows]; // bytes used
 };
 
 /// For eight lanes of two bytes: bit k of the row number is set if lane k uses both bytes, else it uses the second.
@@ -45,6 +46,7 @@ constexpr ShuffleTable<256> MakeWordShuffles() noexcept
                 table.rows[row][used++] = static_cast<std::uint8_t>(2 * lane);
             table.rows[row][used++] = static_cast<std::uint8_t>(2 * lane + 1);
         }
+        table.lengths[row] = static_cast<std::uint8_t>(used);
         while (used < 16)
             table.rows[row][used++] = 0x80;
     }
@@ -63,6 +65,7 @@ constexpr ShuffleTable<256> MakeDwordShuffles() noexcept
             for (unsigned k = 4 - length; k < 4; ++k)
                 table.rows[row][used++] = static_cast<std::uint8_t>(4 * lane + k);
         }
+        table.lengths[row] = static_cast<std::uint8_t>(used);
         while (used < 16)
             table.rows[row][used++] = 0x80;
     }
@@ -78,6 +81,7 @@ constexpr ShuffleTable<16> MakeUnitShuffles() noexcept
         for (unsigned lane = 0; lane < 4; ++lane)
             for (unsigned k = 0; k < ((row >> lane & 1) != 0 ? 4U : 2U); ++k)
                 table.rows[row][used++] = static_cast<std::uint8_t>(4 * lane + k);
+        table.lengths[row] = static_cast<std::uint8_t>(used);
         while (used < 16)
             table.rows[row][used++] = 0x80;
     }
@@ -194,7 +198,8 @@ struct Pairs
 };
 
 /// Sorts the surrogates of the block at src[i], behind which there must be a unit.
-inline Pairs FindPairs(__m256i v, char16_t const* src, std::size_t i, std::size_t& substitutions) noexcept
+[[gnu::always_inline]] inline Pairs FindPairs(__m256i v, char16_t const* src, std::size_t i,
+                                              std::size_t& substitutions) noexcept
 {
     Pairs p{};
     // Nothing stands before the first block: zero.
@@ -218,7 +223,7 @@ struct Block
 };
 
 /// Writes the bytes of a block. Needs room for 3 * 18 bytes: the last store begins at most 36 behind the first.
-inline char* EncodeBlock(Block const& b, char* out) noexcept
+[[gnu::always_inline]] inline char* EncodeBlock(Block const& b, char* out) noexcept
 {
     __m256i const payload = b.payload;
     __m256i const lastByte = _mm256_slli_epi16(payload, 8);
@@ -249,20 +254,18 @@ inline char* EncodeBlock(Block const& b, char* out) noexcept
         ShuffleHalves(_mm256_unpacklo_epi16(front, back), dwordShuffles.rows[row0], dwordShuffles.rows[row2]);
     __m256i const units1And3 =
         ShuffleHalves(_mm256_unpackhi_epi16(front, back), dwordShuffles.rows[row1], dwordShuffles.rows[row3]);
-    // A length is 3, less 2 if small, plus 1 if even.
-    auto const length = [](unsigned row) noexcept { return 12 + Count(row & 0x0F) - 2 * Count(row & 0xF0); };
     narrow::Store(out, Lower(units0And2));
-    out += length(row0);
+    out += dwordShuffles.lengths[row0];
     narrow::Store(out, Lower(units1And3));
-    out += length(row1);
+    out += dwordShuffles.lengths[row1];
     narrow::Store(out, Upper(units0And2));
-    out += length(row2);
+    out += dwordShuffles.lengths[row2];
     narrow::Store(out, Upper(units1And3));
-    return out + length(row3);
+    return out + dwordShuffles.lengths[row3];
 }
 
 /// 16 units as UTF-8, surrogates as three bytes.
-inline char* EncodeUnits(__m256i v, char* out) noexcept
+[[gnu::always_inline]] inline char* EncodeUnits(__m256i v, char* out) noexcept
 {
     Block b{};
     b.payload = v;
@@ -273,7 +276,7 @@ inline char* EncodeUnits(__m256i v, char* out) noexcept
 }
 
 /// 16 units with surrogates among them as UTF-8.
-inline char* EncodeUnits(Pairs const& p, char* out) noexcept
+[[gnu::always_inline]] inline char* EncodeUnits(Pairs const& p, char* out) noexcept
 {
     __m256i const high = _mm256_srli_epi16(_mm256_sub_epi16(p.units, Words(0xD7C0)), 2);
     __m256i const low = _mm256_or_si256(_mm256_and_si256(p.units, Words(0x3FF)),
@@ -289,7 +292,7 @@ inline char* EncodeUnits(Pairs const& p, char* out) noexcept
 }
 
 /// Eight values of any size as UTF-8 by the plain rule.
-inline char* EncodeValues(__m256i v, char* out) noexcept
+[[gnu::always_inline]] inline char* EncodeValues(__m256i v, char* out) noexcept
 {
     __m256i const fits = _mm256_cmpeq_epi32(_mm256_and_si256(v, Dwords(0xFFE00000)), _mm256_setzero_si256());
     v = _mm256_blendv_epi8(Dwords(replacementCharacter), v, fits);
@@ -311,13 +314,14 @@ inline char* EncodeValues(__m256i v, char* out) noexcept
     unsigned const upper = even >> 4 | (small & 0xF0);
     __m256i const bytes = ShuffleHalves(lanes, dwordShuffles.rows[lower], dwordShuffles.rows[upper]);
     narrow::Store(out, Lower(bytes));
-    out += 12 + Count(lower & 0x0F) - 2 * Count(lower & 0xF0);
+    out += dwordShuffles.lengths[lower];
     narrow::Store(out, Upper(bytes));
-    return out + 12 + Count(upper & 0x0F) - 2 * Count(upper & 0xF0);
+    return out + dwordShuffles.lengths[upper];
 }
 
 /// Eight units (words `v`, with the words behind them and the masks of pair halves) as code points.
-inline char32_t* CombinePairs(__m128i v, __m128i behind, __m128i high, __m128i low, char32_t* out) noexcept
+[[gnu::always_inline]] inline char32_t* CombinePairs(__m128i v, __m128i behind, __m128i high, __m128i low,
+                                                     char32_t* out) noexcept
 {
     __m256i const units = _mm256_cvtepu16_epi32(v);
     __m256i const sum = _mm256_add_epi32(_mm256_slli_epi32(units, 10), _mm256_cvtepu16_epi32(behind));
@@ -331,7 +335,7 @@ inline char32_t* CombinePairs(__m128i v, __m128i behind, __m128i high, __m128i l
 
 /// Eight values as UTF-16, with what it cannot hold made U+FFFD.
 template<bool Raw>
-inline char16_t* NarrowValues(__m256i v, char16_t* out, std::size_t& substitutions) noexcept
+[[gnu::always_inline]] inline char16_t* NarrowValues(__m256i v, char16_t* out, std::size_t& substitutions) noexcept
 {
     // Signed comparisons: values from 0x80000000 up are negative.
     __m256i bad = _mm256_or_si256(_mm256_cmpgt_epi32(v, Dwords(0x10FFFF)), _mm256_srai_epi32(v, 31));
@@ -400,21 +404,24 @@ std::size_t Utf16ToUtf8(char16_t const* src, std::size_t n, char* dst, std::size
     char* out = dst;
     std::size_t i = 0;
     while (n - i >= 18) {
-        __m256i const v = Load(src + i);
-        if (n - i >= 32) {
+        std::size_t stop = i + 16;
+        if (n - i >= 34) {
+            __m256i const v = Load(src + i);
             __m256i const w = Load(src + i + 16);
+            stop = i + 32;
             if (_mm256_testz_si256(_mm256_or_si256(v, w), Words(0xFF80)) != 0) {
                 Store(out, NarrowToBytes(v, w));
                 out += 32;
-                i += 32;
-                continue;
+                i = stop;
             }
         }
-        if (ByteMask(SurrogatesIn(v)) == 0)
-            out = EncodeUnits(v, out);
-        else
-            out = EncodeUnits(FindPairs(v, src, i, substitutions), out);
-        i += 16;
+        for (; i < stop; i += 16) {
+            __m256i const v = Load(src + i);
+            if (ByteMask(SurrogatesIn(v)) == 0)
+                out = EncodeUnits(v, out);
+            else
+                out = EncodeUnits(FindPairs(v, src, i, substitutions), out);
+        }
     }
     // Take back the first half of a pair that the last block ended with.
     if (i > 0 && i < n && IsPairAt(src, n, i - 1)) {

@@ -128,7 +128,7 @@ inline __m512i Substitute(__m512i v, __mmask32 lone, std::size_t& substitutions)
 
 /// The bytes of `lanes` under `keep`, written without gaps; returns the position behind them. `Whole` writes 64 bytes.
 template<bool Whole>
-inline char* StoreKept(char* out, __m512i lanes, __mmask64 keep) noexcept
+[[gnu::always_inline]] inline char* StoreKept(char* out, __m512i lanes, __mmask64 keep) noexcept
 {
     __m512i const bytes = _mm512_maskz_compress_epi8(keep, lanes);
     std::size_t const length = Count(keep);
@@ -141,7 +141,8 @@ inline char* StoreKept(char* out, __m512i lanes, __mmask64 keep) noexcept
 
 /// Units of one or two bytes. `tags` holds the tag bits of both bytes of the units not in `ascii`.
 template<bool Whole>
-inline char* EncodeWords(__m512i payload, __m512i tags, __mmask32 ascii, __mmask32 valid, char* out) noexcept
+[[gnu::always_inline]] inline char* EncodeWords(__m512i payload, __m512i tags, __mmask32 ascii, __mmask32 valid,
+                                                char* out) noexcept
 {
     __m512i const fields = _mm512_set1_epi64(0x3036202610160006);
     __m512i const spread = _mm512_multishift_epi64_epi8(fields, payload);
@@ -154,7 +155,8 @@ inline char* EncodeWords(__m512i payload, __m512i tags, __mmask32 ascii, __mmask
 
 /// Values of one to four bytes in lanes of 32 bits. `tags` holds the tag bits of the values not in `ascii`.
 template<bool Whole>
-inline char* EncodeDwords(__m512i payload, __m512i tags, __mmask16 ascii, __mmask16 valid, char* out) noexcept
+[[gnu::always_inline]] inline char* EncodeDwords(__m512i payload, __m512i tags, __mmask16 ascii, __mmask16 valid,
+                                                 char* out) noexcept
 {
     __m512i const fields = _mm512_set1_epi64(0x20262C3200060C12);
     __m512i const spread = _mm512_multishift_epi64_epi8(fields, payload);
@@ -183,8 +185,8 @@ constexpr std::size_t wholeBlock = 38;
 
 /// The units v, read from src[i], as UTF-8. `Whole` asks for all 32 lanes and wholeBlock units left.
 template<bool Whole>
-inline char* EncodeUnits(__m512i v, __mmask32 valid, char16_t const* src, std::size_t n, std::size_t i, char* out,
-                         std::size_t& substitutions) noexcept
+[[gnu::always_inline]] inline char* EncodeUnits(__m512i v, __mmask32 valid, char16_t const* src, std::size_t n,
+                                                std::size_t i, char* out, std::size_t& substitutions) noexcept
 {
     __mmask32 const ascii = _mm512_testn_epi16_mask(v, Words(0xFF80));
     __mmask32 large = _mm512_test_epi16_mask(v, Words(0xF800));
@@ -218,7 +220,7 @@ inline char* EncodeUnits(__m512i v, __mmask32 valid, char16_t const* src, std::s
 
 /// 16 values as UTF-8 by the plain rule.
 template<bool Whole>
-inline char* EncodeValues(__m512i v, __mmask16 valid, char* out) noexcept
+[[gnu::always_inline]] inline char* EncodeValues(__m512i v, __mmask16 valid, char* out) noexcept
 {
     v = _mm512_mask_mov_epi32(v, _mm512_cmpgt_epu32_mask(v, Dwords(0x1FFFFF)), Dwords(replacementCharacter));
     __m512i tags = Dwords(0x80C00000);
@@ -229,7 +231,8 @@ inline char* EncodeValues(__m512i v, __mmask16 valid, char* out) noexcept
 
 /// 16 words of a block with surrogates as code points. `next` holds, in each lane, the word behind the lane's.
 template<bool Whole>
-inline char32_t* CombinePairs(__m512i units, __m512i next, __mmask16 high, __mmask16 keep, char32_t* out) noexcept
+[[gnu::always_inline]] inline char32_t* CombinePairs(__m512i units, __m512i next, __mmask16 high, __mmask16 keep,
+                                                     char32_t* out) noexcept
 {
     __m512i const sum = _mm512_add_epi32(_mm512_slli_epi32(units, 10), next);
     __m512i const base = Dwords((0xD800U << 10) + 0xDC00U - 0x10000U);
@@ -244,8 +247,8 @@ inline char32_t* CombinePairs(__m512i units, __m512i next, __mmask16 high, __mma
 
 /// The units v, read from src[i], as code points. `Whole` asks for all 32 lanes.
 template<bool Whole>
-inline char32_t* WidenUnits(__m512i v, __mmask32 valid, char16_t const* src, std::size_t n, std::size_t i,
-                            char32_t* out, std::size_t& substitutions) noexcept
+[[gnu::always_inline]] inline char32_t* WidenUnits(__m512i v, __mmask32 valid, char16_t const* src, std::size_t n,
+                                                   std::size_t i, char32_t* out, std::size_t& substitutions) noexcept
 {
     __mmask32 const surrogates = SurrogatesIn(v);
     if (surrogates == 0) {
@@ -270,7 +273,8 @@ inline char32_t* WidenUnits(__m512i v, __mmask32 valid, char16_t const* src, std
 
 /// 16 values as UTF-16: each as two words, of which the second is squeezed out where it is not needed.
 template<bool Whole, bool Raw>
-inline char16_t* NarrowValues(__m512i v, __mmask16 valid, char16_t* out, std::size_t& substitutions) noexcept
+[[gnu::always_inline]] inline char16_t* NarrowValues(__m512i v, __mmask16 valid, char16_t* out,
+                                                     std::size_t& substitutions) noexcept
 {
     __mmask16 bad = _mm512_cmpgt_epu32_mask(v, Dwords(0x10FFFF));
     if (!Raw) {
@@ -349,8 +353,8 @@ std::size_t Utf16ToUtf8(char16_t const* src, std::size_t n, char* dst, std::size
             _mm512_storeu_si512(out, NarrowToBytes(a, b));
             out += 64;
         } else {
-            out = EncodeUnits<true>(a, ~0U, src, n, i, out, substitutions);
-            out = EncodeUnits<true>(b, ~0U, src, n, i + 32, out, substitutions);
+            for (std::size_t k = i; k < i + 64; k += 32)
+                out = EncodeUnits<true>(_mm512_loadu_si512(src + k), ~0U, src, n, k, out, substitutions);
         }
     }
     while (i < n) {
