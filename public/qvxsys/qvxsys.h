@@ -1,0 +1,14 @@
+#pragma once
+// Everything the library exports.
+
+#include <qvxsys/CharacterUtils.h>
+#include <qvxsys/CodePointIterator.h>
+#include <qvxsys/CodePointView.h>
+#include <qvxsys/Platform.h>
+#include <qvxsys/Processor.h>
+#include <qvxsys/QvxICU.h>
+#include <qvxsys/StringUtils.h>
+#include <qvxsys/TCType.h>
+#include <qvxsys/TMemory.h>
+#include <qvxsys/TStringCore.h>
+#include <qvxsys/TStringView.h>
