@@ -69,6 +69,9 @@ template<class T>
 concept StringPointer = std::is_pointer_v<T> && (std::same_as<std::remove_cvref_t<std::remove_pointer_t<T>>, char16_t> ||
                                                  std::same_as<std::remove_cvref_t<std::remove_pointer_t<T>>, wchar_t>);
 
+template<class S, class T>
+concept Appendable = requires(S& s, T const& t) { s.append(t); };
+
 } // namespace qvxsys::detail
 
 class QVXSYS_API TStringCore
@@ -589,9 +592,9 @@ public:
     {
         return TStringCore(c, 1).append(b);
     }
-    template<class T>
-        requires requires(TStringCore& s, T const& t) { s.append(t); }
-    friend TStringCore operator+(TStringCore&& a, T const& b)
+    template<std::same_as<TStringCore> S, class T>
+        requires qvxsys::detail::Appendable<S, T>
+    friend TStringCore operator+(S&& a, T const& b)
     {
         a.append(b);
         return static_cast<TStringCore&&>(a);
