@@ -66,8 +66,17 @@ concept OtherIndex = std::integral<I> && !std::same_as<I, int> && !std::same_as<
                      !std::same_as<I, bool> && !TCType::Character<I>;
 
 template<class T>
-concept StringPointer = std::is_pointer_v<T> && (std::same_as<std::remove_cvref_t<std::remove_pointer_t<T>>, char16_t> ||
-                                                 std::same_as<std::remove_cvref_t<std::remove_pointer_t<T>>, wchar_t>);
+using Pointee = std::remove_const_t<std::remove_pointer_t<std::decay_t<T>>>;
+
+/// Text as a pointer: UTF-16 or wide, and with UTF-8 as well.
+template<class T>
+concept StringPointer =
+    std::is_pointer_v<std::decay_t<T>> && (std::same_as<Pointee<T>, char16_t> || std::same_as<Pointee<T>, wchar_t>);
+template<class T>
+concept TextPointer = StringPointer<T> || (std::is_pointer_v<std::decay_t<T>> && std::same_as<Pointee<T>, char>);
+
+template<class T>
+concept TextOrCharacter = TCType::Character<T> || TextPointer<T> || std::convertible_to<T const&, TStringView>;
 
 template<class S, class T>
 concept Appendable = requires(S& s, T const& t) { s.append(t); };
@@ -288,11 +297,10 @@ public:
     /// One code point; a value above U+10FFFF becomes U+FFFD.
     TStringCore& append32(char32_t c) { return append(c); }
 
-    void push_back(TStringCore const& s) { append(s); }
-    template<TCType::Character C>
-    void push_back(C c)
+    template<qvxsys::detail::TextOrCharacter T>
+    void push_back(T const& t)
     {
-        append(c);
+        append(t);
     }
     void push_back32(char32_t c) { append(c); }
 
@@ -312,9 +320,15 @@ public:
     /// Before the unit at `pos`; a position below 0 means 0, one past the end means the end.
     /// @{
     TStringCore& insert(int pos, TStringView v);
-    TStringCore& insert(int pos, char const* utf8, int n = -1) { return insert(pos, TStringCore(utf8, n).view()); }
-    TStringCore& insert(int pos, char16_t const* s, int n = -1);
-    TStringCore& insert(int pos, wchar_t const* s, int n = -1) { return insert(pos, TStringCore(s, n).view()); }
+    template<qvxsys::detail::TextPointer P>
+    TStringCore& insert(int pos, P s, int n = -1)
+    {
+        if constexpr (std::convertible_to<P, char16_t const*>) {
+            return InsertUnits(pos, s, n);
+        } else {
+            return insert(pos, TStringCore(s, n).view());
+        }
+    }
     template<TCType::Character C>
     TStringCore& insert(int pos, C c)
     {
@@ -323,20 +337,21 @@ public:
     }
 
     TStringCore& prepend(TStringView v) { return insert(0, v); }
-    TStringCore& prepend(char const* utf8, int n = -1) { return insert(0, utf8, n); }
-    TStringCore& prepend(char16_t const* s, int n = -1) { return insert(0, s, n); }
-    TStringCore& prepend(wchar_t const* s, int n = -1) { return insert(0, s, n); }
+    template<qvxsys::detail::TextPointer P>
+    TStringCore& prepend(P s, int n = -1)
+    {
+        return insert(0, s, n);
+    }
     template<TCType::Character C>
     TStringCore& prepend(C c)
     {
         return insert(0, c);
     }
     TStringCore& prepend32(char32_t c) { return insert(0, c); }
-    void push_front(TStringView v) { insert(0, v); }
-    template<TCType::Character C>
-    void push_front(C c)
+    template<qvxsys::detail::TextOrCharacter T>
+    void push_front(T const& t)
     {
-        insert(0, c);
+        prepend(t);
     }
     void push_front32(char32_t c) { insert(0, c); }
     /// @}
@@ -727,6 +742,7 @@ private:
     void ConvertUtf8(int at, char const* s, int n);
     template<class CodePoint>
     void ConvertUtf32(int at, CodePoint const* s, int n);
+    TStringCore& InsertUnits(int pos, char16_t const* s, int n);
     void ReplaceUnits(int pos, int count, char16_t const* units, int n);
 
     /// True when p points into the text or at its terminator.

@@ -503,7 +503,7 @@ TStringCore& TStringCore::insert(int pos, TStringView v)
     return *this;
 }
 
-TStringCore& TStringCore::insert(int pos, char16_t const* s, int n)
+TStringCore& TStringCore::InsertUnits(int pos, char16_t const* s, int n)
 {
     return s == nullptr ? *this : insert(pos, n < 0 ? TStringView(s) : TStringView(s, static_cast<std::size_t>(n)));
 }
