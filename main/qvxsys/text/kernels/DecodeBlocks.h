@@ -41,6 +41,8 @@
 
 #include "DecodeScalar.h"
 
+#include <cstdint>
+
 namespace qvxsys::text {
 namespace {
 
@@ -109,6 +111,36 @@ template<Form kForm, class Isa>
                             : Isa::template Combine<kForm, false>(block, sequences, units);
 }
 
+/// dst + count, or null where nothing is written.
+template<Form kForm, class Unit>
+inline Unit* At(Unit* dst, std::size_t count) noexcept
+{
+    return kForm == Form::Utf16Length ? nullptr : dst + count;
+}
+
+/// Converts the whole blocks of ASCII that s begins with and returns their bytes; for UTF-32 they may hold no 0.
+template<Form kForm, class Isa, class Unit>
+[[gnu::always_inline]] inline std::size_t DecodeAscii(unsigned char const* s, std::size_t n, Unit* dst) noexcept
+{
+    constexpr std::size_t kSettled = 8 * kBlock;
+    std::size_t done = 0;
+    while (n - done >= kBlock) {
+        typename Isa::Block const block = Isa::Load(s + done);
+        if (Isa::High(block) != 0 || (kForm == Form::Utf32 && Isa::HasZero(block))) {
+            break;
+        }
+        if constexpr (kForm != Form::Utf16Length) {
+            Isa::Widen(block, dst + done);
+        }
+        done += kBlock;
+        if (kForm != Form::Utf16Length && done == kSettled) {
+            // A long run: going back over a few units once makes the stores to come cross no cache line.
+            done -= reinterpret_cast<std::uintptr_t>(dst + done) % kBlock / sizeof(Unit);
+        }
+    }
+    return done;
+}
+
 /// Converts whole blocks up to the first in which something is malformed (or, for UTF-32, 0) or which is not whole.
 template<Form kForm, class Isa, class Unit>
 [[gnu::always_inline]] inline Progress DecodeWellFormed(unsigned char const* s, std::size_t n, Unit* dst,
@@ -117,17 +149,16 @@ template<Form kForm, class Isa, class Unit>
     std::size_t in = progress.in;
     std::size_t out = progress.out;
     Leads before{};
-    for (; n - in >= kBlock; in += kBlock) {
+    while (n - in >= kBlock) {
         typename Isa::Block const block = Isa::Load(s + in);
         if (kForm == Form::Utf32 && Isa::HasZero(block)) {
             break;
         }
         Mask const high = Isa::High(block);
         if (high == 0 && UnfinishedBytes(before) == 0) {
-            if constexpr (kForm != Form::Utf16Length) {
-                Isa::Widen(block, dst + out);
-            }
-            out += kBlock;
+            std::size_t const ascii = DecodeAscii<kForm, Isa>(s + in, n - in, At<kForm>(dst, out));
+            in += ascii;
+            out += ascii;
             before = {};
             continue;
         }
@@ -150,6 +181,7 @@ template<Form kForm, class Isa, class Unit>
         if constexpr (kForm != Form::Utf16Length) {
             Isa::Store(units, keep, dst + out);
         }
+        in += kBlock;
         out += Count(keep);
         before = leads;
     }
@@ -238,7 +270,7 @@ template<Form kForm, class Isa>
             progress = DecodeWellFormed<kForm, Isa>(s, n, dst, progress);
         }
         std::size_t const left = n - progress.in;
-        if (left < kBlock && Isa::template TryAscii<write>(s + progress.in, left, dst + progress.out)) {
+        if (left < kBlock && Isa::template TryAscii<write>(s + progress.in, left, At<kForm>(dst, progress.out))) {
             progress.out += left;
             return progress;
         }
