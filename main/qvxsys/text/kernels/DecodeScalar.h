@@ -50,18 +50,17 @@ inline DecodedPart DecodePart(unsigned char const* s, std::size_t n) noexcept
     return {value, length, false};
 }
 
-/// How far a conversion has come; `in` is always at the beginning of a part. What takes and returns it is always
-/// inlined: passed in memory it would cost more than a short conversion.
+/// How far a conversion has come; `in` is always at the beginning of a part. (Two members go in registers; a third one
+/// would send all of them through memory, which costs more than a short conversion.)
 struct Progress
 {
     std::size_t in = 0;
     std::size_t out = 0;
-    std::size_t malformed = 0;
 };
 
 /// Decodes parts until `in` is at or past `end` or at a part that is malformed or 0.
-[[gnu::always_inline]] inline Progress DecodePrefixByParts(unsigned char const* s, std::size_t n, char32_t* dst,
-                                                           Progress progress, std::size_t end) noexcept
+inline Progress DecodePrefixByParts(unsigned char const* s, std::size_t n, char32_t* dst, Progress progress,
+                                    std::size_t end) noexcept
 {
     while (progress.in < end) {
         DecodedPart const part = DecodePart(s + progress.in, n - progress.in);
@@ -99,15 +98,15 @@ inline void PutUnit(char16_t* dst, std::size_t at, char32_t unit) noexcept
     }
 }
 
-/// Decodes parts as UTF-16 until `in` is at or past `end`; only counts the units if kWrite is not set. The common
-/// lengths have branches of their own, so that where the next part begins is predicted and not computed.
+/// Decodes parts as UTF-16 until `in` is at or past `end` and counts the malformed ones; the units are only counted,
+/// too, if kWrite is not set. The common lengths have branches of their own, so that where the next part begins is
+/// predicted and not computed.
 template<bool kWrite>
-[[gnu::always_inline]] inline Progress DecodeByParts(unsigned char const* s, std::size_t n, char16_t* dst,
-                                                     Progress progress, std::size_t end) noexcept
+inline Progress DecodeByParts(unsigned char const* s, std::size_t n, char16_t* dst, Progress progress, std::size_t end,
+                              std::size_t& malformed) noexcept
 {
     std::size_t in = progress.in;
     std::size_t out = progress.out;
-    std::size_t malformed = progress.malformed;
     while (in < end) {
         unsigned const lead = s[in];
         if (lead < 0x80) {
@@ -131,7 +130,7 @@ template<bool kWrite>
             in += part.length;
         }
     }
-    return {in, out, malformed};
+    return {in, out};
 }
 
 } // namespace
