@@ -364,10 +364,45 @@ inline __mmask32 PairsIn(__m512i units, __m512i next) noexcept
     return _mm512_testn_epi16_mask(both, Words(0xFC00));
 }
 
-/// The pairs that begin in the 32 units at src[i]; there must be more behind them.
-inline std::size_t CountPairs(char16_t const* src, std::size_t i) noexcept
+/// The pairs that begin in the 64 units a and b, read from src[i]; there must be more behind them.
+inline std::size_t CountPairs(__m512i a, __m512i b, char16_t const* src, std::size_t i) noexcept
 {
-    return Count(PairsIn(_mm512_loadu_si512(src + i), _mm512_loadu_si512(src + i + 1)));
+    __m512i const base = Words(0xD800);
+    __m512i const least = _mm512_min_epu16(_mm512_sub_epi16(a, base), _mm512_sub_epi16(b, base));
+    if (_mm512_cmplt_epu16_mask(least, Words(0x400)) == 0) // no high surrogates
+        return 0;
+    return Count(PairsIn(a, _mm512_loadu_si512(src + i + 1))) + Count(PairsIn(b, _mm512_loadu_si512(src + i + 33)));
+}
+
+/// The units before the first boundary of 64 bytes. Loads of whole vectors that are not aligned touch two cache lines
+/// each, which halves the speed of the kernels that do little but load.
+inline std::size_t UnitsToAlign(void const* p) noexcept
+{
+    return (64 - (reinterpret_cast<std::uintptr_t>(p) & 63)) / 2 % 32;
+}
+
+/// From how many units on it pays to align.
+constexpr std::size_t longText = 256;
+
+/// The UTF-8 length of the units at src[i] that `valid` selects, and of none behind src[n].
+inline std::size_t LengthOfBlock(char16_t const* src, std::size_t n, std::size_t i, __mmask32 valid) noexcept
+{
+    __m512i const v = _mm512_maskz_loadu_epi16(valid, src + i);
+    __m512i const next = _mm512_maskz_loadu_epi16(FirstOf32(n - i - 1) & valid, src + i + 1);
+    std::size_t const more = Count(_mm512_test_epi16_mask(v, Words(0xFF80))) + //
+                             Count(_mm512_test_epi16_mask(v, Words(0xF800)));
+    return Count(valid) + more - 2 * Count(PairsIn(v, next));
+}
+
+/// Copies the units at src[i] that `valid` selects; those behind them are looked at for the sake of the last one.
+inline void CopyBlock(char16_t const* src, std::size_t n, std::size_t i, __mmask32 valid, char16_t* dst,
+                      std::size_t& substitutions) noexcept
+{
+    __m512i v = _mm512_maskz_loadu_epi16(FirstOf32(n - i), src + i);
+    __mmask32 const surrogates = SurrogatesIn(v);
+    if (surrogates != 0)
+        v = Substitute(v, SortSurrogates(v, surrogates, src, n, i).lone & valid, substitutions);
+    _mm512_mask_storeu_epi16(dst + i, valid, v);
 }
 
 } // namespace
@@ -405,30 +440,22 @@ std::size_t Utf16ToUtf8(char16_t const* src, std::size_t n, char* dst, std::size
 std::size_t Utf8LengthOfUtf16(char16_t const* src, std::size_t n) noexcept
 {
     // One byte a unit, one more from 0x80 on and one more from 0x800 on, less two for a pair (four bytes, not six).
-    std::size_t length = n;
-    std::size_t i = 0;
-    for (; n - i > 128; i += 128) {
-        __m512i smallest = Words(0xFFFF);
-        for (std::size_t k = i; k < i + 128; k += 64) {
-            __m512i const a = _mm512_loadu_si512(src + k);
-            __m512i const b = _mm512_loadu_si512(src + k + 32);
-            // As bytes that tell the three lengths apart: 0, 1 to 15, and above (by saturation up to 0xFFFF).
-            __m512i const classes = _mm512_packus_epi16(_mm512_srli_epi16(a, 7), _mm512_srli_epi16(b, 7));
-            length += Count(_mm512_test_epi8_mask(classes, classes));
-            length += Count(_mm512_test_epi8_mask(classes, Words(0xF0F0)));
-            smallest = _mm512_min_epu16(
-                smallest, _mm512_min_epu16(_mm512_sub_epi16(a, Words(0xD800)), _mm512_sub_epi16(b, Words(0xD800))));
-        }
-        if (_mm512_cmplt_epu16_mask(smallest, Words(0x400)) != 0)
-            for (std::size_t k = i; k < i + 128; k += 32)
-                length -= 2 * CountPairs(src, k);
+    std::size_t length = 0;
+    std::size_t i = n < longText ? 0 : UnitsToAlign(src);
+    if (i > 0)
+        length += LengthOfBlock(src, n, 0, FirstOf32(i));
+    for (; n - i > 64; i += 64) {
+        __m512i const a = _mm512_loadu_si512(src + i);
+        __m512i const b = _mm512_loadu_si512(src + i + 32);
+        // As bytes that tell the three lengths apart: 0, 1 to 15, and above (by saturation up to 0xFFFF).
+        __m512i const classes = _mm512_packus_epi16(_mm512_srli_epi16(a, 7), _mm512_srli_epi16(b, 7));
+        __mmask64 const large = _mm512_test_epi8_mask(classes, Words(0xF0F0));
+        length += 64 + Count(_mm512_test_epi8_mask(classes, classes)) + Count(large);
+        if (large != 0)
+            length -= 2 * CountPairs(a, b, src, i);
     }
     for (; i < n; i += 32) {
-        __m512i const v = _mm512_maskz_loadu_epi16(FirstOf32(n - i), src + i);
-        __m512i const next = _mm512_maskz_loadu_epi16(FirstOf32(n - i - 1), src + i + 1);
-        length += Count(_mm512_test_epi16_mask(v, Dwords(constants.notAscii))) +
-                  Count(_mm512_test_epi16_mask(v, Words(0xF800)));
-        length -= 2 * Count(PairsIn(v, next));
+        length += LengthOfBlock(src, n, i, FirstOf32(n - i));
         if (n - i <= 32)
             break;
     }
@@ -491,7 +518,9 @@ std::size_t Utf32ToUtf8Raw(char32_t const* src, std::size_t n, char* dst) noexce
 
 void CopyWellFormed(char16_t const* src, std::size_t n, char16_t* dst, std::size_t& substitutions) noexcept
 {
-    std::size_t i = 0;
+    std::size_t i = n < longText ? 0 : UnitsToAlign(dst);
+    if (i > 0)
+        CopyBlock(src, n, 0, FirstOf32(i), dst, substitutions);
     for (; n - i >= 64; i += 64) {
         __m512i a = _mm512_loadu_si512(src + i);
         __m512i b = _mm512_loadu_si512(src + i + 32);
@@ -505,12 +534,7 @@ void CopyWellFormed(char16_t const* src, std::size_t n, char16_t* dst, std::size
         _mm512_storeu_si512(dst + i + 32, b);
     }
     for (; i < n; i += 32) {
-        __mmask32 const valid = FirstOf32(n - i);
-        __m512i v = _mm512_maskz_loadu_epi16(valid, src + i);
-        __mmask32 const surrogates = SurrogatesIn(v);
-        if (surrogates != 0)
-            v = Substitute(v, SortSurrogates(v, surrogates, src, n, i).lone, substitutions);
-        _mm512_mask_storeu_epi16(dst + i, valid, v);
+        CopyBlock(src, n, i, FirstOf32(n - i), dst, substitutions);
         if (n - i <= 32)
             break;
     }
@@ -519,9 +543,11 @@ void CopyWellFormed(char16_t const* src, std::size_t n, char16_t* dst, std::size
 std::size_t CountCodePoints(char16_t const* src, std::size_t n) noexcept
 {
     std::size_t pairs = 0;
-    std::size_t i = 0;
+    std::size_t i = n < longText ? 0 : UnitsToAlign(src);
+    if (i > 0)
+        pairs += Count(PairsIn(_mm512_maskz_loadu_epi16(FirstOf32(i), src), _mm512_loadu_si512(src + 1)));
     for (; n - i > 64; i += 64)
-        pairs += CountPairs(src, i) + CountPairs(src, i + 32);
+        pairs += CountPairs(_mm512_loadu_si512(src + i), _mm512_loadu_si512(src + i + 32), src, i);
     for (; i < n; i += 32) {
         __m512i const v = _mm512_maskz_loadu_epi16(FirstOf32(n - i), src + i);
         pairs += Count(PairsIn(v, _mm512_maskz_loadu_epi16(FirstOf32(n - i - 1), src + i + 1)));
@@ -535,7 +561,9 @@ std::size_t CountUnit(char16_t const* src, std::size_t n, char16_t unit) noexcep
 {
     __m512i const units = Words(unit);
     std::size_t found = 0;
-    std::size_t i = 0;
+    std::size_t i = n < longText ? 0 : UnitsToAlign(src);
+    if (i > 0)
+        found += Count(_mm512_mask_cmpeq_epi16_mask(FirstOf32(i), _mm512_loadu_si512(src), units));
     for (; n - i >= 64; i += 64) {
         found += Count(_mm512_cmpeq_epi16_mask(_mm512_loadu_si512(src + i), units));
         found += Count(_mm512_cmpeq_epi16_mask(_mm512_loadu_si512(src + i + 32), units));
