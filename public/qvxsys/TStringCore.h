@@ -45,14 +45,14 @@
 struct TStringBlock
 {
     std::int32_t references; ///< the strings that share the block; changed atomically only
-    std::int32_t capacity;   ///< units in `text`, the terminator's included
+    std::int32_t capacity;   ///< units in the text area, the terminator's included
     std::int32_t length;     ///< units of text
-    char16_t text[2];        ///< in truth `capacity` units
 
-    static constexpr std::size_t kHeaderSize = 12;
+    /// The text area: `capacity` units right behind the header.
+    [[nodiscard]] char16_t* Text() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
 };
 static_assert(offsetof(TStringBlock, references) == 0 && offsetof(TStringBlock, capacity) == 4 &&
-              offsetof(TStringBlock, length) == 8 && offsetof(TStringBlock, text) == TStringBlock::kHeaderSize);
+              offsetof(TStringBlock, length) == 8 && sizeof(TStringBlock) == 12);
 
 template<class Container>
 class TCodePointIterator;
@@ -468,7 +468,7 @@ public:
     [[nodiscard]] char16_t const* data() const noexcept QVXSYS_LIFETIME_BOUND { return constData(); }
     [[nodiscard]] char16_t const* constData() const noexcept QVXSYS_LIFETIME_BOUND
     {
-        return IsBlock() ? Block()->text : m_units;
+        return IsBlock() ? Block()->Text() : m_units;
     }
     /// Detaches. The terminator may be read, not changed.
     [[nodiscard]] char16_t* data() QVXSYS_LIFETIME_BOUND
@@ -479,7 +479,7 @@ public:
         if (IsShared(Block())) {
             Detach(Block()->capacity);
         }
-        return Block()->text;
+        return Block()->Text();
     }
 
     [[nodiscard]] iterator begin() QVXSYS_LIFETIME_BOUND { return data(); }
@@ -704,8 +704,8 @@ private:
             int const n = block->length;
             if (n + 1 < block->capacity && !IsShared(block)) [[likely]] {
                 block->length = n + 1;
-                block->text[n] = c;
-                block->text[n + 1] = 0;
+                block->Text()[n] = c;
+                block->Text()[n + 1] = 0;
                 return;
             }
         }

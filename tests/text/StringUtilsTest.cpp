@@ -146,7 +146,7 @@ TEST(StringUtils, ConversionsAreIcusForEveryCapacityAndInstructionSet)
     };
     for (auto const set : {InstructionSet::Portable, InstructionSet::Avx2, InstructionSet::Avx512}) {
         InstructionSet const before = quorvex::cpu::LimitInstructionSet(set);
-        for (std::size_t const n : {0, 1, 2, 3, 7, 16, 33, 64, 100, 257, 700, 3000}) {
+        for (std::size_t const n : {0u, 1u, 2u, 3u, 7u, 16u, 33u, 64u, 100u, 257u, 700u, 3000u}) {
             for (int round = 0; round < 10; ++round) {
                 std::u32string wide(n, U'\0');
                 std::generate(wide.begin(), wide.end(), unit);
