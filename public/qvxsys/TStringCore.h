@@ -17,9 +17,9 @@
 // (surrogate values kept, values above U+10FFFF become U+FFFD). A single `char` is Latin-1. A character is any of char,
 // char16_t, wchar_t and char32_t. Arguments may point into the string itself.
 //
-// Copying. Copies of more than 14 units share a block until one of them is written to. Every non-const member that hands
-// out or changes units detaches first, that is copies a shared block: use cbegin(), constData() or a const reference to
-// read without that. Pointers, references, iterators and views are valid until the string is next changed.
+// Copying. Copies of more than 14 units share a block until one of them is written to. Every non-const member that
+// hands out or changes units detaches first, that is copies a shared block: use cbegin(), constData() or a const
+// reference to read without that. Pointers, references, iterators and views are valid until the string is next changed.
 //
 // Errors are TStringCore::Exception; a failed call leaves the string as it was. Besides the texts given at members:
 //   "Allocation size less than zero; probable overflow"  a length that an int cannot hold
@@ -70,16 +70,19 @@ using Pointee = std::remove_const_t<std::remove_pointer_t<std::decay_t<T>>>;
 
 /// Text as a pointer: UTF-16 or wide, and with UTF-8 as well.
 template<class T>
-concept StringPointer =
-    std::is_pointer_v<std::decay_t<T>> && (std::same_as<Pointee<T>, char16_t> || std::same_as<Pointee<T>, wchar_t>);
+concept StringPointer = std::is_pointer_v<std::decay_t<T>> &&
+    (std::same_as<Pointee<T>, char16_t> || std::same_as<Pointee<T>, wchar_t>);
 template<class T>
-concept TextPointer = StringPointer<T> || (std::is_pointer_v<std::decay_t<T>> && std::same_as<Pointee<T>, char>);
+concept TextPointer = StringPointer<T> ||(std::is_pointer_v<std::decay_t<T>>&& std::same_as<Pointee<T>, char>);
 
 template<class T>
 concept TextOrCharacter = TCType::Character<T> || TextPointer<T> || std::convertible_to<T const&, TStringView>;
 
 template<class S, class T>
-concept Appendable = requires(S& s, T const& t) { s.append(t); };
+concept Appendable = requires(S& s, T const& t)
+{
+    s.append(t);
+};
 
 } // namespace qvxsys::detail
 
@@ -194,8 +197,9 @@ public:
     /// replaced as ICU's converter does. Empty when ICU has no default converter.
     [[nodiscard]] std::string toLocal8Bit(bool* lossy = nullptr) const;
     /// Writes what toStdWString returns and a terminator to dst and returns the number of wchar_t written before the
-    /// terminator. Throws "Error insufficient destinationCapacity (N) was passed into TStringCore::toWCharArray." unless
-    /// all of it fits into `capacity`; dst is then unchanged. A null dst gets nothing: returns the number needed.
+    /// terminator. Throws "Error insufficient destinationCapacity (N) was passed into TStringCore::toWCharArray."
+    /// unless all of it fits into `capacity`; dst is then unchanged. A null dst gets nothing: returns the number
+    /// needed.
     int toWCharArray(wchar_t* dst, int capacity) const;
     /// The same with its terminator, as a buffer that can be written to.
     [[nodiscard]] std::vector<wchar_t> toWCharVector() const;
@@ -210,8 +214,7 @@ public:
     operator char16_t const*() const noexcept QVXSYS_LIFETIME_BOUND { return constData(); }
     /// The same units as wide text, where wchar_t is a UTF-16 unit.
     template<std::same_as<wchar_t> W>
-        requires qvxsys::kWideIsUtf16
-    operator W const*() const noexcept QVXSYS_LIFETIME_BOUND
+    requires qvxsys::kWideIsUtf16 operator W const*() const noexcept QVXSYS_LIFETIME_BOUND
     {
         return reinterpret_cast<W const*>(constData());
     }
@@ -251,8 +254,8 @@ public:
     TStringCore& assign(TStringCore const& other) { return *this = other; }
     TStringCore& assign(TStringView v) { return assign(v.data(), v.length()); }
     TStringCore& assign(char const* utf8, int n = -1);
-    /// A source at the string's own start truncates to 0 <= n < length and otherwise changes nothing; one inside the text
-    /// keeps those n units (up to the end for a larger n, up to a 0 unit for a negative one).
+    /// A source at the string's own start truncates to 0 <= n < length and otherwise changes nothing; one inside the
+    /// text keeps those n units (up to the end for a larger n, up to a 0 unit for a negative one).
     TStringCore& assign(char16_t const* s, int n = -1);
     TStringCore& assign(wchar_t const* s, int n = -1);
     /// n copies of a character; none for a negative n.
@@ -272,12 +275,9 @@ public:
     /// Appending nothing detaches nothing. Amortised O(1) a unit.
     /// @{
     TStringCore& append(TStringCore const& other);
-    TStringCore& append(TStringView v)
-    {
-        return v.empty() ? *this : append(v.data(), v.length());
-    }
-    /// UTF-8, n bytes: malformed parts become U+FFFD, one for each maximal subpart. Throws "Appended string is too long"
-    /// for a terminated text above 0x7FFFFFFF bytes. The room of n units is reserved.
+    TStringCore& append(TStringView v) { return v.empty() ? *this : append(v.data(), v.length()); }
+    /// UTF-8, n bytes: malformed parts become U+FFFD, one for each maximal subpart. Throws "Appended string is too
+    /// long" for a terminated text above 0x7FFFFFFF bytes. The room of n units is reserved.
     TStringCore& append(char const* utf8, int n = -1);
     /// n units. From inside the string's own text: up to its end for a negative n or one past the end.
     TStringCore& append(char16_t const* s, int n = -1);
@@ -377,10 +377,11 @@ public:
 
     /// The units that fit without a new allocation, the terminator's included: 15 in the object, else the block's.
     [[nodiscard]] int capacity() const noexcept { return IsBlock() ? Block()->capacity : kInlineCapacity; }
-    /// Room for n units; never shrinks. A shared block is detached. Throws "Negative allocation size; probable overflow"
-    /// for a negative n.
+    /// Room for n units; never shrinks. A shared block is detached. Throws "Negative allocation size; probable
+    /// overflow" for a negative n.
     void reserve(int n);
-    /// Sets the length; units behind the old length are left as they are in memory: write them. A negative n counts as 0.
+    /// Sets the length; units behind the old length are left as they are in memory: write them. A negative n counts as
+    /// 0.
     void resize(int n) { SetLength(n); }
     /// Gives back unused room. Up to 14 units return into the object unless the block is shared; a shared block is
     /// detached at the size needed.
@@ -510,8 +511,8 @@ public:
     /// The code-unit index at which an insertion before `position` takes place: the length for the end. Throws as
     /// iteratorFrom does.
     [[nodiscard]] int getInsertCodeUnitIndex(code_point_iterator const& position) const;
-    /// The units spanned by n code points from `start` on, as far as the text goes; a negative n means up to the first 0
-    /// unit. 0 for a start outside the text.
+    /// The units spanned by n code points from `start` on, as far as the text goes; a negative n means up to the first
+    /// 0 unit. 0 for a start outside the text.
     [[nodiscard]] int subStringSizeInCodeUnits(int start, int n) const noexcept;
     /// @}
 
@@ -534,8 +535,8 @@ public:
                                       CaseSensitivity cs = CaseSensitive) noexcept;
     /// @}
 
-    /// Equal lengths and equal units up to the first 0 unit, so strings of one length that agree up to an embedded 0 are
-    /// equal.
+    /// Equal lengths and equal units up to the first 0 unit, so strings of one length that agree up to an embedded 0
+    /// are equal.
     friend bool operator==(TStringCore const& a, TStringCore const& b) noexcept
     {
         int const length = a.length();
@@ -608,7 +609,7 @@ public:
         return TStringCore(c, 1).append(b);
     }
     template<std::same_as<TStringCore> S, class T>
-        requires qvxsys::detail::Appendable<S, T>
+    requires qvxsys::detail::Appendable<S, T>
     friend TStringCore operator+(S&& a, T const& b)
     {
         a.append(b);
@@ -616,8 +617,7 @@ public:
     }
     /// Adding a number would step along the text: append32() or a number's text is what is meant.
     template<std::integral I>
-        requires(!TCType::Character<I>)
-    friend TStringCore operator+(TStringCore const& a, I n) = delete;
+    requires(!TCType::Character<I>) friend TStringCore operator+(TStringCore const& a, I n) = delete;
     /// @}
 
 private:

@@ -8,7 +8,8 @@
 
 #include <gtest/gtest.h>
 
-// Requests that no heap can satisfy are part of these tests; the sanitizers' allocators then return null as malloc does.
+// Requests that no heap can satisfy are part of these tests; the sanitizers' allocators then return null as malloc
+// does.
 extern "C" __attribute__((visibility("default"))) char const* __asan_default_options()
 {
     return "allocator_may_return_null=1";

@@ -10,7 +10,9 @@ namespace {
 // The same text in every type it can be passed as.
 struct Texts
 {
-    explicit Texts(std::u16string text) : units(std::move(text)), string(units), wide(string.toStdWString()), utf8(string.toStdString()) {}
+    explicit Texts(std::u16string text)
+        : units(std::move(text)), string(units), wide(string.toStdWString()), utf8(string.toStdString())
+    {}
 
     std::u16string units;
     TStringCore string;
@@ -51,7 +53,8 @@ std::string OutcomeOf(A const& a, B const& b)
 // Strings order by unit, views by length first: one outcome each, whatever the other side's type.
 TEST(TextSymmetry, ComparisonsOfEveryPair)
 {
-    char16_t const* const samples[] = {u"", u"a", u"b", u"ab", u"abc", u"\u00E9", u"\U0001F600", u"\uFFFF", u"twenty units of text"};
+    char16_t const* const samples[] = {
+        u"", u"a", u"b", u"ab", u"abc", u"\u00E9", u"\U0001F600", u"\uFFFF", u"twenty units of text"};
     for (char16_t const* const left : samples) {
         for (char16_t const* const right : samples) {
             Texts const a{left};
@@ -63,7 +66,8 @@ TEST(TextSymmetry, ComparisonsOfEveryPair)
                     using X = std::decay_t<decltype(x)>;
                     using Y = std::decay_t<decltype(y)>;
                     if constexpr (kIsOwnType<X> || kIsOwnType<Y>) {
-                        EXPECT_EQ(OutcomeOf(x, y), kIsView<X> || kIsView<Y> ? asViews : asStrings) << a.utf8 << '|' << b.utf8;
+                        EXPECT_EQ(OutcomeOf(x, y), kIsView<X> || kIsView<Y> ? asViews : asStrings)
+                            << a.utf8 << '|' << b.utf8;
                     }
                 });
             });

@@ -55,10 +55,12 @@ TEST(CharacterUtils, DecodesUtf8ByTheLeadTable)
         {"\xC0\x80", 2, 0},
     };
     for (auto const& [bytes, consumed, codePoint] : cases) {
-        EXPECT_EQ(Once<char32_t>(Utf8ToUtf32, bytes), (Step<char32_t>{consumed, std::u32string(1, codePoint)})) << bytes;
+        EXPECT_EQ(Once<char32_t>(Utf8ToUtf32, bytes), (Step<char32_t>{consumed, std::u32string(1, codePoint)}))
+            << bytes;
         bool const large = codePoint > 0xFFFF && codePoint <= 0x10FFFF;
-        std::u16string const units = large ? std::u16string{HighSurrogate(codePoint), LowSurrogate(codePoint)}
-                                           : std::u16string(1, codePoint > 0x10FFFF ? u'\uFFFD' : static_cast<char16_t>(codePoint));
+        std::u16string const units =
+            large ? std::u16string{HighSurrogate(codePoint), LowSurrogate(codePoint)}
+                  : std::u16string(1, codePoint > 0x10FFFF ? u'\uFFFD' : static_cast<char16_t>(codePoint));
         EXPECT_EQ(Once<char16_t>(Utf8ToUtf16, bytes), (Step<char16_t>{consumed, units})) << bytes;
         // Bounded: every cut of the sequence is U+FFFD and consumes what is there.
         for (int n = 1; n <= consumed; ++n) {
@@ -77,12 +79,20 @@ TEST(CharacterUtils, EncodesUtf8)
         std::string bytes;
         int needed;
     };
-    for (auto const& [codePoint, bytes, needed] :
-         {Case{0x7F, "\x7F", 1}, {0x80, "\xC2\x80", 2}, {0x7FF, "\xDF\xBF", 2}, {0x800, "\xE0\xA0\x80", 3},
-          {0xD800, "\xED\xA0\x80", 3}, {0xFFFF, "\xEF\xBF\xBF", 3}, {0x10000, "\xF0\x90\x80\x80", 4},
-          {0x110000, "\xF4\x90\x80\x80", 4}, {0x1FFFFF, "\xF7\xBF\xBF\xBF", 4}, {0x200000, "\xEF\xBF\xBD", 4}}) {
-        EXPECT_EQ(Once<char>(Utf32ToUtf8, &codePoint, needed), (Step<char>{1, bytes})) << std::hex << std::uint32_t{codePoint};
-        EXPECT_EQ(Once<char>(Utf32ToUtf8, &codePoint, needed - 1), (Step<char>{0, ""})) << std::hex << std::uint32_t{codePoint};
+    for (auto const& [codePoint, bytes, needed] : {Case{0x7F, "\x7F", 1},
+                                                   {0x80, "\xC2\x80", 2},
+                                                   {0x7FF, "\xDF\xBF", 2},
+                                                   {0x800, "\xE0\xA0\x80", 3},
+                                                   {0xD800, "\xED\xA0\x80", 3},
+                                                   {0xFFFF, "\xEF\xBF\xBF", 3},
+                                                   {0x10000, "\xF0\x90\x80\x80", 4},
+                                                   {0x110000, "\xF4\x90\x80\x80", 4},
+                                                   {0x1FFFFF, "\xF7\xBF\xBF\xBF", 4},
+                                                   {0x200000, "\xEF\xBF\xBD", 4}}) {
+        EXPECT_EQ(Once<char>(Utf32ToUtf8, &codePoint, needed), (Step<char>{1, bytes}))
+            << std::hex << std::uint32_t{codePoint};
+        EXPECT_EQ(Once<char>(Utf32ToUtf8, &codePoint, needed - 1), (Step<char>{0, ""}))
+            << std::hex << std::uint32_t{codePoint};
     }
 }
 
@@ -136,9 +146,13 @@ TEST(CharacterUtils, CountsAndReads)
         char32_t codePoint;
         int units;
     };
-    for (auto const& [text, counted, codePoint, units] :
-         {Case{nullptr, 0, 0, 0}, {u"", 0, 0, 0}, {u"a", 1, U'a', 1}, {u"\xDC00", 2, 0xFFFD, 1},
-          {u"\xD800x", 2, 0xFFFD, 1}, {u"\U0001F600", 2, 0x1F600, 2}, {u"\uE000", 1, 0xE000, 1}}) {
+    for (auto const& [text, counted, codePoint, units] : {Case{nullptr, 0, 0, 0},
+                                                          {u"", 0, 0, 0},
+                                                          {u"a", 1, U'a', 1},
+                                                          {u"\xDC00", 2, 0xFFFD, 1},
+                                                          {u"\xD800x", 2, 0xFFFD, 1},
+                                                          {u"\U0001F600", 2, 0x1F600, 2},
+                                                          {u"\uE000", 1, 0xE000, 1}}) {
         int spanned = -1;
         EXPECT_EQ(CountCodeUnits(text), counted);
         EXPECT_EQ(GetCodePoint(text, &spanned), codePoint);

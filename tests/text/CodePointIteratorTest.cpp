@@ -29,8 +29,7 @@ constexpr char const* kInsidePair =
 // The same tests over both containers.
 template<class Container>
 class CodePointIteratorTest : public testing::Test
-{
-};
+{};
 using Containers = testing::Types<TStringCore, TStringView>;
 TYPED_TEST_SUITE(CodePointIteratorTest, Containers);
 
@@ -69,9 +68,11 @@ TYPED_TEST(CodePointIteratorTest, OddTextsAreWalkedToTheEnd)
         std::u32string points;
     };
     // Stepping takes two units for any surrogate, as far as the text goes.
-    for (auto const& [units, points] :
-         {Case{std::u16string(u"a\0b", 3), std::u32string(U"a\0b", 3)}, {u"\xD83D", U"\uFFFD"}, {u"\xDE00z", U"\uFFFD"},
-          {u"\xDE00\xDE00z", U"\uFFFDz"}, {u"a\xD83D", U"a\uFFFD"}}) {
+    for (auto const& [units, points] : {Case{std::u16string(u"a\0b", 3), std::u32string(U"a\0b", 3)},
+                                        {u"\xD83D", U"\uFFFD"},
+                                        {u"\xDE00z", U"\uFFFD"},
+                                        {u"\xDE00\xDE00z", U"\uFFFDz"},
+                                        {u"a\xD83D", U"a\uFFFD"}}) {
         TypeParam const text{TStringView(units)};
         std::u32string walked;
         for (auto it = text.codepoint_cbegin(); it != text.codepoint_cend(); ++it) {
@@ -118,8 +119,9 @@ TYPED_TEST(CodePointIteratorTest, ForeignIteratorsAreRefused)
     TStringCore const otherText(u'x', 21);
     TypeParam const a(ownText);
     TypeParam const b(otherText);
-    std::string const prefix = std::is_same_v<TypeParam, TStringView> ? "TConstCodePointIterator<class TStringView>::operator "
-                                                                      : "TConstCodePointIterator<class TStringCore>::operator ";
+    std::string const prefix = std::is_same_v<TypeParam, TStringView>
+                                   ? "TConstCodePointIterator<class TStringView>::operator "
+                                   : "TConstCodePointIterator<class TStringCore>::operator ";
     std::string const suffix = " iterators do not reference the same underlying string.";
     auto x = a.codepoint_cbegin();
     auto const y = b.codepoint_cbegin();
@@ -183,7 +185,8 @@ TEST(CodePointIterator, WritingReplacesWholeCodePoints)
     EXPECT_EQ(RuntimeError([&] { --empty.codePointView().begin(); }), kPastBegin);
     TStringCore other;
     EXPECT_EQ(RuntimeError([&] { static_cast<void>(view.begin() == other.codePointView().begin()); }),
-              "TConstCodePointIterator<class TStringCore>::operator == iterators do not reference the same underlying string.");
+              "TConstCodePointIterator<class TStringCore>::operator == iterators do not reference the same underlying "
+              "string.");
 }
 
 } // namespace

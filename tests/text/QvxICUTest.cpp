@@ -76,7 +76,8 @@ TEST(QvxICU, ConvertersAndDetection)
 
     status = ICUErrorCode::ZeroError;
     ICUCharsetDetector* const detector = t_ucsdet_open(&status);
-    std::string const text = "\xEF\xBB\xBFGr\xC3\xBC\xC3\x9F" "e";
+    std::string const text = "\xEF\xBB\xBFGr\xC3\xBC\xC3\x9F"
+                             "e";
     t_ucsdet_setText(detector, text.data(), static_cast<std::int32_t>(text.size()), &status);
     ICUCharsetMatch const* const match = t_ucsdet_detect(detector, &status);
     ASSERT_NE(match, nullptr);

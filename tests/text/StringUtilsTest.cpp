@@ -49,7 +49,8 @@ std::string Icu16To8(std::u16string const& s)
 }
 std::u32string Icu16To32(std::u16string const& s)
 {
-    return WithIcu<char32_t>(s, [](char32_t* dst, auto... rest) { u_strToUTF32WithSub(reinterpret_cast<UChar32*>(dst), rest...); });
+    return WithIcu<char32_t>(
+        s, [](char32_t* dst, auto... rest) { u_strToUTF32WithSub(reinterpret_cast<UChar32*>(dst), rest...); });
 }
 std::u16string Icu32To16(std::u32string const& s)
 {
@@ -58,14 +59,18 @@ std::u16string Icu32To16(std::u32string const& s)
     });
 }
 
-constexpr Conversion<char, char16_t> k8To16 = {"StringUtils::Utf8ToUtf16", "t_u_strFromUTF8WithSub", Utf8ToUtf16, Utf8ToUtf16,
-                                               MeasureUtf8ToUtf16, MeasureUtf8ToUtf16, Icu8To16};
-constexpr Conversion<char16_t, char> k16To8 = {"StringUtils::Utf16ToUtf8", "t_u_strToUTF8WithSub", Utf16ToUtf8, Utf16ToUtf8,
-                                               MeasureUtf16ToUtf8, MeasureUtf16ToUtf8, Icu16To8};
-constexpr Conversion<char16_t, char32_t> k16To32 = {"StringUtils::Utf16ToUtf32", "t_u_strToUTF32WithSub", Utf16ToUtf32,
-                                                    Utf16ToUtf32, MeasureUtf16ToUtf32, MeasureUtf16ToUtf32, Icu16To32};
-constexpr Conversion<char32_t, char16_t> k32To16 = {"StringUtils::Utf32ToUtf16", "u_strFromUTF32WithSub", Utf32ToUtf16,
-                                                    Utf32ToUtf16, MeasureUtf32ToUtf16, MeasureUtf32ToUtf16, Icu32To16};
+constexpr Conversion<char, char16_t> k8To16 = {
+    "StringUtils::Utf8ToUtf16", "t_u_strFromUTF8WithSub", Utf8ToUtf16, Utf8ToUtf16,
+    MeasureUtf8ToUtf16,         MeasureUtf8ToUtf16,       Icu8To16};
+constexpr Conversion<char16_t, char> k16To8 = {
+    "StringUtils::Utf16ToUtf8", "t_u_strToUTF8WithSub", Utf16ToUtf8, Utf16ToUtf8,
+    MeasureUtf16ToUtf8,         MeasureUtf16ToUtf8,     Icu16To8};
+constexpr Conversion<char16_t, char32_t> k16To32 = {
+    "StringUtils::Utf16ToUtf32", "t_u_strToUTF32WithSub", Utf16ToUtf32, Utf16ToUtf32,
+    MeasureUtf16ToUtf32,         MeasureUtf16ToUtf32,     Icu16To32};
+constexpr Conversion<char32_t, char16_t> k32To16 = {
+    "StringUtils::Utf32ToUtf16", "u_strFromUTF32WithSub", Utf32ToUtf16, Utf32ToUtf16,
+    MeasureUtf32ToUtf16,         MeasureUtf32ToUtf16,     Icu32To16};
 
 // Capacities around the result's length, and every error.
 template<class From, class To>
@@ -109,7 +114,8 @@ void CheckErrors(Conversion<From, To> const& c)
     To out[4];
     std::string const routine = c.routine;
     std::string const measuring = "StringUtils::Measure" + routine.substr(13);
-    EXPECT_EQ(TextError([&] { c.convert(source, -1, out, 4); }), "Nonsense string length: -1 encountered in " + routine);
+    EXPECT_EQ(TextError([&] { c.convert(source, -1, out, 4); }),
+              "Nonsense string length: -1 encountered in " + routine);
     EXPECT_EQ(TextError([&] { static_cast<void>(c.measure(source, -1)); }),
               "Nonsense string length: -1 encountered in " + measuring);
     EXPECT_EQ(TextError([&] { c.convert(source, 0, nullptr, 0); }),
@@ -136,12 +142,18 @@ TEST(StringUtils, ConversionsAreIcusForEveryCapacityAndInstructionSet)
     std::mt19937 random(7);
     auto const unit = [&random]() -> char32_t {
         switch (random() % 8) {
-        case 0: return static_cast<char32_t>(random() % 0x800);
-        case 1: return static_cast<char32_t>(random() % 0x10000);
-        case 2: return 0x10000 + static_cast<char32_t>(random() % 0x100000);
-        case 3: return 0xD800 + static_cast<char32_t>(random() % 0x800);
-        case 4: return static_cast<char32_t>(random());
-        default: return static_cast<char32_t>(random() % 0x80);
+        case 0:
+            return static_cast<char32_t>(random() % 0x800);
+        case 1:
+            return static_cast<char32_t>(random() % 0x10000);
+        case 2:
+            return 0x10000 + static_cast<char32_t>(random() % 0x100000);
+        case 3:
+            return 0xD800 + static_cast<char32_t>(random() % 0x800);
+        case 4:
+            return static_cast<char32_t>(random());
+        default:
+            return static_cast<char32_t>(random() % 0x80);
         }
     };
     for (auto const set : {InstructionSet::Portable, InstructionSet::Avx2, InstructionSet::Avx512}) {
@@ -166,7 +178,8 @@ TEST(StringUtils, ConversionsAreIcusForEveryCapacityAndInstructionSet)
                 EXPECT_EQ(TStringCore::fromStdUString(utf16).toStdString(), Icu16To8(utf16));
                 EXPECT_EQ(MeasureUtf8ToUtf32(utf8.data(), static_cast<int>(utf8.size())),
                           static_cast<int>(Icu16To32(Icu8To16(utf8)).size()));
-                EXPECT_EQ(MeasureUtf32ToUtf8(wide.data(), static_cast<int>(n)), static_cast<int>(Icu16To8(Icu32To16(wide)).size()));
+                EXPECT_EQ(MeasureUtf32ToUtf8(wide.data(), static_cast<int>(n)),
+                          static_cast<int>(Icu16To8(Icu32To16(wide)).size()));
             }
         }
         quorvex::cpu::LimitInstructionSet(before);
@@ -196,12 +209,14 @@ TEST(StringUtils, Utf8ToUtf32DecodesByTheLeadTable)
     char32_t out[100];
     EXPECT_EQ(Utf8ToUtf32("\x80\xBF\xC3(\xED\xA0\x80\xF8\x88\x80\x80\x80\xC1\x81\xE2\x82", out, 8), 8);
     EXPECT_EQ(std::u32string(out, 8), (std::u32string{0x80, 0xFFFD, 0xFFFD, U'(', 0xD800, 0x200000, U'A', 0xFFFD}));
-    constexpr char const* kFull = "Error unable to process the entire source string in function StringUtils::Utf8ToUtf32";
+    constexpr char const* kFull =
+        "Error unable to process the entire source string in function StringUtils::Utf8ToUtf32";
     EXPECT_EQ(TextError([&] { Utf8ToUtf32("abc", out, 2); }), kFull);
     EXPECT_EQ(TextError([&] { Utf8ToUtf32("abc", out, -1); }), kFull);
-    EXPECT_EQ(TextError([&] { Utf8ToUtf32("a\0b", 3, out, 9); }),
-              "Error in function StringUtils::Utf8ToUtf32 converting non-ASCII characters to UTF-32; no code units were "
-              "processed by function CharacterUtils::Utf8ToUtf32");
+    EXPECT_EQ(
+        TextError([&] { Utf8ToUtf32("a\0b", 3, out, 9); }),
+        "Error in function StringUtils::Utf8ToUtf32 converting non-ASCII characters to UTF-32; no code units were "
+        "processed by function CharacterUtils::Utf8ToUtf32");
     std::string const mixed = std::string(70, 'x') + "\xF0\x9F\x98\x80\xFF" + std::string(9, 'y');
     EXPECT_EQ(Utf8ToUtf32(mixed.c_str(), out, 81), 81);
     EXPECT_EQ(out[70], 0x1F600u);
@@ -258,9 +273,16 @@ TEST(StringUtils, LineEndings)
         std::string before;
         std::string after;
     };
-    for (auto const& [before, after] :
-         {Case{"", ""}, {"abc", "abc"}, {"a\rb", "a\nb"}, {"a\r\nb\r\n", "a\nb\n"}, {"a\r\r\nb", "a\nb"}, {"a\n\rb", "a\n\nb"},
-          {"x\r\na\n\rb\n\n", "x\na\nb\n\n"}, {"\r\r\r", "\n"}, {"x\r\n\r\ny", "x\n\ny"}, {"a\rb\r\nc\rd", "a\nb\nc\nd"}}) {
+    for (auto const& [before, after] : {Case{"", ""},
+                                        {"abc", "abc"},
+                                        {"a\rb", "a\nb"},
+                                        {"a\r\nb\r\n", "a\nb\n"},
+                                        {"a\r\r\nb", "a\nb"},
+                                        {"a\n\rb", "a\n\nb"},
+                                        {"x\r\na\n\rb\n\n", "x\na\nb\n\n"},
+                                        {"\r\r\r", "\n"},
+                                        {"x\r\n\r\ny", "x\n\ny"},
+                                        {"a\rb\r\nc\rd", "a\nb\nc\nd"}}) {
         std::string bytes = before;
         EXPECT_EQ(normalizeLineEndings(bytes.data()), static_cast<int>(after.size())) << testing::PrintToString(before);
         EXPECT_EQ(std::string(bytes.c_str()), after);

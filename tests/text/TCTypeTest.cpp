@@ -35,7 +35,8 @@ TEST(TCType, MappingsAreIcusCutToAUnit)
             auto const unit = static_cast<char16_t>(c);
             ASSERT_EQ(TCType::ToLower(unit), static_cast<char16_t>(u_tolower(icu))) << std::hex << icu;
             ASSERT_EQ(TCType::ToUpper(unit), static_cast<char16_t>(u_toupper(icu))) << std::hex << icu;
-            ASSERT_EQ(TCType::FoldCase(unit), static_cast<char16_t>(u_foldCase(icu, U_FOLD_CASE_DEFAULT))) << std::hex << icu;
+            ASSERT_EQ(TCType::FoldCase(unit), static_cast<char16_t>(u_foldCase(icu, U_FOLD_CASE_DEFAULT)))
+                << std::hex << icu;
         }
     }
     EXPECT_EQ(TCType::ToUpper32(0x10428), 0x10400u);
@@ -45,7 +46,8 @@ TEST(TCType, MappingsAreIcusCutToAUnit)
 
 TEST(TCType, EveryCharacterTypeIsTaken)
 {
-    EXPECT_TRUE(TCType::isCntrl('\x7F') && TCType::isSpace(u'\u00A0') && TCType::isSpace('\xA0') && TCType::isSpace(L'\u3000'));
+    EXPECT_TRUE(TCType::isCntrl('\x7F') && TCType::isSpace(u'\u00A0') && TCType::isSpace('\xA0') &&
+                TCType::isSpace(L'\u3000'));
     EXPECT_TRUE(TCType::isAlpha(U'\U00010400') && TCType::isAlpha('\xE9') && !TCType::isAlpha(u'\xD801'));
     EXPECT_FALSE(TCType::isPrint(static_cast<wchar_t>(-1)) || TCType::isAlpha(char32_t{0xFFFFFFFF}));
 }

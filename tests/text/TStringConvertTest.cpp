@@ -110,15 +110,22 @@ TEST(TStringConvert, Utf8)
 TEST(TStringConvert, Local8Bit)
 {
     bool lossy = true;
-    std::string const utf8 = "Gr\xC3\xBC\xC3\x9F" "e \xF0\x9F\x98\x80";
+    std::string const utf8 = "Gr\xC3\xBC\xC3\x9F"
+                             "e \xF0\x9F\x98\x80";
     EXPECT_EQ(TStringCore::fromLocal8Bit(utf8.c_str()), u"Gr\u00FC\u00DFe \U0001F600");
     EXPECT_EQ(TStringCore(u"Gr\u00FC\u00DFe \U0001F600").toLocal8Bit(&lossy), utf8);
     EXPECT_FALSE(lossy);
     EXPECT_EQ(TStringCore(u"a\xD83D").toLocal8Bit(&lossy), "a\xEF\xBF\xBD");
     EXPECT_TRUE(lossy);
     EXPECT_EQ(TStringCore::fromLocal8Bit("ab\x1A"), u"ab"); // from the very last byte only
-    EXPECT_EQ(TStringCore::fromLocal8Bit("a\x1A" "b"), u"a\x1A" u"b");
-    EXPECT_EQ(TStringCore::fromLocal8Bit("a\xFF" "b\xC3", 4), u"a\uFFFDb\uFFFD");
+    EXPECT_EQ(TStringCore::fromLocal8Bit("a\x1A"
+                                         "b"),
+              u"a\x1A"
+              u"b");
+    EXPECT_EQ(TStringCore::fromLocal8Bit("a\xFF"
+                                         "b\xC3",
+                                         4),
+              u"a\uFFFDb\uFFFD");
     EXPECT_TRUE(TStringCore::fromLocal8Bit(nullptr, 5).empty() && TStringCore().toLocal8Bit(&lossy).empty());
     EXPECT_FALSE(lossy);
 }
@@ -130,7 +137,8 @@ TEST(TStringConvert, RoundTripsOfPublishedTexts)
     if (folder == nullptr || *folder == 0) {
         GTEST_SKIP() << "QVXSYS_TEST_DATA names no folder";
     }
-    for (char const* const name : {"arabic", "chinese", "german", "hindi", "japanese", "korean", "russian", "turkish", "vietnamese"}) {
+    for (char const* const name :
+         {"arabic", "chinese", "german", "hindi", "japanese", "korean", "russian", "turkish", "vietnamese"}) {
         std::ifstream file(std::string(folder) + "/text/" + name + ".utf8.txt", std::ios::binary);
         std::string const bytes{std::istreambuf_iterator<char>(file), {}};
         ASSERT_FALSE(bytes.empty()) << name;

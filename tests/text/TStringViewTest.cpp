@@ -88,9 +88,12 @@ TEST(TStringView, OrderingIsLengthFirstAndEachOperatorItsOwn)
         TStringView b;
         bool less, lessEqual, greater, greaterEqual;
     };
-    for (auto const& [a, b, less, lessEqual, greater, greaterEqual] :
-         {Case{u"b", u"aa", true, false, true, false}, {u"ab", u"b", true, false, true, false}, {u"a", u"ab", true, true, false, false},
-          {u"ab", u"ab", false, true, false, true}, {u"ab", u"ac", true, true, false, false}, {u"", u"a", true, true, false, false}}) {
+    for (auto const& [a, b, less, lessEqual, greater, greaterEqual] : {Case{u"b", u"aa", true, false, true, false},
+                                                                       {u"ab", u"b", true, false, true, false},
+                                                                       {u"a", u"ab", true, true, false, false},
+                                                                       {u"ab", u"ab", false, true, false, true},
+                                                                       {u"ab", u"ac", true, true, false, false},
+                                                                       {u"", u"a", true, true, false, false}}) {
         EXPECT_EQ(a < b, less) << testing::PrintToString(a) << testing::PrintToString(b);
         EXPECT_EQ(a <= b, lessEqual) << testing::PrintToString(a) << testing::PrintToString(b);
         EXPECT_EQ(a > b, greater) << testing::PrintToString(a) << testing::PrintToString(b);
@@ -112,7 +115,7 @@ TEST(TStringView, ComparisonWithOneCharacter)
                           Case{u"ba", false, false, false, false, true, false, true, true, true},
                           Case{u"c", false, false, false, true, true, true, true, false, false}}) {
         TStringView const v = c.v;
-        EXPECT_EQ((std::array{v == u'b', v < u'b', v <= u'b', v > u'b', v >= u'b'}),
+        EXPECT_EQ((std::array{v == u'b', v<u'b', v <= u'b', v> u'b', v >= u'b'}),
                   (std::array{c.equal, c.less, c.lessEqual, c.greater, c.greaterEqual}))
             << testing::PrintToString(v);
         EXPECT_EQ((std::array{u'b' == v, u'b' < v, u'b' <= v, u'b' > v, u'b' >= v}),
@@ -127,7 +130,8 @@ TEST(TStringView, PrefixesAndSuffixes)
     EXPECT_TRUE(v.startsWith(u"Gr") && v.endsWith(u"\U0001F600") && v.startsWith(L"Gr") && v.endsWith(L" \U0001F600"));
     EXPECT_FALSE(v.startsWith(u"gr") || v.startsWith(u"") || v.endsWith(u"") || TStringView().endsWith(TStringView()));
     EXPECT_TRUE(v.startsWith(u"gR\u00DC", kFolded));
-    EXPECT_TRUE(v.startsWith(U'G') && v.startsWith(U'g', kFolded) && v.endsWith(U'\U0001F600') && !v.endsWith(U'\U0001F601'));
+    EXPECT_TRUE(v.startsWith(U'G') && v.startsWith(U'g', kFolded) && v.endsWith(U'\U0001F600') &&
+                !v.endsWith(U'\U0001F601'));
     EXPECT_FALSE(TStringView(u"a").startsWith(u"ab") || TStringView(u"b").endsWith(u"ab"));
 }
 

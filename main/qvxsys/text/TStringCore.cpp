@@ -431,8 +431,9 @@ void TStringCore::ConvertUtf8(int at, char const* s, int n)
 template<class CodePoint>
 void TStringCore::ConvertUtf32(int at, CodePoint const* s, int n)
 {
-    std::size_t const count =
-        s == nullptr ? 0 : n < 0 ? std::char_traits<CodePoint>::length(s) : static_cast<std::size_t>(n);
+    std::size_t const count = s == nullptr ? 0
+                              : n < 0      ? std::char_traits<CodePoint>::length(s)
+                                           : static_cast<std::size_t>(n);
     if (count > static_cast<std::size_t>(kMaxLength) / 2) {
         text::ThrowOverflow();
     }
