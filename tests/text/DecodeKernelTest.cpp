@@ -194,6 +194,18 @@ TEST_P(DecodeKernelTest, OddPartsAtEveryPosition)
     }
 }
 
+TEST_P(DecodeKernelTest, LongRunsOfAscii)
+{
+    std::string source;
+    while (source.size() < 1400) {
+        source += static_cast<char>(1 + source.size() * 31 % 127);
+        if (source.size() > 500) {
+            ASSERT_NO_FATAL_FAILURE(Check(source));
+            ASSERT_NO_FATAL_FAILURE(Check(source + "\xD0\xB6\xFF" + source.substr(0, source.size() % 128)));
+        }
+    }
+}
+
 /// Runs of one script, of which some bytes are lost or changed.
 std::string RandomText(std::mt19937& random, std::size_t size)
 {
