@@ -143,28 +143,24 @@ template<Form kForm, class Isa, class Unit>
     return done;
 }
 
-/// Converts whole blocks up to the first in which something is malformed (or, for UTF-32, 0) or which is not whole.
+/// Converts whole blocks of well-formed text (for UTF-32, without 0) up to the first that is all ASCII, and then sets
+/// `ascii`, or that is not what it should be.
 template<Form kForm, class Isa, class Unit>
-[[gnu::always_inline]] inline Progress DecodeWellFormed(unsigned char const* s, std::size_t n, Unit* dst,
-                                                        Progress progress) noexcept
+[[gnu::always_inline]] inline Progress DecodeMixed(unsigned char const* s, std::size_t n, Unit* dst, Progress progress,
+                                                   bool& ascii) noexcept
 {
     std::size_t in = progress.in;
     std::size_t out = progress.out;
     Leads before{};
-    while (n - in >= kBlock) {
+    for (; n - in >= kBlock && in >= Isa::kHistory; in += kBlock) {
         typename Isa::Block const block = Isa::Load(s + in);
         if (kForm == Form::Utf32 && Isa::HasZero(block)) {
             break;
         }
         Mask const high = Isa::High(block);
-        if (high == 0 && UnfinishedBytes(before) == 0) {
-            std::size_t const ascii = DecodeAscii<kForm, Isa>(s + in, n - in, At<kForm>(dst, out));
-            in += ascii;
-            out += ascii;
-            before = {};
-            continue;
-        }
-        if (in < Isa::kHistory) {
+        Mask const unfinished = before.any >> 63 | before.three >> 62 | before.four >> 61;
+        ascii = (high | unfinished) == 0;
+        if (ascii) {
             break;
         }
         Mask const continuations = high & ~Isa::AtLeast(block, 0xC0);
@@ -183,7 +179,6 @@ template<Form kForm, class Isa, class Unit>
         if constexpr (kForm != Form::Utf16Length) {
             Isa::Store(units, keep, dst + out);
         }
-        in += kBlock;
         out += Count(keep);
         before = leads;
     }
@@ -191,6 +186,21 @@ template<Form kForm, class Isa, class Unit>
     std::size_t const unfinished = UnfinishedBytes(before);
     std::size_t const early = kForm != Form::Utf32 && unfinished == 3 ? 1 : 0;
     return {in - unfinished, out - early};
+}
+
+/// Converts whole blocks up to the first in which something is malformed (or, for UTF-32, 0) or which is not whole.
+template<Form kForm, class Isa, class Unit>
+[[gnu::always_inline]] inline Progress DecodeWellFormed(unsigned char const* s, std::size_t n, Unit* dst,
+                                                        Progress progress) noexcept
+{
+    for (;;) {
+        std::size_t const run = DecodeAscii<kForm, Isa>(s + progress.in, n - progress.in, At<kForm>(dst, progress.out));
+        bool ascii = false;
+        progress = DecodeMixed<kForm, Isa>(s, n, dst, {progress.in + run, progress.out + run}, ascii);
+        if (!ascii) {
+            return progress;
+        }
+    }
 }
 
 /// The second bytes that are continuations but not among those Table 3-7 allows after their lead.
