@@ -29,7 +29,7 @@ namespace qvxsys::text::avx2 {
 /// Constants of the encoders, for each 32 bits of a vector, read from memory. They are weak so that the compiler may
 /// not rely on their values: what GCC 12 knows, it builds in a general register and moves over anew for every block, on
 /// the execution port that the shuffles need.
-struct Constants
+struct EncodeConstants
 {
     unsigned notAscii = 0xFF80FF80;
     unsigned notSmall = 0xF800F800; // bits of units of three bytes, and of surrogates
@@ -59,10 +59,12 @@ struct Constants
     unsigned tags4 = 0x808080F0;
 };
 
-[[gnu::weak]] extern Constants const constants;
-Constants const constants{};
+[[gnu::weak]] extern EncodeConstants const encodeConstants;
+EncodeConstants const encodeConstants{};
 
 namespace {
+
+constexpr EncodeConstants const& constants = encodeConstants;
 
 /// Shuffles for 16 bytes. The unused ends of the rows point at nothing (and give zeros).
 template<std::size_t Rows>

@@ -35,7 +35,7 @@ namespace qvxsys::text::avx512 {
 /// Constants of the encoders, for each 32 bits of a vector, read from memory. They are weak so that the compiler may
 /// not rely on their values: what GCC 12 knows, it builds in a general register and moves over anew for every block, on
 /// the execution port that the shuffles need.
-struct Constants
+struct EncodeConstants
 {
     unsigned notAscii = 0xFF80FF80;
     unsigned notSmall = 0xF800F800; // bits of units of three bytes, and of surrogates
@@ -57,10 +57,12 @@ struct Constants
     unsigned lead3 = 0x0000E000;
 };
 
-[[gnu::weak]] extern Constants const constants;
-Constants const constants{};
+[[gnu::weak]] extern EncodeConstants const encodeConstants;
+EncodeConstants const encodeConstants{};
 
 namespace {
+
+constexpr EncodeConstants const& constants = encodeConstants;
 
 inline __m512i Words(unsigned w) noexcept
 {
@@ -305,13 +307,13 @@ template<bool Whole>
         return out + (i - first);
     }
     Surrogates const s = SortSurrogates(v, surrogates, src, n, first);
-    if (Whole && s.high == 0x55555555 && s.low == 0xAAAAAAAA) { // nothing but pairs
+    if (Whole && s.high == 0x55555555) { // nothing but pairs
         __m512i const bits = _mm512_and_si512(v, Dwords(constants.lowBits));
         __m512i const offsets = _mm512_madd_epi16(bits, Dwords(0x00010400)); // high * 0x400 + low
         _mm512_storeu_si512(out, _mm512_add_epi32(offsets, Dwords(0x10000)));
         return out + 16;
     }
-    if (s.high == 0xAAAAAAAA && s.low == 0x55555555) [[unlikely]] {
+    if (s.low == 0x55555555) [[unlikely]] {
         // All pairs, but one unit off. Going on behind the first half pair, which is already written, brings the blocks
         // to come into step; doing so for just any half pair would make each block wait for the one before.
         i = first + 1;
