@@ -344,6 +344,10 @@ inline __m256i TagsOf(__m256i two, __m256i high) noexcept
     return _mm256_xor_si256(TagsOf(two), _mm256_and_si256(high, Dwords(constants.high)));
 }
 
+/// The units that must be left for the UTF-8 encoders: their room of three bytes each is enough for 52, and there is
+/// one behind the block.
+constexpr std::size_t wholeBlock = 18;
+
 /// 16 units as UTF-8, surrogates as three bytes. `small` marks those below 0x800.
 [[gnu::always_inline]] inline char* EncodeUnits(__m256i v, __m256i small, char* out) noexcept
 {
@@ -500,9 +504,9 @@ std::size_t Utf16ToUtf8(char16_t const* src, std::size_t n, char* dst, std::size
 {
     char* out = dst;
     std::size_t i = 0;
-    while (n - i >= 18) {
+    while (n - i >= wholeBlock) {
         std::size_t stop = i + 16;
-        if (n - i >= 34) {
+        if (n - i >= 16 + wholeBlock) {
             __m256i const v = Load(src + i);
             __m256i const w = Load(src + i + 16);
             stop = i + 32;
@@ -546,7 +550,7 @@ std::size_t Utf8LengthOfUtf16(char16_t const* src, std::size_t n) noexcept
             ascii += Count(ByteMask(_mm256_cmpeq_epi8(classes, _mm256_setzero_si256())));
             small += Count(ByteMask(_mm256_cmpeq_epi8(_mm256_min_epu8(classes, Words(0x0F0F)), classes)));
         }
-        length += 3 * 64 - ascii - small - 2 * CountPairs(src, i);
+        length += std::size_t{3 * 64} - ascii - small - 2 * CountPairs(src, i);
     }
     // The second half of a pair counts as three bytes, as all of the saving was made for the first.
     if (i > 0 && i < n && IsPairAt(src, n, i - 1)) {

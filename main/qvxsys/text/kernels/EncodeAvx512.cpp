@@ -232,7 +232,7 @@ template<bool Whole>
                                                 std::size_t i, char* out, std::size_t& substitutions) noexcept
 {
     __mmask32 const ascii = _mm512_testn_epi16_mask(v, Dwords(constants.notAscii));
-    __mmask32 large = _mm512_test_epi16_mask(v, Dwords(constants.notSmall));
+    __mmask32 const large = _mm512_test_epi16_mask(v, Dwords(constants.notSmall));
     if (large == 0)
         return EncodeWords<Whole>(v, Dwords(constants.wordTags2), ascii, valid, out);
     __mmask32 const surrogates = SurrogatesIn(v);
@@ -485,7 +485,7 @@ std::size_t Utf16ToUtf32(char16_t const* src, std::size_t n, char32_t* dst, std:
     std::size_t i = 0;
     if (n >= longText && SurrogatesIn(_mm512_loadu_si512(src)) == 0) {
         // Of these units all are written, but only those before the boundary are done.
-        out = WidenUnits<true>(_mm512_loadu_si512(src), ~0U, src, n, i, out, substitutions);
+        WidenUnits<true>(_mm512_loadu_si512(src), ~0U, src, n, i, dst, substitutions);
         i = UnitsToAlign(dst);
         out = dst + i;
     }
