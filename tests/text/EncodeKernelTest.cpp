@@ -204,7 +204,7 @@ TEST_P(EncodeKernelTest, EdgePairsAtEveryPosition)
             for (char16_t const second : edges)
                 pairs += std::u16string{first, second} + Repeat(filler, filler.size() == 1 ? 3 : 2) + u"b";
         for (std::size_t shift = 0; shift < 64; ++shift) {
-            std::u16string const text = Repeat(filler, shift / filler.size()) + std::u16string(shift % 2, u'c') + pairs;
+            std::u16string const text = std::u16string(shift % 2, u'c') + Repeat(filler, shift / filler.size()) + pairs;
             ASSERT_NO_FATAL_FAILURE(ExpectAll(text, Place::back)) << "shift " << shift;
         }
     }
