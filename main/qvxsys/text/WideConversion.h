@@ -11,7 +11,7 @@ namespace qvxsys::text {
 /// The number of wchar_t that ToWide writes.
 std::size_t WideLength(TStringView text) noexcept;
 
-/// Writes the wide form, without a terminator.
+/// Writes the wide form, exactly WideLength units, without a terminator.
 void ToWide(TStringView text, wchar_t* dst) noexcept;
 
 /// Writes the wide form and a terminator and returns its length; throws the capacity error naming `routine` when they
