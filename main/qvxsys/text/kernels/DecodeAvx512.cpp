@@ -29,7 +29,7 @@ inline __m512i Select(__m512i select, __m512i a, __m512i b) noexcept
 struct Avx512
 {
     static constexpr std::size_t kHistory = 0;
-    static constexpr std::size_t kFew = 8;
+    static constexpr std::size_t kFew = 16;
 
     struct Block
     {

@@ -16,11 +16,12 @@
 // fixed distances and nothing but the output position is carried from one to the next. What the masks do not show
 // (overlong forms, surrogates, values above U+10FFFF) shows in the computed units.
 //
-// A block in which something is wrong is redone by DecodeExactly. Table 3-7 of the Unicode Standard 15.0 is there
-// turned into masks: c1, c2 and c3 are the continuation bytes that extend what stands before them in the way the table
-// allows. A byte above 7F that is neither an allowed lead nor such a continuation is a maximal subpart of its own, and
-// a sequence that breaks off is a maximal subpart that ends with its last accepted byte. So each subpart has one
-// position to put U+FFFD at, and a block full of errors costs no more than a block with one.
+// A block in which something is wrong is redone by DecodeExactly, from the beginning of the sequence that the blocks
+// before it left unfinished. Table 3-7 of the Unicode Standard 15.0 is there turned into masks: c1, c2 and c3 are the
+// continuation bytes that extend what stands before them in the way the table allows. A byte above 7F that is neither
+// an allowed lead nor such a continuation is a maximal subpart of its own, and a sequence that breaks off is a maximal
+// subpart that ends with its last accepted byte. So each subpart has one position to put U+FFFD at, and a block full
+// of errors costs no more than a block with one.
 //
 // The instruction set is given by a class Isa:
 //   kHistory             how many bytes before a block have to be readable
@@ -91,9 +92,10 @@ inline std::size_t Count(Mask bits) noexcept
 /// The bytes of the sequence that a (well-formed) block with these leads leaves unfinished.
 inline std::size_t UnfinishedBytes(Leads const& leads) noexcept
 {
-    return (leads.four >> 61 & 1) != 0    ? 3
-           : (leads.three >> 62 & 1) != 0 ? 2
-                                          : static_cast<std::size_t>(leads.any >> 63);
+    if ((leads.four >> 61 & 1) != 0) {
+        return 3;
+    }
+    return (leads.three >> 62 & 1) != 0 ? 2 : static_cast<std::size_t>(leads.any >> 63);
 }
 
 /// The sequences that the lead bytes of a block and of the one before it promise.
