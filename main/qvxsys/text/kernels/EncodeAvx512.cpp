@@ -313,7 +313,7 @@ template<bool Whole>
         _mm512_storeu_si512(out, _mm512_add_epi32(offsets, Dwords(0x10000)));
         return out + 16;
     }
-    if (s.low == 0x55555555) [[unlikely]] {
+    if (Whole && s.low == 0x55555555) [[unlikely]] {
         // All pairs, but one unit off. Going on behind the first half pair, which is already written, brings the blocks
         // to come into step; doing so for just any half pair would make each block wait for the one before.
         i = first + 1;
