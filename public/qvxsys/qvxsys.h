@@ -12,3 +12,4 @@
 #include <qvxsys/TMemory.h>
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringView.h>
+#include <qvxsys/TTextDecoder.h>
