@@ -1,13 +1,12 @@
 #pragma once
 // The sample texts that come with the sources, and the tables of their README, which were made with other software.
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -49,15 +48,19 @@ struct Row
 inline std::vector<Row> Table()
 {
     std::ifstream in(Folder() / "README.md");
-    std::regex const row(R"(\| `([^`]+)` \|.*\| (\d+) \| (\d+) \|)");
     std::vector<Row> rows;
     bool broken = false;
     for (std::string line; std::getline(in, line);) {
-        std::smatch match;
         broken = broken || line == "## broken";
-        if (std::regex_match(line, match, row)) {
-            rows.push_back({Folder() / (broken ? "broken" : "texts") / match[1].str(), broken, std::stoul(match[2]),
-                            std::stoul(match[3])});
+        if (line.starts_with("| `")) {
+            std::vector<std::string> cells;
+            std::istringstream text(line);
+            for (std::string cell; std::getline(text, cell, '|');) {
+                cells.push_back(cell);
+            }
+            std::string const name = cells[1].substr(2, cells[1].size() - 4); // without spaces and backticks
+            rows.push_back({Folder() / (broken ? "broken" : "texts") / name, broken,
+                            std::stoul(cells[cells.size() - 2]), std::stoul(cells.back())});
         }
     }
     return rows;

@@ -16,10 +16,10 @@ using icu_reference::Decoded;
 
 namespace {
 
-constexpr char const* kEncodings[] = {"UTF-8",        "UTF-16LE",    "UTF-16BE",  "UTF-32LE",     "UTF-32BE",
-                                      "ISO-8859-1",   "ISO-8859-15", "US-ASCII",  "windows-1252", "Shift_JIS",
-                                      "gb18030",      "ISO-2022-JP", "EUC-KR",    "UTF-16",       "ISO-8859-7",
-                                      "windows-1255", "SCSU",        "Big5-HKSCS"};
+constexpr char const* kEncodings[] = {"UTF-8",        "UTF-16LE",    "UTF-16BE", "UTF-32LE",     "UTF-32BE",
+                                      "ISO-8859-1",   "ISO-8859-15", "US-ASCII", "windows-1252", "Shift_JIS",
+                                      "gb18030",      "ISO-2022-JP", "EUC-KR",   "UTF-16",       "ISO-8859-7",
+                                      "windows-1255", "SCSU",        "CESU-8",   "Big5-HKSCS"};
 
 Decoded InChunks(TTextDecoder& decoder, std::string_view bytes, std::size_t chunk)
 {
@@ -31,6 +31,8 @@ Decoded InChunks(TTextDecoder& decoder, std::string_view bytes, std::size_t chun
         std::vector<char> const piece(bytes.begin() + static_cast<std::ptrdiff_t>(at),
                                       last ? bytes.end() : bytes.begin() + static_cast<std::ptrdiff_t>(at + chunk));
         result.text += std::u16string_view(decoder.Decode(piece.data(), piece.size(), last));
+        bool const pairOpen = !result.text.empty() && (result.text.back() & 0xFC00) == 0xD800;
+        EXPECT_TRUE(last || piece.empty() || !pairOpen) << "a chunk's result ends inside a pair";
         if (last) {
             result.malformed = decoder.Malformed() - before;
             return result;

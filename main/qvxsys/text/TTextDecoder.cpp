@@ -216,8 +216,9 @@ struct ChunkDecoder
 {
     Form form = Form::Converter;
     std::string name;
-    Converter converter; // for Form::Converter only
-    char held[4] = {};   // what the chunks so far left unfinished
+    Converter converter;   // for Form::Converter only
+    char16_t heldHigh = 0; // a high surrogate that the converter gave by itself (CESU-8, SCSU), else 0
+    char held[4] = {};     // what the chunks so far left unfinished
     std::size_t heldCount = 0;
     std::size_t malformed = 0;
     TStringCore buffer; // its length is the room for results, not that of one
@@ -291,11 +292,17 @@ std::size_t ChunkDecoder::ConvertChunk(char const* data, std::size_t n, bool las
     std::size_t written = 0;
     for (;;) {
         char16_t* const dst = Room(written + static_cast<std::size_t>(end - data) + kSpare);
+        if (heldHigh != 0) {
+            dst[written++] = std::exchange(heldHigh, u'\0');
+        }
         char16_t* out = dst + written;
         auto status = ICUErrorCode::ZeroError;
         t_ucnv_toUnicode(converter.get(), &out, dst + buffer.size() - 1, &data, end, nullptr, last, &status);
         written = static_cast<std::size_t>(out - dst);
         if (ICU_SUCCESS(status)) {
+            if (!last && written != 0 && CharacterUtils::IsHighSurrogate(dst[written - 1])) {
+                heldHigh = dst[--written];
+            }
             return written;
         }
         if (IsMalformedText(status)) {
@@ -442,6 +449,7 @@ std::size_t TTextDecoder::Malformed() const noexcept
 void TTextDecoder::Reset() noexcept
 {
     m_state->heldCount = 0;
+    m_state->heldHigh = 0;
     m_state->malformed = 0;
     if (m_state->converter != nullptr) {
         t_ucnv_reset(m_state->converter.get());
