@@ -56,7 +56,7 @@ private:
     void Fail(fs::path const& path, std::string reason);
 
     // Small enough for chunk and decoded text to stay in the second-level cache.
-    static constexpr std::size_t kChunk = 256 * 1024;
+    static constexpr std::size_t kChunk = std::size_t{256} * 1024;
 
     ScanOptions const& m_options;
     Progress& m_progress;
