@@ -13,7 +13,7 @@
 //
 // Encodings are named as ICU knows them, in any spelling it takes ("utf8", "ISO_8859-1"), or "local" for ICU's default
 // converter, which on Linux is UTF-8. UTF-8, UTF-16LE, UTF-16BE, UTF-32LE, UTF-32BE, ISO-8859-1 and ISO-8859-15 run
-// at memory speed; any other name ("windows-1252", "Shift_JIS", ...) goes through ICU's converter.
+// at gigabytes a second; any other name ("windows-1252", "Shift_JIS", ...) goes through ICU's converter.
 //
 // Malformed input is no error. It becomes U+FFFD and is counted: one for each maximal subpart of ill-formed UTF-8 (as
 // the Unicode Standard recommends and ICU does), each lone surrogate, each UTF-32 unit that is no code point, each
