@@ -25,6 +25,7 @@
 #include <concepts>
 #include <cstddef>
 #include <iterator>
+#include <ranges>
 #include <type_traits>
 
 #include <qvxsys/CharacterUtils.h>
@@ -261,25 +262,47 @@ private:
 };
 
 /// The code points of a text as a range. Over a view it holds the view (so it can be made from a temporary one), over a
-/// string it refers to the string.
+/// string it refers to the string. A view in the standard's sense: `text.constCodePointView() | std::views::reverse`.
 template<class Container>
-class TCodePointRange
+class TCodePointRange : public std::ranges::view_base
 {
 public:
     using iterator = TConstCodePointIterator<Container>;
     using const_iterator = iterator;
 
-    constexpr explicit TCodePointRange(Container const& container) noexcept : m_container(container) {}
+    constexpr explicit TCodePointRange(Container const& container) noexcept : m_container(Hold(container)) {}
 
     [[nodiscard]] iterator begin() const { return Get().codepoint_cbegin(); }
     [[nodiscard]] iterator end() const { return Get().codepoint_cend(); }
     [[nodiscard]] bool empty() const noexcept { return Get().empty(); }
 
 private:
-    [[nodiscard]] Container const& Get() const noexcept { return m_container; }
+    static constexpr bool kByValue = std::same_as<Container, TStringView>;
+    using Held = std::conditional_t<kByValue, TStringView, Container const*>;
 
-    std::conditional_t<std::same_as<Container, TStringView>, TStringView, Container const&> m_container;
+    static constexpr Held Hold(Container const& container) noexcept
+    {
+        if constexpr (kByValue) {
+            return container;
+        } else {
+            return &container;
+        }
+    }
+    [[nodiscard]] Container const& Get() const noexcept
+    {
+        if constexpr (kByValue) {
+            return m_container;
+        } else {
+            return *m_container;
+        }
+    }
+
+    Held m_container;
 };
+
+// The iterators point at the string, not at the range.
+template<>
+inline constexpr bool std::ranges::enable_borrowed_range<TCodePointRange<TStringCore>> = true;
 
 // The containers, which need the templates above.
 #include <qvxsys/TStringView.h>

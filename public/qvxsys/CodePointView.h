@@ -14,6 +14,7 @@
 // "CodePointIterator<>::operator++: m_position[N] is out of range.". Other errors: see CodePointIterator.h.
 
 #include <iterator>
+#include <ranges>
 #include <utility>
 
 #include <qvxsys/TStringCore.h>
@@ -22,7 +23,7 @@
 class QVXSYS_API TCodePointReference
 {
 public:
-    TCodePointReference(TStringCore& string, int position) noexcept : m_string(&string), m_position(position) {}
+    TCodePointReference(TStringCore* string, int position) noexcept : m_string(string), m_position(position) {}
     TCodePointReference(TCodePointReference const&) noexcept = default;
     ~TCodePointReference() = default;
 
@@ -62,9 +63,13 @@ public:
 
     [[nodiscard]] int codeUnitIndex() const noexcept { return m_position; }
     /// The read-only iterator at this position; its ordinal is not known.
-    operator TConstCodePointIterator<TStringCore>() const noexcept { return {-1, m_position, *m_string}; }
+    operator TConstCodePointIterator<TStringCore>() const noexcept
+    {
+        return m_string != nullptr ? TConstCodePointIterator<TStringCore>(-1, m_position, *m_string)
+                                   : TConstCodePointIterator<TStringCore>();
+    }
 
-    [[nodiscard]] TCodePointReference operator*() const noexcept { return {*m_string, m_position}; }
+    [[nodiscard]] TCodePointReference operator*() const noexcept { return {m_string, m_position}; }
 
     TCodePointIterator& operator++()
     {
@@ -115,16 +120,20 @@ private:
     int m_position = -1;
 };
 
-class TCodePointView
+/// A view in the standard's sense; it refers to the string.
+class TCodePointView : public std::ranges::view_base
 {
 public:
     using iterator = TCodePointIterator<TStringCore>;
 
-    explicit TCodePointView(TStringCore& string) noexcept : m_string(string) {}
+    explicit TCodePointView(TStringCore& string) noexcept : m_string(&string) {}
 
-    [[nodiscard]] iterator begin() const noexcept { return {m_string, m_string.empty() ? -1 : 0}; }
-    [[nodiscard]] iterator end() const noexcept { return {m_string, -1}; }
+    [[nodiscard]] iterator begin() const noexcept { return {*m_string, m_string->empty() ? -1 : 0}; }
+    [[nodiscard]] iterator end() const noexcept { return {*m_string, -1}; }
 
 private:
-    TStringCore& m_string;
+    TStringCore* m_string;
 };
+
+template<>
+inline constexpr bool std::ranges::enable_borrowed_range<TCodePointView> = true;

@@ -24,9 +24,7 @@
 #include <vector>
 
 #include <qvxsys/Platform.h>
-#include <qvxsys/TStringView.h>
-
-class TStringCore;
+#include <qvxsys/TStringCore.h>
 
 namespace StringUtils {
 
@@ -51,7 +49,8 @@ QVXSYS_API int Utf32ToUtf16(char32_t const* src, char16_t* dst, int capacity);
 /// without room for result and terminator is the capacity error.
 QVXSYS_API int Utf32ToUtf8(char32_t const* src, int n, char* dst, int capacity);
 QVXSYS_API int Utf32ToUtf8(char32_t const* src, char* dst, int capacity);
-/// Decodes as CharacterUtils::Utf8ToUtf32 does (overlong forms, surrogates and forms of 5 and 6 bytes are decoded); the
+/// Decodes as CharacterUtils::Utf8ToUtf32 does (0x80 alone is U+0080; overlong forms, surrogates and forms of 5 and 6
+/// bytes are decoded), unlike Utf8ToUtf16; the
 /// result is not terminated. With a null dst the length is measured through UTF-16 with ICU's substitution.
 /// Errors: "Error unable to process the entire source string in function StringUtils::Utf8ToUtf32" when dst is full,
 /// "Error in function StringUtils::Utf8ToUtf32 converting non-ASCII characters to UTF-32; no code units were processed
@@ -112,7 +111,8 @@ QVXSYS_API int normalizeLineEndings(wchar_t* s, int length) noexcept;
 /// The text with every LF written as CR LF; a LF that already follows a CR is left alone, so that a text which is in
 /// this form comes out unchanged.
 [[nodiscard]] QVXSYS_API TStringCore unixToDos(char16_t const* s, std::size_t length);
-[[nodiscard]] QVXSYS_API TStringCore unixToDos(wchar_t const* s, std::size_t length);
+template<qvxsys::detail::WidePointer W>
+[[nodiscard]] TStringCore unixToDos(W const& s, std::size_t length);
 /// @}
 
 /// @name Standard containers
@@ -129,5 +129,12 @@ QVXSYS_API int normalizeLineEndings(wchar_t* s, int length) noexcept;
 /// dst gets nothing: returns the number needed.
 QVXSYS_API int toWCharArray(TStringView text, wchar_t* dst, int capacity);
 /// @}
+
+template<qvxsys::detail::WidePointer W>
+TStringCore unixToDos(W const& s, std::size_t length)
+{
+    TStringCore const units(s, length > 0x7FFFFFFF ? 0x7FFFFFFF : static_cast<int>(length));
+    return unixToDos(units.constData(), units.size());
+}
 
 } // namespace StringUtils

@@ -89,16 +89,21 @@ struct ClassTest
     }
 };
 
-// A wide unit stays one; everything else is a char16_t.
+// What a character is mapped to: code points and wide characters stay what they are, all else becomes a unit.
 template<class C>
-using MappedUnit = std::conditional_t<std::same_as<C, wchar_t>, wchar_t, char16_t>;
+using MappedTo = std::conditional_t<std::same_as<C, wchar_t> || std::same_as<C, char32_t>, C, char16_t>;
 
 template<class C>
-MappedUnit<C> Mapped(std::atomic<char16_t> const* table, char16_t (*fill)(char16_t), C c) noexcept
+MappedTo<C> Mapped(std::atomic<char16_t> const* table, char16_t (*fill)(char16_t), char32_t (*map32)(char32_t),
+                   C character)
 {
-    auto const unit = static_cast<char16_t>(CodePointOf(c));
+    char32_t const c = CodePointOf(character);
+    if (c >= 0x10000 && sizeof(MappedTo<C>) > sizeof(char16_t)) {
+        return static_cast<MappedTo<C>>(map32(c));
+    }
+    auto const unit = static_cast<char16_t>(c);
     char16_t const known = table[unit].load(std::memory_order_relaxed);
-    return static_cast<MappedUnit<C>>(known != 0 ? static_cast<char16_t>(known - 1) : fill(unit));
+    return static_cast<MappedTo<C>>(known != 0 ? static_cast<char16_t>(known - 1) : fill(unit));
 }
 
 } // namespace detail
@@ -130,35 +135,32 @@ inline constexpr detail::ClassTest<detail::kUpper> isUpper;
 /// Hexadecimal digits: any decimal digit, and A-F and a-f in their ASCII and fullwidth forms (u_isxdigit).
 inline constexpr detail::ClassTest<detail::kXDigit> isXDigit;
 
-/// The simple lower-case and upper-case mapping (u_tolower, u_toupper) of a whole code point.
+/// The simple lower-case and upper-case mapping (u_tolower, u_toupper) and the simple folding (u_foldCase) of a whole
+/// code point.
 [[nodiscard]] QVXSYS_API char32_t ToLower32(char32_t c) noexcept;
 [[nodiscard]] QVXSYS_API char32_t ToUpper32(char32_t c) noexcept;
 
-/// The same of a unit, cut back to 16 bits. A wide character of 32 bits is mapped as the code point it is.
+[[nodiscard]] QVXSYS_API char32_t FoldCase32(char32_t c) noexcept;
+
+/// The same of a unit, cut back to 16 bits. A char32_t, and a wide character of 32 bits, is mapped as the code point it
+/// is.
 template<std::integral C>
-[[nodiscard]] auto ToLower(C c) noexcept
+[[nodiscard]] detail::MappedTo<C> ToLower(C c) noexcept
 {
-    if constexpr (std::same_as<C, wchar_t> && !qvxsys::kWideIsUtf16) {
-        return static_cast<wchar_t>(ToLower32(static_cast<char32_t>(c)));
-    } else {
-        return detail::Mapped<C>(detail::g_lower, detail::FillLower, c);
-    }
+    return detail::Mapped(detail::g_lower, detail::FillLower, ToLower32, c);
 }
 template<std::integral C>
-[[nodiscard]] auto ToUpper(C c) noexcept
+[[nodiscard]] detail::MappedTo<C> ToUpper(C c) noexcept
 {
-    if constexpr (std::same_as<C, wchar_t> && !qvxsys::kWideIsUtf16) {
-        return static_cast<wchar_t>(ToUpper32(static_cast<char32_t>(c)));
-    } else {
-        return detail::Mapped<C>(detail::g_upper, detail::FillUpper, c);
-    }
+    return detail::Mapped(detail::g_upper, detail::FillUpper, ToUpper32, c);
 }
 
 /// The folding under all case-insensitive comparison and search: "A".."Z" by setting bit 0x20, other units below 0x80
 /// unchanged, the rest by ICU's simple case folding with the default option. It never changes a text's length.
-[[nodiscard]] inline char16_t FoldCase(char16_t c) noexcept
+template<std::integral C>
+[[nodiscard]] detail::MappedTo<C> FoldCase(C c) noexcept
 {
-    return detail::Mapped<char16_t>(detail::g_folded, detail::FillFolded, c);
+    return detail::Mapped(detail::g_folded, detail::FillFolded, FoldCase32, c);
 }
 
 } // namespace TCType

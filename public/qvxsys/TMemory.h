@@ -94,7 +94,8 @@ QVXSYS_API ThreadMemoryCounters* SwapPushMemoryCounters(ThreadMemoryCounters* re
 
 /// Closes a scope on the calling thread. `record` is what was current before that scope, that is the `next` of the
 /// closing scope's record. Returns the closed record. Scopes may close out of order: then the closing record is looked
-/// for by ordering id and unlinked, and the current record stays current. Null when no scope is open.
+/// for by ordering id and unlinked, and the current record stays current. Null when no scope is open, or none that is
+/// newer than `record`.
 QVXSYS_API ThreadMemoryCounters* SwapPopMemoryCounters(ThreadMemoryCounters* record) noexcept;
 
 /// Where scopes deliver their counts.

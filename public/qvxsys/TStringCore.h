@@ -21,6 +21,10 @@
 // hands out or changes units detaches first, that is copies a shared block: use cbegin(), constData() or a const
 // reference to read without that. Pointers, references, iterators and views are valid until the string is next changed.
 //
+// Ordered containers: strings order by unit, views by length first. std::less<> compares a string with a string by unit
+// and with a view as views; do not look up views in a set of strings. A std::u16string_view made of a string goes
+// through the pointer and ends at an embedded 0; view() does not.
+//
 // Errors are TStringCore::Exception; a failed call leaves the string as it was. Besides the texts given at members:
 //   "Allocation size less than zero; probable overflow"  a length that an int cannot hold
 //   "Out of memory"                                       TRealloc returned null
@@ -76,6 +80,18 @@ public:
     /// CaseSensitive compares units exactly; any other value folds each unit first (TCType::FoldCase).
     enum CaseSensitivity : int { CaseInsensitive = 0, CaseSensitive = 1 };
 
+    /// What splitting does with empty parts.
+    enum SplitBehavior : int { KeepEmptyParts = 0, SkipEmptyParts = 1 };
+
+    /// How a text is cut into sections; can be combined.
+    enum SectionFlags : int {
+        SectionDefault = 0,
+        SectionSkipEmpty = 1,
+        SectionIncludeLeadingSep = 2,
+        SectionIncludeTrailingSep = 4,
+        SectionCaseInsensitiveSeps = 8,
+    };
+
     class Exception;
 
     /// The most units the object itself holds, and the capacity that goes with it.
@@ -120,7 +136,9 @@ public:
     }
     /// Wide text, n wchar_t units.
     TStringCore(wchar_t const* s, int n = -1);
-    /// The view's units; its length is cut to int.
+    /// Null is empty text.
+    TStringCore(std::nullptr_t) noexcept { BecomeEmpty(); }
+    /// The view's units. A length above int is cut to it, and where that makes it negative, it means up to the first 0.
     TStringCore(TStringView v) : TStringCore(v.data(), v.length()) {}
     /// n copies of a unit (for a wchar_t of 32 bits: of a code point).
     explicit TStringCore(char16_t c, int n = 1);
@@ -191,7 +209,7 @@ public:
     {
         return reinterpret_cast<W const*>(constData());
     }
-    /// A string is no truth value: say empty().
+    /// A string is no truth value: say empty(). (`if (s)` does not compile; `bool b = s;` does, by way of the pointer.)
     explicit operator bool() const = delete;
     /// @}
 
@@ -213,14 +231,15 @@ public:
         }
         return *this;
     }
-    TStringCore& operator=(TStringView v) { return assign(v); }
-    TStringCore& operator=(char const* utf8) { return assign(utf8); }
-    TStringCore& operator=(char16_t const* s) { return assign(s); }
-    TStringCore& operator=(wchar_t const* s) { return assign(s); }
-    template<TCType::Character C>
-    TStringCore& operator=(C c)
+    /// From a view, text of any kind, or a character.
+    template<qvxsys::detail::TextOrCharacter T>
+    requires(!std::derived_from<T, TStringCore> && !std::same_as<T, std::nullptr_t>) TStringCore& operator=(T const& t)
     {
-        return assign(c, 1);
+        if constexpr (TCType::Character<T>) {
+            return assign(t, 1);
+        } else {
+            return assign(t);
+        }
     }
 
     /// Shares the other string's block, or copies its inline text.
@@ -312,7 +331,7 @@ public:
     TStringCore& insert(int pos, C c)
     {
         qvxsys::detail::UnitsOf const units(c);
-        return insert(pos, TStringView(units.units, static_cast<std::size_t>(units.count)));
+        return insert(pos, units.View());
     }
 
     TStringCore& prepend(TStringView v) { return insert(0, v); }
@@ -348,11 +367,23 @@ public:
 
     /// Of a terminated text; 0 for null. Wide text counts as the UTF-16 it stands for.
     [[nodiscard]] static int length(char16_t const* s) noexcept;
-    [[nodiscard]] static int length(wchar_t const* s) noexcept;
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] static int length(W const& s) noexcept
+    {
+        return WideLength(s);
+    }
     [[nodiscard]] static std::size_t lengthInBytes(char16_t const* s) noexcept;
-    [[nodiscard]] static std::size_t lengthInBytes(wchar_t const* s) noexcept;
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] static std::size_t lengthInBytes(W const& s) noexcept
+    {
+        return static_cast<std::size_t>(WideLength(s)) * sizeof(char16_t);
+    }
     [[nodiscard]] static int lengthInCodePoints(char16_t const* s) noexcept;
-    [[nodiscard]] static int lengthInCodePoints(wchar_t const* s) noexcept;
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] static int lengthInCodePoints(W const& s)
+    {
+        return TStringCore(s).lengthInCodePoints();
+    }
 
     /// The units that fit without a new allocation, the terminator's included: 15 in the object, else the block's.
     [[nodiscard]] int capacity() const noexcept { return IsBlock() ? Block()->capacity : kInlineCapacity; }
@@ -427,7 +458,7 @@ public:
         }
         return constData()[i];
     }
-    /// Other integer types work as int or size_t does, by their sign; a value those cannot hold is out of range.
+    /// Other integer types work as size_t does, and a negative value is out of range.
     template<qvxsys::detail::OtherIndex I>
     [[nodiscard]] char16_t& operator[](I i)
     {
@@ -533,6 +564,12 @@ public:
     {
         return a.compare(b) == 0;
     }
+    template<qvxsys::detail::StringPointer P>
+    friend bool operator==(P a, TStringCore const& b)
+    {
+        return b.compare(a) == 0;
+    }
+    friend bool operator==(TStringCore const& a, std::nullptr_t) noexcept { return a.constData()[0] == 0; }
     /// Exactly the character's one or two units.
     template<TCType::Character C>
     friend bool operator==(TStringCore const& a, C c) noexcept
@@ -544,19 +581,26 @@ public:
     {
         return a.compare(b) <=> 0;
     }
+    // Spelled out beside <=>: a string converts to a pointer, and std::less<> and its kin compare such types as
+    // pointers unless they find the operator by its name.
+    friend bool operator<(TStringCore const& a, TStringCore const& b) noexcept { return a.compare(b) < 0; }
+    friend bool operator<=(TStringCore const& a, TStringCore const& b) noexcept { return a.compare(b) <= 0; }
+    friend bool operator>(TStringCore const& a, TStringCore const& b) noexcept { return a.compare(b) > 0; }
+    friend bool operator>=(TStringCore const& a, TStringCore const& b) noexcept { return a.compare(b) >= 0; }
     template<qvxsys::detail::StringPointer P>
     friend std::weak_ordering operator<=>(TStringCore const& a, P b)
     {
         return a.compare(b) <=> 0;
     }
-    /// By the first unit only, the empty string first; a longer string that begins with the character is greater.
+    /// By the first unit only (by two for a character of two units), the empty string first; a longer string that
+    /// begins with the character is greater.
     template<TCType::Character C>
     friend std::weak_ordering operator<=>(TStringCore const& a, C c) noexcept
     {
         if (a == c) {
             return std::weak_ordering::equivalent;
         }
-        bool const less = a.empty() || a.constData()[0] < qvxsys::detail::UnitsOf(c).units[0];
+        bool const less = qvxsys::detail::UnitsOf(c).CompareStart(a.constData(), a.size()) < 0;
         return less ? std::weak_ordering::less : std::weak_ordering::greater;
     }
 
@@ -580,7 +624,7 @@ public:
     friend TStringCore operator+(TStringCore const& a, C c)
     {
         qvxsys::detail::UnitsOf const units(c);
-        return Concatenated(a, TStringView(units.units, static_cast<std::size_t>(units.count)));
+        return Concatenated(a, units.View());
     }
     template<TCType::Character C>
     friend TStringCore operator+(C c, TStringCore const& b)
@@ -594,9 +638,13 @@ public:
         a.append(b);
         return static_cast<TStringCore&&>(a);
     }
-    /// Adding a number would step along the text: append32() or a number's text is what is meant.
+    // As a string converts to a pointer, these would step along the text.
     template<std::integral I>
     requires(!TCType::Character<I>) friend TStringCore operator+(TStringCore const& a, I n) = delete;
+    template<std::integral I>
+    requires(!TCType::Character<I>) friend TStringCore operator+(I n, TStringCore const& a) = delete;
+    template<class T>
+    friend void operator-(TStringCore const& a, T const& b) = delete;
     /// @}
 
 private:
@@ -727,12 +775,13 @@ private:
 
     static void FreeBlock(TStringBlock* block) noexcept;
     [[noreturn]] static void ThrowOutOfRange(char const* message);
+    static int WideLength(wchar_t const* s) noexcept;
     static bool AgreeUpToZero(char16_t const* a, char16_t const* b) noexcept;
     static TStringCore Concatenated(TStringCore const& a, TStringView b)
     {
         // Cut to int first: a view's length beyond it is treated as append does.
         int const right = b.length();
-        if (!a.IsBlock() && right >= 0 && a.m_units[kFormSlot] + right <= kInlineLength) {
+        if (!a.IsBlock() && right >= 0 && right <= kInlineLength - a.m_units[kFormSlot]) {
             TStringCore result(a);
             int const left = a.m_units[kFormSlot];
             CopyShort(result.m_units + left, b.data(), static_cast<unsigned>(right));
@@ -761,7 +810,7 @@ private:
     TStringCore& AppendUnits(char16_t const* s, int n);
     void ConvertUtf8(int at, char const* s, int n);
     template<class CodePoint>
-    void ConvertUtf32(int at, CodePoint const* s, int n);
+    void ConvertUtf32(int at, CodePoint const* s, int n, bool measured);
     TStringCore& InsertUnits(int pos, char16_t const* s, int n);
     void ReplaceUnits(int pos, int count, char16_t const* units, int n);
 

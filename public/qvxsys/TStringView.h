@@ -17,6 +17,8 @@
 #include <concepts>
 #include <cstddef>
 #include <iterator>
+#include <ranges>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <vector>
@@ -73,6 +75,10 @@ public:
     template<std::same_as<wchar_t> W>
     requires qvxsys::kWideIsUtf16 TStringView(W const* data, std::size_t length)
     noexcept : m_data(reinterpret_cast<char16_t const*>(data)), m_length(length) {}
+
+    template<qvxsys::detail::WidePointer W>
+    requires qvxsys::kWideIsUtf16 TStringView(W const& text)
+    noexcept : TStringView(reinterpret_cast<char16_t const*>(+text)) {}
 
     constexpr operator std::u16string_view() const noexcept { return {m_data, m_length}; }
 
@@ -153,22 +159,16 @@ public:
     /// True when the view begins with a text; false for an empty one. Units behind a common 0 unit do not count.
     [[nodiscard]] bool startsWith(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const noexcept;
     [[nodiscard]] bool endsWith(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const noexcept;
-    [[nodiscard]] bool startsWith(char32_t c, CaseCompare cs = CaseCompare::Sensitive) const noexcept;
-    [[nodiscard]] bool endsWith(char32_t c, CaseCompare cs = CaseCompare::Sensitive) const noexcept;
 
     [[nodiscard]] bool contains(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const;
-    [[nodiscard]] bool contains(char32_t c, CaseCompare cs = CaseCompare::Sensitive) const;
 
     /// The positions at which the text is found, overlapping ones included.
     [[nodiscard]] int count(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const;
-    /// The occurrences of a unit.
-    [[nodiscard]] int count(char16_t c, CaseCompare cs = CaseCompare::Sensitive) const;
-    /// The occurrences of a code point.
+    /// The occurrences of a code point; the fast way to count a single unit, too.
     [[nodiscard]] int count32(char32_t c, CaseCompare cs = CaseCompare::Sensitive) const;
 
     /// The position of the first match at or after `from`, or -1.
     [[nodiscard]] int indexOf(TStringView text, int from = 0, CaseCompare cs = CaseCompare::Sensitive) const;
-    [[nodiscard]] int indexOf(char16_t c, int from = 0, CaseCompare cs = CaseCompare::Sensitive) const;
     /// The position of the last match that begins at or before `from`, or -1.
     [[nodiscard]] int lastIndexOf(TStringView text, int from = -1, CaseCompare cs = CaseCompare::Sensitive) const;
 
@@ -195,8 +195,6 @@ public:
     /// part when empty parts are kept.
     [[nodiscard]] std::vector<TStringView> split(TStringView separator, EmptyParts empty = EmptyParts::Keep,
                                                  CaseCompare cs = CaseCompare::Sensitive) const;
-    [[nodiscard]] std::vector<TStringView> split(char16_t separator, EmptyParts empty = EmptyParts::Keep,
-                                                 CaseCompare cs = CaseCompare::Sensitive) const;
     /// The parts between units of a set. An empty set gives no parts.
     [[nodiscard]] std::vector<TStringView> splitOnAny(TStringView set, EmptyParts empty = EmptyParts::Keep) const;
     /// The non-empty runs of units outside a set of delimiters.
@@ -217,42 +215,95 @@ public:
     [[nodiscard]] TStringView trimmed(TStringView set) const noexcept;
     /// @}
 
-    // Wide text for the members above: converted where wchar_t has 32 bits, used in place elsewhere.
-    template<qvxsys::detail::WidePointer W>
-    [[nodiscard]] bool startsWith(W text, CaseCompare cs = CaseCompare::Sensitive) const
+    // Wide text and single characters for the members above: each stands for the view of its units.
+    template<qvxsys::detail::ViewArgument A>
+    [[nodiscard]] int count(A const& a, CaseCompare cs = CaseCompare::Sensitive) const
     {
-        return startsWith(TStringView(qvxsys::detail::ToView(text)), cs);
+        if constexpr (TCType::Character<A>) {
+            return count32(TCType::detail::CodePointOf(a), cs);
+        } else {
+            return count(TStringView(qvxsys::detail::ToView(a)), cs);
+        }
     }
-    template<qvxsys::detail::WidePointer W>
-    [[nodiscard]] bool endsWith(W text, CaseCompare cs = CaseCompare::Sensitive) const
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] bool startsWith(A const& a, Rest const&... rest) const
     {
-        return endsWith(TStringView(qvxsys::detail::ToView(text)), cs);
+        return startsWith(TStringView(qvxsys::detail::ToView(a)), rest...);
     }
-    template<qvxsys::detail::WidePointer W>
-    [[nodiscard]] bool contains(W text, CaseCompare cs = CaseCompare::Sensitive) const
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] bool endsWith(A const& a, Rest const&... rest) const
     {
-        return contains(TStringView(qvxsys::detail::ToView(text)), cs);
+        return endsWith(TStringView(qvxsys::detail::ToView(a)), rest...);
     }
-    template<qvxsys::detail::WidePointer W>
-    [[nodiscard]] int count(W text, CaseCompare cs = CaseCompare::Sensitive) const
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] bool contains(A const& a, Rest const&... rest) const
     {
-        return count(TStringView(qvxsys::detail::ToView(text)), cs);
+        return contains(TStringView(qvxsys::detail::ToView(a)), rest...);
     }
-    template<qvxsys::detail::WidePointer W>
-    [[nodiscard]] int indexOf(W text, int from = 0, CaseCompare cs = CaseCompare::Sensitive) const
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] int indexOf(A const& a, Rest const&... rest) const
     {
-        return indexOf(TStringView(qvxsys::detail::ToView(text)), from, cs);
+        return indexOf(TStringView(qvxsys::detail::ToView(a)), rest...);
     }
-    template<qvxsys::detail::WidePointer W>
-    [[nodiscard]] int lastIndexOf(W text, int from = -1, CaseCompare cs = CaseCompare::Sensitive) const
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] int lastIndexOf(A const& a, Rest const&... rest) const
     {
-        return lastIndexOf(TStringView(qvxsys::detail::ToView(text)), from, cs);
+        return lastIndexOf(TStringView(qvxsys::detail::ToView(a)), rest...);
     }
-    template<qvxsys::detail::WidePointer W>
-    [[nodiscard]] std::vector<TStringView> split(W separator, EmptyParts empty = EmptyParts::Keep,
-                                                 CaseCompare cs = CaseCompare::Sensitive) const
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] auto find(A const& a, Rest const&... rest) const
     {
-        return split(TStringView(qvxsys::detail::ToView(separator)), empty, cs);
+        return find(TStringView(qvxsys::detail::ToView(a)), rest...);
+    }
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] auto findLast(A const& a, Rest const&... rest) const
+    {
+        return findLast(TStringView(qvxsys::detail::ToView(a)), rest...);
+    }
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] auto findOneOf(A const& a, Rest const&... rest) const
+    {
+        return findOneOf(TStringView(qvxsys::detail::ToView(a)), rest...);
+    }
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] auto findOneNotOf(A const& a, Rest const&... rest) const
+    {
+        return findOneNotOf(TStringView(qvxsys::detail::ToView(a)), rest...);
+    }
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] std::vector<TStringView> split(A const& a, Rest const&... rest) const
+    {
+        return split(TStringView(qvxsys::detail::ToView(a)), rest...);
+    }
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] std::vector<TStringView> splitOnAny(A const& a, Rest const&... rest) const
+    {
+        return splitOnAny(TStringView(qvxsys::detail::ToView(a)), rest...);
+    }
+    template<qvxsys::detail::ViewArgument A, class... Rest>
+    [[nodiscard]] std::vector<TStringView> tokenize(A const& a, Rest const&... rest) const
+    {
+        return tokenize(TStringView(qvxsys::detail::ToView(a)), rest...);
+    }
+    template<qvxsys::detail::ViewArgument A>
+    TStringView& trimLeft(A const& set)
+    {
+        return trimLeft(TStringView(qvxsys::detail::ToView(set)));
+    }
+    template<qvxsys::detail::ViewArgument A>
+    TStringView& trimRight(A const& set)
+    {
+        return trimRight(TStringView(qvxsys::detail::ToView(set)));
+    }
+    template<qvxsys::detail::ViewArgument A>
+    TStringView& trim(A const& set)
+    {
+        return trim(TStringView(qvxsys::detail::ToView(set)));
+    }
+    template<qvxsys::detail::ViewArgument A>
+    [[nodiscard]] TStringView trimmed(A const& set) const
+    {
+        return trimmed(TStringView(qvxsys::detail::ToView(set)));
     }
 
 private:
@@ -261,6 +312,16 @@ private:
 };
 
 namespace qvxsys::detail {
+
+constexpr TStringView UnitsOf::View() const noexcept
+{
+    return {units, static_cast<std::size_t>(count)};
+}
+
+constexpr UnitsOf::operator TStringView() const noexcept
+{
+    return View();
+}
 
 constexpr TStringView ToView(TStringView view) noexcept
 {
@@ -327,7 +388,8 @@ requires qvxsys::detail::ViewPair<A, B>
 /// @}
 
 /// @name Comparison of a view with one character
-/// A view equals a character when it consists of exactly its units. Ordering looks at the first unit only.
+/// A view equals a character when it consists of exactly its units. Ordering looks at the view's first unit only (at
+/// its first two for a character of two units); the empty view comes before every character.
 /// @{
 template<TCType::Character C>
 [[nodiscard]] constexpr bool operator==(TStringView v, C c) noexcept
@@ -337,12 +399,12 @@ template<TCType::Character C>
 template<TCType::Character C>
 [[nodiscard]] constexpr bool operator<(TStringView v, C c) noexcept
 {
-    return v.empty() || v[0] < qvxsys::detail::UnitsOf(c).units[0];
+    return qvxsys::detail::UnitsOf(c).CompareStart(v.data(), v.size()) < 0;
 }
 template<TCType::Character C>
 [[nodiscard]] constexpr bool operator<(C c, TStringView v) noexcept
 {
-    return !v.empty() && qvxsys::detail::UnitsOf(c).units[0] < v[0];
+    return qvxsys::detail::UnitsOf(c).CompareStart(v.data(), v.size()) > 0;
 }
 template<TCType::Character C>
 [[nodiscard]] constexpr bool operator>(TStringView v, C c) noexcept
@@ -362,7 +424,7 @@ template<TCType::Character C>
 template<TCType::Character C>
 [[nodiscard]] constexpr bool operator<=(C c, TStringView v) noexcept
 {
-    return !v.empty() && v[0] >= qvxsys::detail::UnitsOf(c).units[0];
+    return !(v < c);
 }
 template<TCType::Character C>
 [[nodiscard]] constexpr bool operator>=(TStringView v, C c) noexcept
@@ -372,9 +434,15 @@ template<TCType::Character C>
 template<TCType::Character C>
 [[nodiscard]] constexpr bool operator>=(C c, TStringView v) noexcept
 {
-    return v.empty() || !(c < v);
+    return !(c < v);
 }
 /// @}
+
+// Views are ranges in the standard's sense; their iterators do not depend on the view object.
+template<>
+inline constexpr bool std::ranges::enable_view<TStringView> = true;
+template<>
+inline constexpr bool std::ranges::enable_borrowed_range<TStringView> = true;
 
 #include <qvxsys/CodePointIterator.h>
 #include <qvxsys/TStringCore.h>

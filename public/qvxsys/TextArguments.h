@@ -1,8 +1,11 @@
 #pragma once
-// The types that text and characters come in, as concepts, and what a character is in UTF-16. Shared by the text classes.
+// The types that text and characters come in, as concepts, and what a character is in UTF-16. Shared by the text
+// classes.
 
 #include <concepts>
 #include <cstddef>
+#include <string>
+#include <string_view>
 #include <type_traits>
 
 #include <qvxsys/CharacterUtils.h>
@@ -42,7 +45,31 @@ struct UnitsOf
     {
         return length == static_cast<std::size_t>(count) && text[0] == units[0] && (count == 1 || text[1] == units[1]);
     }
+
+    /// The sign of the text's first `count` units compared with these; a text that ends earlier is less.
+    [[nodiscard]] constexpr int CompareStart(char16_t const* text, std::size_t length) const noexcept
+    {
+        for (int i = 0; i < count; ++i) {
+            if (static_cast<std::size_t>(i) == length) {
+                return -1;
+            }
+            if (text[i] != units[i]) {
+                return text[i] < units[i] ? -1 : 1;
+            }
+        }
+        return 0;
+    }
+
+    [[nodiscard]] constexpr TStringView View() const noexcept QVXSYS_LIFETIME_BOUND;
+    constexpr operator TStringView() const noexcept QVXSYS_LIFETIME_BOUND;
 };
+
+// A character as a view; the units live as long as the result of this call.
+template<TCType::Character C>
+constexpr UnitsOf ToView(C character) noexcept
+{
+    return UnitsOf(character);
+}
 
 template<class T>
 using Pointee = std::remove_const_t<std::remove_pointer_t<std::decay_t<T>>>;
@@ -53,12 +80,22 @@ concept PointerTo = std::is_pointer_v<std::decay_t<T>> && std::same_as<Pointee<T
 template<class T>
 concept WidePointer = PointerTo<T, wchar_t>;
 
+/// What a function on views takes besides views.
+template<class T>
+concept ViewArgument = WidePointer<T> || TCType::Character<T>;
+
 template<class T>
 concept ViewOperand = std::same_as<T, TStringView> || std::convertible_to<T const&, TStringView> || WidePointer<T>;
 
-/// A view compared with a view or with anything that becomes one.
+template<class T>
+concept StandardText = std::same_as<T, std::u16string> || std::same_as<T, std::u16string_view>;
+
+/// A view compared with a view or with anything that becomes one, or a string with standard text.
 template<class A, class B>
-concept ViewPair = (std::same_as<A, TStringView> && ViewOperand<B>) || (std::same_as<B, TStringView> && ViewOperand<A>);
+concept ViewPair = (std::same_as<A, TStringView> && ViewOperand<B>) ||
+                   (std::same_as<B, TStringView> && ViewOperand<A>) ||
+                   (std::same_as<A, TStringCore> && StandardText<B>) ||
+                   (std::same_as<B, TStringCore> && StandardText<A>);
 
 /// An integer type that is not one of the two index types, nor a character.
 template<class I>
@@ -75,7 +112,10 @@ template<class T>
 concept TextOrCharacter = TCType::Character<T> || TextPointer<T> || std::convertible_to<T const&, TStringView>;
 
 template<class S, class T>
-concept Appendable = requires(S& s, T const& t) { s.append(t); };
+concept Appendable = requires(S& s, T const& t)
+{
+    s.append(t);
+};
 
 /// The units before the terminator; `text` is not null.
 [[nodiscard]] QVXSYS_API std::size_t TerminatedLength(char16_t const* text) noexcept;

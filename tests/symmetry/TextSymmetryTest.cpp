@@ -1,7 +1,13 @@
 // Every pair of text-like types works in every operation, in both orders, and means the same.
 
+#include <algorithm>
+#include <concepts>
+#include <functional>
+#include <map>
+#include <ranges>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "support/TextPrinters.h"
 
@@ -150,6 +156,42 @@ TEST(TextSymmetry, BuildingFromEveryType)
     CheckBuilding(u'\u20AC', u"\u20AC");
     CheckBuilding(L'\u20AC', u"\u20AC");
     CheckBuilding(U'\U0001F600', u"\U0001F600");
+}
+
+// Strings convert to pointers; the standard library must compare texts all the same, not addresses.
+TEST(TextSymmetry, StandardAlgorithmsAndContainers)
+{
+    std::vector<TStringCore> names{u"delta", u"alpha", u"charlie", u"bravo"};
+    std::ranges::sort(names);
+    EXPECT_EQ(names, (std::vector<TStringCore>{u"alpha", u"bravo", u"charlie", u"delta"}));
+    std::map<TStringCore, int, std::less<>> const map{{u"key", 1}};
+    EXPECT_EQ(map.count(TStringCore(u"key")) + map.count(u"key"), 2u);
+    EXPECT_TRUE(std::less<>()(TStringCore(u"bbb"), u"ccc") && std::greater<>()(u"ccc", TStringCore(u"bbb")));
+    EXPECT_EQ(std::max(TStringCore(u"aa"), TStringCore(u"zz")), u"zz");
+    static_assert(std::ranges::view<TStringView> && std::ranges::borrowed_range<TStringView>);
+    static_assert(std::ranges::view<TCodePointRange<TStringCore>> && std::ranges::view<TCodePointView>);
+    static_assert(std::totally_ordered<TStringCore> && std::regular<TStringCore>);
+}
+
+TEST(TextSymmetry, IdiomsOfUsers)
+{
+    TStringCore s = u"x";
+    s = {};
+    EXPECT_TRUE(s.empty() && s == nullptr);
+    s = nullptr;
+    std::u16string const standard = u"abc";
+    s = standard;
+    s += standard;
+    EXPECT_TRUE(s + standard == standard + standard + standard && s != standard && s.view() != standard);
+    TStringCore::Exception const exception(u"text");
+    EXPECT_TRUE(u"text" == exception && exception == L"text");
+    TStringView const view = u"caf\u00E9 \U0001F600";
+    EXPECT_TRUE(view.contains('\xE9') && view.endsWith(U'\U0001F600') && view.startsWith(L'c') && view.contains(L"af"));
+    EXPECT_EQ(view.indexOf('\xE9') + view.indexOf(U'\U0001F600') + view.count(u'f') + view.count(U'\U0001F600'), 10);
+    EXPECT_EQ(TStringView(u"a\uF600").indexOf(U'\U0001F600'), -1);
+    EXPECT_EQ(view.find(L"f").codeUnitIndex() + view.findLast(u'f').codeUnitIndex() + view.findOneOf(L"xf"), 6);
+    EXPECT_EQ(view.split(U'\U0001F600').size() + view.tokenize(L"a ").size() + view.splitOnAny(L"af").size(), 8u);
+    EXPECT_EQ(view.trimmed(u'c').trimmed(L" \U0001F600"), u"af\u00E9");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include <qvxsys/CharacterUtils.h>
 
+#include <limits>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -132,6 +133,7 @@ TEST(CharacterUtils, NothingIsDoneForNullZeroOrNoRoom)
     EXPECT_EQ(Utf16ToUtf16(u"a", nullptr, position, 2), 0);
     EXPECT_EQ(Utf16ToUtf16(u"a", out, position, 0), 0);
     EXPECT_EQ(Utf8ToUtf16("", out, position, 2), 0);
+    EXPECT_EQ(Utf16ToUtf16(u"a", out, position, std::numeric_limits<int>::min()), 0);
     position = -1;
     EXPECT_EQ(Utf8ToUtf16("a", out, position, 2), 0);
     EXPECT_EQ(position, -1);

@@ -138,6 +138,9 @@ TYPED_TEST(CodePointIteratorTest, ForeignIteratorsAreRefused)
     TypeParam const same(a); // a copy of the text's address is the same text
     EXPECT_EQ(a.codepoint_cbegin(), same.codepoint_cbegin());
     EXPECT_EQ(a.iteratorFrom(same.iteratorFrom(3)).codeUnitIndex(), 3);
+    TStringView const longer = ownText;
+    TStringView const shorter = longer.left(3);
+    EXPECT_EQ(shorter.iteratorFrom(longer.iteratorFrom(4)).codePointIndex(), -1);
 }
 
 TEST(CodePointIterator, HelpersOfTheString)
@@ -179,6 +182,8 @@ TEST(CodePointIterator, WritingReplacesWholeCodePoints)
     *it = U'x'; // behind the text: nothing happens
     EXPECT_EQ(text.length(), 1);
     EXPECT_EQ(RuntimeError([&] { ++it; }), "CodePointIterator<>::operator++: m_position[3] is out of range.");
+    EXPECT_EQ(text.codepoint_cbegin().distance(it), 1); // counted as far as the text goes
+    EXPECT_EQ(*TCodePointIterator<TStringCore>(), 0u);
     it = view.end();
     EXPECT_EQ(RuntimeError([&] { ++it; }), kPastEnd);
     TStringCore empty;

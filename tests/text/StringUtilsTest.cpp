@@ -122,6 +122,7 @@ void CheckErrors(Conversion<From, To> const& c)
               "ICU error -124 encountered while " + routine + " was trying to use " + c.icuName);
     EXPECT_EQ(TextError([&] { c.convert(nullptr, 1, out, 4); }),
               "ICU error 1 encountered while " + routine + " was trying to use " + c.icuName);
+    EXPECT_EQ(c.convert(source, 1, nullptr, -5), 1);
     EXPECT_EQ(c.measure(nullptr, 0), 0);
     EXPECT_EQ(c.measureTerminated(nullptr), 0);
     EXPECT_EQ(c.terminated(nullptr, out, 4), 0);

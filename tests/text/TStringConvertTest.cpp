@@ -71,6 +71,8 @@ TEST(TStringConvert, WideTextKeepsEveryValue)
     EXPECT_EQ(TStringCore::fromWChar(wide.c_str()).view(), text.view());
     wchar_t const odd[] = {L'a', static_cast<wchar_t>(qvxsys::kWideIsUtf16 ? 0xFFFD : 0x110000), L'\0'};
     EXPECT_EQ(TStringCore(odd), u"a\uFFFD");
+    EXPECT_EQ(TStringCore(L"12345678901234").capacity(), 15); // needs no block
+    EXPECT_EQ(TStringCore(L"1234567890123\U0001F600").capacity(), 17);
     EXPECT_EQ(TStringCore::length(L"a\U0001F600"), 3);
     EXPECT_EQ(TStringCore::lengthInBytes(L"a\U0001F600"), 6u);
     EXPECT_EQ(TStringCore::lengthInCodePoints(L"a\U0001F600"), 2);

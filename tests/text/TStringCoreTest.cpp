@@ -225,6 +225,10 @@ TEST(TStringCore, SourcesInsideTheOwnText)
         }
     }
     TStringCore s = digits;
+    EXPECT_EQ(TStringCore(digits).insert(0, digits.constData() + 2, 3), u"2340123456789");
+    s.insert(0, s.constData() + 8, 100); // cut to what is there
+    EXPECT_EQ(s, u"890123456789");
+    s = digits;
     EXPECT_EQ(s.append(s), digits + digits);
     EXPECT_EQ(s.append(s), digits + digits + digits + digits);
     s += s.view();
@@ -467,6 +471,7 @@ TEST(TStringCore, FailedGrowthLeavesTheStringAlone)
     EXPECT_EQ(TextError([&] { s.resize(INT_MAX); }), kOverflow);
     EXPECT_EQ(TextError([&] { s.resize(0x7FFFFFF9); }), kOverflow);
     EXPECT_EQ(TextError([&] { s.append(u"x", INT_MAX - 10); }), kOverflow);
+    EXPECT_EQ(TextError([&] { s = TStringCore(u"abcde") + TStringView(u"x", INT_MAX); }), kOverflow);
     EXPECT_EQ(TextError([&] { s.append("x", INT_MAX - 10); }), kOverflow);
     EXPECT_EQ(TextError([&] { s.insert(0, u"x", INT_MAX - 10); }), kOverflow);
     EXPECT_EQ(s, Xs(30));

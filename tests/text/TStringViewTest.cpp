@@ -33,6 +33,12 @@ TEST(TStringView, Slices)
     EXPECT_EQ(v.mid(1, 1), u"b");
     EXPECT_TRUE(v.mid(1, -1).empty());
     EXPECT_EQ(v.mid(1, 99), u"bc");
+    // Lengths that no int holds are no trouble for slices.
+    TStringView const huge(v.data(), (std::size_t{1} << 32) + 3);
+    EXPECT_EQ(huge.left(3), u"abc");
+    EXPECT_EQ(huge.mid(1, 2), u"bc");
+    EXPECT_EQ(huge.mid(1).size(), huge.size() - 1);
+    EXPECT_EQ(huge.right(2).data(), huge.end() - 2);
     TStringView cut = v;
     EXPECT_EQ(cut.truncate(1), u"a");
     cut.clear();

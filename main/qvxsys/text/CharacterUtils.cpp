@@ -44,7 +44,7 @@ int Decode(char const* src, int available, char32_t& c) noexcept
 template<class Unit>
 bool Fits(Unit const* dst, int position, int units, int capacity) noexcept
 {
-    return dst != nullptr && position >= 0 && position <= capacity - units;
+    return dst != nullptr && position >= 0 && units <= capacity && position <= capacity - units;
 }
 
 char16_t const* Next(char16_t const* begin, char16_t const* p, int length, int* units) noexcept

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include <qvxsys/CodePointView.h>
 #include <qvxsys/StringUtils.h>
@@ -20,7 +21,9 @@ constexpr char const* kForeign = " iterators do not reference the same underlyin
 int OrdinalOf(char16_t const* text, int length, int index) noexcept
 {
     int ordinal = 0;
-    for (int at = 0; at >= 0 && at < index; at = NextCodePoint(text, length, at)) {
+    // The text may have become shorter than the index.
+    int const end = std::min(index, length);
+    for (int at = 0; at >= 0 && at < end; at = NextCodePoint(text, length, at)) {
         ++ordinal;
     }
     return ordinal;
@@ -121,6 +124,9 @@ int TStringCore::subStringSizeInCodeUnits(int start, int n) const noexcept
 
 char32_t TCodePointReference::Get() const noexcept
 {
+    if (m_string == nullptr) {
+        return 0;
+    }
     TStringCore const& text = *m_string;
     bool const inside = m_position >= 0 && m_position < text.length();
     return inside ? qvxsys::detail::CodePointAt(text.data(), text.length(), m_position) : 0;
@@ -128,8 +134,7 @@ char32_t TCodePointReference::Get() const noexcept
 
 TCodePointReference const& TCodePointReference::operator=(char32_t c) const
 {
-    TStringCore const& text = *m_string;
-    if (m_position >= 0 && m_position < text.length()) {
+    if (m_string != nullptr && m_position >= 0 && m_position < std::as_const(*m_string).length()) {
         int const old = CharacterUtils::CountCodeUnits(Get());
         qvxsys::detail::UnitsOf const units(c);
         m_string->ReplaceUnits(m_position, old, units.units, units.count);

@@ -111,13 +111,4 @@ TStringCore unixToDos(char16_t const* s, std::size_t length)
     return result;
 }
 
-TStringCore unixToDos(wchar_t const* s, std::size_t length)
-{
-    if (length > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        qvxsys::text::ThrowOverflow();
-    }
-    TStringCore const units(s, static_cast<int>(length));
-    return unixToDos(units.data(), units.size());
-}
-
 } // namespace StringUtils

@@ -35,6 +35,13 @@ void CheckLength(int n, char const* routine)
     }
 }
 
+void CheckSource(void const* src, int n, char const* routine, char const* icuFunction)
+{
+    if (src == nullptr && n > 0) {
+        text::ThrowIcuError(static_cast<int>(ICUErrorCode::IllegalArgumentError), routine, icuFunction);
+    }
+}
+
 template<class Unit>
 int TerminatedLength(Unit const* s, char const* routine)
 {
@@ -63,7 +70,8 @@ struct Conversion
     [[nodiscard]] int Run(From const* src, int n, To* dst, int capacity) const
     {
         CheckLength(n, routine);
-        if (capacity < 0 || (src == nullptr && n > 0)) {
+        CheckSource(src, n, routine, icuFunction);
+        if (dst != nullptr && capacity < 0) {
             Fail(ICUErrorCode::IllegalArgumentError);
         }
         auto const count = static_cast<std::size_t>(n);
@@ -243,7 +251,8 @@ int Utf32ToUtf16(char32_t const* src, char16_t* dst, int capacity)
 int Utf32ToUtf8(char32_t const* src, int n, char* dst, int capacity)
 {
     CheckLength(n, kUtf32ToUtf8);
-    auto const count = src == nullptr ? 0 : static_cast<std::size_t>(n);
+    CheckSource(src, n, kUtf32ToUtf8, "t_u_strToUTF8WithSub");
+    auto const count = static_cast<std::size_t>(n);
     if (dst == nullptr) {
         return CheckedMeasure(Utf8LengthOfUtf32(src, count), kUtf32ToUtf8, "t_u_strToUTF8WithSub");
     }
@@ -277,7 +286,8 @@ int Utf32ToUtf8(char32_t const* src, char* dst, int capacity)
 int Utf8ToUtf32(char const* src, int n, char32_t* dst, int capacity)
 {
     CheckLength(n, kUtf8ToUtf32);
-    auto const count = src == nullptr ? 0 : static_cast<std::size_t>(n);
+    CheckSource(src, n, kUtf8ToUtf32, "t_u_strToUTF32WithSub");
+    auto const count = static_cast<std::size_t>(n);
     if (dst == nullptr) {
         return CheckedMeasure(Utf32LengthOfUtf8(src, count), kUtf8ToUtf32, "t_u_strToUTF32WithSub");
     }

@@ -82,4 +82,9 @@ char32_t ToUpper32(char32_t c) noexcept
     return t_u_toupper(c);
 }
 
+char32_t FoldCase32(char32_t c) noexcept
+{
+    return t_u_foldCase(c, 0);
+}
+
 } // namespace TCType

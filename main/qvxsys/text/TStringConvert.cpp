@@ -190,11 +190,19 @@ std::string TStringCore::toLocal8Bit(bool* lossy) const
     if (converter != nullptr) {
         auto status = ICUErrorCode::ZeroError;
         t_ucnv_setFromUCallBack(converter.get(), NoteLoss, &lost, &status);
-        // ICU's own bound on the result (UCNV_GET_MAX_BYTES_FOR_STRING); longer ones are measured by the first call.
+        auto const encode = [&] {
+            return t_ucnv_fromUChars(converter.get(), result.data(), static_cast<int>(result.size()), constData(),
+                                     length(), &status);
+        };
+        // ICU's own bound on the result (UCNV_GET_MAX_BYTES_FOR_STRING); where no int holds that, ICU tells the length.
         std::size_t const most = (size() + 10) * static_cast<std::size_t>(t_ucnv_getMaxCharSize(converter.get()));
         result.resize(std::min(most, static_cast<std::size_t>(std::numeric_limits<int>::max())));
-        int const produced = t_ucnv_fromUChars(converter.get(), result.data(), static_cast<int>(result.size()),
-                                               constData(), length(), &status);
+        int produced = encode();
+        if (status == ICUErrorCode::BufferOverflowError && produced > 0) {
+            status = ICUErrorCode::ZeroError;
+            result.resize(static_cast<std::size_t>(produced));
+            produced = encode();
+        }
         bool const whole = ICU_SUCCESS(status) && produced >= 0;
         result.resize(whole ? static_cast<std::size_t>(produced) : 0);
         lost = lost || !whole;
@@ -229,7 +237,7 @@ int TStringCore::length(char16_t const* s) noexcept
     return s == nullptr ? 0 : static_cast<int>(qvxsys::detail::TerminatedLength(s));
 }
 
-int TStringCore::length(wchar_t const* s) noexcept
+int TStringCore::WideLength(wchar_t const* s) noexcept
 {
     if (s == nullptr) {
         return 0;
@@ -244,25 +252,7 @@ std::size_t TStringCore::lengthInBytes(char16_t const* s) noexcept
     return static_cast<std::size_t>(length(s)) * sizeof(char16_t);
 }
 
-std::size_t TStringCore::lengthInBytes(wchar_t const* s) noexcept
-{
-    return static_cast<std::size_t>(length(s)) * sizeof(char16_t);
-}
-
 int TStringCore::lengthInCodePoints(char16_t const* s) noexcept
 {
     return TStringView(s).lengthInCodePoints();
-}
-
-int TStringCore::lengthInCodePoints(wchar_t const* s) noexcept
-{
-    if (s == nullptr) {
-        return 0;
-    }
-    std::size_t const count = std::char_traits<wchar_t>::length(s);
-    if constexpr (qvxsys::kWideIsUtf16) {
-        return TStringView(reinterpret_cast<char16_t const*>(s), count).lengthInCodePoints();
-    } else {
-        return static_cast<int>(count);
-    }
 }

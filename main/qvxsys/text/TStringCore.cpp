@@ -12,6 +12,7 @@
 
 #include <qvxsys/TMemory.h>
 
+#include "Stretch.h"
 #include "TextErrors.h"
 #include "kernels/Kernels.h"
 
@@ -356,7 +357,7 @@ TStringCore& TStringCore::assign(wchar_t const* s, int n)
     if constexpr (qvxsys::kWideIsUtf16) {
         return assign(reinterpret_cast<char16_t const*>(s), n);
     } else {
-        ConvertUtf32(0, s, n);
+        ConvertUtf32(0, s, n, true);
         return *this;
     }
 }
@@ -461,7 +462,7 @@ TStringCore& TStringCore::append(wchar_t const* s, int n)
         return append(reinterpret_cast<char16_t const*>(s), n);
     } else {
         if (s != nullptr && n != 0) {
-            ConvertUtf32(length(), s, n);
+            ConvertUtf32(length(), s, n, true);
         }
         return *this;
     }
@@ -494,29 +495,40 @@ void TStringCore::ConvertUtf8(int at, char const* s, int n)
     StoreLength(at + static_cast<int>(text::kernels().utf8ToUtf16(s, count, out, substitutions)));
 }
 
-// The same from UTF-32, by the rule of CharacterUtils::Utf32ToUtf16; a 0 is text unless it is the terminator.
+// The same from UTF-32, by the rule of CharacterUtils::Utf32ToUtf16; a 0 is text unless it is the terminator. Room is
+// got for two units a code point, or, where `measured`, for what the text needs.
 template<class CodePoint>
-void TStringCore::ConvertUtf32(int at, CodePoint const* s, int n)
+void TStringCore::ConvertUtf32(int at, CodePoint const* s, int n, bool measured)
 {
     std::size_t const count = s == nullptr ? 0
                               : n < 0      ? std::char_traits<CodePoint>::length(s)
                                            : static_cast<std::size_t>(n);
-    if (count > static_cast<std::size_t>(kMaxLength) / 2) {
-        text::ThrowOverflow();
-    }
     if (count == 0 && at == length()) {
         return;
     }
-    char16_t* const out = SetLength(AddLengths(at, static_cast<int>(2 * count))) + at;
-    std::size_t substitutions = 0;
     auto const* const codePoints = reinterpret_cast<char32_t const*>(s);
-    StoreLength(at + static_cast<int>(text::kernels().utf32ToUtf16Raw(codePoints, count, out, substitutions)));
+    auto const isPair = [](char32_t c) { return c - 0x10000u < 0x100000u; };
+    std::size_t const units =
+        measured ? count + static_cast<std::size_t>(std::count_if(codePoints, codePoints + count, isPair)) : 2 * count;
+    if (units > static_cast<std::size_t>(kMaxLength)) {
+        text::ThrowOverflow();
+    }
+    char16_t* const out = SetLength(AddLengths(at, static_cast<int>(units))) + at;
+    std::size_t substitutions = 0;
+    auto const convert = [&substitutions](char32_t const* from, std::size_t some, char16_t* to) {
+        return text::kernels().utf32ToUtf16Raw(from, some, to, substitutions);
+    };
+    if (measured) {
+        text::ConvertTight(codePoints, count, out, units, 2, convert);
+    } else {
+        StoreLength(at + static_cast<int>(convert(codePoints, count, out)));
+    }
 }
 
 TStringCore TStringCore::fromUtf32(char32_t const* s, int n)
 {
     TStringCore result;
-    result.ConvertUtf32(0, s, n);
+    result.ConvertUtf32(0, s, n, false);
     return result;
 }
 
@@ -572,7 +584,14 @@ TStringCore& TStringCore::insert(int pos, TStringView v)
 
 TStringCore& TStringCore::InsertUnits(int pos, char16_t const* s, int n)
 {
-    return s == nullptr ? *this : insert(pos, n < 0 ? TStringView(s) : TStringView(s, static_cast<std::size_t>(n)));
+    if (s == nullptr) {
+        return *this;
+    }
+    int count = n < 0 ? length(s) : n;
+    if (inSelf(s)) {
+        count = std::min(count, length() - static_cast<int>(s - constData()));
+    }
+    return insert(pos, TStringView(s, static_cast<std::size_t>(count)));
 }
 
 // ---- exception

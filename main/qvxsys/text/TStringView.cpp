@@ -22,9 +22,10 @@ int StartOf(int from, int length) noexcept
     return start < 0 || start >= length ? -1 : static_cast<int>(start);
 }
 
-TStringView ViewOf(UnitsOf const& units) noexcept
+// A count of units cut to [0, length].
+std::size_t Clamped(int n, std::size_t length) noexcept
 {
-    return {units.units, static_cast<std::size_t>(units.count)};
+    return n < 1 ? 0 : std::min(static_cast<std::size_t>(n), length);
 }
 
 bool IsFolded(CaseCompare cs) noexcept
@@ -164,26 +165,24 @@ char32_t TStringView::back() const noexcept
 
 TStringView TStringView::left(int n) const noexcept
 {
-    return {m_data, static_cast<std::size_t>(std::clamp(n, 0, length()))};
+    return {m_data, Clamped(n, m_length)};
 }
 
 TStringView TStringView::right(int n) const noexcept
 {
-    auto const kept = static_cast<std::size_t>(std::clamp(n, 0, length()));
+    std::size_t const kept = Clamped(n, m_length);
     return {m_data + (m_length - kept), kept};
 }
 
 TStringView TStringView::mid(int pos) const noexcept
 {
-    return mid(pos, length());
+    auto const skipped = static_cast<std::size_t>(pos);
+    return pos < 0 || skipped > m_length ? TStringView() : TStringView(m_data + skipped, m_length - skipped);
 }
 
 TStringView TStringView::mid(int pos, int n) const noexcept
 {
-    if (pos < 0 || pos > length()) {
-        return {};
-    }
-    return {m_data + pos, static_cast<std::size_t>(std::clamp(n, 0, length() - pos))};
+    return mid(pos).left(n);
 }
 
 TStringView TStringView::mid(code_point_iterator const& first, code_point_iterator const& last) const
@@ -234,7 +233,7 @@ TStringView::code_point_iterator TStringView::iteratorFrom(int codeUnitIndex) co
 TStringView::code_point_iterator TStringView::iteratorFrom(code_point_iterator const& other) const
 {
     int const position = PositionOf(*this, other);
-    return {other.codePointIndex(), position < length() ? position : -1, *this};
+    return position < length() ? code_point_iterator(other.codePointIndex(), position, *this) : codepoint_cend();
 }
 
 // ---- searching
@@ -249,24 +248,9 @@ bool TStringView::endsWith(TStringView suffix, CaseCompare cs) const noexcept
     return HasPrefix(right(suffix.length()), suffix, cs);
 }
 
-bool TStringView::startsWith(char32_t c, CaseCompare cs) const noexcept
-{
-    return startsWith(ViewOf(UnitsOf(c)), cs);
-}
-
-bool TStringView::endsWith(char32_t c, CaseCompare cs) const noexcept
-{
-    return endsWith(ViewOf(UnitsOf(c)), cs);
-}
-
 bool TStringView::contains(TStringView needle, CaseCompare cs) const
 {
     return indexOf(needle, 0, cs) >= 0;
-}
-
-bool TStringView::contains(char32_t c, CaseCompare cs) const
-{
-    return contains(ViewOf(UnitsOf(c)), cs);
 }
 
 int TStringView::count(TStringView needle, CaseCompare cs) const
@@ -278,20 +262,18 @@ int TStringView::count(TStringView needle, CaseCompare cs) const
     return found;
 }
 
-int TStringView::count(char16_t c, CaseCompare cs) const
-{
-    if (!IsFolded(cs)) {
-        return static_cast<int>(text::kernels().countUnit(m_data, m_length, c));
-    }
-    char16_t const folded = TCType::FoldCase(c);
-    auto const same = [folded](char16_t unit) { return TCType::FoldCase(unit) == folded; };
-    return static_cast<int>(std::count_if(begin(), end(), same));
-}
-
 int TStringView::count32(char32_t c, CaseCompare cs) const
 {
     UnitsOf const units(c);
-    return units.count == 1 ? count(units.units[0], cs) : count(ViewOf(units), cs);
+    if (units.count != 1) {
+        return count(units.View(), cs);
+    }
+    if (!IsFolded(cs)) {
+        return static_cast<int>(text::kernels().countUnit(m_data, m_length, units.units[0]));
+    }
+    char16_t const folded = TCType::FoldCase(units.units[0]);
+    auto const same = [folded](char16_t unit) { return TCType::FoldCase(unit) == folded; };
+    return static_cast<int>(std::count_if(begin(), end(), same));
 }
 
 int TStringView::indexOf(TStringView needle, int from, CaseCompare cs) const
@@ -304,11 +286,6 @@ int TStringView::indexOf(TStringView needle, int from, CaseCompare cs) const
     std::size_t const at =
         text::FindFirst(m_data + skipped, m_length - skipped, needle.data(), needle.size(), IsFolded(cs));
     return at == text::kNotFound ? -1 : static_cast<int>(skipped + at);
-}
-
-int TStringView::indexOf(char16_t c, int from, CaseCompare cs) const
-{
-    return indexOf(TStringView(&c, 1), from, cs);
 }
 
 int TStringView::lastIndexOf(TStringView needle, int from, CaseCompare cs) const
@@ -379,11 +356,6 @@ std::vector<TStringView> TStringView::split(TStringView separator, EmptyParts em
         return {};
     }
     return Split(*this, separator.length(), empty, [&](TStringView rest) { return rest.indexOf(separator, 0, cs); });
-}
-
-std::vector<TStringView> TStringView::split(char16_t separator, EmptyParts empty, CaseCompare cs) const
-{
-    return split(TStringView(&separator, 1), empty, cs);
 }
 
 std::vector<TStringView> TStringView::splitOnAny(TStringView set, EmptyParts empty) const
