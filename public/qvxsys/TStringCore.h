@@ -103,10 +103,10 @@ public:
     TStringCore() noexcept { BecomeEmpty(); }
     TStringCore(TStringCore const& other) noexcept
     {
-        std::memcpy(m_units, other.m_units, sizeof m_units);
-        if (IsBlock()) {
-            References(Block()).fetch_add(1, std::memory_order_relaxed);
+        if (other.IsBlock()) {
+            References(other.Block()).fetch_add(1, std::memory_order_relaxed);
         }
+        std::memcpy(m_units, other.m_units, sizeof m_units);
     }
     TStringCore(TStringCore&& other) noexcept
     {
@@ -781,14 +781,17 @@ private:
     {
         // Cut to int first: a view's length beyond it is treated as append does.
         int const right = b.length();
-        if (!a.IsBlock() && right >= 0 && right <= kInlineLength - a.m_units[kFormSlot]) {
-            TStringCore result(a);
-            int const left = a.m_units[kFormSlot];
-            CopyShort(result.m_units + left, b.data(), static_cast<unsigned>(right));
-            result.SetInlineLength(left + right);
-            return result;
-        }
-        return ConcatenatedInBlock(a, b);
+        bool const fits = !a.IsBlock() && right >= 0 && right <= kInlineLength - a.m_units[kFormSlot];
+        return fits ? ConcatenatedInline(a, b.data(), right) : ConcatenatedInBlock(a, b);
+    }
+    // A function of its own with one result, which the compiler then builds where the caller wants it.
+    static TStringCore ConcatenatedInline(TStringCore const& a, char16_t const* s, int n) noexcept
+    {
+        TStringCore result(a);
+        int const left = a.m_units[kFormSlot];
+        CopyShort(result.m_units + left, s, static_cast<unsigned>(n));
+        result.SetInlineLength(left + n);
+        return result;
     }
     static TStringCore ConcatenatedInBlock(TStringCore const& a, TStringView b);
 
