@@ -21,7 +21,7 @@ namespace qvxsys::detail {
 /// a code point above U+10FFFF is U+FFFD. A surrogate value is one unit.
 struct UnitsOf
 {
-    char16_t units[2];
+    char16_t units[2] = {};
     int count;
 
     template<TCType::Character C>
