@@ -240,19 +240,19 @@ struct Avx2
         return all < 0x80;
     }
 
-    template<Form kForm, bool kWide>
-    static bool Combine(Block const& block, Sequences const&, Units& units) noexcept
+    template<Form kForm>
+    static bool Combine(Block const& block, Sequences const& at, Units& units) noexcept
     {
         __m256i bad = _mm256_setzero_si256();
-        units.first = CombineHalf<kForm, kWide>(block.first, block.at, bad);
-        units.second = CombineHalf<kForm, kWide>(block.second, block.at + 32, bad);
+        units.first = CombineHalf<kForm>(block.first, block.at, at.Wide(), bad);
+        units.second = CombineHalf<kForm>(block.second, block.at + 32, at.Wide(), bad);
         return _mm256_movemask_epi8(bad) == 0;
     }
 
     /// Which sequence a byte belongs to is taken from the bytes before it rather than from the masks, which would have
     /// to be expanded. Where the two differ the text is malformed, and the unit is not used.
-    template<Form kForm, bool kWide>
-    static Half CombineHalf(__m256i v, unsigned char const* at, __m256i& bad) noexcept
+    template<Form kForm>
+    static Half CombineHalf(__m256i v, unsigned char const* at, bool wide, __m256i& bad) noexcept
     {
         __m256i const continuation = IsContinuation(v);
         __m256i const v1 = _mm256_and_si256(continuation, Load32(at - 1));
@@ -262,13 +262,11 @@ struct Avx2
         half.low = _mm256_or_si256(_mm256_and_si256(v, Bytes(0x7F)), Shifted(v1, 6, 0xC0));
         half.high = _mm256_or_si256(ShiftedDown(v1, 2, 0x0F), Shifted(v2, 4, 0xF0));
         half.plane = _mm256_setzero_si256();
-        if constexpr (!kWide) {
-            bad = _mm256_or_si256(bad, _mm256_and_si256(from3, Unencodable(half.high)));
-        } else {
+        __m256i unencodable = _mm256_and_si256(from3, Unencodable(half.high));
+        if (wide) {
             __m256i const fourth = _mm256_and_si256(from3, IsContinuation(v2));
             __m256i const thirdOfFour = IsAtLeast(v2, 0xF0);
-            __m256i const third = _mm256_andnot_si256(_mm256_or_si256(fourth, thirdOfFour), from3);
-            bad = _mm256_or_si256(bad, _mm256_and_si256(third, Unencodable(half.high)));
+            unencodable = _mm256_andnot_si256(_mm256_or_si256(fourth, thirdOfFour), unencodable);
             if constexpr (kForm == Form::Utf32) {
                 __m256i const upper = _mm256_or_si256(ShiftedDown(v2, 4, 0x03), Shifted(Load32(at - 3), 2, 0x3C));
                 half.plane = _mm256_and_si256(fourth, upper);
@@ -278,6 +276,7 @@ struct Avx2
                 MakeSurrogates(v, v1, v2, thirdOfFour, fourth, half, bad);
             }
         }
+        bad = _mm256_or_si256(bad, unencodable);
         return half;
     }
 
@@ -416,14 +415,13 @@ namespace avx2 {
 
 std::size_t Utf8ToUtf16(char const* src, std::size_t n, char16_t* dst, std::size_t& substitutions) noexcept
 {
-    Progress const progress = DecodeToUtf16<Form::Utf16, Avx2>(src, n, dst);
-    substitutions += progress.malformed;
-    return progress.out;
+    return DecodeToUtf16<Form::Utf16, Avx2>(src, n, dst, substitutions);
 }
 
 std::size_t Utf16LengthOfUtf8(char const* src, std::size_t n) noexcept
 {
-    return DecodeToUtf16<Form::Utf16Length, Avx2>(src, n, nullptr).out;
+    std::size_t substitutions = 0;
+    return DecodeToUtf16<Form::Utf16Length, Avx2>(src, n, nullptr, substitutions);
 }
 
 std::size_t Utf8PrefixToUtf32(char const* src, std::size_t n, char32_t* dst, std::size_t& consumed) noexcept

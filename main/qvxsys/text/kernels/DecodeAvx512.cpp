@@ -110,27 +110,21 @@ struct Avx512
         return true;
     }
 
-    template<Form kForm, bool kWide>
+    template<Form kForm>
     static bool Combine(Block const& block, Sequences const& at, Units& units) noexcept
     {
-        bool const to32 = kForm == Form::Utf32;
         __m512i const v = block.bytes;
         __m512i const v1 = _mm512_maskz_loadu_epi8(at.Continuations(), block.at - 1);
-        __m512i const v2 = _mm512_maskz_loadu_epi8(to32 ? at.third | at.fourth : at.third, block.at - 2);
+        __m512i const v2 =
+            _mm512_maskz_loadu_epi8(kForm == Form::Utf32 ? at.third | at.fourth : at.third, block.at - 2);
         units.low = _mm512_ternarylogic_epi32(_mm512_and_si512(v, Bytes(0x7F)), _mm512_slli_epi16(v1, 6), Bytes(0xC0),
                                               0xF8); // a | (b & c)
         units.high =
             Select(Bytes(0xF0), _mm512_slli_epi16(v2, 4), _mm512_and_si512(_mm512_srli_epi16(v1, 2), Bytes(0x0F)));
         units.plane = _mm512_setzero_si512();
         Mask bad = Unencodable(units.high, at.third & ~at.thirdOfFour);
-        if constexpr (kWide && kForm == Form::Utf32) {
-            __m512i const v3 = _mm512_maskz_loadu_epi8(at.fourth, block.at - 3);
-            __m512i const upper = _mm512_and_si512(_mm512_slli_epi16(v3, 2), Bytes(0x3C));
-            units.plane = _mm512_maskz_mov_epi8(at.fourth, Select(Bytes(0x03), _mm512_srli_epi16(v2, 4), upper));
-            __m512i const above = _mm512_sub_epi8(units.plane, Bytes(1));
-            bad |= _mm512_mask_cmpge_epu8_mask(at.fourth, above, Bytes(16));
-        } else if constexpr (kWide) {
-            bad |= MakeSurrogates(v, v1, v2, at, units);
+        if (at.Wide()) {
+            bad |= kForm == Form::Utf32 ? MakePlanes(v2, block, at, units) : MakeSurrogates(v, v1, v2, at, units);
         }
         return bad == 0;
     }
@@ -140,6 +134,15 @@ struct Avx512
     {
         return _mm512_mask_cmplt_epu8_mask(third, high, Bytes(0x08)) |
                _mm512_mask_cmplt_epu8_mask(third, _mm512_xor_si512(high, Bytes(0xD8)), Bytes(0x08));
+    }
+
+    /// Adds the planes; returns the positions of values that are below U+10000 or above U+10FFFF.
+    static Mask MakePlanes(__m512i v2, Block const& block, Sequences const& at, Units& units) noexcept
+    {
+        __m512i const v3 = _mm512_maskz_loadu_epi8(at.fourth, block.at - 3);
+        __m512i const upper = _mm512_and_si512(_mm512_slli_epi16(v3, 2), Bytes(0x3C));
+        units.plane = _mm512_maskz_mov_epi8(at.fourth, Select(Bytes(0x03), _mm512_srli_epi16(v2, 4), upper));
+        return _mm512_mask_cmpge_epu8_mask(at.fourth, _mm512_sub_epi8(units.plane, Bytes(1)), Bytes(16));
     }
 
     /// Puts the surrogates in; returns the positions of high ones that are none, because the value is out of range.
@@ -214,14 +217,13 @@ namespace avx512 {
 
 std::size_t Utf8ToUtf16(char const* src, std::size_t n, char16_t* dst, std::size_t& substitutions) noexcept
 {
-    Progress const progress = DecodeToUtf16<Form::Utf16, Avx512>(src, n, dst);
-    substitutions += progress.malformed;
-    return progress.out;
+    return DecodeToUtf16<Form::Utf16, Avx512>(src, n, dst, substitutions);
 }
 
 std::size_t Utf16LengthOfUtf8(char const* src, std::size_t n) noexcept
 {
-    return DecodeToUtf16<Form::Utf16Length, Avx512>(src, n, nullptr).out;
+    std::size_t substitutions = 0;
+    return DecodeToUtf16<Form::Utf16Length, Avx512>(src, n, nullptr, substitutions);
 }
 
 std::size_t Utf8PrefixToUtf32(char const* src, std::size_t n, char32_t* dst, std::size_t& consumed) noexcept

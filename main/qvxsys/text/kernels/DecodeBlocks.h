@@ -41,6 +41,8 @@
 
 #include "DecodeScalar.h"
 
+#include <cstdint>
+
 namespace qvxsys::text {
 namespace {
 
@@ -101,12 +103,44 @@ inline Sequences PromisedSequences(Leads const& leads, Leads const& before) noex
             ShiftIn(leads.four, before.four, 2), ShiftIn(leads.four, before.four, 3)};
 }
 
-template<Form kForm, class Isa>
-[[gnu::always_inline]] inline bool Combine(typename Isa::Block const& block, Sequences const& sequences,
-                                           typename Isa::Units& units) noexcept
+/// dst + count, or null where nothing is written.
+template<Form kForm, class Unit>
+inline Unit* At(Unit* dst, std::size_t count) noexcept
 {
-    return sequences.Wide() ? Isa::template Combine<kForm, true>(block, sequences, units)
-                            : Isa::template Combine<kForm, false>(block, sequences, units);
+    return kForm == Form::Utf16Length ? nullptr : dst + count;
+}
+
+/// Converts the whole blocks of ASCII that s begins with and returns their bytes; for UTF-32 they may hold no 0.
+template<Form kForm, class Isa, class Unit>
+[[gnu::always_inline]] inline std::size_t DecodeAsciiBlocks(unsigned char const* s, std::size_t n, Unit* dst) noexcept
+{
+    std::size_t done = 0;
+    for (; n - done >= kBlock; done += kBlock) {
+        typename Isa::Block const block = Isa::Load(s + done);
+        if (Isa::High(block) != 0 || (kForm == Form::Utf32 && Isa::HasZero(block))) {
+            break;
+        }
+        if constexpr (kForm != Form::Utf16Length) {
+            Isa::Widen(block, dst + done);
+        }
+    }
+    return done;
+}
+
+/// The same; in a long run it goes back over a few units once, so that the stores to come cross no cache line.
+template<Form kForm, class Isa, class Unit>
+[[gnu::always_inline]] inline std::size_t DecodeAscii(unsigned char const* s, std::size_t n, Unit* dst) noexcept
+{
+    constexpr std::size_t kLongRun = 8 * kBlock;
+    if (kForm == Form::Utf16Length || n <= kLongRun) {
+        return DecodeAsciiBlocks<kForm, Isa>(s, n, dst);
+    }
+    std::size_t done = DecodeAsciiBlocks<kForm, Isa>(s, kLongRun, dst);
+    if (done == kLongRun) {
+        done -= reinterpret_cast<std::uintptr_t>(dst) % kBlock / sizeof(Unit);
+        done += DecodeAsciiBlocks<kForm, Isa>(s + done, n - done, dst + done);
+    }
+    return done;
 }
 
 /// Converts whole blocks up to the first in which something is malformed (or, for UTF-32, 0) or which is not whole.
@@ -117,17 +151,16 @@ template<Form kForm, class Isa, class Unit>
     std::size_t in = progress.in;
     std::size_t out = progress.out;
     Leads before{};
-    for (; n - in >= kBlock; in += kBlock) {
+    while (n - in >= kBlock) {
         typename Isa::Block const block = Isa::Load(s + in);
         if (kForm == Form::Utf32 && Isa::HasZero(block)) {
             break;
         }
         Mask const high = Isa::High(block);
         if (high == 0 && UnfinishedBytes(before) == 0) {
-            if constexpr (kForm != Form::Utf16Length) {
-                Isa::Widen(block, dst + out);
-            }
-            out += kBlock;
+            std::size_t const ascii = DecodeAscii<kForm, Isa>(s + in, n - in, At<kForm>(dst, out));
+            in += ascii;
+            out += ascii;
             before = {};
             continue;
         }
@@ -138,7 +171,7 @@ template<Form kForm, class Isa, class Unit>
         Leads const leads{Isa::AtLeast(block, 0xC2), Isa::AtLeast(block, 0xE0), Isa::AtLeast(block, 0xF0)};
         Sequences const sequences = PromisedSequences(leads, before);
         typename Isa::Units units;
-        bool const inRange = Combine<kForm, Isa>(block, sequences, units);
+        bool const inRange = Isa::template Combine<kForm>(block, sequences, units);
         Mask const misplaced = (sequences.Continuations() ^ continuations) | (high ^ (continuations | leads.any));
         if (misplaced != 0 || !inRange) {
             break;
@@ -150,13 +183,14 @@ template<Form kForm, class Isa, class Unit>
         if constexpr (kForm != Form::Utf16Length) {
             Isa::Store(units, keep, dst + out);
         }
+        in += kBlock;
         out += Count(keep);
         before = leads;
     }
     // The high surrogate of a sequence that lacks only its last byte is already written.
     std::size_t const unfinished = UnfinishedBytes(before);
     std::size_t const early = kForm != Form::Utf32 && unfinished == 3 ? 1 : 0;
-    return {in - unfinished, out - early, progress.malformed};
+    return {in - unfinished, out - early};
 }
 
 /// The second bytes that are continuations but not among those Table 3-7 allows after their lead.
@@ -172,7 +206,7 @@ inline Mask ForbiddenSeconds(typename Isa::Block const& block) noexcept
 /// Converts up to 64 bytes of any text, well-formed or not. Leaves a sequence alone that goes on behind the block.
 template<Form kForm, class Isa>
 [[gnu::always_inline]] inline Progress DecodeExactly(unsigned char const* s, std::size_t n, char16_t* dst,
-                                                     Progress progress) noexcept
+                                                     Progress progress, std::size_t& malformed) noexcept
 {
     std::size_t const left = n - progress.in;
     std::size_t const size = left < kBlock ? left : kBlock;
@@ -200,35 +234,37 @@ template<Form kForm, class Isa>
     }
     Mask const here = LowBits(done + taken) & ~LowBits(done);
     Mask const brokenOff = (leads.any & ~(c1 >> 1)) | (secondOfMore & ~(c2 >> 1)) | (thirdOfFour & ~(c3 >> 1));
-    Mask const malformed = ((high & ~(leads.any | c1 | c2 | c3)) | brokenOff) & here;
-    Mask const keep = (~(leads.any | secondOfMore) | malformed) & here;
+    Mask const wrong = ((high & ~(leads.any | c1 | c2 | c3)) | brokenOff) & here;
+    Mask const keep = (~(leads.any | secondOfMore) | wrong) & here;
     if constexpr (kForm == Form::Utf16) {
         typename Isa::Units units;
-        Combine<kForm, Isa>(block, {c1, c2, thirdOfFour, c3}, units);
-        Isa::Substitute(units, malformed);
+        Isa::template Combine<kForm>(block, {c1, c2, thirdOfFour, c3}, units);
+        Isa::Substitute(units, wrong);
         Isa::StorePart(units, keep, dst + progress.out, n - progress.out);
     }
-    return {progress.in + taken, progress.out + Count(keep), progress.malformed + Count(malformed)};
+    malformed += Count(wrong);
+    return {progress.in + taken, progress.out + Count(keep)};
 }
 
 /// Goes on exactly until two blocks in a row had nothing malformed: where one error is others are likely, and finding
 /// out each time anew costs more than the arithmetic.
 template<Form kForm, class Isa>
-[[gnu::always_inline]] inline Progress DecodeUnruly(unsigned char const* s, std::size_t n, char16_t* dst,
-                                                    Progress progress) noexcept
+[[gnu::noinline]] Progress DecodeUnruly(unsigned char const* s, std::size_t n, char16_t* dst, Progress progress,
+                                        std::size_t& malformed) noexcept
 {
     int clean = 0;
     do {
-        std::size_t const malformed = progress.malformed;
-        progress = DecodeExactly<kForm, Isa>(s, n, dst, progress);
-        clean = progress.malformed == malformed ? clean + 1 : 0;
+        std::size_t const before = malformed;
+        progress = DecodeExactly<kForm, Isa>(s, n, dst, progress, malformed);
+        clean = malformed == before ? clean + 1 : 0;
     } while (n - progress.in >= kBlock && clean < 2);
     return progress;
 }
 
 /// UTF-8 to UTF-16, or its length. dst is not used for the length.
 template<Form kForm, class Isa>
-[[gnu::always_inline]] inline Progress DecodeToUtf16(char const* src, std::size_t n, char16_t* dst) noexcept
+[[gnu::always_inline]] inline std::size_t DecodeToUtf16(char const* src, std::size_t n, char16_t* dst,
+                                                        std::size_t& malformed) noexcept
 {
     auto const* const s = reinterpret_cast<unsigned char const*>(src);
     constexpr bool write = kForm == Form::Utf16;
@@ -238,17 +274,16 @@ template<Form kForm, class Isa>
             progress = DecodeWellFormed<kForm, Isa>(s, n, dst, progress);
         }
         std::size_t const left = n - progress.in;
-        if (left < kBlock && Isa::template TryAscii<write>(s + progress.in, left, dst + progress.out)) {
-            progress.out += left;
-            return progress;
+        if (left < kBlock && Isa::template TryAscii<write>(s + progress.in, left, At<kForm>(dst, progress.out))) {
+            return progress.out + left;
         }
         if (left <= Isa::kFew) {
-            return DecodeByParts<write>(s, n, dst, progress, n);
+            return DecodeByParts<write>(s, n, dst, progress, n, malformed).out;
         }
         if (left >= kBlock && progress.in < Isa::kHistory) {
-            progress = DecodeByParts<write>(s, n, dst, progress, Isa::kHistory);
+            progress = DecodeByParts<write>(s, n, dst, progress, Isa::kHistory, malformed);
         } else {
-            progress = DecodeUnruly<kForm, Isa>(s, n, dst, progress);
+            progress = DecodeUnruly<kForm, Isa>(s, n, dst, progress, malformed);
         }
     }
 }

@@ -51,7 +51,7 @@ inline void Widen(__m128i block, char32_t* dst) noexcept
 /// Widens the ASCII that begins a block of sixteen, then decodes by parts to the block's end, so that text which
 /// alternates between ASCII and another script does not go back and forth at every byte.
 template<bool kWrite>
-inline Progress DecodeToUtf16(char const* src, std::size_t n, char16_t* dst) noexcept
+inline std::size_t DecodeToUtf16(char const* src, std::size_t n, char16_t* dst, std::size_t& malformed) noexcept
 {
     auto const* const s = reinterpret_cast<unsigned char const*>(src);
     Progress progress;
@@ -67,9 +67,9 @@ inline Progress DecodeToUtf16(char const* src, std::size_t n, char16_t* dst) noe
         if (ascii == kBlock) {
             continue;
         }
-        progress = DecodeByParts<kWrite>(s, n, dst, progress, end);
+        progress = DecodeByParts<kWrite>(s, n, dst, progress, end, malformed);
     }
-    return DecodeByParts<kWrite>(s, n, dst, progress, n);
+    return DecodeByParts<kWrite>(s, n, dst, progress, n, malformed).out;
 }
 
 } // namespace
@@ -78,14 +78,13 @@ namespace portable {
 
 std::size_t Utf8ToUtf16(char const* src, std::size_t n, char16_t* dst, std::size_t& substitutions) noexcept
 {
-    Progress const progress = DecodeToUtf16<true>(src, n, dst);
-    substitutions += progress.malformed;
-    return progress.out;
+    return DecodeToUtf16<true>(src, n, dst, substitutions);
 }
 
 std::size_t Utf16LengthOfUtf8(char const* src, std::size_t n) noexcept
 {
-    return DecodeToUtf16<false>(src, n, nullptr).out;
+    std::size_t substitutions = 0;
+    return DecodeToUtf16<false>(src, n, nullptr, substitutions);
 }
 
 std::size_t Utf8PrefixToUtf32(char const* src, std::size_t n, char32_t* dst, std::size_t& consumed) noexcept

@@ -23,57 +23,39 @@ inline bool IsContinuation(unsigned byte) noexcept
     return (byte & 0xC0) == 0x80;
 }
 
-/// The length of the maximal subpart at s, where n > 0 bytes are left and no well-formed sequence begins.
-[[gnu::noinline]] inline std::size_t MaximalSubpart(unsigned char const* s, std::size_t n) noexcept
-{
-    unsigned const lead = s[0];
-    if (lead < 0xC2 || lead > 0xF4) {
-        return 1;
-    }
-    // Only the second byte has a range of its own; it is what keeps out overlong forms, surrogates and values above
-    // U+10FFFF.
-    unsigned const low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
-    unsigned const high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-    if (n < 2 || s[1] < low || s[1] > high) {
-        return 1;
-    }
-    return lead >= 0xF0 && n > 2 && IsContinuation(s[2]) ? 3 : 2;
-}
-
 /// The part that begins at s; n > 0 bytes are left there.
 inline DecodedPart DecodePart(unsigned char const* s, std::size_t n) noexcept
 {
-    char32_t const lead = s[0];
+    unsigned const lead = s[0];
     if (lead < 0x80) {
         return {lead, 1, false};
     }
-    if (lead < 0xE0) {
-        if (lead >= 0xC2 && n > 1 && IsContinuation(s[1])) {
-            return {(lead & 0x1F) << 6 | (s[1] & 0x3F), 2, false};
-        }
-    } else if (lead < 0xF0) {
-        if (n > 2 && IsContinuation(s[1]) && IsContinuation(s[2])) {
-            char32_t const value = (lead & 0x0F) << 12 | static_cast<char32_t>(s[1] & 0x3F) << 6 | (s[2] & 0x3F);
-            if (value >= 0x800 && (value < 0xD800 || value > 0xDFFF)) {
-                return {value, 3, false};
-            }
-        }
-    } else if (n > 3 && IsContinuation(s[1]) && IsContinuation(s[2]) && IsContinuation(s[3])) {
-        char32_t const value = (lead & 0x0F) << 18 | static_cast<char32_t>(s[1] & 0x3F) << 12 |
-                               static_cast<char32_t>(s[2] & 0x3F) << 6 | (s[3] & 0x3F);
-        if (value >= 0x10000 && value <= 0x10FFFF) {
-            return {value, 4, false};
-        }
+    if (lead < 0xC2 || lead > 0xF4) {
+        return {0xFFFD, 1, true};
     }
-    return {0xFFFD, MaximalSubpart(s, n), true};
+    // Only the second byte has a range of its own; it is what keeps out overlong forms, surrogates and values above
+    // U+10FFFF.
+    unsigned low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    unsigned high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    std::size_t const length = lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    char32_t value = lead & (0x7Fu >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        if (i >= n || s[i] < low || s[i] > high) {
+            return {0xFFFD, i, true};
+        }
+        value = value << 6 | (s[i] & 0x3Fu);
+        low = 0x80;
+        high = 0xBF;
+    }
+    return {value, length, false};
 }
 
-/// How far a conversion has come; `in` is always at the beginning of a part.
+/// How far a conversion has come; `in` is always at the beginning of a part. (Two members go in registers; a third one
+/// would send all of them through memory, which costs more than a short conversion.)
 struct Progress
 {
     std::size_t in = 0;
     std::size_t out = 0;
-    std::size_t malformed = 0;
 };
 
 /// Decodes parts until `in` is at or past `end` or at a part that is malformed or 0.
@@ -91,28 +73,64 @@ inline Progress DecodePrefixByParts(unsigned char const* s, std::size_t n, char3
     return progress;
 }
 
-/// Decodes parts as UTF-16 until `in` is at or past `end`; only counts the units if kWrite is not set.
-template<bool kWrite>
-inline Progress DecodeByParts(unsigned char const* s, std::size_t n, char16_t* dst, Progress progress,
-                              std::size_t end) noexcept
+/// The well-formed sequence of two bytes that begins at s, or 0 if there is none.
+inline char16_t DecodeTwo(unsigned char const* s, std::size_t n) noexcept
 {
-    while (progress.in < end) {
-        DecodedPart const part = DecodePart(s + progress.in, n - progress.in);
-        bool const pair = part.value > 0xFFFF;
-        if constexpr (kWrite) {
-            char16_t* const to = dst + progress.out;
-            if (pair) {
-                to[0] = static_cast<char16_t>(0xD7C0 + (part.value >> 10));
-                to[1] = static_cast<char16_t>(0xDC00 + (part.value & 0x3FF));
-            } else {
-                to[0] = static_cast<char16_t>(part.value);
-            }
-        }
-        progress.out += pair ? 2u : 1u;
-        progress.malformed += part.malformed;
-        progress.in += part.length;
+    bool const wellFormed = n > 1 && s[0] >= 0xC2 && s[0] < 0xE0 && IsContinuation(s[1]);
+    return wellFormed ? static_cast<char16_t>((s[0] & 0x1Fu) << 6 | (s[1] & 0x3Fu)) : u'\0';
+}
+
+/// The same of three bytes.
+inline char16_t DecodeThree(unsigned char const* s, std::size_t n) noexcept
+{
+    if (n < 3 || (s[0] & 0xF0) != 0xE0 || !IsContinuation(s[1]) || !IsContinuation(s[2])) {
+        return 0;
     }
-    return progress;
+    unsigned const value = (s[0] & 0x0Fu) << 12 | (s[1] & 0x3Fu) << 6 | (s[2] & 0x3Fu);
+    return static_cast<char16_t>(value < 0x800 || (value >= 0xD800 && value < 0xE000) ? 0 : value);
+}
+
+template<bool kWrite>
+inline void PutUnit(char16_t* dst, std::size_t at, char32_t unit) noexcept
+{
+    if constexpr (kWrite) {
+        dst[at] = static_cast<char16_t>(unit);
+    }
+}
+
+/// Decodes parts as UTF-16 until `in` is at or past `end` and counts the malformed ones; the units are only counted,
+/// too, if kWrite is not set. The common lengths have branches of their own, so that where the next part begins is
+/// predicted and not computed.
+template<bool kWrite>
+inline Progress DecodeByParts(unsigned char const* s, std::size_t n, char16_t* dst, Progress progress, std::size_t end,
+                              std::size_t& malformed) noexcept
+{
+    std::size_t in = progress.in;
+    std::size_t out = progress.out;
+    while (in < end) {
+        unsigned const lead = s[in];
+        if (lead < 0x80) {
+            PutUnit<kWrite>(dst, out++, lead);
+            ++in;
+        } else if (char16_t const unitOfTwo = DecodeTwo(s + in, n - in)) {
+            PutUnit<kWrite>(dst, out++, unitOfTwo);
+            in += 2;
+        } else if (char16_t const unitOfThree = DecodeThree(s + in, n - in)) {
+            PutUnit<kWrite>(dst, out++, unitOfThree);
+            in += 3;
+        } else {
+            DecodedPart const part = DecodePart(s + in, n - in);
+            if (part.value > 0xFFFF) {
+                PutUnit<kWrite>(dst, out++, 0xD7C0 + (part.value >> 10));
+                PutUnit<kWrite>(dst, out++, 0xDC00 + (part.value & 0x3FF));
+            } else {
+                PutUnit<kWrite>(dst, out++, part.value);
+            }
+            malformed += part.malformed;
+            in += part.length;
+        }
+    }
+    return {in, out};
 }
 
 } // namespace

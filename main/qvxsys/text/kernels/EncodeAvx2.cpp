@@ -25,6 +25,43 @@
 #include <immintrin.h>
 
 namespace qvxsys::text::avx2 {
+
+/// Constants of the encoders, for each 32 bits of a vector, read from memory. They are weak so that the compiler may
+/// not rely on their values: what GCC 12 knows, it builds in a general register and moves over anew for every block, on
+/// the execution port that the shuffles need.
+struct Constants
+{
+    unsigned notAscii = 0xFF80FF80;
+    unsigned notSmall = 0xF800F800; // bits of units of three bytes, and of surrogates
+    unsigned surrogate = 0xD800D800;
+    unsigned half = 0xFC00FC00; // the bits that tell the halves of pairs
+    unsigned low = 0xDC00DC00;
+    unsigned pair = 0xDC00D800;
+    unsigned replacement = 0xFFFDFFFD;
+    unsigned highBase = 0xD7C0D7C0;
+    unsigned highRest = 0x00030003;
+    unsigned lowBits = 0x03FF03FF;
+    unsigned pairFactors = 0x00010400;
+    unsigned pairBase = 0x00010000;
+    unsigned upperSix = 0x3F003F00;
+    unsigned lowerSix = 0x003F003F;
+    unsigned upperFour = 0x0F000F00;
+    unsigned lead3 = 0xE000E000;
+    unsigned wordTags2 = 0x80C080C0; // the first byte of a unit is the lower one
+    unsigned wordTagsTrail = 0x80808080;
+    unsigned two = 0x00400040;  // turns trail tags into tags of a unit of two bytes
+    unsigned high = 0x00700070; // and into those of the first half of a pair
+    unsigned fourthSix = 0x3F000000;
+    unsigned thirdSix = 0x003F0000;
+    unsigned secondSix = 0x00003F00;
+    unsigned tags2 = 0x80C00000;
+    unsigned tags3 = 0x8080E000;
+    unsigned tags4 = 0x808080F0;
+};
+
+[[gnu::weak]] extern Constants const constants;
+Constants const constants{};
+
 namespace {
 
 /// Shuffles for 16 bytes. The unused ends of the rows point at nothing (and give zeros).
@@ -35,14 +72,14 @@ struct ShuffleTable
     std::uint8_t lengths[Rows]; // bytes used
 };
 
-/// For eight lanes of two bytes: bit k of the row number is set if lane k uses both bytes, else it uses the second.
+/// For eight lanes of two bytes: bit k of the row number is set if lane k uses only its second byte.
 constexpr ShuffleTable<256> MakeWordShuffles() noexcept
 {
     ShuffleTable<256> table{};
     for (unsigned row = 0; row < 256; ++row) {
         unsigned used = 0;
         for (unsigned lane = 0; lane < 8; ++lane) {
-            if ((row >> lane & 1) != 0)
+            if ((row >> lane & 1) == 0)
                 table.rows[row][used++] = static_cast<std::uint8_t>(2 * lane);
             table.rows[row][used++] = static_cast<std::uint8_t>(2 * lane + 1);
         }
@@ -158,15 +195,15 @@ inline unsigned DwordMask(__m256i v) noexcept
     return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(v)));
 }
 
-/// All ones in each word of v whose bits under `mask` are `value`.
+/// All ones in each word of v whose bits under `mask` are `value` (both given twice in 32 bits).
 inline __m256i WordsWith(__m256i v, unsigned mask, unsigned value) noexcept
 {
-    return _mm256_cmpeq_epi16(_mm256_and_si256(v, Words(mask)), Words(value));
+    return _mm256_cmpeq_epi16(_mm256_and_si256(v, Dwords(mask)), Dwords(value));
 }
 
 inline __m256i SurrogatesIn(__m256i v) noexcept
 {
-    return WordsWith(v, 0xF800, 0xD800);
+    return WordsWith(v, constants.notSmall, constants.surrogate);
 }
 
 /// The words of two vectors as bytes, the 32-bit values of two vectors as words; they must fit.
@@ -205,90 +242,134 @@ struct Pairs
     // Nothing stands before the first block: zero.
     p.before = i > 0 ? Load(src + i - 1) : _mm256_alignr_epi8(v, _mm256_permute2x128_si256(v, v, 0x08), 14);
     p.behind = Load(src + i + 1);
-    p.high = _mm256_and_si256(WordsWith(v, 0xFC00, 0xD800), WordsWith(p.behind, 0xFC00, 0xDC00));
-    p.low = _mm256_and_si256(WordsWith(v, 0xFC00, 0xDC00), WordsWith(p.before, 0xFC00, 0xD800));
+    p.high = _mm256_and_si256(WordsWith(v, constants.half, constants.surrogate),
+                              WordsWith(p.behind, constants.half, constants.low));
+    p.low = _mm256_and_si256(WordsWith(v, constants.half, constants.low),
+                             WordsWith(p.before, constants.half, constants.surrogate));
     __m256i const lone = _mm256_andnot_si256(_mm256_or_si256(p.high, p.low), SurrogatesIn(v));
     substitutions += Count(ByteMask(lone)) / 2;
-    p.units = _mm256_blendv_epi8(v, Words(replacementCharacter), lone);
+    p.units = _mm256_blendv_epi8(v, Dwords(constants.replacement), lone);
     return p;
 }
 
-/// 16 units before they are put into bytes; see the top of the file. The members but `payload` are masks of words.
-struct Block
+/// The last two bytes of 16 units, `tags` or-ed to them unless the unit is in the mask `ascii`.
+[[gnu::always_inline]] inline __m256i BackBytes(__m256i payload, __m256i tags, __m256i ascii) noexcept
 {
-    __m256i payload;
-    __m256i tags;  // of the last two bytes
-    __m256i ascii; // one byte
-    __m256i small; // at most two bytes
-};
-
-/// Writes the bytes of a block. Needs room for 3 * 18 bytes: the last store begins at most 36 behind the first.
-[[gnu::always_inline]] inline char* EncodeBlock(Block const& b, char* out) noexcept
-{
-    __m256i const payload = b.payload;
     __m256i const lastByte = _mm256_slli_epi16(payload, 8);
-    __m256i const fields = _mm256_or_si256(_mm256_and_si256(lastByte, Words(0x3F00)),
-                                           _mm256_and_si256(_mm256_srli_epi16(payload, 6), Words(0x003F)));
-    __m256i const back = _mm256_blendv_epi8(_mm256_or_si256(fields, b.tags), lastByte, b.ascii);
-    __m256i const even = _mm256_xor_si256(b.ascii, b.small);
-    if (ByteMask(b.small) == ~0U) {
-        unsigned const rows = ByteMask(_mm256_packs_epi16(even, even));
-        unsigned const lower = rows & 0xFF;
-        unsigned const upper = rows >> 24;
-        __m256i const bytes = ShuffleHalves(back, wordShuffles.rows[lower], wordShuffles.rows[upper]);
-        narrow::Store(out, Lower(bytes));
-        out += 8 + Count(lower);
-        narrow::Store(out, Upper(bytes));
-        return out + 8 + Count(upper);
-    }
-    __m256i const top = _mm256_and_si256(_mm256_srli_epi16(payload, 4), Words(0x0F00));
-    __m256i const front = _mm256_or_si256(top, Words(0xE000));
+    __m256i const fields = _mm256_or_si256(_mm256_and_si256(lastByte, Dwords(constants.upperSix)),
+                                           _mm256_and_si256(_mm256_srli_epi16(payload, 6), Dwords(constants.lowerSix)));
+    return _mm256_blendv_epi8(_mm256_or_si256(fields, tags), lastByte, ascii);
+}
+
+/// Writes 16 units of at most two bytes.
+[[gnu::always_inline]] inline char* PutTwoByteUnits(__m256i back, __m256i ascii, char* out) noexcept
+{
+    unsigned const rows = ByteMask(_mm256_packs_epi16(ascii, ascii));
+    unsigned const lower = rows & 0xFF;
+    unsigned const upper = rows >> 24;
+    __m256i const bytes = ShuffleHalves(back, wordShuffles.rows[lower], wordShuffles.rows[upper]);
+    narrow::Store(out, Lower(bytes));
+    out += 16 - Count(lower);
+    narrow::Store(out, Upper(bytes));
+    return out + 16 - Count(upper);
+}
+
+/// Writes 16 units of at most three bytes, of which `small` take at most two. Needs room for 52 bytes.
+[[gnu::always_inline]] inline char* PutThreeByteUnits(__m256i payload, __m256i back, __m256i ascii, __m256i small,
+                                                      char* out) noexcept
+{
+    __m256i const top = _mm256_and_si256(_mm256_srli_epi16(payload, 4), Dwords(constants.upperFour));
+    __m256i const front = _mm256_or_si256(top, Dwords(constants.lead3));
+    __m256i const units02 = _mm256_unpacklo_epi16(front, back); // the first and third four units
+    __m256i const units13 = _mm256_unpackhi_epi16(front, back);
     // Byte masks 8 even, 8 small, 8 even, 8 small; brought to four times 4 even, 4 small, a row number each.
-    __m256i const lengths = _mm256_shuffle_epi32(_mm256_packs_epi16(even, b.small), _MM_SHUFFLE(3, 1, 2, 0));
-    unsigned const rows = ByteMask(lengths);
+    __m256i const even = _mm256_xor_si256(ascii, small);
+    unsigned const rows = ByteMask(_mm256_shuffle_epi32(_mm256_packs_epi16(even, small), _MM_SHUFFLE(3, 1, 2, 0)));
+    if (rows == 0) { // three bytes each: no wait for tables and lengths
+        __m256i const bytes02 = ShuffleHalves(units02, dwordShuffles.rows[0], dwordShuffles.rows[0]);
+        __m256i const bytes13 = ShuffleHalves(units13, dwordShuffles.rows[0], dwordShuffles.rows[0]);
+        narrow::Store(out, Lower(bytes02));
+        narrow::Store(out + 12, Lower(bytes13));
+        narrow::Store(out + 24, Upper(bytes02));
+        narrow::Store(out + 36, Upper(bytes13));
+        return out + 48;
+    }
     unsigned const row0 = rows & 0xFF;
     unsigned const row1 = rows >> 8 & 0xFF;
     unsigned const row2 = rows >> 16 & 0xFF;
     unsigned const row3 = rows >> 24;
-    __m256i const units0And2 =
-        ShuffleHalves(_mm256_unpacklo_epi16(front, back), dwordShuffles.rows[row0], dwordShuffles.rows[row2]);
-    __m256i const units1And3 =
-        ShuffleHalves(_mm256_unpackhi_epi16(front, back), dwordShuffles.rows[row1], dwordShuffles.rows[row3]);
-    narrow::Store(out, Lower(units0And2));
+    __m256i const bytes02 = ShuffleHalves(units02, dwordShuffles.rows[row0], dwordShuffles.rows[row2]);
+    __m256i const bytes13 = ShuffleHalves(units13, dwordShuffles.rows[row1], dwordShuffles.rows[row3]);
+    narrow::Store(out, Lower(bytes02));
     out += dwordShuffles.lengths[row0];
-    narrow::Store(out, Lower(units1And3));
+    narrow::Store(out, Lower(bytes13));
     out += dwordShuffles.lengths[row1];
-    narrow::Store(out, Upper(units0And2));
+    narrow::Store(out, Upper(bytes02));
     out += dwordShuffles.lengths[row2];
-    narrow::Store(out, Upper(units1And3));
+    narrow::Store(out, Upper(bytes13));
     return out + dwordShuffles.lengths[row3];
 }
 
-/// 16 units as UTF-8, surrogates as three bytes.
-[[gnu::always_inline]] inline char* EncodeUnits(__m256i v, char* out) noexcept
+/// The tags of the last two bytes, given which units have two bytes, or are the first halves of pairs.
+inline __m256i TagsOf(__m256i two) noexcept
 {
-    Block b{};
-    b.payload = v;
-    b.ascii = WordsWith(v, 0xFF80, 0);
-    b.small = WordsWith(v, 0xF800, 0);
-    b.tags = _mm256_xor_si256(Words(0x8080), _mm256_and_si256(b.small, Words(0x0040)));
-    return EncodeBlock(b, out);
+    return _mm256_xor_si256(Dwords(constants.wordTagsTrail), _mm256_and_si256(two, Dwords(constants.two)));
 }
 
-/// 16 units with surrogates among them as UTF-8.
-[[gnu::always_inline]] inline char* EncodeUnits(Pairs const& p, char* out) noexcept
+inline __m256i TagsOf(__m256i two, __m256i high) noexcept
 {
-    __m256i const high = _mm256_srli_epi16(_mm256_sub_epi16(p.units, Words(0xD7C0)), 2);
-    __m256i const low = _mm256_or_si256(_mm256_and_si256(p.units, Words(0x3FF)),
-                                        _mm256_slli_epi16(_mm256_and_si256(p.before, Words(3)), 10));
-    __m256i const two = WordsWith(p.units, 0xF800, 0);
-    Block b{};
-    b.payload = _mm256_blendv_epi8(_mm256_blendv_epi8(p.units, high, p.high), low, p.low);
-    b.ascii = WordsWith(p.units, 0xFF80, 0);
-    b.small = _mm256_or_si256(two, _mm256_or_si256(p.high, p.low));
-    b.tags = _mm256_xor_si256(Words(0x8080), _mm256_and_si256(two, Words(0x0040)));
-    b.tags = _mm256_xor_si256(b.tags, _mm256_and_si256(p.high, Words(0x0070)));
-    return EncodeBlock(b, out);
+    return _mm256_xor_si256(TagsOf(two), _mm256_and_si256(high, Dwords(constants.high)));
+}
+
+/// 16 units as UTF-8, surrogates as three bytes. `small` marks those below 0x800.
+[[gnu::always_inline]] inline char* EncodeUnits(__m256i v, __m256i small, char* out) noexcept
+{
+    __m256i const ascii = WordsWith(v, constants.notAscii, 0);
+    if (ByteMask(small) == ~0U)
+        return PutTwoByteUnits(BackBytes(v, Dwords(constants.wordTags2), ascii), ascii, out);
+    return PutThreeByteUnits(v, BackBytes(v, TagsOf(small), ascii), ascii, small, out);
+}
+
+/// The bits of eight values of up to 0x1FFFFF, six in a byte, the highest first.
+inline __m256i FourFields(__m256i v) noexcept
+{
+    __m256i const last2 = _mm256_or_si256(_mm256_and_si256(_mm256_slli_epi32(v, 24), Dwords(constants.fourthSix)),
+                                          _mm256_and_si256(_mm256_slli_epi32(v, 10), Dwords(constants.thirdSix)));
+    __m256i const first2 = _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi32(v, 4), Dwords(constants.secondSix)),
+                                           _mm256_srli_epi32(v, 18));
+    return _mm256_or_si256(last2, first2);
+}
+
+/// The 16 units at src[i], surrogates among them, as UTF-8. Moves i behind them, but not between the halves of a pair:
+/// a block begins with a code point, and so blocks of nothing but pairs are seen as such.
+[[gnu::always_inline]] inline char* EncodeWithPairs(__m256i v, char16_t const* src, std::size_t& i, char* out,
+                                                    std::size_t& substitutions) noexcept
+{
+    __m256i const asPairs = _mm256_cmpeq_epi32(_mm256_and_si256(v, Dwords(constants.half)), Dwords(constants.pair));
+    if (ByteMask(asPairs) == ~0U) {
+        __m256i const bits = _mm256_and_si256(v, Dwords(constants.lowBits));
+        __m256i const offsets = _mm256_madd_epi16(bits, Dwords(constants.pairFactors)); // high * 0x400 + low
+        __m256i const fields = FourFields(_mm256_add_epi32(offsets, Dwords(constants.pairBase)));
+        Store(out, _mm256_or_si256(fields, Dwords(constants.tags4)));
+        i += 16;
+        return out + 32;
+    }
+    Pairs const p = FindPairs(v, src, i, substitutions);
+    __m256i const high = _mm256_srli_epi16(_mm256_sub_epi16(v, Dwords(constants.highBase)), 2);
+    __m256i const low = _mm256_or_si256(_mm256_and_si256(v, Dwords(constants.lowBits)),
+                                        _mm256_slli_epi16(_mm256_and_si256(p.before, Dwords(constants.highRest)), 10));
+    __m256i const payload = _mm256_blendv_epi8(_mm256_blendv_epi8(p.units, high, p.high), low, p.low);
+    __m256i const ascii = WordsWith(p.units, constants.notAscii, 0);
+    __m256i const two = WordsWith(p.units, constants.notSmall, 0);
+    __m256i const small = _mm256_or_si256(two, _mm256_or_si256(p.high, p.low));
+    __m256i const back = BackBytes(payload, TagsOf(two, p.high), ascii);
+    if (ByteMask(small) == ~0U)
+        out = PutTwoByteUnits(back, ascii, out);
+    else
+        out = PutThreeByteUnits(payload, back, ascii, small, out);
+    std::size_t const half = ByteMask(p.high) >> 31; // of a pair, in the last lane: taken back
+    i += 16 - half;
+    return out - 2 * half;
 }
 
 /// Eight values of any size as UTF-8 by the plain rule.
@@ -300,14 +381,9 @@ struct Block
     __m256i const from3 = _mm256_cmpgt_epi32(v, Dwords(0x7FF));
     __m256i const from4 = _mm256_cmpgt_epi32(v, Dwords(0xFFFF));
     __m256i const lastByte = _mm256_slli_epi32(v, 24);
-    __m256i const last2 = _mm256_or_si256(_mm256_and_si256(lastByte, Dwords(0x3F000000)),
-                                          _mm256_and_si256(_mm256_slli_epi32(v, 10), Dwords(0x003F0000)));
-    __m256i const first2 =
-        _mm256_or_si256(_mm256_and_si256(_mm256_srli_epi32(v, 4), Dwords(0x3F00)), _mm256_srli_epi32(v, 18));
-    __m256i tags = _mm256_blendv_epi8(Dwords(0x80C00000), Dwords(0x8080E000), from3);
-    tags = _mm256_blendv_epi8(tags, Dwords(0x808080F0), from4);
-    __m256i lanes = _mm256_or_si256(_mm256_or_si256(last2, first2), tags);
-    lanes = _mm256_blendv_epi8(lastByte, lanes, from2);
+    __m256i tags = _mm256_blendv_epi8(Dwords(constants.tags2), Dwords(constants.tags3), from3);
+    tags = _mm256_blendv_epi8(tags, Dwords(constants.tags4), from4);
+    __m256i const lanes = _mm256_blendv_epi8(lastByte, _mm256_or_si256(FourFields(v), tags), from2);
     unsigned const even = DwordMask(_mm256_xor_si256(_mm256_xor_si256(from2, from3), from4));
     unsigned const small = DwordMask(from3) ^ 0xFF;
     unsigned const lower = (even & 0x0F) | (small << 4 & 0xF0);
@@ -380,7 +456,7 @@ std::size_t Utf32ToUtf16Any(char32_t const* src, std::size_t n, char16_t* dst, s
 /// v - 0xD800 in each word: high surrogates are the words below 0x400 then.
 inline __m256i FromHighSurrogates(void const* p) noexcept
 {
-    return _mm256_sub_epi16(Load(p), Words(0xD800));
+    return _mm256_sub_epi16(Load(p), Dwords(constants.surrogate));
 }
 
 /// The pairs that begin in the 64 units at src[i]; there must be more behind them.
@@ -388,12 +464,12 @@ inline std::size_t CountPairs(char16_t const* src, std::size_t i) noexcept
 {
     __m256i const least01 = _mm256_min_epu16(FromHighSurrogates(src + i), FromHighSurrogates(src + i + 16));
     __m256i const least23 = _mm256_min_epu16(FromHighSurrogates(src + i + 32), FromHighSurrogates(src + i + 48));
-    if (ByteMask(WordsWith(_mm256_min_epu16(least01, least23), 0xFC00, 0)) == 0)
+    if (ByteMask(WordsWith(_mm256_min_epu16(least01, least23), constants.half, 0)) == 0)
         return 0;
     std::size_t bytes = 0;
     for (std::size_t const stop = i + 64; i < stop; i += 16)
-        bytes += Count(ByteMask(
-            _mm256_and_si256(WordsWith(Load(src + i), 0xFC00, 0xD800), WordsWith(Load(src + i + 1), 0xFC00, 0xDC00))));
+        bytes += Count(ByteMask(_mm256_and_si256(WordsWith(Load(src + i), constants.half, constants.surrogate),
+                                                 WordsWith(Load(src + i + 1), constants.half, constants.low))));
     return bytes / 2;
 }
 
@@ -409,24 +485,22 @@ std::size_t Utf16ToUtf8(char16_t const* src, std::size_t n, char* dst, std::size
             __m256i const v = Load(src + i);
             __m256i const w = Load(src + i + 16);
             stop = i + 32;
-            if (_mm256_testz_si256(_mm256_or_si256(v, w), Words(0xFF80)) != 0) {
+            if (_mm256_testz_si256(_mm256_or_si256(v, w), Dwords(constants.notAscii)) != 0) {
                 Store(out, NarrowToBytes(v, w));
                 out += 32;
                 i = stop;
             }
         }
-        for (; i < stop; i += 16) {
+        while (stop - i >= 16) {
             __m256i const v = Load(src + i);
-            if (ByteMask(SurrogatesIn(v)) == 0)
-                out = EncodeUnits(v, out);
-            else
-                out = EncodeUnits(FindPairs(v, src, i, substitutions), out);
+            __m256i const small = WordsWith(v, constants.notSmall, 0);
+            if (ByteMask(small) == ~0U || ByteMask(SurrogatesIn(v)) == 0) {
+                out = EncodeUnits(v, small, out);
+                i += 16;
+            } else {
+                out = EncodeWithPairs(v, src, i, out, substitutions);
+            }
         }
-    }
-    // Take back the first half of a pair that the last block ended with.
-    if (i > 0 && i < n && IsPairAt(src, n, i - 1)) {
-        --i;
-        out -= 2;
     }
     return static_cast<std::size_t>(narrow::Utf16ToUtf8(src, n, i, out, substitutions) - dst);
 }
@@ -505,7 +579,7 @@ std::size_t Utf32ToUtf8Raw(char32_t const* src, std::size_t n, char* dst) noexce
             narrow::Store(out, _mm_packus_epi16(Lower(units), Upper(units)));
             out += 16;
         } else {
-            out = EncodeUnits(units, out);
+            out = EncodeUnits(units, WordsWith(units, constants.notSmall, 0), out);
         }
     }
     return static_cast<std::size_t>(narrow::Utf32ToUtf8Raw(src, n, i, out) - dst);

@@ -31,6 +31,35 @@
 #include <immintrin.h>
 
 namespace qvxsys::text::avx512 {
+
+/// Constants of the encoders, for each 32 bits of a vector, read from memory. They are weak so that the compiler may
+/// not rely on their values: what GCC 12 knows, it builds in a general register and moves over anew for every block, on
+/// the execution port that the shuffles need.
+struct Constants
+{
+    unsigned notAscii = 0xFF80FF80;
+    unsigned notSmall = 0xF800F800; // bits of units of three bytes, and of surrogates
+    unsigned surrogate = 0xD800D800;
+    unsigned isLow = 0x04000400;
+    unsigned replacement = 0xFFFDFFFD;
+    unsigned highBase = 0xD7C0D7C0;
+    unsigned highRest = 0x00030003;
+    unsigned lowBits = 0x03FF03FF;
+    unsigned sixBits = 0x3F3F3F3F;
+    unsigned firstBytes = 0x00FF00FF;
+    unsigned lastByte = 0xFF000000;
+    unsigned wordTags2 = 0x80C080C0; // the first byte of a unit is the lower one
+    unsigned wordTagsHigh = 0x80F080F0;
+    unsigned wordTagsTrail = 0x80808080;
+    unsigned tags2 = 0x80C00000;
+    unsigned tags3 = 0x8080E000;
+    unsigned tags4 = 0x808080F0;
+    unsigned lead3 = 0x0000E000;
+};
+
+[[gnu::weak]] extern Constants const constants;
+Constants const constants{};
+
 namespace {
 
 inline __m512i Words(unsigned w) noexcept
@@ -94,7 +123,7 @@ inline __m512i NarrowToBytes(__m512i a, __m512i b) noexcept
 
 inline __mmask32 SurrogatesIn(__m512i v) noexcept
 {
-    return _mm512_cmpeq_epi16_mask(_mm512_and_si512(v, Words(0xF800)), Words(0xD800));
+    return _mm512_cmpeq_epi16_mask(_mm512_and_si512(v, Dwords(constants.notSmall)), Dwords(constants.surrogate));
 }
 
 /// Which surrogates of a block are halves of pairs and which are lone.
@@ -108,7 +137,7 @@ struct Surrogates
 /// Sorts the surrogates `all` of the block v, which was read from src[i]. Both neighbours of the block count.
 inline Surrogates SortSurrogates(__m512i v, __mmask32 all, char16_t const* src, std::size_t n, std::size_t i) noexcept
 {
-    __mmask32 const high = _mm512_mask_testn_epi16_mask(all, v, Words(0x0400));
+    __mmask32 const high = _mm512_mask_testn_epi16_mask(all, v, Dwords(constants.isLow));
     __mmask32 const low = all ^ high;
     __mmask32 const lowBehind = n - i > 32 && IsLowSurrogate(src[i + 32]) ? 0x80000000U : 0;
     __mmask32 const highBefore = i > 0 && IsHighSurrogate(src[i - 1]) ? 1 : 0;
@@ -123,7 +152,7 @@ inline Surrogates SortSurrogates(__m512i v, __mmask32 all, char16_t const* src, 
 inline __m512i Substitute(__m512i v, __mmask32 lone, std::size_t& substitutions) noexcept
 {
     substitutions += Count(lone);
-    return _mm512_mask_mov_epi16(v, lone, Words(replacementCharacter));
+    return _mm512_mask_mov_epi16(v, lone, Dwords(constants.replacement));
 }
 
 /// The bytes of `lanes` under `keep`, written without gaps; returns the position behind them. `Whole` writes 64 bytes.
@@ -146,9 +175,10 @@ template<bool Whole>
 {
     __m512i const fields = _mm512_set1_epi64(0x3036202610160006);
     __m512i const spread = _mm512_multishift_epi64_epi8(fields, payload);
-    __m512i lanes = _mm512_ternarylogic_epi32(spread, Words(0x3F3F), tags, 0xEA); // spread & 3F3F | tags
+    __m512i lanes = _mm512_ternarylogic_epi32(spread, Dwords(constants.sixBits), tags, 0xEA); // spread & 3F3F | tags
     lanes = _mm512_mask_mov_epi16(lanes, ascii, payload);
-    __m512i const first = Whole ? Words(0x00FF) : _mm512_maskz_mov_epi16(valid, Words(0x00FF));
+    __m512i const first =
+        Whole ? Dwords(constants.firstBytes) : _mm512_maskz_mov_epi16(valid, Dwords(constants.firstBytes));
     __m512i const used = _mm512_or_si512(lanes, first);
     return StoreKept<Whole>(out, lanes, _mm512_test_epi8_mask(used, used));
 }
@@ -160,9 +190,9 @@ template<bool Whole>
 {
     __m512i const fields = _mm512_set1_epi64(0x20262C3200060C12);
     __m512i const spread = _mm512_multishift_epi64_epi8(fields, payload);
-    __m512i lanes = _mm512_ternarylogic_epi32(spread, Dwords(0x3F3F3F3F), tags, 0xEA);
+    __m512i lanes = _mm512_ternarylogic_epi32(spread, Dwords(constants.sixBits), tags, 0xEA);
     lanes = _mm512_mask_slli_epi32(lanes, ascii, payload, 24);
-    __m512i const last = Whole ? Dwords(0xFF000000) : _mm512_maskz_mov_epi32(valid, Dwords(0xFF000000));
+    __m512i const last = Whole ? Dwords(constants.lastByte) : _mm512_maskz_mov_epi32(valid, Dwords(constants.lastByte));
     __m512i const used = _mm512_or_si512(lanes, last);
     return StoreKept<Whole>(out, lanes, _mm512_test_epi8_mask(used, used));
 }
@@ -173,9 +203,9 @@ inline __m512i PairPayloads(__m512i v, Surrogates const& s, char16_t const* src,
 {
     // The unit before each; nothing stands before the first block, whose lane 0 then is no half that would need it.
     __m512i const before = i > 0 ? _mm512_maskz_loadu_epi16(valid, src + i - 1) : _mm512_maskz_expand_epi16(~1U, v);
-    __m512i const high = _mm512_srli_epi16(_mm512_sub_epi16(v, Words(0xD7C0)), 2);
-    __m512i const lowTop = _mm512_slli_epi16(_mm512_and_si512(before, Words(3)), 10);
-    __m512i const low = _mm512_ternarylogic_epi32(v, Words(0x3FF), lowTop, 0xEA);
+    __m512i const high = _mm512_srli_epi16(_mm512_sub_epi16(v, Dwords(constants.highBase)), 2);
+    __m512i const lowTop = _mm512_slli_epi16(_mm512_and_si512(before, Dwords(constants.highRest)), 10);
+    __m512i const low = _mm512_ternarylogic_epi32(v, Dwords(constants.lowBits), lowTop, 0xEA);
     return _mm512_mask_mov_epi16(_mm512_mask_mov_epi16(v, s.high, high), s.low, low);
 }
 
@@ -188,14 +218,14 @@ template<bool Whole>
 [[gnu::always_inline]] inline char* EncodeUnits(__m512i v, __mmask32 valid, char16_t const* src, std::size_t n,
                                                 std::size_t i, char* out, std::size_t& substitutions) noexcept
 {
-    __mmask32 const ascii = _mm512_testn_epi16_mask(v, Words(0xFF80));
-    __mmask32 large = _mm512_test_epi16_mask(v, Words(0xF800));
+    __mmask32 const ascii = _mm512_testn_epi16_mask(v, Dwords(constants.notAscii));
+    __mmask32 large = _mm512_test_epi16_mask(v, Dwords(constants.notSmall));
     if (large == 0)
-        return EncodeWords<Whole>(v, Words(0x80C0), ascii, valid, out);
+        return EncodeWords<Whole>(v, Dwords(constants.wordTags2), ascii, valid, out);
     __mmask32 const surrogates = SurrogatesIn(v);
     if (surrogates == 0) {
-        __m512i const two = Dwords(0x80C00000);
-        __m512i const three = Dwords(0x8080E000);
+        __m512i const two = Dwords(constants.tags2);
+        __m512i const three = Dwords(constants.tags3);
         __m512i const lowerTags = _mm512_mask_mov_epi32(two, LowerHalf(large), three);
         __m512i const upperTags = _mm512_mask_mov_epi32(two, UpperHalf(large), three);
         out = EncodeDwords<Whole>(WidenLower(v), lowerTags, LowerHalf(ascii), LowerHalf(valid), out);
@@ -205,11 +235,11 @@ template<bool Whole>
     v = Substitute(v, s.lone, substitutions);
     __mmask32 const three = large ^ s.high ^ s.low;
     __m512i const payload = PairPayloads(v, s, src, i, valid);
-    __m512i tags = _mm512_mask_mov_epi16(Words(0x80C0), s.high, Words(0x80F0));
-    tags = _mm512_mask_mov_epi16(tags, s.low | three, Words(0x8080));
+    __m512i tags = _mm512_mask_mov_epi16(Dwords(constants.wordTags2), s.high, Dwords(constants.wordTagsHigh));
+    tags = _mm512_mask_mov_epi16(tags, s.low | three, Dwords(constants.wordTagsTrail));
     if (three == 0)
         return EncodeWords<Whole>(payload, tags, ascii, valid, out);
-    __m512i const lead = Dwords(0xE000);
+    __m512i const lead = Dwords(constants.lead3);
     __m512i lowerTags = _mm512_slli_epi32(WidenLower(tags), 16);
     __m512i upperTags = _mm512_slli_epi32(WidenUpper(tags), 16);
     lowerTags = _mm512_mask_or_epi32(lowerTags, LowerHalf(three), lowerTags, lead);
@@ -223,9 +253,9 @@ template<bool Whole>
 [[gnu::always_inline]] inline char* EncodeValues(__m512i v, __mmask16 valid, char* out) noexcept
 {
     v = _mm512_mask_mov_epi32(v, _mm512_cmpgt_epu32_mask(v, Dwords(0x1FFFFF)), Dwords(replacementCharacter));
-    __m512i tags = Dwords(0x80C00000);
-    tags = _mm512_mask_mov_epi32(tags, _mm512_cmpgt_epu32_mask(v, Dwords(0x7FF)), Dwords(0x8080E000));
-    tags = _mm512_mask_mov_epi32(tags, _mm512_cmpgt_epu32_mask(v, Dwords(0xFFFF)), Dwords(0x808080F0));
+    __m512i tags = Dwords(constants.tags2);
+    tags = _mm512_mask_mov_epi32(tags, _mm512_cmpgt_epu32_mask(v, Dwords(0x7FF)), Dwords(constants.tags3));
+    tags = _mm512_mask_mov_epi32(tags, _mm512_cmpgt_epu32_mask(v, Dwords(0xFFFF)), Dwords(constants.tags4));
     return EncodeDwords<Whole>(v, tags, _mm512_testn_epi32_mask(v, Dwords(0xFFFFFF80)), valid, out);
 }
 
@@ -334,10 +364,45 @@ inline __mmask32 PairsIn(__m512i units, __m512i next) noexcept
     return _mm512_testn_epi16_mask(both, Words(0xFC00));
 }
 
-/// The pairs that begin in the 32 units at src[i]; there must be more behind them.
-inline std::size_t CountPairs(char16_t const* src, std::size_t i) noexcept
+/// The pairs that begin in the 64 units a and b, read from src[i]; there must be more behind them.
+inline std::size_t CountPairs(__m512i a, __m512i b, char16_t const* src, std::size_t i) noexcept
 {
-    return Count(PairsIn(_mm512_loadu_si512(src + i), _mm512_loadu_si512(src + i + 1)));
+    __m512i const base = Words(0xD800);
+    __m512i const least = _mm512_min_epu16(_mm512_sub_epi16(a, base), _mm512_sub_epi16(b, base));
+    if (_mm512_cmplt_epu16_mask(least, Words(0x400)) == 0) // no high surrogates
+        return 0;
+    return Count(PairsIn(a, _mm512_loadu_si512(src + i + 1))) + Count(PairsIn(b, _mm512_loadu_si512(src + i + 33)));
+}
+
+/// The units before the first boundary of 64 bytes. Loads of whole vectors that are not aligned touch two cache lines
+/// each, which halves the speed of the kernels that do little but load.
+inline std::size_t UnitsToAlign(void const* p) noexcept
+{
+    return (64 - (reinterpret_cast<std::uintptr_t>(p) & 63)) / 2 % 32;
+}
+
+/// From how many units on it pays to align.
+constexpr std::size_t longText = 256;
+
+/// The UTF-8 length of the units at src[i] that `valid` selects, and of none behind src[n].
+inline std::size_t LengthOfBlock(char16_t const* src, std::size_t n, std::size_t i, __mmask32 valid) noexcept
+{
+    __m512i const v = _mm512_maskz_loadu_epi16(valid, src + i);
+    __m512i const next = _mm512_maskz_loadu_epi16(FirstOf32(n - i - 1) & valid, src + i + 1);
+    std::size_t const more = Count(_mm512_test_epi16_mask(v, Words(0xFF80))) + //
+                             Count(_mm512_test_epi16_mask(v, Words(0xF800)));
+    return Count(valid) + more - 2 * Count(PairsIn(v, next));
+}
+
+/// Copies the units at src[i] that `valid` selects; those behind them are looked at for the sake of the last one.
+inline void CopyBlock(char16_t const* src, std::size_t n, std::size_t i, __mmask32 valid, char16_t* dst,
+                      std::size_t& substitutions) noexcept
+{
+    __m512i v = _mm512_maskz_loadu_epi16(FirstOf32(n - i), src + i);
+    __mmask32 const surrogates = SurrogatesIn(v);
+    if (surrogates != 0)
+        v = Substitute(v, SortSurrogates(v, surrogates, src, n, i).lone & valid, substitutions);
+    _mm512_mask_storeu_epi16(dst + i, valid, v);
 }
 
 } // namespace
@@ -349,7 +414,7 @@ std::size_t Utf16ToUtf8(char16_t const* src, std::size_t n, char* dst, std::size
     for (; n - i >= 32 + wholeBlock; i += 64) {
         __m512i const a = _mm512_loadu_si512(src + i);
         __m512i const b = _mm512_loadu_si512(src + i + 32);
-        if (_mm512_test_epi16_mask(_mm512_or_si512(a, b), Words(0xFF80)) == 0) {
+        if (_mm512_test_epi16_mask(_mm512_or_si512(a, b), Dwords(constants.notAscii)) == 0) {
             _mm512_storeu_si512(out, NarrowToBytes(a, b));
             out += 64;
         } else {
@@ -361,7 +426,7 @@ std::size_t Utf16ToUtf8(char16_t const* src, std::size_t n, char* dst, std::size
         std::size_t const count = n - i < 32 ? n - i : 32;
         __mmask32 const valid = FirstOf32(count);
         __m512i const v = _mm512_maskz_loadu_epi16(valid, src + i);
-        if (_mm512_test_epi16_mask(v, Words(0xFF80)) == 0) {
+        if (_mm512_test_epi16_mask(v, Dwords(constants.notAscii)) == 0) {
             _mm256_mask_storeu_epi8(out, valid, _mm512_cvtepi16_epi8(v));
             out += count;
         } else {
@@ -375,29 +440,22 @@ std::size_t Utf16ToUtf8(char16_t const* src, std::size_t n, char* dst, std::size
 std::size_t Utf8LengthOfUtf16(char16_t const* src, std::size_t n) noexcept
 {
     // One byte a unit, one more from 0x80 on and one more from 0x800 on, less two for a pair (four bytes, not six).
-    std::size_t length = n;
-    std::size_t i = 0;
-    for (; n - i > 128; i += 128) {
-        __m512i smallest = Words(0xFFFF);
-        for (std::size_t k = i; k < i + 128; k += 64) {
-            __m512i const a = _mm512_loadu_si512(src + k);
-            __m512i const b = _mm512_loadu_si512(src + k + 32);
-            // As bytes that tell the three lengths apart: 0, 1 to 15, and above (by saturation up to 0xFFFF).
-            __m512i const classes = _mm512_packus_epi16(_mm512_srli_epi16(a, 7), _mm512_srli_epi16(b, 7));
-            length += Count(_mm512_test_epi8_mask(classes, classes));
-            length += Count(_mm512_test_epi8_mask(classes, Words(0xF0F0)));
-            smallest = _mm512_min_epu16(
-                smallest, _mm512_min_epu16(_mm512_sub_epi16(a, Words(0xD800)), _mm512_sub_epi16(b, Words(0xD800))));
-        }
-        if (_mm512_cmplt_epu16_mask(smallest, Words(0x400)) != 0)
-            for (std::size_t k = i; k < i + 128; k += 32)
-                length -= 2 * CountPairs(src, k);
+    std::size_t length = 0;
+    std::size_t i = n < longText ? 0 : UnitsToAlign(src);
+    if (i > 0)
+        length += LengthOfBlock(src, n, 0, FirstOf32(i));
+    for (; n - i > 64; i += 64) {
+        __m512i const a = _mm512_loadu_si512(src + i);
+        __m512i const b = _mm512_loadu_si512(src + i + 32);
+        // As bytes that tell the three lengths apart: 0, 1 to 15, and above (by saturation up to 0xFFFF).
+        __m512i const classes = _mm512_packus_epi16(_mm512_srli_epi16(a, 7), _mm512_srli_epi16(b, 7));
+        __mmask64 const large = _mm512_test_epi8_mask(classes, Words(0xF0F0));
+        length += 64 + Count(_mm512_test_epi8_mask(classes, classes)) + Count(large);
+        if (large != 0)
+            length -= 2 * CountPairs(a, b, src, i);
     }
     for (; i < n; i += 32) {
-        __m512i const v = _mm512_maskz_loadu_epi16(FirstOf32(n - i), src + i);
-        __m512i const next = _mm512_maskz_loadu_epi16(FirstOf32(n - i - 1), src + i + 1);
-        length += Count(_mm512_test_epi16_mask(v, Words(0xFF80))) + Count(_mm512_test_epi16_mask(v, Words(0xF800)));
-        length -= 2 * Count(PairsIn(v, next));
+        length += LengthOfBlock(src, n, i, FirstOf32(n - i));
         if (n - i <= 32)
             break;
     }
@@ -441,12 +499,12 @@ std::size_t Utf32ToUtf8Raw(char32_t const* src, std::size_t n, char* dst) noexce
             continue;
         }
         __m512i const words = NarrowToWords(a, b);
-        __mmask32 const ascii = _mm512_testn_epi16_mask(words, Words(0xFF80));
+        __mmask32 const ascii = _mm512_testn_epi16_mask(words, Dwords(constants.notAscii));
         if (ascii == ~0U) {
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), _mm512_cvtepi16_epi8(words));
             out += 32;
         } else {
-            out = EncodeWords<true>(words, Words(0x80C0), ascii, ~0U, out);
+            out = EncodeWords<true>(words, Dwords(constants.wordTags2), ascii, ~0U, out);
         }
     }
     for (; i < n; i += 16) {
@@ -460,7 +518,9 @@ std::size_t Utf32ToUtf8Raw(char32_t const* src, std::size_t n, char* dst) noexce
 
 void CopyWellFormed(char16_t const* src, std::size_t n, char16_t* dst, std::size_t& substitutions) noexcept
 {
-    std::size_t i = 0;
+    std::size_t i = n < longText ? 0 : UnitsToAlign(dst);
+    if (i > 0)
+        CopyBlock(src, n, 0, FirstOf32(i), dst, substitutions);
     for (; n - i >= 64; i += 64) {
         __m512i a = _mm512_loadu_si512(src + i);
         __m512i b = _mm512_loadu_si512(src + i + 32);
@@ -474,12 +534,7 @@ void CopyWellFormed(char16_t const* src, std::size_t n, char16_t* dst, std::size
         _mm512_storeu_si512(dst + i + 32, b);
     }
     for (; i < n; i += 32) {
-        __mmask32 const valid = FirstOf32(n - i);
-        __m512i v = _mm512_maskz_loadu_epi16(valid, src + i);
-        __mmask32 const surrogates = SurrogatesIn(v);
-        if (surrogates != 0)
-            v = Substitute(v, SortSurrogates(v, surrogates, src, n, i).lone, substitutions);
-        _mm512_mask_storeu_epi16(dst + i, valid, v);
+        CopyBlock(src, n, i, FirstOf32(n - i), dst, substitutions);
         if (n - i <= 32)
             break;
     }
@@ -488,9 +543,11 @@ void CopyWellFormed(char16_t const* src, std::size_t n, char16_t* dst, std::size
 std::size_t CountCodePoints(char16_t const* src, std::size_t n) noexcept
 {
     std::size_t pairs = 0;
-    std::size_t i = 0;
+    std::size_t i = n < longText ? 0 : UnitsToAlign(src);
+    if (i > 0)
+        pairs += Count(PairsIn(_mm512_maskz_loadu_epi16(FirstOf32(i), src), _mm512_loadu_si512(src + 1)));
     for (; n - i > 64; i += 64)
-        pairs += CountPairs(src, i) + CountPairs(src, i + 32);
+        pairs += CountPairs(_mm512_loadu_si512(src + i), _mm512_loadu_si512(src + i + 32), src, i);
     for (; i < n; i += 32) {
         __m512i const v = _mm512_maskz_loadu_epi16(FirstOf32(n - i), src + i);
         pairs += Count(PairsIn(v, _mm512_maskz_loadu_epi16(FirstOf32(n - i - 1), src + i + 1)));
@@ -504,7 +561,9 @@ std::size_t CountUnit(char16_t const* src, std::size_t n, char16_t unit) noexcep
 {
     __m512i const units = Words(unit);
     std::size_t found = 0;
-    std::size_t i = 0;
+    std::size_t i = n < longText ? 0 : UnitsToAlign(src);
+    if (i > 0)
+        found += Count(_mm512_mask_cmpeq_epi16_mask(FirstOf32(i), _mm512_loadu_si512(src), units));
     for (; n - i >= 64; i += 64) {
         found += Count(_mm512_cmpeq_epi16_mask(_mm512_loadu_si512(src + i), units));
         found += Count(_mm512_cmpeq_epi16_mask(_mm512_loadu_si512(src + i + 32), units));
