@@ -9,6 +9,7 @@
 // (sources, lengths, strings) is therefore memory whose contents the compiler does not know, and must be read anew
 // after each benchmark::DoNotOptimize or ClobberMemory.
 
+#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -18,10 +19,21 @@
 
 namespace bench {
 
+/// Registers a benchmark under its full name. The environment variable QVXSYS_BENCH_ITERATIONS fixes the number of
+/// iterations, for counting instructions (bench/profile); times are then worth nothing.
+template<class Body>
+void Register(std::string const& name, Body body)
+{
+    auto* const benchmark = benchmark::RegisterBenchmark(name.c_str(), std::move(body));
+    if (char const* const iterations = std::getenv("QVXSYS_BENCH_ITERATIONS")) {
+        benchmark->Iterations(std::atoll(iterations));
+    }
+}
+
 template<class Op>
 void Row(std::string const& row, std::string const& who, Op op)
 {
-    benchmark::RegisterBenchmark((row + "/" + who).c_str(), [op = std::move(op)](benchmark::State& state) mutable {
+    Register(row + "/" + who, [op = std::move(op)](benchmark::State& state) mutable {
         for ([[maybe_unused]] auto _ : state) {
             op();
         }
@@ -39,7 +51,7 @@ void OwnRows(std::string const& row, Op const& op)
             break;
         }
         auto const who = set == best ? std::string("own") : std::string("own, ") + InstructionSetName(set);
-        benchmark::RegisterBenchmark((row + "/" + who).c_str(), [op, set](benchmark::State& state) mutable {
+        Register(row + "/" + who, [op, set](benchmark::State& state) mutable {
             auto const before = quorvex::cpu::LimitInstructionSet(set);
             for ([[maybe_unused]] auto _ : state) {
                 op();

@@ -37,7 +37,12 @@ std::string ReadFile(std::string const& path)
         std::cerr << "cannot read " << path << '\n';
         std::exit(1);
     }
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string text(std::istreambuf_iterator<char>(file), {});
+    // Decoders differ on a byte order mark, which is not part of the text.
+    if (text.starts_with("\xEF\xBB\xBF")) {
+        text.erase(0, 3);
+    }
+    return text;
 }
 
 bool BeginsCodePoint(char byte)

@@ -22,7 +22,7 @@ constexpr Mode kModes[] = {{MemoryTrackingMode::Off, "off"},
 
 void OwnRow(std::string const& row, MemoryTrackingMode mode, std::size_t size)
 {
-    benchmark::RegisterBenchmark((row + "/own").c_str(), [mode, size](benchmark::State& state) {
+    bench::Register(row + "/own", [mode, size](benchmark::State& state) {
         auto const before = quorvex::memory::SetMemoryTrackingMode(mode);
         quorvex::memory::MemoryCounter counter;
         {
@@ -43,7 +43,7 @@ void OwnRow(std::string const& row, MemoryTrackingMode mode, std::size_t size)
 template<class Allocate, class Free>
 void PeerRow(std::string const& row, char const* who, std::size_t size, Allocate allocate, Free release)
 {
-    benchmark::RegisterBenchmark((row + "/" + who).c_str(), [=](benchmark::State& state) {
+    bench::Register(row + "/" + who, [=](benchmark::State& state) {
         std::size_t opaqueSize = size;
         for ([[maybe_unused]] auto _ : state) {
             benchmark::DoNotOptimize(opaqueSize);

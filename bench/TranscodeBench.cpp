@@ -5,6 +5,7 @@
 // the same, otherwise the program ends.
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <memory>
@@ -31,7 +32,14 @@ namespace {
 
 using bench::Text;
 
-constexpr std::size_t kTextBytes = 1 << 20;
+// A megabyte of UTF-8 does not fit into the nearest caches together with what it is converted to, as texts that are
+// worth the hurry do not; QVXSYS_BENCH_BYTES can make it smaller, which shows the instructions without the memory.
+std::size_t TextBytes()
+{
+    char const* const bytes = std::getenv("QVXSYS_BENCH_BYTES");
+    return bytes != nullptr ? static_cast<std::size_t>(std::atoll(bytes)) : std::size_t{1} << 20;
+}
+
 constexpr UChar32 kSubstitute = 0xFFFD;
 
 int Size(auto const& text)
@@ -43,7 +51,7 @@ int Size(auto const& text)
 template<class Unit>
 struct Destination
 {
-    static inline std::vector<Unit> buffer = std::vector<Unit>(4 * kTextBytes + 64);
+    static inline std::vector<Unit> buffer = std::vector<Unit>(4 * TextBytes() + 64);
     static Unit* data() { return buffer.data(); }
     static int capacity() { return Size(buffer); }
 };
@@ -210,6 +218,8 @@ void Utf32Rows(Text const& text)
 {
     auto const from16 = "b7 UTF-16 to UTF-32, " + text.kind;
     auto const to16 = "b7 UTF-32 to UTF-16, " + text.kind;
+    CopyBound(from16, text.utf32);
+    CopyBound(to16, text.utf16);
     CheckedRow(from16, "own", text.utf16, text.utf32, [](char16_t const* s, int n, char32_t* to, int capacity) {
         return StringUtils::Utf16ToUtf32(s, n, to, capacity);
     });
@@ -261,6 +271,8 @@ void Utf32FromBytesRows(Text const& text)
 {
     auto const from8 = "b7 UTF-8 to UTF-32, " + text.kind;
     auto const to8 = "b7 UTF-32 to UTF-8, " + text.kind;
+    CopyBound(from8, text.utf32);
+    CopyBound(to8, text.utf8);
     CheckedRow(from8, "own", text.utf8, text.utf32, [](char const* s, int n, char32_t* to, int capacity) {
         return StringUtils::Utf8ToUtf32(s, n, to, capacity);
     });
@@ -383,7 +395,7 @@ void MeasureRows(Text const& text)
 
 void RegisterRows()
 {
-    static std::vector<Text> const texts = bench::WellFormedTexts(kTextBytes);
+    static std::vector<Text> const texts = bench::WellFormedTexts(TextBytes());
     static std::vector<Text> const damaged = {bench::Damaged(texts[1], 64), bench::Damaged(texts[1], 4096)};
     for (std::size_t i = 0; i < texts.size(); ++i) {
         auto const& text = texts[i];
