@@ -5,6 +5,7 @@ option(QVXSYS_BUILD_TESTS "Build the tests and the examples" ON)
 option(QVXSYS_BUILD_FUZZ "Build the fuzz targets (needs Clang)" OFF)
 option(QVXSYS_BUILD_BENCH "Build the benchmarks (needs the peer libraries)" OFF)
 option(QVXSYS_WERROR "Treat warnings as errors" OFF)
+set(QVXSYS_TEST_PREFIX "" CACHE STRING "Put before the names of the tests, to tell build trees apart in one run")
 set(QVXSYS_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them: address,undefined or thread")
 
 set(CMAKE_CXX_STANDARD 20)

@@ -143,7 +143,8 @@ ThreadMemoryCounters* SwapPopMemoryCounters(ThreadMemoryCounters* record) noexce
     ThreadMemoryCounters* before = nullptr;
     ThreadMemoryCounters* victim = nullptr;
     for (ThreadMemoryCounters* visited = current;
-         visited != nullptr && (record == nullptr || visited->orderingId > record->orderingId); visited = visited->next) {
+         visited != nullptr && (record == nullptr || visited->orderingId > record->orderingId);
+         visited = visited->next) {
         before = victim;
         victim = visited;
     }

@@ -24,9 +24,18 @@ namespace CharacterUtils {
 /// What malformed input becomes.
 inline constexpr char32_t kReplacement = 0xFFFD;
 
-[[nodiscard]] constexpr bool IsSurrogate(char32_t c) noexcept { return (c & 0xFFFFF800u) == 0xD800u; }
-[[nodiscard]] constexpr bool IsHighSurrogate(char32_t c) noexcept { return (c & 0xFFFFFC00u) == 0xD800u; }
-[[nodiscard]] constexpr bool IsLowSurrogate(char32_t c) noexcept { return (c & 0xFFFFFC00u) == 0xDC00u; }
+[[nodiscard]] constexpr bool IsSurrogate(char32_t c) noexcept
+{
+    return (c & 0xFFFFF800u) == 0xD800u;
+}
+[[nodiscard]] constexpr bool IsHighSurrogate(char32_t c) noexcept
+{
+    return (c & 0xFFFFFC00u) == 0xD800u;
+}
+[[nodiscard]] constexpr bool IsLowSurrogate(char32_t c) noexcept
+{
+    return (c & 0xFFFFFC00u) == 0xDC00u;
+}
 
 /// The code point of a surrogate pair.
 [[nodiscard]] constexpr char32_t CombineSurrogates(char16_t high, char16_t low) noexcept
@@ -90,8 +99,8 @@ QVXSYS_API int Utf32ToUtf8(char32_t const* src, char* dst, int& position, int ca
 
 /// Decodes one sequence by its lead byte: a byte up to 0x80 is the code point itself; a byte that is no lead is U+FFFD;
 /// else up to CountContinuationBytes(lead) continuation bytes are folded in, and the first byte that is none stops the
-/// sequence, which is then U+FFFD (that byte is not consumed). Overlong forms, surrogates and forms of 5 and 6 bytes are
-/// decoded; what exceeds U+10FFFF is written as U+FFFD. Returns 1 + the continuation bytes consumed.
+/// sequence, which is then U+FFFD (that byte is not consumed). Overlong forms, surrogates and forms of 5 and 6 bytes
+/// are decoded; what exceeds U+10FFFF is written as U+FFFD. Returns 1 + the continuation bytes consumed.
 QVXSYS_API int Utf8ToUtf16(char const* src, char16_t* dst, int& position, int capacity) noexcept;
 /// As Utf8ToUtf16, but the decoded value is stored as it is, up to 0x7FFFFFFF.
 QVXSYS_API int Utf8ToUtf32(char const* src, char32_t* dst, int& position, int capacity) noexcept;
@@ -101,8 +110,8 @@ QVXSYS_API int Utf8ToUtf32(char const* src, char32_t* dst, int& position, int ca
 QVXSYS_API int DecodeUtf8(char const* src, int length, char32_t& codePoint) noexcept;
 
 /// Copies one whole sequence (returns its length). For a byte that is no lead (0x80 too), or a sequence cut short by a
-/// byte that is no continuation, writes EF BF BD, for which 4 bytes must be free, and returns 1 + the continuation bytes
-/// inspected; the byte that cut it short is not consumed.
+/// byte that is no continuation, writes EF BF BD, for which 4 bytes must be free, and returns 1 + the continuation
+/// bytes inspected; the byte that cut it short is not consumed.
 QVXSYS_API int Utf8ToUtf8(char const* src, char* dst, int& position, int capacity) noexcept;
 /// @}
 
@@ -116,7 +125,10 @@ QVXSYS_API int Utf8ToUtf8(char const* src, char* dst, int& position, int capacit
 }
 
 /// The UTF-16 units of c: 2 from U+10000 on, else 1.
-[[nodiscard]] constexpr int CountCodeUnits(char32_t c) noexcept { return c < 0x10000u ? 1 : 2; }
+[[nodiscard]] constexpr int CountCodeUnits(char32_t c) noexcept
+{
+    return c < 0x10000u ? 1 : 2;
+}
 
 /// The code point at p; *units (when given) is set to the units it spans: 0 and 0 for null or a 0 unit, U+FFFD and 1
 /// for a lone surrogate, the combined value and 2 for a pair.
@@ -144,9 +156,9 @@ QVXSYS_API char16_t const* GetNextCodePointPointer(char16_t const* begin, char16
                                                    int* units = nullptr) noexcept;
 QVXSYS_API char16_t* GetNextCodePointPointer(char16_t* begin, char16_t* p, int length, int* units = nullptr) noexcept;
 
-/// Steps back from p over low surrogates to the unit that starts the code point; *units (when given) is set to the units
-/// stepped over. Returns null when p is null or at `begin`, or when the walk reaches `begin` without a unit that is not a
-/// low surrogate.
+/// Steps back from p over low surrogates to the unit that starts the code point; *units (when given) is set to the
+/// units stepped over. Returns null when p is null or at `begin`, or when the walk reaches `begin` without a unit that
+/// is not a low surrogate.
 QVXSYS_API char16_t const* GetPreviousCodePointPointer(char16_t const* begin, char16_t const* p,
                                                        int* units = nullptr) noexcept;
 QVXSYS_API char16_t* GetPreviousCodePointPointer(char16_t* begin, char16_t* p, int* units = nullptr) noexcept;
@@ -156,8 +168,14 @@ QVXSYS_API char16_t const* GetLastCodePointPointer(char16_t const* begin, int le
 QVXSYS_API char16_t* GetLastCodePointPointer(char16_t* begin, int length, int* units = nullptr) noexcept;
 
 /// False exactly for a low surrogate.
-[[nodiscard]] constexpr bool IsFirstUtf16CodeUnit(char16_t c) noexcept { return !IsLowSurrogate(c); }
-[[nodiscard]] constexpr bool IsFirstCodeUnit(char16_t c) noexcept { return IsFirstUtf16CodeUnit(c); }
+[[nodiscard]] constexpr bool IsFirstUtf16CodeUnit(char16_t c) noexcept
+{
+    return !IsLowSurrogate(c);
+}
+[[nodiscard]] constexpr bool IsFirstCodeUnit(char16_t c) noexcept
+{
+    return IsFirstUtf16CodeUnit(c);
+}
 
 /// False exactly for a continuation byte (top bits 10).
 [[nodiscard]] constexpr bool IsFirstUtf8CodeUnit(char c) noexcept

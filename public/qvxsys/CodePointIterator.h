@@ -1,6 +1,6 @@
 #pragma once
-// Iterators over the code points of a TStringCore or a TStringView. They remember the code-unit index and the ordinal of
-// the code point they stand at.
+// Iterators over the code points of a TStringCore or a TStringView. They remember the code-unit index and the ordinal
+// of the code point they stand at.
 //
 //     TStringCore text = u"a\U0001F600b";
 //     for (char32_t const c : text.constCodePointView()) { ... }          // U+0061, U+1F600, U+0062
@@ -8,9 +8,10 @@
 //         if (c == 0x1F600) { c = U'!'; }                                  // the text becomes shorter
 //     }
 //
-// An iterator refers to the container object and must not outlive it. Stepping follows CharacterUtils: it moves over two
-// units for any surrogate (a lone one too, as far as the text goes) and one for anything else, 0 units included; what it
-// reads is the code point there, U+FFFD for a lone surrogate. Iterators are plain values, as thread-safe as the text.
+// An iterator refers to the container object and must not outlive it. Stepping follows CharacterUtils: it moves over
+// two units for any surrogate (a lone one too, as far as the text goes) and one for anything else, 0 units included;
+// what it reads is the code point there, U+FFFD for a lone surrogate. Iterators are plain values, as thread-safe as the
+// text.
 //
 // Errors are std::runtime_error with these texts:
 //   "CodePointIterator<>::operator++: attempted to increment the iterator past the end of the string."
@@ -109,19 +110,18 @@ public:
     constexpr TConstCodePointIterator() noexcept = default;
     constexpr TConstCodePointIterator(TConstCodePointIterator const&) noexcept = default;
 
-    /// From both indexes, unchecked: the code-unit index must be -1 or begin a code point; the ordinal -1 is "not known".
+    /// From both indexes, unchecked: the code-unit index must be -1 or begin a code point; the ordinal -1 is "not
+    /// known".
     constexpr TConstCodePointIterator(int codePointIndex, int codeUnitIndex, Container const& container) noexcept
         : m_codePointIndex(codePointIndex), m_codeUnitIndex(codeUnitIndex), m_container(&container)
-    {
-    }
+    {}
 
     /// The iterator at a code-unit index; the length or -1 gives the end, another negative index counts from the end.
     /// Counts the ordinal from the start: linear.
     [[nodiscard]] static TConstCodePointIterator createFromIndex(Container const& container, int codeUnitIndex)
     {
         int const index = qvxsys::detail::CheckedCodeUnitIndex(container.data(), container.length(), codeUnitIndex);
-        int const ordinal =
-            index < 0 ? -1 : qvxsys::detail::OrdinalOf(container.data(), container.length(), index);
+        int const ordinal = index < 0 ? -1 : qvxsys::detail::OrdinalOf(container.data(), container.length(), index);
         return {ordinal, index, container};
     }
 
@@ -226,7 +226,10 @@ public:
     }
 
     /// The start of the text walked; null for a default-constructed iterator.
-    [[nodiscard]] char16_t const* text() const noexcept { return m_container != nullptr ? m_container->data() : nullptr; }
+    [[nodiscard]] char16_t const* text() const noexcept
+    {
+        return m_container != nullptr ? m_container->data() : nullptr;
+    }
 
 private:
     [[nodiscard]] bool IsInside() const noexcept

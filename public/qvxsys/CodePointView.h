@@ -50,8 +50,7 @@ template<>
 class TCodePointIterator<TStringCore>
 {
 public:
-    using iterator_category = std::input_iterator_tag; // what it refers to is no true reference
-    using iterator_concept = std::bidirectional_iterator_tag;
+    using iterator_category = std::bidirectional_iterator_tag; // by movement; what it refers to is a proxy
     using value_type = char32_t;
     using difference_type = std::ptrdiff_t;
     using pointer = void;

@@ -2,30 +2,30 @@
 // What the other headers need to know of compiler and platform. The only public header with conditionals on them.
 
 #if defined(_WIN32)
-#    if defined(QVXSYS_BUILDING)
-#        define QVXSYS_API __declspec(dllexport)
-#    else
-#        define QVXSYS_API __declspec(dllimport)
-#    endif
-#    define QVXSYS_TYPE_API
+#if defined(QVXSYS_BUILDING)
+#define QVXSYS_API __declspec(dllexport)
 #else
-#    define QVXSYS_API __attribute__((visibility("default")))
+#define QVXSYS_API __declspec(dllimport)
+#endif
+#define QVXSYS_TYPE_API
+#else
+#define QVXSYS_API __attribute__((visibility("default")))
 /// On types without out-of-line members of their own whose identity must be one across library borders.
-#    define QVXSYS_TYPE_API __attribute__((visibility("default")))
+#define QVXSYS_TYPE_API __attribute__((visibility("default")))
 #endif
 
 /// Thread-local data at a fixed offset from the thread pointer, where the platform has it.
 #if defined(_WIN32)
-#    define QVXSYS_TLS_INITIAL_EXEC
+#define QVXSYS_TLS_INITIAL_EXEC
 #else
-#    define QVXSYS_TLS_INITIAL_EXEC [[gnu::tls_model("initial-exec")]]
+#define QVXSYS_TLS_INITIAL_EXEC [[gnu::tls_model("initial-exec")]]
 #endif
 
 /// The result may point into the argument (or the object): the compiler can warn where a temporary is passed.
 #if defined(__clang__)
-#    define QVXSYS_LIFETIME_BOUND [[clang::lifetimebound]]
+#define QVXSYS_LIFETIME_BOUND [[clang::lifetimebound]]
 #else
-#    define QVXSYS_LIFETIME_BOUND
+#define QVXSYS_LIFETIME_BOUND
 #endif
 
 namespace qvxsys {

@@ -64,9 +64,15 @@ enum class ICUErrorCode : int {
 };
 
 /// code <= 0: warnings count as success.
-[[nodiscard]] constexpr bool ICU_SUCCESS(ICUErrorCode code) noexcept { return static_cast<int>(code) <= 0; }
+[[nodiscard]] constexpr bool ICU_SUCCESS(ICUErrorCode code) noexcept
+{
+    return static_cast<int>(code) <= 0;
+}
 /// code > 0.
-[[nodiscard]] constexpr bool ICU_FAILURE(ICUErrorCode code) noexcept { return static_cast<int>(code) > 0; }
+[[nodiscard]] constexpr bool ICU_FAILURE(ICUErrorCode code) noexcept
+{
+    return static_cast<int>(code) > 0;
+}
 
 /// Binary properties, by ICU's UProperty values (those the library asks for; others can be cast).
 enum class ICUProperty : int {
@@ -116,7 +122,14 @@ enum class ICUCharCategory : std::int8_t {
 };
 
 /// Why a converter calls back, by ICU's UConverterCallbackReason values.
-enum class ICUConverterCallbackReason : int { Unassigned = 0, Illegal = 1, Irregular = 2, Reset = 3, Close = 4, Clone = 5 };
+enum class ICUConverterCallbackReason : int {
+    Unassigned = 0,
+    Illegal = 1,
+    Irregular = 2,
+    Reset = 3,
+    Close = 4,
+    Clone = 5
+};
 
 // Opaque handles.
 struct ICUBreakIterator;
@@ -226,8 +239,8 @@ QVXSYS_API void t_ucnv_setFromUCallBack(ICUConverter* converter, ICUFromUnicodeC
 QVXSYS_API void t_UCNV_TO_U_CALLBACK_SUBSTITUTE(void const* context, ICUToUnicodeArgs* args, char const* bytes,
                                                 std::int32_t length, ICUConverterCallbackReason reason,
                                                 ICUErrorCode* status) noexcept;
-QVXSYS_API void t_UCNV_FROM_U_CALLBACK_SUBSTITUTE(void const* context, ICUFromUnicodeArgs* args,
-                                                  char16_t const* units, std::int32_t length, char32_t codePoint,
+QVXSYS_API void t_UCNV_FROM_U_CALLBACK_SUBSTITUTE(void const* context, ICUFromUnicodeArgs* args, char16_t const* units,
+                                                  std::int32_t length, char32_t codePoint,
                                                   ICUConverterCallbackReason reason, ICUErrorCode* status) noexcept;
 /// @}
 

@@ -10,13 +10,14 @@
 // empty). Malformed input is never an error: it becomes U+FFFD (UTF-8: one for each maximal subpart, as the Unicode
 // Standard recommends and ICU does). Sources and destinations must not overlap. Everything is safe from any thread.
 //
-// Errors are TStringCore::Exception; N are decimal numbers, ROUTINE is the function's name as "StringUtils::Utf8ToUtf16":
+// Errors are TStringCore::Exception; N are decimal numbers, ROUTINE is the function's name as
+// "StringUtils::Utf8ToUtf16":
 //   "Nonsense string length: N encountered in ROUTINE"                                 a negative length
 //   "ICU error N encountered while ROUTINE was trying to use FUNCTION"                 see each function
 //   "Error insufficient destinationCapacity (N) was passed into ROUTINE."              Utf32ToUtf8
-// Behind the ICU errors stand the statuses that ICU's function of that name gives: 15 when the destination is too small,
-// -124 when the result fills it exactly (there must be room for a terminator), 1 for a null source or negative capacity.
-// A destination that proved too small may have been written to.
+// Behind the ICU errors stand the statuses that ICU's function of that name gives: 15 when the destination is too
+// small, -124 when the result fills it exactly (there must be room for a terminator), 1 for a null source or negative
+// capacity. A destination that proved too small may have been written to.
 
 #include <cstddef>
 #include <string>
@@ -45,16 +46,16 @@ QVXSYS_API int Utf16ToUtf32(char16_t const* src, char32_t* dst, int capacity);
 /// Surrogate values and values above U+10FFFF become U+FFFD.
 QVXSYS_API int Utf32ToUtf16(char32_t const* src, int n, char16_t* dst, int capacity);
 QVXSYS_API int Utf32ToUtf16(char32_t const* src, char16_t* dst, int capacity);
-/// Encodes as CharacterUtils::Utf32ToUtf8 does: surrogate values as 3 bytes, values up to 0x1FFFFF as 4. With a null dst
-/// the length is measured through UTF-16, where surrogate values and values above U+10FFFF count 3.
-/// A destination without room for result and terminator is the capacity error.
+/// Encodes as CharacterUtils::Utf32ToUtf8 does: surrogate values as 3 bytes, values up to 0x1FFFFF as 4. With a null
+/// dst the length is measured through UTF-16, where surrogate values and values above U+10FFFF count 3. A destination
+/// without room for result and terminator is the capacity error.
 QVXSYS_API int Utf32ToUtf8(char32_t const* src, int n, char* dst, int capacity);
 QVXSYS_API int Utf32ToUtf8(char32_t const* src, char* dst, int capacity);
 /// Decodes as CharacterUtils::Utf8ToUtf32 does (overlong forms, surrogates and forms of 5 and 6 bytes are decoded); the
 /// result is not terminated. With a null dst the length is measured through UTF-16 with ICU's substitution.
 /// Errors: "Error unable to process the entire source string in function StringUtils::Utf8ToUtf32" when dst is full,
-/// "Error in function StringUtils::Utf8ToUtf32 converting non-ASCII characters to UTF-32; no code units were processed by
-/// function CharacterUtils::Utf8ToUtf32" at a byte 0.
+/// "Error in function StringUtils::Utf8ToUtf32 converting non-ASCII characters to UTF-32; no code units were processed
+/// by function CharacterUtils::Utf8ToUtf32" at a byte 0.
 QVXSYS_API int Utf8ToUtf32(char const* src, int n, char32_t* dst, int capacity);
 QVXSYS_API int Utf8ToUtf32(char const* src, char32_t* dst, int capacity);
 /// @}
@@ -79,20 +80,20 @@ QVXSYS_API int Utf8ToUtf32(char const* src, char32_t* dst, int capacity);
 /// @name Counting and copying UTF-16
 /// @{
 /// Copies n units with lone surrogates replaced by U+FFFD and returns the units written; no terminator is written.
-/// Throws "Error encountered while StringUtils::StringValidateCopy was trying to use CharacterUtils::CopyTCharacter" when
-/// the destination is null or full, and at a 0 unit.
+/// Throws "Error encountered while StringUtils::StringValidateCopy was trying to use CharacterUtils::CopyTCharacter"
+/// when the destination is null or full, and at a 0 unit.
 QVXSYS_API int StringValidateCopy(char16_t const* src, int n, char16_t* dst, int capacity);
 
 /// The code points from index start up to end: a pair counts once, anything else once a unit, 0 units too. A negative
 /// end means up to the first 0 unit at or after start; 0, and an end at or before start, give 0. 0 for null.
 [[nodiscard]] QVXSYS_API int LengthInCodePoints(char16_t const* s, int start, int end) noexcept;
 
-/// The units that StringValidateCopy would produce for the same range as LengthInCodePoints: replacing keeps lengths, so
-/// it is the length of the range.
+/// The units that StringValidateCopy would produce for the same range as LengthInCodePoints: replacing keeps lengths,
+/// so it is the length of the range.
 [[nodiscard]] QVXSYS_API int CountValidatedCodeUnits(char16_t const* s, int start, int end) noexcept;
 
-/// The units spanned by `count` code points from index start, stopping at index length and at a 0 unit; a negative count
-/// gives the distance from start to the 0 unit. 0 for null and for a start outside [0, length).
+/// The units spanned by `count` code points from index start, stopping at index length and at a 0 unit; a negative
+/// count gives the distance from start to the 0 unit. 0 for null and for a start outside [0, length).
 [[nodiscard]] QVXSYS_API int SubStringSizeInCodeUnits(char16_t const* s, int length, int start, int count) noexcept;
 /// @}
 

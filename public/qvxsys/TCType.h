@@ -19,8 +19,8 @@ namespace TCType {
 
 /// The types a single character comes in.
 template<class C>
-concept Character = std::same_as<C, char> || std::same_as<C, wchar_t> || std::same_as<C, char16_t> ||
-                    std::same_as<C, char32_t>;
+concept Character =
+    std::same_as<C, char> || std::same_as<C, wchar_t> || std::same_as<C, char16_t> || std::same_as<C, char32_t>;
 
 namespace detail {
 
@@ -144,7 +144,10 @@ template<Character C>
     return detail::Is(detail::CodePointOf(c), detail::kSpace);
 }
 /// isSpace of a whole code point.
-[[nodiscard]] inline bool isSpace32(char32_t c) noexcept { return isSpace(c); }
+[[nodiscard]] inline bool isSpace32(char32_t c) noexcept
+{
+    return isSpace(c);
+}
 /// Property Uppercase.
 template<Character C>
 [[nodiscard]] bool isUpper(C c) noexcept
@@ -159,9 +162,15 @@ template<Character C>
 }
 
 /// The unit's simple lower-case mapping (u_tolower), cut back to 16 bits.
-[[nodiscard]] inline char16_t ToLower(char16_t c) noexcept { return detail::Mapped(detail::g_lower, detail::FillLower, c); }
+[[nodiscard]] inline char16_t ToLower(char16_t c) noexcept
+{
+    return detail::Mapped(detail::g_lower, detail::FillLower, c);
+}
 /// The unit's simple upper-case mapping (u_toupper), cut back to 16 bits.
-[[nodiscard]] inline char16_t ToUpper(char16_t c) noexcept { return detail::Mapped(detail::g_upper, detail::FillUpper, c); }
+[[nodiscard]] inline char16_t ToUpper(char16_t c) noexcept
+{
+    return detail::Mapped(detail::g_upper, detail::FillUpper, c);
+}
 
 /// The same for whole code points.
 [[nodiscard]] QVXSYS_API char32_t ToLower32(char32_t c) noexcept;

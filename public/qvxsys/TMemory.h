@@ -26,8 +26,8 @@ extern "C" {
 /// Thread-safe. With accounting off it costs one global read more than the runtime's function.
 [[nodiscard]] QVXSYS_API void* TMalloc(std::size_t size) noexcept;
 
-/// Allocates `count * size` bytes exactly as TMalloc does. Unlike std::calloc it neither checks the product for overflow
-/// nor clears the memory. Thread-safe.
+/// Allocates `count * size` bytes exactly as TMalloc does. Unlike std::calloc it neither checks the product for
+/// overflow nor clears the memory. Thread-safe.
 [[nodiscard]] QVXSYS_API void* TCalloc(std::size_t count, std::size_t size) noexcept;
 
 /// Resizes a block as std::realloc does: a null `ptr` allocates, a null result leaves the old block as it was.
@@ -58,9 +58,10 @@ QVXSYS_API MemoryTrackingMode SetMemoryTrackingMode(MemoryTrackingMode mode) noe
 /// The usable size of a heap block as the runtime tells it; it can be larger than what was asked for. 0 for null.
 [[nodiscard]] QVXSYS_API std::size_t GetPointerSize(void* ptr) noexcept;
 
-/// Fault injection for tests: on the calling thread the `nth` call of TRealloc from now on (1 = the next) fails, that is
-/// returns null and leaves the block alone; later calls work again. 0 cancels. Returns the calls that were still to go
-/// of an earlier request. Needs no accounting mode and costs other threads nothing but a test behind the mode's read.
+/// Fault injection for tests: on the calling thread the `nth` call of TRealloc from now on (1 = the next) fails, that
+/// is returns null and leaves the block alone; later calls work again. 0 cancels. Returns the calls that were still to
+/// go of an earlier request. Needs no accounting mode and costs other threads nothing but a test behind the mode's
+/// read.
 QVXSYS_API unsigned FailNthReallocation(unsigned nth) noexcept;
 
 /// What one scope of one thread has allocated and released. The client owns the record (typically on its stack or in a
@@ -119,8 +120,8 @@ public:
     MemoryCounter& operator=(MemoryCounter const&) noexcept = default;
     ~MemoryCounter() override;
 
-    /// With mode Off nothing is folded, with Allocations the allocated bytes and calls, with Full also the released ones
-    /// and the peak: the larger of the peak so far and `counters.peakUsed + extraPeak`.
+    /// With mode Off nothing is folded, with Allocations the allocated bytes and calls, with Full also the released
+    /// ones and the peak: the larger of the peak so far and `counters.peakUsed + extraPeak`.
     void Accumulate(ThreadMemoryCounters const& counters, unsigned long long extraPeak) override;
 
     [[nodiscard]] std::uint64_t Allocated() const noexcept { return m_allocated; }

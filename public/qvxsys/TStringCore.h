@@ -17,9 +17,9 @@
 // (surrogate values kept, values above U+10FFFF become U+FFFD). A single `char` is Latin-1. A character is any of char,
 // char16_t, wchar_t and char32_t. Arguments may point into the string itself.
 //
-// Copying. Copies of more than 14 units share a block until one of them is written to. Every non-const member that hands
-// out or changes units detaches first, that is copies a shared block: use cbegin(), constData() or a const reference to
-// read without that. Pointers, references, iterators and views are valid until the string is next changed.
+// Copying. Copies of more than 14 units share a block until one of them is written to. Every non-const member that
+// hands out or changes units detaches first, that is copies a shared block: use cbegin(), constData() or a const
+// reference to read without that. Pointers, references, iterators and views are valid until the string is next changed.
 //
 // Errors are TStringCore::Exception; a failed call leaves the string as it was. Besides the texts given at members:
 //   "Allocation size less than zero; probable overflow"  a length that an int cannot hold
@@ -45,14 +45,14 @@
 struct TStringBlock
 {
     std::int32_t references; ///< the strings that share the block; changed atomically only
-    std::int32_t capacity;   ///< units in `text`, the terminator's included
+    std::int32_t capacity;   ///< units in the text area, the terminator's included
     std::int32_t length;     ///< units of text
-    char16_t text[2];        ///< in truth `capacity` units
 
-    static constexpr std::size_t kHeaderSize = 12;
+    /// The text area: `capacity` units right behind the header.
+    [[nodiscard]] char16_t* Text() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
 };
 static_assert(offsetof(TStringBlock, references) == 0 && offsetof(TStringBlock, capacity) == 4 &&
-              offsetof(TStringBlock, length) == 8 && offsetof(TStringBlock, text) == TStringBlock::kHeaderSize);
+              offsetof(TStringBlock, length) == 8 && sizeof(TStringBlock) == 12);
 
 template<class Container>
 class TCodePointIterator;
@@ -66,11 +66,23 @@ concept OtherIndex = std::integral<I> && !std::same_as<I, int> && !std::same_as<
                      !std::same_as<I, bool> && !TCType::Character<I>;
 
 template<class T>
-concept StringPointer = std::is_pointer_v<T> && (std::same_as<std::remove_cvref_t<std::remove_pointer_t<T>>, char16_t> ||
-                                                 std::same_as<std::remove_cvref_t<std::remove_pointer_t<T>>, wchar_t>);
+using Pointee = std::remove_const_t<std::remove_pointer_t<std::decay_t<T>>>;
+
+/// Text as a pointer: UTF-16 or wide, and with UTF-8 as well.
+template<class T>
+concept StringPointer = std::is_pointer_v<std::decay_t<T>> &&
+    (std::same_as<Pointee<T>, char16_t> || std::same_as<Pointee<T>, wchar_t>);
+template<class T>
+concept TextPointer = StringPointer<T> ||(std::is_pointer_v<std::decay_t<T>>&& std::same_as<Pointee<T>, char>);
+
+template<class T>
+concept TextOrCharacter = TCType::Character<T> || TextPointer<T> || std::convertible_to<T const&, TStringView>;
 
 template<class S, class T>
-concept Appendable = requires(S& s, T const& t) { s.append(t); };
+concept Appendable = requires(S& s, T const& t)
+{
+    s.append(t);
+};
 
 } // namespace qvxsys::detail
 
@@ -185,8 +197,9 @@ public:
     /// replaced as ICU's converter does. Empty when ICU has no default converter.
     [[nodiscard]] std::string toLocal8Bit(bool* lossy = nullptr) const;
     /// Writes what toStdWString returns and a terminator to dst and returns the number of wchar_t written before the
-    /// terminator. Throws "Error insufficient destinationCapacity (N) was passed into TStringCore::toWCharArray." unless
-    /// all of it fits into `capacity`; dst is then unchanged. A null dst gets nothing: returns the number needed.
+    /// terminator. Throws "Error insufficient destinationCapacity (N) was passed into TStringCore::toWCharArray."
+    /// unless all of it fits into `capacity`; dst is then unchanged. A null dst gets nothing: returns the number
+    /// needed.
     int toWCharArray(wchar_t* dst, int capacity) const;
     /// The same with its terminator, as a buffer that can be written to.
     [[nodiscard]] std::vector<wchar_t> toWCharVector() const;
@@ -201,8 +214,7 @@ public:
     operator char16_t const*() const noexcept QVXSYS_LIFETIME_BOUND { return constData(); }
     /// The same units as wide text, where wchar_t is a UTF-16 unit.
     template<std::same_as<wchar_t> W>
-        requires qvxsys::kWideIsUtf16
-    operator W const*() const noexcept QVXSYS_LIFETIME_BOUND
+    requires qvxsys::kWideIsUtf16 operator W const*() const noexcept QVXSYS_LIFETIME_BOUND
     {
         return reinterpret_cast<W const*>(constData());
     }
@@ -242,8 +254,8 @@ public:
     TStringCore& assign(TStringCore const& other) { return *this = other; }
     TStringCore& assign(TStringView v) { return assign(v.data(), v.length()); }
     TStringCore& assign(char const* utf8, int n = -1);
-    /// A source at the string's own start truncates to 0 <= n < length and otherwise changes nothing; one inside the text
-    /// keeps those n units (up to the end for a larger n, up to a 0 unit for a negative one).
+    /// A source at the string's own start truncates to 0 <= n < length and otherwise changes nothing; one inside the
+    /// text keeps those n units (up to the end for a larger n, up to a 0 unit for a negative one).
     TStringCore& assign(char16_t const* s, int n = -1);
     TStringCore& assign(wchar_t const* s, int n = -1);
     /// n copies of a character; none for a negative n.
@@ -263,12 +275,9 @@ public:
     /// Appending nothing detaches nothing. Amortised O(1) a unit.
     /// @{
     TStringCore& append(TStringCore const& other);
-    TStringCore& append(TStringView v)
-    {
-        return v.empty() ? *this : append(v.data(), v.length());
-    }
-    /// UTF-8, n bytes: malformed parts become U+FFFD, one for each maximal subpart. Throws "Appended string is too long"
-    /// for a terminated text above 0x7FFFFFFF bytes. The room of n units is reserved.
+    TStringCore& append(TStringView v) { return v.empty() ? *this : append(v.data(), v.length()); }
+    /// UTF-8, n bytes: malformed parts become U+FFFD, one for each maximal subpart. Throws "Appended string is too
+    /// long" for a terminated text above 0x7FFFFFFF bytes. The room of n units is reserved.
     TStringCore& append(char const* utf8, int n = -1);
     /// n units. From inside the string's own text: up to its end for a negative n or one past the end.
     TStringCore& append(char16_t const* s, int n = -1);
@@ -288,11 +297,10 @@ public:
     /// One code point; a value above U+10FFFF becomes U+FFFD.
     TStringCore& append32(char32_t c) { return append(c); }
 
-    void push_back(TStringCore const& s) { append(s); }
-    template<TCType::Character C>
-    void push_back(C c)
+    template<qvxsys::detail::TextOrCharacter T>
+    void push_back(T const& t)
     {
-        append(c);
+        append(t);
     }
     void push_back32(char32_t c) { append(c); }
 
@@ -312,9 +320,15 @@ public:
     /// Before the unit at `pos`; a position below 0 means 0, one past the end means the end.
     /// @{
     TStringCore& insert(int pos, TStringView v);
-    TStringCore& insert(int pos, char const* utf8, int n = -1) { return insert(pos, TStringCore(utf8, n).view()); }
-    TStringCore& insert(int pos, char16_t const* s, int n = -1);
-    TStringCore& insert(int pos, wchar_t const* s, int n = -1) { return insert(pos, TStringCore(s, n).view()); }
+    template<qvxsys::detail::TextPointer P>
+    TStringCore& insert(int pos, P s, int n = -1)
+    {
+        if constexpr (std::convertible_to<P, char16_t const*>) {
+            return InsertUnits(pos, s, n);
+        } else {
+            return insert(pos, TStringCore(s, n).view());
+        }
+    }
     template<TCType::Character C>
     TStringCore& insert(int pos, C c)
     {
@@ -323,20 +337,21 @@ public:
     }
 
     TStringCore& prepend(TStringView v) { return insert(0, v); }
-    TStringCore& prepend(char const* utf8, int n = -1) { return insert(0, utf8, n); }
-    TStringCore& prepend(char16_t const* s, int n = -1) { return insert(0, s, n); }
-    TStringCore& prepend(wchar_t const* s, int n = -1) { return insert(0, s, n); }
+    template<qvxsys::detail::TextPointer P>
+    TStringCore& prepend(P s, int n = -1)
+    {
+        return insert(0, s, n);
+    }
     template<TCType::Character C>
     TStringCore& prepend(C c)
     {
         return insert(0, c);
     }
     TStringCore& prepend32(char32_t c) { return insert(0, c); }
-    void push_front(TStringView v) { insert(0, v); }
-    template<TCType::Character C>
-    void push_front(C c)
+    template<qvxsys::detail::TextOrCharacter T>
+    void push_front(T const& t)
     {
-        insert(0, c);
+        prepend(t);
     }
     void push_front32(char32_t c) { insert(0, c); }
     /// @}
@@ -362,10 +377,11 @@ public:
 
     /// The units that fit without a new allocation, the terminator's included: 15 in the object, else the block's.
     [[nodiscard]] int capacity() const noexcept { return IsBlock() ? Block()->capacity : kInlineCapacity; }
-    /// Room for n units; never shrinks. A shared block is detached. Throws "Negative allocation size; probable overflow"
-    /// for a negative n.
+    /// Room for n units; never shrinks. A shared block is detached. Throws "Negative allocation size; probable
+    /// overflow" for a negative n.
     void reserve(int n);
-    /// Sets the length; units behind the old length are left as they are in memory: write them. A negative n counts as 0.
+    /// Sets the length; units behind the old length are left as they are in memory: write them. A negative n counts as
+    /// 0.
     void resize(int n) { SetLength(n); }
     /// Gives back unused room. Up to 14 units return into the object unless the block is shared; a shared block is
     /// detached at the size needed.
@@ -453,7 +469,7 @@ public:
     [[nodiscard]] char16_t const* data() const noexcept QVXSYS_LIFETIME_BOUND { return constData(); }
     [[nodiscard]] char16_t const* constData() const noexcept QVXSYS_LIFETIME_BOUND
     {
-        return IsBlock() ? Block()->text : m_units;
+        return IsBlock() ? Block()->Text() : m_units;
     }
     /// Detaches. The terminator may be read, not changed.
     [[nodiscard]] char16_t* data() QVXSYS_LIFETIME_BOUND
@@ -464,7 +480,7 @@ public:
         if (IsShared(Block())) {
             Detach(Block()->capacity);
         }
-        return Block()->text;
+        return Block()->Text();
     }
 
     [[nodiscard]] iterator begin() QVXSYS_LIFETIME_BOUND { return data(); }
@@ -495,8 +511,8 @@ public:
     /// The code-unit index at which an insertion before `position` takes place: the length for the end. Throws as
     /// iteratorFrom does.
     [[nodiscard]] int getInsertCodeUnitIndex(code_point_iterator const& position) const;
-    /// The units spanned by n code points from `start` on, as far as the text goes; a negative n means up to the first 0
-    /// unit. 0 for a start outside the text.
+    /// The units spanned by n code points from `start` on, as far as the text goes; a negative n means up to the first
+    /// 0 unit. 0 for a start outside the text.
     [[nodiscard]] int subStringSizeInCodeUnits(int start, int n) const noexcept;
     /// @}
 
@@ -519,8 +535,8 @@ public:
                                       CaseSensitivity cs = CaseSensitive) noexcept;
     /// @}
 
-    /// Equal lengths and equal units up to the first 0 unit, so strings of one length that agree up to an embedded 0 are
-    /// equal.
+    /// Equal lengths and equal units up to the first 0 unit, so strings of one length that agree up to an embedded 0
+    /// are equal.
     friend bool operator==(TStringCore const& a, TStringCore const& b) noexcept
     {
         int const length = a.length();
@@ -593,7 +609,7 @@ public:
         return TStringCore(c, 1).append(b);
     }
     template<std::same_as<TStringCore> S, class T>
-        requires qvxsys::detail::Appendable<S, T>
+    requires qvxsys::detail::Appendable<S, T>
     friend TStringCore operator+(S&& a, T const& b)
     {
         a.append(b);
@@ -601,8 +617,7 @@ public:
     }
     /// Adding a number would step along the text: append32() or a number's text is what is meant.
     template<std::integral I>
-        requires(!TCType::Character<I>)
-    friend TStringCore operator+(TStringCore const& a, I n) = delete;
+    requires(!TCType::Character<I>) friend TStringCore operator+(TStringCore const& a, I n) = delete;
     /// @}
 
 private:
@@ -689,8 +704,8 @@ private:
             int const n = block->length;
             if (n + 1 < block->capacity && !IsShared(block)) [[likely]] {
                 block->length = n + 1;
-                block->text[n] = c;
-                block->text[n + 1] = 0;
+                block->Text()[n] = c;
+                block->Text()[n + 1] = 0;
                 return;
             }
         }
@@ -727,6 +742,7 @@ private:
     void ConvertUtf8(int at, char const* s, int n);
     template<class CodePoint>
     void ConvertUtf32(int at, CodePoint const* s, int n);
+    TStringCore& InsertUnits(int pos, char16_t const* s, int n);
     void ReplaceUnits(int pos, int count, char16_t const* units, int n);
 
     /// True when p points into the text or at its terminator.

@@ -7,12 +7,12 @@
 //     for (char32_t const c : value.codePoints()) { ... }
 //
 // A view is valid only while the text it points to is unchanged; it is not terminated. Do not keep one in an object
-// that outlives the text: keep a TStringCore (which shares its block) instead. Views are plain values, as thread-safe as
-// the text they point to. Lengths and indexes are code units; slicing never throws.
+// that outlives the text: keep a TStringCore (which shares its block) instead. Views are plain values, as thread-safe
+// as the text they point to. Lengths and indexes are code units; slicing never throws.
 //
 // Two views are equal when all their units are, embedded 0 units included. Their ordering operators look at the length
-// first and each decide on their own ("ab" < "b" and "ab" > "b" both hold), so they are no strict order: do not use them
-// for sorting or as map keys.
+// first and each decide on their own ("ab" < "b" and "ab" > "b" both hold), so they are no strict order: do not use
+// them for sorting or as map keys.
 
 #include <concepts>
 #include <cstddef>
@@ -31,7 +31,8 @@ class TConstCodePointIterator;
 template<class Container>
 class TCodePointRange;
 
-/// How views compare text: Sensitive compares units exactly, any other value folds case unit by unit (TCType::FoldCase).
+/// How views compare text: Sensitive compares units exactly, any other value folds case unit by unit
+/// (TCType::FoldCase).
 enum class CaseCompare : int { Insensitive = 0, Sensitive = 1 };
 
 /// What splitting does with empty parts.
@@ -81,8 +82,7 @@ concept ViewOperand = std::same_as<T, TStringView> || std::convertible_to<T cons
 
 /// A view compared with a view or with anything that becomes one.
 template<class A, class B>
-concept ViewPair =
-    (std::same_as<A, TStringView> && ViewOperand<B>) || (std::same_as<B, TStringView> && ViewOperand<A>);
+concept ViewPair = (std::same_as<A, TStringView> && ViewOperand<B>) || (std::same_as<B, TStringView> && ViewOperand<A>);
 
 [[nodiscard]] QVXSYS_API bool ViewsEqual(TStringView a, TStringView b) noexcept;
 /// compareN of the common length, case-sensitive.
@@ -109,17 +109,14 @@ public:
     /// A terminated text up to its 0 unit; null gives the null view.
     constexpr TStringView(char16_t const* text) noexcept
         : m_data(text), m_length(text != nullptr ? std::char_traits<char16_t>::length(text) : 0)
-    {
-    }
+    {}
     constexpr TStringView(std::u16string_view text) noexcept : m_data(text.data()), m_length(text.size()) {}
-    TStringView(std::u16string const& text QVXSYS_LIFETIME_BOUND) noexcept : m_data(text.data()), m_length(text.size()) {}
+    TStringView(std::u16string const& text QVXSYS_LIFETIME_BOUND) noexcept : m_data(text.data()), m_length(text.size())
+    {}
     /// Wide text can be viewed only where it is UTF-16; elsewhere make a TStringCore of it.
     template<std::same_as<wchar_t> W>
-        requires qvxsys::kWideIsUtf16
-    TStringView(W const* data, std::size_t length) noexcept
-        : m_data(reinterpret_cast<char16_t const*>(data)), m_length(length)
-    {
-    }
+    requires qvxsys::kWideIsUtf16 TStringView(W const* data, std::size_t length)
+    noexcept : m_data(reinterpret_cast<char16_t const*>(data)), m_length(length) {}
 
     constexpr operator std::u16string_view() const noexcept { return {m_data, m_length}; }
 
@@ -329,7 +326,7 @@ bool WithViews(A const& a, B const& b, F f)
 /// With a view, a string or a terminated text (char16_t or wchar_t) on the other side.
 /// @{
 template<class A, class B>
-    requires qvxsys::detail::ViewPair<A, B>
+requires qvxsys::detail::ViewPair<A, B>
 [[nodiscard]] bool operator==(A const& a, B const& b)
 {
     return qvxsys::detail::WithViews(a, b,
@@ -337,7 +334,7 @@ template<class A, class B>
 }
 /// The shorter view is the smaller one; else the units decide.
 template<class A, class B>
-    requires qvxsys::detail::ViewPair<A, B>
+requires qvxsys::detail::ViewPair<A, B>
 [[nodiscard]] bool operator<(A const& a, B const& b)
 {
     return qvxsys::detail::WithViews(a, b, [](TStringView l, TStringView r) {
@@ -346,7 +343,7 @@ template<class A, class B>
 }
 /// False when the left view is longer; else the units decide.
 template<class A, class B>
-    requires qvxsys::detail::ViewPair<A, B>
+requires qvxsys::detail::ViewPair<A, B>
 [[nodiscard]] bool operator<=(A const& a, B const& b)
 {
     return qvxsys::detail::WithViews(a, b, [](TStringView l, TStringView r) {
@@ -355,7 +352,7 @@ template<class A, class B>
 }
 /// True when the left view is longer; else the units decide.
 template<class A, class B>
-    requires qvxsys::detail::ViewPair<A, B>
+requires qvxsys::detail::ViewPair<A, B>
 [[nodiscard]] bool operator>(A const& a, B const& b)
 {
     return qvxsys::detail::WithViews(a, b, [](TStringView l, TStringView r) {
@@ -364,7 +361,7 @@ template<class A, class B>
 }
 /// False when the left view is shorter; else the units decide.
 template<class A, class B>
-    requires qvxsys::detail::ViewPair<A, B>
+requires qvxsys::detail::ViewPair<A, B>
 [[nodiscard]] bool operator>=(A const& a, B const& b)
 {
     return qvxsys::detail::WithViews(a, b, [](TStringView l, TStringView r) {

@@ -46,7 +46,8 @@ void ThrowPositionOutOfRange(int position)
 
 void ThrowForeignIterator(char const* of, char const* operation)
 {
-    throw std::runtime_error(std::string("TConstCodePointIterator<class ") + of + ">::operator " + operation + kForeign);
+    throw std::runtime_error(std::string("TConstCodePointIterator<class ") + of + ">::operator " + operation +
+                             kForeign);
 }
 
 void ThrowForeignIteratorFrom(char const* of)

@@ -14,8 +14,8 @@ constexpr char kCr = '\r';
 constexpr char kLf = '\n';
 
 // In two passes. The first turns lone CRs into LFs in place and ends at the first CR that belongs to a longer line end;
-// texts without one are then done, without a unit moved. The second compacts from there: of a run of CRs one LF is left,
-// a LF behind a CR goes, and so does a CR behind a LF.
+// texts without one are then done, without a unit moved. The second compacts from there: of a run of CRs one LF is
+// left, a LF behind a CR goes, and so does a CR behind a LF.
 template<class Unit>
 int Normalize(Unit* s, int length) noexcept
 {

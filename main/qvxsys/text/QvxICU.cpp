@@ -33,8 +33,7 @@ class Status
 public:
     explicit Status(ICUErrorCode* status) noexcept
         : m_status(status), m_code(status != nullptr ? static_cast<UErrorCode>(*status) : U_ZERO_ERROR)
-    {
-    }
+    {}
     Status(Status const&) = delete;
     Status& operator=(Status const&) = delete;
     ~Status()
@@ -468,8 +467,7 @@ void setIcuVersion(int version) noexcept
 TStringCore const& t_getIgnoreDigitsRule()
 {
     // Never destroyed: threads may still ask while the process ends.
-    static TStringCore const& listed =
-        *new TStringCore(u"&'0'='1'='2'='3'='4'='5'='6'='7'='8'='9'<[variable top]");
+    static TStringCore const& listed = *new TStringCore(u"&'0'='1'='2'='3'='4'='5'='6'='7'='8'='9'<[variable top]");
     static TStringCore const& starred = *new TStringCore(u"&\0=*0-9", 7);
     return getIcuVersion() == 4 ? listed : starred;
 }

@@ -74,7 +74,8 @@ struct Conversion
             }
             return Checked(length);
         }
-        // The kernels want room for the worst case; where the destination has less, measuring tells whether it suffices.
+        // The kernels want room for the worst case; where the destination has less, measuring tells whether it
+        // suffices.
         auto const room = static_cast<std::size_t>(capacity);
         std::size_t length = 0;
         if (count * worst <= room) {
@@ -408,8 +409,8 @@ int SubStringSizeInCodeUnits(char16_t const* s, int length, int start, int count
     }
     int at = start;
     for (; count > 0 && at < length && s[at] != 0; --count) {
-        bool const pair = CharacterUtils::IsHighSurrogate(s[at]) && at + 1 < length &&
-                          CharacterUtils::IsLowSurrogate(s[at + 1]);
+        bool const pair =
+            CharacterUtils::IsHighSurrogate(s[at]) && at + 1 < length && CharacterUtils::IsLowSurrogate(s[at + 1]);
         at += pair ? 2 : 1;
     }
     return at - start;

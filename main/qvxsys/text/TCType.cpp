@@ -5,8 +5,8 @@
 namespace TCType {
 namespace {
 
-// Zero-initialised, so they take no room in the file and no memory until an entry is asked for. Two threads may fill one
-// entry at once; they write the same value, and nothing else is published by it: relaxed order is enough.
+// Zero-initialised, so they take no room in the file and no memory until an entry is asked for. Two threads may fill
+// one entry at once; they write the same value, and nothing else is published by it: relaxed order is enough.
 constinit std::atomic<std::uint16_t> s_classes[0x10000] = {};
 constinit std::atomic<char16_t> s_folded[0x10000] = {};
 constinit std::atomic<char16_t> s_lower[0x10000] = {};

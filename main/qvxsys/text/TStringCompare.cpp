@@ -48,8 +48,8 @@ namespace qvxsys::detail {
 
 bool ViewsEqual(TStringView a, TStringView b) noexcept
 {
-    return a.size() == b.size() && (a.data() == b.data() || a.empty() ||
-                                    std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0);
+    return a.size() == b.size() &&
+           (a.data() == b.data() || a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(char16_t)) == 0);
 }
 
 int CompareCommon(TStringView a, TStringView b) noexcept

@@ -110,8 +110,9 @@ Converter OpenDefault() noexcept
     return ICU_SUCCESS(status) ? std::move(converter) : nullptr;
 }
 
-// Notes that something could not be encoded and substitutes as the converter's own handler does. Only real losses count,
-// not what ICU drops by design (default-ignorable code points are reported as unassigned, too; they are lost as well).
+// Notes that something could not be encoded and substitutes as the converter's own handler does. Only real losses
+// count, not what ICU drops by design (default-ignorable code points are reported as unassigned, too; they are lost as
+// well).
 void NoteLoss(void const* context, ICUFromUnicodeArgs* args, char16_t const* units, std::int32_t length,
               char32_t codePoint, ICUConverterCallbackReason reason, ICUErrorCode* status)
 {

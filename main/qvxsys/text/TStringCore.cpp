@@ -62,19 +62,17 @@ TStringBlock* TStringCore::Reallocate(TStringBlock* block, int capacity)
     if (block != nullptr && block->capacity == capacity) {
         return block;
     }
-    // At least the declared size of the type: its last units are the compiler's to touch.
-    std::size_t const size = std::max(TStringBlock::kHeaderSize + Bytes(capacity), sizeof(TStringBlock));
-    auto* const result = static_cast<TStringBlock*>(TRealloc(block, size));
+    auto* const result = static_cast<TStringBlock*>(TRealloc(block, sizeof(TStringBlock) + Bytes(capacity)));
     if (result == nullptr) {
         text::Throw("Out of memory");
     }
     if (block == nullptr) {
         result->references = 1;
         result->length = 0;
-        result->text[0] = 0;
+        result->Text()[0] = 0;
     } else if (capacity <= result->length) {
         result->length = capacity - 1;
-        result->text[capacity - 1] = 0;
+        result->Text()[capacity - 1] = 0;
     }
     result->capacity = capacity;
     return result;
@@ -90,8 +88,8 @@ void TStringCore::Detach(int capacity)
     TStringBlock* const shared = Block();
     TStringBlock* const own = Reallocate(nullptr, capacity);
     own->length = std::min(shared->length, capacity - 1);
-    CopyUnits(own->text, shared->text, own->length);
-    own->text[own->length] = 0;
+    CopyUnits(own->Text(), shared->Text(), own->length);
+    own->Text()[own->length] = 0;
     Release(shared);
     SetBlock(own);
 }
@@ -101,7 +99,7 @@ void TStringCore::MoveToBlock(int capacity)
     if (capacity > kInlineCapacity || capacity < 0) {
         TStringBlock* const own = Reallocate(nullptr, capacity);
         own->length = length();
-        CopyUnits(own->text, m_units, own->length + 1);
+        CopyUnits(own->Text(), m_units, own->length + 1);
         SetBlock(own);
     }
 }
@@ -120,14 +118,15 @@ char16_t* TStringCore::SetLength(int n)
         int const target = n >= block->capacity ? GrownCapacity(n) : block->capacity;
         if (IsShared(block)) {
             Detach(target);
-        } else if (target > block->capacity) {
+        } else if (target != block->capacity) {
+            // Larger, or negative where no int holds it: refused there.
             SetBlock(Reallocate(block, target));
         }
     }
     TStringBlock* const block = Block();
     block->length = n;
-    block->text[n] = 0;
-    return block->text;
+    block->Text()[n] = 0;
+    return block->Text();
 }
 
 // Makes the text longer by `by` units and returns where they are to be written.
@@ -154,7 +153,7 @@ void TStringCore::SetCapacity(int target)
     } else {
         int const kept = std::min(block->length, kInlineLength);
         BecomeEmpty();
-        CopyUnits(m_units, block->text, kept);
+        CopyUnits(m_units, block->Text(), kept);
         SetInlineLength(kept);
         Release(block);
     }
@@ -235,7 +234,7 @@ void TStringCore::AssignShared(TStringCore const& other) noexcept
     } else {
         // An unshared block is kept for what comes next; it always has room for inline text.
         block->length = other.length();
-        CopyUnits(block->text, other.m_units, block->length + 1);
+        CopyUnits(block->Text(), other.m_units, block->length + 1);
     }
 }
 
@@ -432,8 +431,9 @@ void TStringCore::ConvertUtf8(int at, char const* s, int n)
 template<class CodePoint>
 void TStringCore::ConvertUtf32(int at, CodePoint const* s, int n)
 {
-    std::size_t const count =
-        s == nullptr ? 0 : n < 0 ? std::char_traits<CodePoint>::length(s) : static_cast<std::size_t>(n);
+    std::size_t const count = s == nullptr ? 0
+                              : n < 0      ? std::char_traits<CodePoint>::length(s)
+                                           : static_cast<std::size_t>(n);
     if (count > static_cast<std::size_t>(kMaxLength) / 2) {
         text::ThrowOverflow();
     }
@@ -503,7 +503,7 @@ TStringCore& TStringCore::insert(int pos, TStringView v)
     return *this;
 }
 
-TStringCore& TStringCore::insert(int pos, char16_t const* s, int n)
+TStringCore& TStringCore::InsertUnits(int pos, char16_t const* s, int n)
 {
     return s == nullptr ? *this : insert(pos, n < 0 ? TStringView(s) : TStringView(s, static_cast<std::size_t>(n)));
 }

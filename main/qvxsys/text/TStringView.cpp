@@ -58,7 +58,8 @@ bool HasPrefix(TStringView text, TStringView prefix, CaseCompare cs) noexcept
 char32_t LastCodePoint(TStringView view, int& units) noexcept
 {
     std::size_t const n = view.size();
-    bool const pair = n > 1 && CharacterUtils::IsLowSurrogate(view[n - 1]) && CharacterUtils::IsHighSurrogate(view[n - 2]);
+    bool const pair =
+        n > 1 && CharacterUtils::IsLowSurrogate(view[n - 1]) && CharacterUtils::IsHighSurrogate(view[n - 2]);
     units = pair ? 2 : 1;
     return qvxsys::detail::CodePointAt(view.data(), view.length(), view.length() - units);
 }
@@ -377,8 +378,7 @@ std::vector<TStringView> TStringView::split(TStringView separator, EmptyParts em
     if (separator.empty()) {
         return {};
     }
-    return Split(*this, separator.length(), empty,
-                 [&](TStringView rest) { return rest.indexOf(separator, 0, cs); });
+    return Split(*this, separator.length(), empty, [&](TStringView rest) { return rest.indexOf(separator, 0, cs); });
 }
 
 std::vector<TStringView> TStringView::split(char16_t separator, EmptyParts empty, CaseCompare cs) const

@@ -23,8 +23,8 @@ void ThrowNonsenseLength(std::int64_t length, std::string_view routine)
 
 void ThrowIcuError(int status, std::string_view routine, std::string_view icuFunction)
 {
-    Throw("ICU error " + std::to_string(status) + " encountered while " + std::string(routine) +
-          " was trying to use " + std::string(icuFunction));
+    Throw("ICU error " + std::to_string(status) + " encountered while " + std::string(routine) + " was trying to use " +
+          std::string(icuFunction));
 }
 
 void ThrowInsufficientCapacity(int capacity, std::string_view routine)

@@ -1,6 +1,6 @@
 #pragma once
-// The messages of the text layer and the functions that throw them. Out of line and cold, so that the paths which do not
-// fail stay short.
+// The messages of the text layer and the functions that throw them. Out of line and cold, so that the paths which do
+// not fail stay short.
 
 #include <cstdint>
 #include <string_view>

@@ -1,5 +1,6 @@
 #pragma once
-// Unit-by-unit comparison under the string classes. Results are -1, 0 or 1; a common 0 unit ends the comparison as equal.
+// Unit-by-unit comparison under the string classes. Results are -1, 0 or 1; a common 0 unit ends the comparison as
+// equal.
 
 #include <cstddef>
 #include <limits>

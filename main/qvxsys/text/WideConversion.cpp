@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Stretch.h"
 #include "TextErrors.h"
 #include "kernels/Kernels.h"
 
@@ -18,7 +19,10 @@ void ToWide(TStringView text, wchar_t* dst) noexcept
         std::copy_n(text.data(), text.size(), dst);
     } else {
         std::size_t substitutions = 0;
-        kernels().utf16ToUtf32(text.data(), text.size(), reinterpret_cast<char32_t*>(dst), substitutions);
+        auto const convert = [&substitutions](char16_t const* from, std::size_t n, char32_t* to) {
+            return kernels().utf16ToUtf32(from, n, to, substitutions);
+        };
+        ConvertTight(text.data(), text.size(), reinterpret_cast<char32_t*>(dst), WideLength(text), 1, convert);
         if (substitutions == 0) {
             return;
         }

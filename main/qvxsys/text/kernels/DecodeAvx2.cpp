@@ -93,7 +93,7 @@ inline __m256i Expand(unsigned bits) noexcept
 struct Avx2
 {
     static constexpr std::size_t kHistory = 3;
-    static constexpr std::size_t kFew = 24;
+    static constexpr std::size_t kFew = 32;
 
     struct Block
     {
@@ -126,20 +126,13 @@ struct Avx2
 
     static Block LoadPart(unsigned char const* s, std::size_t n, Room& room) noexcept
     {
-        static_assert(kFew >= 16, "two overlapping pieces make up any part");
+        static_assert(kFew >= 32, "two overlapping pieces make up any part");
         unsigned char* const to = room.bytes + 32;
+        __m256i const last = Load32(s + n - 32);
         Store32(room.bytes, Bytes(' '));
-        Store32(to, Bytes(' '));
+        Store32(to, Load32(s));
         Store32(to + 32, Bytes(' '));
-        if (n >= 32) {
-            __m256i const last = Load32(s + n - 32);
-            Store32(to, Load32(s));
-            Store32(to + n - 32, last);
-        } else {
-            __m128i const last = Load16(s + n - 16);
-            Store16(to, Load16(s));
-            Store16(to + n - 16, last);
-        }
+        Store32(to + n - 32, last);
         return Load(to);
     }
 

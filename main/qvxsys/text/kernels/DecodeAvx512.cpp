@@ -29,7 +29,7 @@ inline __m512i Select(__m512i select, __m512i a, __m512i b) noexcept
 struct Avx512
 {
     static constexpr std::size_t kHistory = 0;
-    static constexpr std::size_t kFew = 8;
+    static constexpr std::size_t kFew = 16;
 
     struct Block
     {
@@ -119,21 +119,16 @@ struct Avx512
             _mm512_maskz_loadu_epi8(kForm == Form::Utf32 ? at.third | at.fourth : at.third, block.at - 2);
         units.low = _mm512_ternarylogic_epi32(_mm512_and_si512(v, Bytes(0x7F)), _mm512_slli_epi16(v1, 6), Bytes(0xC0),
                                               0xF8); // a | (b & c)
-        units.high =
-            Select(Bytes(0xF0), _mm512_slli_epi16(v2, 4), _mm512_and_si512(_mm512_srli_epi16(v1, 2), Bytes(0x0F)));
+        units.high = Select(Bytes(0xF0), _mm512_slli_epi16(v2, 4), _mm512_srli_epi16(v1, 2));
         units.plane = _mm512_setzero_si512();
-        Mask bad = Unencodable(units.high, at.third & ~at.thirdOfFour);
+        // Values of three bytes below U+0800, and surrogates.
+        Mask const three = at.third & ~at.thirdOfFour;
+        Mask bad = _mm512_mask_cmplt_epu8_mask(three, units.high, Bytes(0x08)) |
+                   _mm512_mask_cmplt_epu8_mask(three, _mm512_xor_si512(units.high, Bytes(0xD8)), Bytes(0x08));
         if (at.Wide()) {
             bad |= kForm == Form::Utf32 ? MakePlanes(v2, block, at, units) : MakeSurrogates(v, v1, v2, at, units);
         }
         return bad == 0;
-    }
-
-    /// Positions of units of three bytes that are below U+0800 or surrogates.
-    static Mask Unencodable(__m512i high, Mask third) noexcept
-    {
-        return _mm512_mask_cmplt_epu8_mask(third, high, Bytes(0x08)) |
-               _mm512_mask_cmplt_epu8_mask(third, _mm512_xor_si512(high, Bytes(0xD8)), Bytes(0x08));
     }
 
     /// Adds the planes; returns the positions of values that are below U+10000 or above U+10FFFF.

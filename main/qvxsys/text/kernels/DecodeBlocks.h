@@ -16,11 +16,12 @@
 // fixed distances and nothing but the output position is carried from one to the next. What the masks do not show
 // (overlong forms, surrogates, values above U+10FFFF) shows in the computed units.
 //
-// A block in which something is wrong is redone by DecodeExactly. Table 3-7 of the Unicode Standard 15.0 is there
-// turned into masks: c1, c2 and c3 are the continuation bytes that extend what stands before them in the way the table
-// allows. A byte above 7F that is neither an allowed lead nor such a continuation is a maximal subpart of its own, and
-// a sequence that breaks off is a maximal subpart that ends with its last accepted byte. So each subpart has one
-// position to put U+FFFD at, and a block full of errors costs no more than a block with one.
+// A block in which something is wrong is redone by DecodeExactly, from the beginning of the sequence that the blocks
+// before it left unfinished. Table 3-7 of the Unicode Standard 15.0 is there turned into masks: c1, c2 and c3 are the
+// continuation bytes that extend what stands before them in the way the table allows. A byte above 7F that is neither
+// an allowed lead nor such a continuation is a maximal subpart of its own, and a sequence that breaks off is a maximal
+// subpart that ends with its last accepted byte. So each subpart has one position to put U+FFFD at, and a block full
+// of errors costs no more than a block with one.
 //
 // The instruction set is given by a class Isa:
 //   kHistory             how many bytes before a block have to be readable
@@ -91,9 +92,10 @@ inline std::size_t Count(Mask bits) noexcept
 /// The bytes of the sequence that a (well-formed) block with these leads leaves unfinished.
 inline std::size_t UnfinishedBytes(Leads const& leads) noexcept
 {
-    return (leads.four >> 61 & 1) != 0    ? 3
-           : (leads.three >> 62 & 1) != 0 ? 2
-                                          : static_cast<std::size_t>(leads.any >> 63);
+    if ((leads.four >> 61 & 1) != 0) {
+        return 3;
+    }
+    return (leads.three >> 62 & 1) != 0 ? 2 : static_cast<std::size_t>(leads.any >> 63);
 }
 
 /// The sequences that the lead bytes of a block and of the one before it promise.
@@ -143,28 +145,24 @@ template<Form kForm, class Isa, class Unit>
     return done;
 }
 
-/// Converts whole blocks up to the first in which something is malformed (or, for UTF-32, 0) or which is not whole.
+/// Converts whole blocks of well-formed text (for UTF-32, without 0) up to the first that is all ASCII, and then sets
+/// `ascii`, or that is not what it should be.
 template<Form kForm, class Isa, class Unit>
-[[gnu::always_inline]] inline Progress DecodeWellFormed(unsigned char const* s, std::size_t n, Unit* dst,
-                                                        Progress progress) noexcept
+[[gnu::always_inline]] inline Progress DecodeMixed(unsigned char const* s, std::size_t n, Unit* dst, Progress progress,
+                                                   bool& ascii) noexcept
 {
     std::size_t in = progress.in;
     std::size_t out = progress.out;
     Leads before{};
-    while (n - in >= kBlock) {
+    for (; n - in >= kBlock && in >= Isa::kHistory; in += kBlock) {
         typename Isa::Block const block = Isa::Load(s + in);
         if (kForm == Form::Utf32 && Isa::HasZero(block)) {
             break;
         }
         Mask const high = Isa::High(block);
-        if (high == 0 && UnfinishedBytes(before) == 0) {
-            std::size_t const ascii = DecodeAscii<kForm, Isa>(s + in, n - in, At<kForm>(dst, out));
-            in += ascii;
-            out += ascii;
-            before = {};
-            continue;
-        }
-        if (in < Isa::kHistory) {
+        Mask const unfinished = before.any >> 63 | before.three >> 62 | before.four >> 61;
+        ascii = (high | unfinished) == 0;
+        if (ascii) {
             break;
         }
         Mask const continuations = high & ~Isa::AtLeast(block, 0xC0);
@@ -183,7 +181,6 @@ template<Form kForm, class Isa, class Unit>
         if constexpr (kForm != Form::Utf16Length) {
             Isa::Store(units, keep, dst + out);
         }
-        in += kBlock;
         out += Count(keep);
         before = leads;
     }
@@ -191,6 +188,21 @@ template<Form kForm, class Isa, class Unit>
     std::size_t const unfinished = UnfinishedBytes(before);
     std::size_t const early = kForm != Form::Utf32 && unfinished == 3 ? 1 : 0;
     return {in - unfinished, out - early};
+}
+
+/// Converts whole blocks up to the first in which something is malformed (or, for UTF-32, 0) or which is not whole.
+template<Form kForm, class Isa, class Unit>
+[[gnu::always_inline]] inline Progress DecodeWellFormed(unsigned char const* s, std::size_t n, Unit* dst,
+                                                        Progress progress) noexcept
+{
+    for (;;) {
+        std::size_t const run = DecodeAscii<kForm, Isa>(s + progress.in, n - progress.in, At<kForm>(dst, progress.out));
+        bool ascii = false;
+        progress = DecodeMixed<kForm, Isa>(s, n, dst, {progress.in + run, progress.out + run}, ascii);
+        if (!ascii) {
+            return progress;
+        }
+    }
 }
 
 /// The second bytes that are continuations but not among those Table 3-7 allows after their lead.

@@ -29,7 +29,7 @@ namespace qvxsys::text::avx2 {
 /// Constants of the encoders, for each 32 bits of a vector, read from memory. They are weak so that the compiler may
 /// not rely on their values: what GCC 12 knows, it builds in a general register and moves over anew for every block, on
 /// the execution port that the shuffles need.
-struct Constants
+struct EncodeConstants
 {
     unsigned notAscii = 0xFF80FF80;
     unsigned notSmall = 0xF800F800; // bits of units of three bytes, and of surrogates
@@ -59,10 +59,12 @@ struct Constants
     unsigned tags4 = 0x808080F0;
 };
 
-[[gnu::weak]] extern Constants const constants;
-Constants const constants{};
+[[gnu::weak]] extern EncodeConstants const encodeConstants;
+EncodeConstants const encodeConstants{};
 
 namespace {
+
+constexpr EncodeConstants const& constants = encodeConstants;
 
 /// Shuffles for 16 bytes. The unused ends of the rows point at nothing (and give zeros).
 template<std::size_t Rows>
@@ -252,6 +254,27 @@ struct Pairs
     return p;
 }
 
+/// Whether the block is eight pairs.
+inline bool IsAllPairs(__m256i v) noexcept
+{
+    return ByteMask(_mm256_cmpeq_epi32(_mm256_and_si256(v, Dwords(constants.half)), Dwords(constants.pair))) == ~0U;
+}
+
+/// Whether the block begins and ends in the middle of a pair and all between are pairs. The loops then go on from one
+/// unit further or back, to see eight pairs in each block to come. They do so in this case only: where a block begins
+/// would otherwise have to wait for the one before.
+inline bool IsAllSplitPairs(Pairs const& p) noexcept
+{
+    return ByteMask(p.low) == 0x33333333 && ByteMask(p.high) == 0xCCCCCCCC;
+}
+
+inline __m256i PointsOfPairs(__m256i v) noexcept
+{
+    __m256i const bits = _mm256_and_si256(v, Dwords(constants.lowBits));
+    __m256i const offsets = _mm256_madd_epi16(bits, Dwords(constants.pairFactors)); // high * 0x400 + low
+    return _mm256_add_epi32(offsets, Dwords(constants.pairBase));
+}
+
 /// The last two bytes of 16 units, `tags` or-ed to them unless the unit is in the mask `ascii`.
 [[gnu::always_inline]] inline __m256i BackBytes(__m256i payload, __m256i tags, __m256i ascii) noexcept
 {
@@ -321,6 +344,10 @@ inline __m256i TagsOf(__m256i two, __m256i high) noexcept
     return _mm256_xor_si256(TagsOf(two), _mm256_and_si256(high, Dwords(constants.high)));
 }
 
+/// The units that must be left for the UTF-8 encoders: their room of three bytes each is enough for 52, and there is
+/// one behind the block.
+constexpr std::size_t wholeBlock = 18;
+
 /// 16 units as UTF-8, surrogates as three bytes. `small` marks those below 0x800.
 [[gnu::always_inline]] inline char* EncodeUnits(__m256i v, __m256i small, char* out) noexcept
 {
@@ -340,21 +367,20 @@ inline __m256i FourFields(__m256i v) noexcept
     return _mm256_or_si256(last2, first2);
 }
 
-/// The 16 units at src[i], surrogates among them, as UTF-8. Moves i behind them, but not between the halves of a pair:
-/// a block begins with a code point, and so blocks of nothing but pairs are seen as such.
+/// The 16 units at src[i], surrogates among them, as UTF-8. Moves i behind them.
 [[gnu::always_inline]] inline char* EncodeWithPairs(__m256i v, char16_t const* src, std::size_t& i, char* out,
                                                     std::size_t& substitutions) noexcept
 {
-    __m256i const asPairs = _mm256_cmpeq_epi32(_mm256_and_si256(v, Dwords(constants.half)), Dwords(constants.pair));
-    if (ByteMask(asPairs) == ~0U) {
-        __m256i const bits = _mm256_and_si256(v, Dwords(constants.lowBits));
-        __m256i const offsets = _mm256_madd_epi16(bits, Dwords(constants.pairFactors)); // high * 0x400 + low
-        __m256i const fields = FourFields(_mm256_add_epi32(offsets, Dwords(constants.pairBase)));
-        Store(out, _mm256_or_si256(fields, Dwords(constants.tags4)));
+    if (IsAllPairs(v)) {
+        Store(out, _mm256_or_si256(FourFields(PointsOfPairs(v)), Dwords(constants.tags4)));
         i += 16;
         return out + 32;
     }
     Pairs const p = FindPairs(v, src, i, substitutions);
+    if (IsAllSplitPairs(p)) [[unlikely]] { // take back the first half of the first one
+        --i;
+        return out - 2;
+    }
     __m256i const high = _mm256_srli_epi16(_mm256_sub_epi16(v, Dwords(constants.highBase)), 2);
     __m256i const low = _mm256_or_si256(_mm256_and_si256(v, Dwords(constants.lowBits)),
                                         _mm256_slli_epi16(_mm256_and_si256(p.before, Dwords(constants.highRest)), 10));
@@ -367,9 +393,8 @@ inline __m256i FourFields(__m256i v) noexcept
         out = PutTwoByteUnits(back, ascii, out);
     else
         out = PutThreeByteUnits(payload, back, ascii, small, out);
-    std::size_t const half = ByteMask(p.high) >> 31; // of a pair, in the last lane: taken back
-    i += 16 - half;
-    return out - 2 * half;
+    i += 16;
+    return out;
 }
 
 /// Eight values of any size as UTF-8 by the plain rule.
@@ -479,9 +504,9 @@ std::size_t Utf16ToUtf8(char16_t const* src, std::size_t n, char* dst, std::size
 {
     char* out = dst;
     std::size_t i = 0;
-    while (n - i >= 18) {
+    while (n - i >= wholeBlock) {
         std::size_t stop = i + 16;
-        if (n - i >= 34) {
+        if (n - i >= 16 + wholeBlock) {
             __m256i const v = Load(src + i);
             __m256i const w = Load(src + i + 16);
             stop = i + 32;
@@ -502,6 +527,11 @@ std::size_t Utf16ToUtf8(char16_t const* src, std::size_t n, char* dst, std::size
             }
         }
     }
+    // Take back the first half of a pair that the last block ended with.
+    if (i > 0 && i < n && IsPairAt(src, n, i - 1)) {
+        --i;
+        out -= 2;
+    }
     return static_cast<std::size_t>(narrow::Utf16ToUtf8(src, n, i, out, substitutions) - dst);
 }
 
@@ -520,7 +550,7 @@ std::size_t Utf8LengthOfUtf16(char16_t const* src, std::size_t n) noexcept
             ascii += Count(ByteMask(_mm256_cmpeq_epi8(classes, _mm256_setzero_si256())));
             small += Count(ByteMask(_mm256_cmpeq_epi8(_mm256_min_epu8(classes, Words(0x0F0F)), classes)));
         }
-        length += 3 * 64 - ascii - small - 2 * CountPairs(src, i);
+        length += std::size_t{3 * 64} - ascii - small - 2 * CountPairs(src, i);
     }
     // The second half of a pair counts as three bytes, as all of the saving was made for the first.
     if (i > 0 && i < n && IsPairAt(src, n, i - 1)) {
@@ -534,17 +564,25 @@ std::size_t Utf16ToUtf32(char16_t const* src, std::size_t n, char32_t* dst, std:
 {
     char32_t* out = dst;
     std::size_t i = 0;
-    for (; n - i > 16; i += 16) {
+    while (n - i > 16) {
         __m256i const v = Load(src + i);
         if (ByteMask(SurrogatesIn(v)) == 0) {
             Store(out, _mm256_cvtepu16_epi32(Lower(v)));
             Store(out + 8, _mm256_cvtepu16_epi32(Upper(v)));
             out += 16;
+        } else if (IsAllPairs(v)) {
+            Store(out, PointsOfPairs(v));
+            out += 8;
         } else {
             Pairs const p = FindPairs(v, src, i, substitutions);
+            if (IsAllSplitPairs(p)) [[unlikely]] { // the first one is already written
+                ++i;
+                continue;
+            }
             out = CombinePairs(Lower(p.units), Lower(p.behind), Lower(p.high), Lower(p.low), out);
             out = CombinePairs(Upper(p.units), Upper(p.behind), Upper(p.high), Upper(p.low), out);
         }
+        i += 16;
     }
     if (i > 0 && i < n && IsPairAt(src, n, i - 1)) // already written with its first half
         ++i;

@@ -35,7 +35,7 @@ namespace qvxsys::text::avx512 {
 /// Constants of the encoders, for each 32 bits of a vector, read from memory. They are weak so that the compiler may
 /// not rely on their values: what GCC 12 knows, it builds in a general register and moves over anew for every block, on
 /// the execution port that the shuffles need.
-struct Constants
+struct EncodeConstants
 {
     unsigned notAscii = 0xFF80FF80;
     unsigned notSmall = 0xF800F800; // bits of units of three bytes, and of surrogates
@@ -57,10 +57,12 @@ struct Constants
     unsigned lead3 = 0x0000E000;
 };
 
-[[gnu::weak]] extern Constants const constants;
-Constants const constants{};
+[[gnu::weak]] extern EncodeConstants const encodeConstants;
+EncodeConstants const encodeConstants{};
 
 namespace {
+
+constexpr EncodeConstants const& constants = encodeConstants;
 
 inline __m512i Words(unsigned w) noexcept
 {
@@ -120,6 +122,17 @@ inline __m512i NarrowToBytes(__m512i a, __m512i b) noexcept
 {
     return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), _mm512_packus_epi16(a, b));
 }
+
+/// The units before the first boundary of 64 bytes. Whole vectors that are not aligned touch two cache lines each,
+/// which halves the speed of the kernels that do little but load and store.
+template<class Unit>
+inline std::size_t UnitsToAlign(Unit const* p) noexcept
+{
+    return (0 - reinterpret_cast<std::uintptr_t>(p)) % 64 / sizeof(Unit);
+}
+
+/// From how many units on it pays to align.
+constexpr std::size_t longText = 256;
 
 inline __mmask32 SurrogatesIn(__m512i v) noexcept
 {
@@ -219,7 +232,7 @@ template<bool Whole>
                                                 std::size_t i, char* out, std::size_t& substitutions) noexcept
 {
     __mmask32 const ascii = _mm512_testn_epi16_mask(v, Dwords(constants.notAscii));
-    __mmask32 large = _mm512_test_epi16_mask(v, Dwords(constants.notSmall));
+    __mmask32 const large = _mm512_test_epi16_mask(v, Dwords(constants.notSmall));
     if (large == 0)
         return EncodeWords<Whole>(v, Dwords(constants.wordTags2), ascii, valid, out);
     __mmask32 const surrogates = SurrogatesIn(v);
@@ -275,12 +288,14 @@ template<bool Whole>
     return out + length;
 }
 
-/// The units v, read from src[i], as code points. `Whole` asks for all 32 lanes.
+/// The units v, read from src[i], as code points; moves i behind them. `Whole` asks for all 32 lanes.
 template<bool Whole>
 [[gnu::always_inline]] inline char32_t* WidenUnits(__m512i v, __mmask32 valid, char16_t const* src, std::size_t n,
-                                                   std::size_t i, char32_t* out, std::size_t& substitutions) noexcept
+                                                   std::size_t& i, char32_t* out, std::size_t& substitutions) noexcept
 {
+    std::size_t const first = i;
     __mmask32 const surrogates = SurrogatesIn(v);
+    i += Whole ? 32 : Count(valid);
     if (surrogates == 0) {
         if (Whole) {
             _mm512_storeu_si512(out, WidenLower(v));
@@ -289,14 +304,26 @@ template<bool Whole>
             _mm512_mask_storeu_epi32(out, LowerHalf(valid), WidenLower(v));
             _mm512_mask_storeu_epi32(out + 16, UpperHalf(valid), WidenUpper(v));
         }
-        return out + Count(valid);
+        return out + (i - first);
     }
-    Surrogates const s = SortSurrogates(v, surrogates, src, n, i);
+    Surrogates const s = SortSurrogates(v, surrogates, src, n, first);
+    if (Whole && s.high == 0x55555555) { // nothing but pairs
+        __m512i const bits = _mm512_and_si512(v, Dwords(constants.lowBits));
+        __m512i const offsets = _mm512_madd_epi16(bits, Dwords(0x00010400)); // high * 0x400 + low
+        _mm512_storeu_si512(out, _mm512_add_epi32(offsets, Dwords(0x10000)));
+        return out + 16;
+    }
+    if (Whole && s.low == 0x55555555) [[unlikely]] {
+        // All pairs, but one unit off. Going on behind the first half pair, which is already written, brings the blocks
+        // to come into step; doing so for just any half pair would make each block wait for the one before.
+        i = first + 1;
+        return out;
+    }
     v = Substitute(v, s.lone, substitutions);
     __mmask32 const keep = valid & ~s.low;
     __m512i const lower = WidenLower(v);
     __m512i const upper = WidenUpper(v);
-    __m512i const behind = Dwords(n - i > 32 ? src[i + 32] : 0);
+    __m512i const behind = Dwords(n - first > 32 ? src[first + 32] : 0);
     out = CombinePairs<Whole>(lower, _mm512_alignr_epi32(upper, lower, 1), LowerHalf(s.high), LowerHalf(keep), out);
     return CombinePairs<Whole>(upper, _mm512_alignr_epi32(behind, upper, 1), UpperHalf(s.high), UpperHalf(keep), out);
 }
@@ -373,16 +400,6 @@ inline std::size_t CountPairs(__m512i a, __m512i b, char16_t const* src, std::si
         return 0;
     return Count(PairsIn(a, _mm512_loadu_si512(src + i + 1))) + Count(PairsIn(b, _mm512_loadu_si512(src + i + 33)));
 }
-
-/// The units before the first boundary of 64 bytes. Loads of whole vectors that are not aligned touch two cache lines
-/// each, which halves the speed of the kernels that do little but load.
-inline std::size_t UnitsToAlign(void const* p) noexcept
-{
-    return (64 - (reinterpret_cast<std::uintptr_t>(p) & 63)) / 2 % 32;
-}
-
-/// From how many units on it pays to align.
-constexpr std::size_t longText = 256;
 
 /// The UTF-8 length of the units at src[i] that `valid` selects, and of none behind src[n].
 inline std::size_t LengthOfBlock(char16_t const* src, std::size_t n, std::size_t i, __mmask32 valid) noexcept
@@ -466,7 +483,13 @@ std::size_t Utf16ToUtf32(char16_t const* src, std::size_t n, char32_t* dst, std:
 {
     char32_t* out = dst;
     std::size_t i = 0;
-    for (; n - i >= 32; i += 32)
+    if (n >= longText && SurrogatesIn(_mm512_loadu_si512(src)) == 0) {
+        // Of these units all are written, but only those before the boundary are done.
+        WidenUnits<true>(_mm512_loadu_si512(src), ~0U, src, n, i, dst, substitutions);
+        i = UnitsToAlign(dst);
+        out = dst + i;
+    }
+    while (n - i >= 32)
         out = WidenUnits<true>(_mm512_loadu_si512(src + i), ~0U, src, n, i, out, substitutions);
     if (i < n) {
         __mmask32 const valid = FirstOf32(n - i);

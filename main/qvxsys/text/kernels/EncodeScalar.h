@@ -8,7 +8,7 @@
 namespace qvxsys::text {
 namespace {
 
-constexpr char32_t replacementCharacter = 0xFFFD;
+inline constexpr char32_t replacementCharacter = 0xFFFD;
 
 inline bool IsSurrogate(char32_t c) noexcept
 {
@@ -108,14 +108,6 @@ inline char32_t EncodableInUtf16(char32_t c, bool raw, std::size_t& substitution
 inline char32_t EncodableInUtf8(char32_t c) noexcept
 {
     return c <= 0x1FFFFF ? c : replacementCharacter;
-}
-
-/// What the unit src[i] adds to the length in UTF-8: a half of a pair 2, a lone surrogate 3 (as U+FFFD).
-inline std::size_t Utf8LengthOfUnitAt(char16_t const* src, std::size_t n, std::size_t i) noexcept
-{
-    if (src[i] < 0x800)
-        return src[i] < 0x80 ? 1 : 2;
-    return IsSurrogate(src[i]) && !IsLoneSurrogateAt(src, n, i) ? 2 : 3;
 }
 
 } // namespace

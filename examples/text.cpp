@@ -1,0 +1,80 @@
+// The examples of the text headers.
+
+#include <iostream>
+
+#include <qvxsys/qvxsys.h>
+
+namespace {
+
+bool Strings()
+{
+    TStringCore greeting = u"Gr\u00FC\u00DFe";
+    greeting.append(", ").append(L"Jos\u00E9").append32(0x1F600);
+    TStringCore const copy = greeting; // shares the block: O(1)
+    std::string const utf8 = greeting.toStdString();
+    return copy == greeting && copy.lengthInCodePoints() < copy.length() && utf8.size() == 18;
+}
+
+bool Views()
+{
+    TStringView const line = u"key = value";
+    TStringView const key = line.left(3);
+    TStringView const value = line.mid(6);
+    int letters = 0;
+    for (char32_t const c : value.codePoints()) {
+        letters += TCType::isAlpha(c) ? 1 : 0;
+    }
+    return key == u"key" && value == u"value" && letters == 5;
+}
+
+bool CodePoints()
+{
+    TStringCore text = u"a\U0001F600b";
+    for (auto c : text.codePointView()) {
+        if (c == 0x1F600) {
+            c = U'!'; // two units become one
+        }
+    }
+    return text == u"a!b";
+}
+
+bool Conversions()
+{
+    char buffer[64];
+    int const bytes = StringUtils::Utf16ToUtf8(u"Gr\u00FC\u00DFe", buffer, sizeof buffer);
+    int const needed = StringUtils::MeasureUtf16ToUtf8(u"Gr\u00FC\u00DFe");
+    int units = 0;
+    char32_t const c = CharacterUtils::GetCodePoint(u"\U0001F600", &units);
+    return bytes == 7 && needed == 7 && c == 0x1F600 && units == 2;
+}
+
+bool Classes()
+{
+    return TCType::isSpace(u'\u00A0') && TCType::ToLower(u'\u00C4') == u'\u00E4';
+}
+
+bool Icu()
+{
+    auto status = QvxICU::ICUErrorCode::ZeroError;
+    QvxICU::ICUConverter* const converter = QvxICU::t_ucnv_open("windows-1252", &status);
+    bool const opened = QvxICU::ICU_SUCCESS(status);
+    QvxICU::t_ucnv_close(converter);
+    return opened;
+}
+
+bool Processor()
+{
+    auto const before = quorvex::cpu::LimitInstructionSet(quorvex::cpu::InstructionSet::Portable);
+    bool const same = TStringCore("caf\xC3\xA9") == u"caf\u00E9";
+    quorvex::cpu::LimitInstructionSet(before);
+    return same;
+}
+
+} // namespace
+
+int main()
+{
+    bool const ok = Strings() && Views() && CodePoints() && Conversions() && Classes() && Icu() && Processor();
+    std::cout << (ok ? "ok\n" : "not as documented\n");
+    return ok ? 0 : 1;
+}

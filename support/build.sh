@@ -1,0 +1,56 @@
+# Shared by the commands `run` and `check`: getting packages and building presets. Sourced, not run.
+
+# ensure_packages NAME...: installs the Debian packages that are missing.
+ensure_packages() {
+    missing=
+    for package in "$@"; do
+        case $(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null) in
+        installed) ;;
+        *) missing="$missing $package" ;;
+        esac
+    done
+    [ -n "$missing" ] || return 0
+    if ! command -v apt-get >/dev/null; then
+        echo "$(basename "$0"): this needs Debian packages, and there is no apt-get here:$missing" >&2
+        return 1
+    fi
+    as_root=
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null; then
+            echo "$(basename "$0"): not root and no sudo; install these packages first:$missing" >&2
+            return 1
+        fi
+        as_root=sudo
+    fi
+    echo "$(basename "$0"): installing$missing" >&2
+    log=$(mktemp)
+    # shellcheck disable=SC2086
+    if ! { $as_root apt-get update && $as_root env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y --no-install-recommends $missing; } >"$log" 2>&1 </dev/null; then
+        cat "$log" >&2
+        rm -f "$log"
+        echo "$(basename "$0"): could not install$missing" >&2
+        return 1
+    fi
+    rm -f "$log"
+}
+
+# build_preset PRESET [CMAKE-OPTION...]: configures and builds; what it prints is shown only when it fails.
+build_preset() {
+    preset=$1
+    shift
+    mkdir -p "build/$preset"
+    log="build/$preset/build.log"
+    if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset"; } >"$log" 2>&1 </dev/null; then
+        cat "$log" >&2
+        echo "$(basename "$0"): the build of $preset failed (build/$preset/build.log)" >&2
+        return 1
+    fi
+}
+
+# What the library and the tool are built with and from.
+build_packages="g++ cmake ninja-build libicu-dev libcli11-dev nlohmann-json3-dev"
+# What the tests need besides.
+test_packages="libgtest-dev python3 pkg-config binutils"
+# What the sanitizer and fuzz builds need besides.
+clang_packages="clang llvm libclang-rt-14-dev"

@@ -1,0 +1,151 @@
+#include <qvxsys/TStringCore.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <unicode/ucnv.h>
+
+#include "support/TextPrinters.h"
+
+namespace {
+
+using testing_support::TextError;
+
+// ICU's converter for a single-byte encoding, byte by byte.
+std::u16string IcuDecode(char const* name, std::string const& bytes)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter* const converter = ucnv_open(name, &status);
+    std::u16string result(bytes.size() + 1, u'\0');
+    int const length = ucnv_toUChars(converter, result.data(), static_cast<int>(result.size()), bytes.data(),
+                                     static_cast<int>(bytes.size()), &status);
+    ucnv_close(converter);
+    result.resize(static_cast<std::size_t>(length));
+    return result;
+}
+
+std::string AllBytes()
+{
+    std::string bytes;
+    for (int b = 0; b < 256; ++b) {
+        bytes += static_cast<char>(b);
+    }
+    return bytes;
+}
+
+TEST(TStringConvert, LatinEncodingsAreIcus)
+{
+    std::string const bytes = AllBytes();
+    TStringCore const latin1 = TStringCore::fromLatin1(bytes.data(), 256);
+    TStringCore const latin9 = TStringCore::fromLatin9(bytes.data(), 256);
+    EXPECT_EQ(latin1.toStdUString(), IcuDecode("ISO-8859-1", bytes));
+    EXPECT_EQ(latin9.toStdUString(), IcuDecode("ISO-8859-15", bytes));
+    bool lossy = true;
+    EXPECT_EQ(latin1.toLatin1(&lossy), bytes);
+    EXPECT_FALSE(lossy);
+    lossy = true;
+    EXPECT_EQ(latin9.toLatin9(&lossy), bytes);
+    EXPECT_FALSE(lossy);
+    EXPECT_EQ(TStringCore(u"a\u20AC\U0001F600").toLatin1(&lossy), "a???");
+    EXPECT_TRUE(lossy);
+    EXPECT_EQ(TStringCore(u"\u20AC\u0100").toLatin9(&lossy), "\xA4?");
+    EXPECT_TRUE(lossy);
+    EXPECT_EQ(TStringCore().toLatin1(&lossy), "");
+    EXPECT_FALSE(lossy);
+    EXPECT_EQ(TStringCore(u"\u00A4").toLatin9(), "\xA4"); // shares its byte with the euro sign
+    EXPECT_EQ(TStringCore::fromLatin9("\xA4"), u"\u20AC");
+    EXPECT_EQ(TStringCore::fromLatin1("ab\xE9", -1), u"ab\u00E9");
+    EXPECT_TRUE(TStringCore::fromLatin1(nullptr, 4).empty() && TStringCore::fromLatin9("abc", 0).empty());
+}
+
+TEST(TStringConvert, WideTextKeepsEveryValue)
+{
+    TStringCore const text(u"a\U0001F600\xD83D|\xDE00", 6);
+    std::wstring const wide = text.toStdWString();
+    EXPECT_EQ(wide.size(), qvxsys::kWideIsUtf16 ? 6u : 5u);
+    EXPECT_EQ(TStringCore::fromStdWString(wide).view(), text.view());
+    EXPECT_EQ(TStringCore::fromWChar(wide.c_str()).view(), text.view());
+    wchar_t const odd[] = {L'a', static_cast<wchar_t>(qvxsys::kWideIsUtf16 ? 0xFFFD : 0x110000), L'\0'};
+    EXPECT_EQ(TStringCore(odd), u"a\uFFFD");
+    EXPECT_EQ(TStringCore::length(L"a\U0001F600"), 3);
+    EXPECT_EQ(TStringCore::lengthInBytes(L"a\U0001F600"), 6u);
+    EXPECT_EQ(TStringCore::lengthInCodePoints(L"a\U0001F600"), 2);
+    EXPECT_EQ(TStringCore::lengthInCodePoints(u"a\U0001F600"), 2);
+    EXPECT_EQ(TStringCore::length(static_cast<wchar_t const*>(nullptr)), 0);
+    std::vector<wchar_t> const buffer = text.toWCharVector();
+    EXPECT_EQ(std::wstring(buffer.data()), wide);
+    EXPECT_EQ(buffer.size(), wide.size() + 1);
+    wchar_t array[8];
+    EXPECT_EQ(static_cast<std::size_t>(text.toWCharArray(array, 8)), wide.size());
+    EXPECT_EQ(TextError([&] { text.toWCharArray(array, 5); }),
+              "Error insufficient destinationCapacity (5) was passed into TStringCore::toWCharArray.");
+}
+
+TEST(TStringConvert, Utf32)
+{
+    EXPECT_EQ(TStringCore::fromUtf32(U"a\U0001F600"), u"a\U0001F600");
+    char32_t const odd[] = {0xD83D, 0x110000, 0, U'z'};
+    EXPECT_EQ(TStringCore::fromUtf32(odd, 4).view(), TStringView(u"\xD83D\uFFFD\0z", 4));
+    EXPECT_EQ(TStringCore::fromUtf32(odd, -1).length(), 2);
+    EXPECT_TRUE(TStringCore::fromUtf32(nullptr, 3).empty() && TStringCore::fromUtf32(odd, 0).empty());
+    EXPECT_EQ(TStringCore::fromUtf32(U"abcdefgh", 8).capacity(), 17); // room for two units each
+}
+
+TEST(TStringConvert, Utf8)
+{
+    EXPECT_EQ(TStringCore::fromUtf8("\x80\xBF\xC3(\xE2\x82"), u"\uFFFD\uFFFD\uFFFD(\uFFFD");
+    EXPECT_TRUE(TStringCore::fromUtf8(nullptr, 9).empty() && TStringCore::fromUtf8("abc", 0).empty());
+    EXPECT_EQ(TStringCore::fromUtf8("a\0b", 3).length(), 3);
+    EXPECT_EQ(TStringCore::fromUtf8("\xE2\x82\xAC\xE2\x82\xAC\xE2\x82\xAC\xE2\x82\xAC\xE2\x82\xAC").capacity(), 17);
+    TStringCore reused(u'x', 100);
+    char16_t const* const block = reused.constData();
+    reused.assign("caf\xC3\xA9 caf\xC3\xA9 caf\xC3\xA9");
+    EXPECT_EQ(reused, u"caf\u00E9 caf\u00E9 caf\u00E9");
+    EXPECT_EQ(reused.constData(), block);
+}
+
+TEST(TStringConvert, Local8Bit)
+{
+    bool lossy = true;
+    std::string const utf8 = "Gr\xC3\xBC\xC3\x9F"
+                             "e \xF0\x9F\x98\x80";
+    EXPECT_EQ(TStringCore::fromLocal8Bit(utf8.c_str()), u"Gr\u00FC\u00DFe \U0001F600");
+    EXPECT_EQ(TStringCore(u"Gr\u00FC\u00DFe \U0001F600").toLocal8Bit(&lossy), utf8);
+    EXPECT_FALSE(lossy);
+    EXPECT_EQ(TStringCore(u"a\xD83D").toLocal8Bit(&lossy), "a\xEF\xBF\xBD");
+    EXPECT_TRUE(lossy);
+    EXPECT_EQ(TStringCore::fromLocal8Bit("ab\x1A"), u"ab"); // from the very last byte only
+    EXPECT_EQ(TStringCore::fromLocal8Bit("a\x1A"
+                                         "b"),
+              u"a\x1A"
+              u"b");
+    EXPECT_EQ(TStringCore::fromLocal8Bit("a\xFF"
+                                         "b\xC3",
+                                         4),
+              u"a\uFFFDb\uFFFD");
+    EXPECT_TRUE(TStringCore::fromLocal8Bit(nullptr, 5).empty() && TStringCore().toLocal8Bit(&lossy).empty());
+    EXPECT_FALSE(lossy);
+}
+
+// Published texts in many scripts, there and back.
+TEST(TStringConvert, RoundTripsOfPublishedTexts)
+{
+    char const* const folder = std::getenv("QVXSYS_TEST_DATA");
+    if (folder == nullptr || *folder == 0) {
+        GTEST_SKIP() << "QVXSYS_TEST_DATA names no folder";
+    }
+    for (char const* const name :
+         {"arabic", "chinese", "german", "hindi", "japanese", "korean", "russian", "turkish", "vietnamese"}) {
+        std::ifstream file(std::string(folder) + "/text/" + name + ".utf8.txt", std::ios::binary);
+        std::string const bytes{std::istreambuf_iterator<char>(file), {}};
+        ASSERT_FALSE(bytes.empty()) << name;
+        TStringCore const text = TStringCore::fromStdString(bytes);
+        EXPECT_EQ(text.toStdString(), bytes) << name;
+        EXPECT_EQ(TStringCore::fromStdWString(text.toStdWString()), text) << name;
+    }
+}
+
+} // namespace

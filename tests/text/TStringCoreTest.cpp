@@ -1,0 +1,485 @@
+#include <qvxsys/TStringCore.h>
+
+#include <climits>
+#include <memory>
+#include <random>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "support/TextPrinters.h"
+
+namespace {
+
+using testing_support::FailingReallocation;
+using testing_support::LeakCheck;
+using testing_support::TextError;
+
+constexpr char const* kOverflow = "Allocation size less than zero; probable overflow";
+
+TStringCore Xs(int n)
+{
+    return TStringCore(u'x', n);
+}
+
+// Whether two strings share one block.
+bool Share(TStringCore const& a, TStringCore const& b)
+{
+    return a.constData() == b.constData();
+}
+
+static_assert(std::is_nothrow_copy_constructible_v<TStringCore> && std::is_nothrow_move_constructible_v<TStringCore> &&
+              std::is_nothrow_move_assignable_v<TStringCore>);
+static_assert(!std::is_constructible_v<bool, TStringCore>);
+
+TEST(TStringCore, FormsAndCapacities)
+{
+    struct Case
+    {
+        int length;
+        int capacity;
+    };
+    // Blocks alternate between a power of two and three quarters of the next, less 7 units.
+    for (auto const& [length, capacity] : {Case{0, 15},
+                                           {14, 15},
+                                           {15, 17},
+                                           {16, 17},
+                                           {17, 25},
+                                           {24, 25},
+                                           {25, 41},
+                                           {40, 41},
+                                           {41, 57},
+                                           {57, 89},
+                                           {89, 121},
+                                           {121, 185},
+                                           {185, 249},
+                                           {1000, 1017},
+                                           {1529, 2041}}) {
+        TStringCore const s = Xs(length);
+        EXPECT_EQ(s.length(), length);
+        EXPECT_EQ(s.capacity(), capacity) << length;
+        EXPECT_EQ(s.size(), static_cast<std::size_t>(length));
+        EXPECT_EQ(s.lengthInBytes(), static_cast<std::size_t>(2 * length));
+        EXPECT_EQ(s.constData()[length], 0);
+        EXPECT_EQ(s[length], 0);
+        EXPECT_EQ(s.isEmpty(), length == 0);
+    }
+}
+
+TEST(TStringCore, ReserveSqueezeClear)
+{
+    TStringCore s = Xs(14);
+    s.reserve(14);
+    EXPECT_EQ(s.capacity(), 15);
+    s.reserve(15);
+    EXPECT_EQ(s.capacity(), 16);
+    s.reserve(5);
+    EXPECT_EQ(s.capacity(), 16);
+    EXPECT_EQ(s, Xs(14));
+    s.squeeze();
+    EXPECT_EQ(s.capacity(), 15);
+    EXPECT_EQ(s, Xs(14));
+
+    s = Xs(100);
+    s.reserve(1000);
+    EXPECT_EQ(s.capacity(), 1001);
+    s.squeeze();
+    EXPECT_EQ(s.capacity(), 101);
+    EXPECT_EQ(s, Xs(100));
+
+    // A shared short block detaches to the inline capacity and stays a block.
+    TStringCore shortBlock = Xs(20);
+    shortBlock.resize(3);
+    TStringCore const other = shortBlock;
+    shortBlock.squeeze();
+    EXPECT_EQ(shortBlock.capacity(), 15);
+    EXPECT_EQ(shortBlock, Xs(3));
+    EXPECT_FALSE(Share(shortBlock, other));
+    char const* const object = reinterpret_cast<char const*>(&shortBlock);
+    char const* const text = reinterpret_cast<char const*>(shortBlock.constData());
+    EXPECT_FALSE(text >= object && text < object + sizeof shortBlock);
+    EXPECT_EQ(TextError([&] { s.reserve(-1); }), "Negative allocation size; probable overflow");
+    EXPECT_EQ(TextError([&] { s.reserve(INT_MAX); }), kOverflow);
+    s.clear();
+    EXPECT_EQ(s.capacity(), 15);
+    EXPECT_TRUE(s.empty());
+}
+
+TEST(TStringCore, TruncatingKeepsTheBlock)
+{
+    TStringCore s = Xs(100);
+    s.resize(3);
+    EXPECT_EQ(s.capacity(), 121);
+    EXPECT_EQ(s, u"xxx");
+    s.resize(-5);
+    EXPECT_EQ(s.length(), 0);
+    EXPECT_EQ(s.capacity(), 121);
+}
+
+TEST(TStringCore, CopiesShareUntilWritten)
+{
+    TStringCore const original = Xs(100);
+    TStringCore copy = original;
+    EXPECT_TRUE(Share(original, copy));
+    copy[0] = u'y';
+    EXPECT_FALSE(Share(original, copy));
+    EXPECT_EQ(original, Xs(100));
+    EXPECT_EQ(copy, u"y" + Xs(99));
+
+    // Reading, and appending nothing, detach nothing.
+    TStringCore quiet = original;
+    EXPECT_EQ(quiet.cbegin(), original.cbegin());
+    quiet.append(u"").append(TStringView()).append("").append(TStringCore()).append(L"").append(u"abc", 0);
+    quiet.append(static_cast<char16_t const*>(nullptr)).append(static_cast<char const*>(nullptr), 7);
+    quiet.insert(3, u"").prepend("");
+    static_cast<void>(quiet.codePointView().begin());
+    quiet.assign(quiet.constData(), 100);
+    EXPECT_TRUE(Share(original, quiet));
+
+    // Each of these writes and must detach first.
+    using Write = void (*)(TStringCore&);
+    for (Write const write :
+         {Write([](TStringCore& s) { s.data()[0] = u'y'; }), Write([](TStringCore& s) { *s.begin() = u'y'; }),
+          Write([](TStringCore& s) { s.front() = u'y'; }), Write([](TStringCore& s) { s.back() = u'y'; }),
+          Write([](TStringCore& s) { *s.rbegin() = u'y'; }), Write([](TStringCore& s) { s[std::size_t{1}] = u'y'; }),
+          Write([](TStringCore& s) { s.append(u'y'); }), Write([](TStringCore& s) { s.prepend(u"y"); }),
+          Write([](TStringCore& s) { s.resize(5); }), Write([](TStringCore& s) { s.assign(s.constData() + 1, 5); }),
+          Write([](TStringCore& s) { *s.codePointView().begin() = U'y'; })}) {
+        TStringCore writer = original;
+        write(writer);
+        EXPECT_EQ(original, Xs(100));
+        EXPECT_NE(writer, original);
+        EXPECT_FALSE(Share(original, writer));
+    }
+}
+
+TEST(TStringCore, CopyAssignmentKeepsAnUnsharedBlock)
+{
+    TStringCore target = Xs(100);
+    char16_t const* const block = target.constData();
+    target = TStringCore(u"short");
+    EXPECT_EQ(target.constData(), block);
+    EXPECT_EQ(target, u"short");
+    EXPECT_EQ(target.capacity(), 121);
+
+    TStringCore shared = Xs(100);
+    TStringCore const keeper = shared;
+    TStringCore const inlineText = u"short";
+    shared = inlineText;
+    EXPECT_EQ(shared.capacity(), 15);
+    EXPECT_EQ(shared, u"short");
+    EXPECT_EQ(keeper, Xs(100));
+
+    TStringCore& self = shared;
+    shared = self;
+    EXPECT_EQ(shared, u"short");
+    TStringCore block2 = Xs(50);
+    TStringCore const sharer = block2;
+    block2 = sharer; // one block on both sides
+    EXPECT_TRUE(Share(block2, sharer));
+}
+
+TEST(TStringCore, MovedFromIsEmptyInBothForms)
+{
+    for (int const n : {3, 100}) {
+        TStringCore source = Xs(n);
+        TStringCore const taken = std::move(source);
+        EXPECT_TRUE(source.empty());
+        EXPECT_EQ(source, u"");
+        EXPECT_EQ(source.capacity(), 15);
+        EXPECT_EQ(taken, Xs(n));
+        TStringCore target = Xs(40);
+        source = taken;
+        target = std::move(source);
+        EXPECT_TRUE(source.empty());
+        EXPECT_EQ(target, Xs(n));
+    }
+    TStringCore a = u"inline";
+    TStringCore b = Xs(77);
+    swap(a, b);
+    EXPECT_EQ(a, Xs(77));
+    EXPECT_EQ(b, u"inline");
+}
+
+TEST(TStringCore, SourcesInsideTheOwnText)
+{
+    TStringCore const digits = u"0123456789";
+    TStringCore const longDigits = digits + digits + digits;
+    for (TStringCore const& base : {digits, longDigits}) {
+        std::u16string const reference = base.toStdUString();
+        int const length = base.length();
+        for (int k = 0; k <= length; ++k) {
+            for (int n : {-1, 0, 1, 3, length - k, length, 1000}) {
+                auto const count = static_cast<std::size_t>(n < 0 ? length : n);
+                auto const tail = reference.substr(static_cast<std::size_t>(k), count);
+                TStringCore s = base;
+                s.append(s.constData() + k, n);
+                EXPECT_EQ(s.toStdUString(), reference + tail) << k << ' ' << n;
+                s = base;
+                s.assign(s.constData() + k, n);
+                EXPECT_EQ(s.toStdUString(), k == 0 && n < 0 ? reference : tail) << k << ' ' << n;
+                s = base;
+                s.insert(2, s.view().mid(k, n));
+                EXPECT_EQ(s.toStdUString(), std::u16string(reference).insert(2, n < 0 ? u"" : tail)) << k << ' ' << n;
+            }
+        }
+    }
+    TStringCore s = digits;
+    EXPECT_EQ(s.append(s), digits + digits);
+    EXPECT_EQ(s.append(s), digits + digits + digits + digits);
+    s += s.view();
+    EXPECT_EQ(s.length(), 80);
+    // A negative count on the own text stops at an embedded 0 when assigning, not when appending.
+    TStringCore zero(u"ab\0cd", 5);
+    zero.append(zero.constData() + 1, -1);
+    EXPECT_EQ(zero.length(), 9);
+    zero.assign(zero.constData() + 1, -1);
+    EXPECT_EQ(zero, u"b");
+    EXPECT_EQ(zero.length(), 1);
+}
+
+TEST(TStringCore, AppendsOfEveryKind)
+{
+    TStringCore s;
+    s.append("caf\xC3\xA9").append('\xE9').append(u" \u00E9").append(L" \u20AC\U0001F600").append(TStringView(u"|"));
+    s.append32(0x1F600).append(u'!').append(L'\u20AC').append(U'\U0001F601').append(char32_t{0x110000});
+    s += "u8";
+    s += 'c';
+    EXPECT_EQ(s, u"caf\u00E9\u00E9 \u00E9 \u20AC\U0001F600|\U0001F600!\u20AC\U0001F601\uFFFDu8c");
+    s = u"b";
+    s.push_front(u"a");
+    s.push_front32(0x1F600);
+    s.push_back(u'c');
+    s.push_back32(0x1F601);
+    s.prepend(L"w").prepend32(0x20AC).prepend("\xC3\xA9");
+    s.insert(-5, u'<').insert(1000, u'>').insert(1, u"xyz", 2);
+    EXPECT_EQ(s, u"<xy\u00E9\u20ACw\U0001F600abc\U0001F601>");
+    TStringCore zero;
+    zero.append(u'\0').append(u'a');
+    zero += u'\0';
+    EXPECT_EQ(zero.length(), 3);
+}
+
+TEST(TStringCore, FillingConstructors)
+{
+    EXPECT_EQ(TStringCore('\xE9', 3), u"\u00E9\u00E9\u00E9");
+    EXPECT_EQ(TStringCore(u'x', -1), u"");
+    EXPECT_EQ(TStringCore(char32_t{0x1F600}, 3).length(), 6);
+    EXPECT_EQ(TStringCore(char32_t{0x1F600}, 3).lengthInCodePoints(), 3);
+    EXPECT_EQ(TStringCore(L'\u20AC', 20), TStringCore(u'\u20AC', 20));
+    EXPECT_EQ(TStringCore().assign32(0x1F600, 3), TStringCore(U'\U0001F600', 3));
+    EXPECT_EQ(TStringCore().assign32(0x110000), u"\uFFFD");
+    EXPECT_EQ(TStringCore(u"abcdef", 3), u"abc");
+    EXPECT_EQ(TStringCore("abcdef", 3), u"abc");
+    EXPECT_EQ(TStringCore(L"abcdef", 3), u"abc");
+    EXPECT_EQ(TStringCore(u"a\0b", 3).length(), 3);
+    EXPECT_EQ(TStringCore(static_cast<char const*>(nullptr), 5), u"");
+    EXPECT_EQ(TStringCore(static_cast<char16_t const*>(nullptr), 5), u"");
+    EXPECT_EQ(TStringCore(static_cast<wchar_t const*>(nullptr), 5), u"");
+    EXPECT_EQ(TextError([] { TStringCore(char32_t{0x1F600}, INT_MAX / 2 + 1); }), kOverflow);
+    // A view's length is cut to int.
+    EXPECT_EQ(TStringCore(TStringView(u"abcdef", (std::size_t{1} << 32) + 4)), u"abcd");
+}
+
+// A long random sequence of edits, mirrored in std::u16string.
+TEST(TStringCore, AgreesWithTheStandardStringOverManyEdits)
+{
+    std::mt19937 random(20240607);
+    LeakCheck const leaks;
+    {
+        TStringCore s;
+        std::u16string mirror;
+        std::vector<TStringCore> copies;
+        for (int step = 0; step < 20000; ++step) {
+            auto const pick = static_cast<int>(random() % 8);
+            auto const n = static_cast<int>(random() % 40);
+            auto const c = static_cast<char16_t>(u'a' + random() % 26);
+            auto const at = static_cast<int>(random() % (mirror.size() + 1));
+            switch (pick) {
+            case 0:
+                s.append(c);
+                mirror += c;
+                break;
+            case 1:
+                s.append(TStringCore(c, n));
+                mirror.append(static_cast<std::size_t>(n), c);
+                break;
+            case 2:
+                s.insert(at, TStringCore(c, n));
+                mirror.insert(static_cast<std::size_t>(at), static_cast<std::size_t>(n), c);
+                break;
+            case 3:
+                s.resize(at);
+                mirror.resize(static_cast<std::size_t>(at));
+                break;
+            case 4:
+                copies.push_back(s);
+                break;
+            case 5:
+                s.squeeze();
+                break;
+            case 6:
+                s.reserve(static_cast<int>(mirror.size()) + n);
+                break;
+            default:
+                if (!mirror.empty()) {
+                    s[static_cast<int>(mirror.size()) - 1] = c;
+                    mirror.back() = c;
+                }
+            }
+            if (mirror.size() > 600) {
+                s.clear();
+                mirror.clear();
+                copies.clear();
+            }
+            ASSERT_EQ(s.toStdUString(), mirror) << "step " << step;
+            ASSERT_EQ(s.constData()[s.length()], 0);
+            ASSERT_LT(s.length(), s.capacity());
+        }
+    }
+    EXPECT_TRUE(leaks.Balanced());
+}
+
+TEST(TStringCore, ElementAccessAndItsErrors)
+{
+    TStringCore s = u"abc";
+    TStringCore const& c = s;
+    EXPECT_EQ(c.at(3), 0);
+    EXPECT_EQ(c[0u], u'a');
+    EXPECT_EQ(c[std::ptrdiff_t{2}], u'c');
+    EXPECT_EQ(s[s.length()], 0);
+    EXPECT_EQ(c.front(), u'a');
+    EXPECT_EQ(c.back(), u'c');
+    EXPECT_EQ(TStringCore().back(), 0);
+    EXPECT_EQ(std::u16string(c.rbegin(), c.rend()), u"cba");
+    EXPECT_EQ(TextError([&] { static_cast<void>(c.at(4)); }), "TStringCore::at(int): argument out of range.");
+    EXPECT_EQ(TextError([&] { static_cast<void>(c.at(-1)); }), "TStringCore::at(int): argument out of range.");
+    EXPECT_EQ(TextError([&] { s[-1] = u'x'; }), "TStringCore::operator[int] argument out of range.");
+    EXPECT_EQ(TextError([&] { static_cast<void>(c[4]); }), "TStringCore::operator[int] const argument out of range.");
+    EXPECT_EQ(TextError([&] { s[std::size_t{4}] = u'x'; }), "TStringCore::operator[size_type] argument out of range.");
+    EXPECT_EQ(TextError([&] { static_cast<void>(c[std::size_t{1} << 40]); }),
+              "TStringCore::operator[size_type] const argument out of range.");
+    EXPECT_EQ(TextError([&] { static_cast<void>(c[std::ptrdiff_t{-1}]); }),
+              "TStringCore::operator[size_type] const argument out of range.");
+}
+
+TEST(TStringCore, ComparingStopsAtZero)
+{
+    TStringCore const b(u"a\0b", 3);
+    TStringCore const c(u"a\0c", 3);
+    EXPECT_EQ(b, c);
+    EXPECT_EQ(b, u"a");
+    EXPECT_NE(b, TStringCore(u"a"));            // lengths differ
+    EXPECT_EQ(b.compare(TStringCore(u"a")), 0); // the order ignores what follows the 0
+    EXPECT_FALSE(b < c);
+    EXPECT_TRUE(b <= c && b >= c);
+    EXPECT_NE(b.view(), c.view());
+    EXPECT_EQ(TStringCore(), static_cast<char16_t const*>(nullptr));
+    EXPECT_LT(TStringCore(u"\xD83D\xDE00"), u"\uFFFF"); // by unit, not by code point
+}
+
+TEST(TStringCore, ComparisonWithOneUnitLooksAtTheFirst)
+{
+    EXPECT_TRUE(TStringCore() < u'x');
+    EXPECT_TRUE(TStringCore(u"ba") > u'b');
+    EXPECT_FALSE(TStringCore(u"bb") < u'b');
+    EXPECT_FALSE(TStringCore(u"bb") == u'b');
+    EXPECT_TRUE(TStringCore(u"b") == u'b' && TStringCore(u"b") <= u'b' && u'b' >= TStringCore(u"b"));
+    EXPECT_TRUE(u'a' < TStringCore(u"b") && L'c' > TStringCore(u"b"));
+    EXPECT_TRUE(TStringCore(u"\U0001F600") == U'\U0001F600');
+    EXPECT_TRUE(TStringCore(u"\xD83D") != U'\U0001F600');
+}
+
+TEST(TStringCore, FoldedComparison)
+{
+    using S = TStringCore;
+    EXPECT_EQ(S::compare(u"abc", u"ABD", S::CaseInsensitive), -1);
+    EXPECT_EQ(S::compare(u"a", u"A", S::CaseSensitive), 1);
+    EXPECT_EQ(S::compare(u"\u00C4\u0416", u"\u00E4\u0436", S::CaseInsensitive), 0);
+    EXPECT_EQ(S::compare(u"[", u"{", S::CaseInsensitive), -1); // bit 0x20 is for letters only
+    EXPECT_EQ(S::compare(u"stra\u00DFe", u"strasse", S::CaseInsensitive), 1);
+    EXPECT_EQ(S::compareN(u"ab", u"abc", -1), -1);
+    EXPECT_EQ(S::compareN(u"abX", u"abY", 2), 0);
+    EXPECT_EQ(S::compareN(u"abX", u"abY", 0), 0);
+    EXPECT_EQ(S::compareN(nullptr, u"a", 5), -1);
+    EXPECT_EQ(S(u"abc").compare(L"ABC", S::CaseInsensitive), 0);
+}
+
+TEST(TStringCore, ConcatenationIsACopyWithTheRightOneAppended)
+{
+    TStringCore const a = Xs(20);
+    EXPECT_TRUE(Share(a + u"", a));
+    for (int left : {0, 5, 14, 15, 60}) {
+        for (int right : {1, 9, 10, 200}) {
+            TStringCore expected = Xs(left);
+            TStringCore const keeper = expected; // so that the append detaches, as it does on a copy
+            expected.append(TStringCore(u'y', right));
+            TStringCore const sum = keeper + TStringCore(u'y', right);
+            EXPECT_EQ(sum, expected);
+            EXPECT_EQ(sum.capacity(), expected.capacity());
+        }
+    }
+    EXPECT_EQ(Xs(3) + u"b" + L"c" + "d" + 'e' + U'\U0001F600' + TStringView(u"f"), u"xxxbcde\U0001F600f");
+    EXPECT_EQ(u"a" + Xs(1) + u'b', u"axb");
+    EXPECT_EQ(L'a' + (TStringView(u"b") + Xs(1)), u"abx");
+}
+
+// Every growth that cannot be held, and every failing allocation, leaves text, length and sharing as they were. (That
+// nothing leaks on the way is what the run under AddressSanitizer tells: accounting charges failed requests too.)
+TEST(TStringCore, FailedGrowthLeavesTheStringAlone)
+{
+    using Grow = void (*)(TStringCore&);
+    Grow const growths[] = {
+        [](TStringCore& s) { s.resize(5000); },
+        [](TStringCore& s) { s.reserve(5000); },
+        [](TStringCore& s) { s.append(Xs(5000)); },
+        [](TStringCore& s) { s.append(std::string(5000, 'a').c_str()); },
+        [](TStringCore& s) { s.append(std::wstring(5000, L'a').c_str()); },
+        [](TStringCore& s) { s.assign(u'y', 5000); },
+        [](TStringCore& s) { s.assign(std::string(5000, 'a').c_str()); },
+        [](TStringCore& s) { s.insert(1, std::u16string(5000, u'a')); },
+        [](TStringCore& s) { s.assign32(0x1F600, 5000); },
+    };
+    for (int const length : {5, 60}) {
+        for (bool const shared : {false, true}) {
+            for (Grow const grow : growths) {
+                for (unsigned nth = 1; nth <= 3; ++nth) {
+                    TStringCore s = Xs(length);
+                    TStringCore const sharer = shared ? s : TStringCore();
+                    std::string const error = [&] {
+                        FailingReallocation const failing(nth);
+                        return TextError([&] { grow(s); });
+                    }();
+                    EXPECT_TRUE(error.empty() || error == "Out of memory") << error;
+                    if (nth == 1) {
+                        EXPECT_EQ(error, "Out of memory");
+                    }
+                    if (!error.empty()) {
+                        EXPECT_TRUE(s.view().startsWith(Xs(length))) << length;
+                        EXPECT_TRUE(nth > 1 || s.length() == length);
+                    }
+                    EXPECT_TRUE(!shared || sharer == Xs(length));
+                }
+            }
+        }
+    }
+    TStringCore s = Xs(30);
+    EXPECT_EQ(TextError([&] { s.resize(INT_MAX); }), kOverflow);
+    EXPECT_EQ(TextError([&] { s.resize(0x7FFFFFF9); }), kOverflow);
+    EXPECT_EQ(TextError([&] { s.append(u"x", INT_MAX - 10); }), kOverflow);
+    EXPECT_EQ(TextError([&] { s.append("x", INT_MAX - 10); }), kOverflow);
+    EXPECT_EQ(TextError([&] { s.insert(0, u"x", INT_MAX - 10); }), kOverflow);
+    EXPECT_EQ(s, Xs(30));
+}
+
+TEST(TStringCore, ExceptionsAreStringsOfTheirOwn)
+{
+    TStringCore::Exception const thrown(u"what happened");
+    std::unique_ptr<TStringCore::Exception> const clone(thrown.Clone());
+    EXPECT_EQ(clone->CollateMessagesForLog(), u"what happened");
+    EXPECT_EQ(thrown.GetConcatenatedMessages(), u"what happened");
+    EXPECT_EQ(TextError([&] { clone->Throw(); }), "what happened");
+    EXPECT_EQ(TextError([] { throw TStringCore::Exception(L"wide"); }), "wide");
+}
+
+} // namespace

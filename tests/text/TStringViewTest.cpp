@@ -1,0 +1,253 @@
+#include <qvxsys/TStringView.h>
+
+#include <array>
+#include <string>
+#include <type_traits>
+
+#include "support/TextPrinters.h"
+
+namespace {
+
+using testing_support::RuntimeError;
+using testing_support::TextError;
+constexpr CaseCompare kFolded = CaseCompare::Insensitive;
+
+static_assert(std::is_trivially_copyable_v<TStringView> && sizeof(TStringView) == 16);
+
+bool IsNullView(TStringView v)
+{
+    return v.data() == nullptr && v.empty();
+}
+
+TEST(TStringView, Slices)
+{
+    TStringView const v = u"abc";
+    EXPECT_EQ(v.left(2), u"ab");
+    EXPECT_EQ(v.left(9), u"abc");
+    EXPECT_TRUE(v.left(0).empty() && v.left(-1).data() == v.data());
+    EXPECT_EQ(v.right(2), u"bc");
+    EXPECT_TRUE(v.right(-3).empty() && v.right(-3).data() == v.end());
+    EXPECT_EQ(v.mid(1), u"bc");
+    EXPECT_TRUE(v.mid(3).empty() && v.mid(3).data() == v.end());
+    EXPECT_TRUE(IsNullView(v.mid(4)) && IsNullView(v.mid(-1)) && IsNullView(v.mid(4, 1)));
+    EXPECT_EQ(v.mid(1, 1), u"b");
+    EXPECT_TRUE(v.mid(1, -1).empty());
+    EXPECT_EQ(v.mid(1, 99), u"bc");
+    TStringView cut = v;
+    EXPECT_EQ(cut.truncate(1), u"a");
+    cut.clear();
+    EXPECT_TRUE(IsNullView(cut) && IsNullView(TStringView()) && IsNullView(TStringView().left(3)));
+    EXPECT_EQ(TStringView().lengthInCodePoints(), 0);
+    EXPECT_EQ(std::u16string(v.rbegin(), v.rend()), u"cba");
+}
+
+TEST(TStringView, SlicesByCodePoint)
+{
+    TStringView const v = u"a\U0001F600bc";
+    auto const pair = v.iteratorFrom(1);
+    EXPECT_EQ(v.mid(pair, 1), u"\U0001F600");
+    EXPECT_EQ(v.mid(pair, 2), u"\U0001F600b");
+    EXPECT_EQ(v.mid(pair, 9), u"\U0001F600bc");
+    EXPECT_TRUE(v.mid(pair, -1).empty());
+    EXPECT_EQ(v.mid(v.codepoint_cbegin(), pair), u"a");
+    EXPECT_EQ(v.mid(pair, v.codepoint_cend()), u"\U0001F600bc");
+    EXPECT_TRUE(v.mid(v.codepoint_cend(), pair).empty());
+}
+
+TEST(TStringView, Units)
+{
+    TStringView const v(u"abc", 3);
+    EXPECT_EQ(v.at(2), u'c');
+    EXPECT_EQ(TextError([&] { static_cast<void>(v.at(3)); }), "TStringView::at(int): argument out of range.");
+    EXPECT_EQ(TextError([&] { static_cast<void>(v.at(-1)); }), "TStringView::at(int): argument out of range.");
+    EXPECT_EQ(TStringCore(u"abc").at(3), 0);
+    TStringView const pairs = u"\U0001F600x\U0001F601";
+    EXPECT_EQ(pairs.front(), 0x1F600u);
+    EXPECT_EQ(pairs.back(), 0x1F601u);
+    EXPECT_EQ(pairs.left(4).back(), 0xFFFDu); // half of a pair; the other half is not looked at
+    EXPECT_EQ(pairs.left(1).front(), 0xFFFDu);
+    EXPECT_EQ(TStringView().front() + TStringView().back(), 0u);
+    EXPECT_EQ(pairs.lengthInCodePoints(), 3);
+    EXPECT_EQ(TStringView(u"a\0b", 3).lengthInCodePoints(), 3);
+}
+
+TEST(TStringView, EqualityComparesEveryUnit)
+{
+    EXPECT_NE(TStringView(u"a\0b", 3), TStringView(u"a\0c", 3));
+    EXPECT_EQ(TStringView(u"a\0b", 3), TStringView(u"a\0b", 3));
+    EXPECT_EQ(TStringView(), TStringView(u""));
+    EXPECT_NE(TStringView(u"ab"), u"abc");
+}
+
+// Each operator decides on its own, first by length.
+TEST(TStringView, OrderingIsLengthFirstAndEachOperatorItsOwn)
+{
+    struct Case
+    {
+        TStringView a;
+        TStringView b;
+        bool less, lessEqual, greater, greaterEqual;
+    };
+    for (auto const& [a, b, less, lessEqual, greater, greaterEqual] : {Case{u"b", u"aa", true, false, true, false},
+                                                                       {u"ab", u"b", true, false, true, false},
+                                                                       {u"a", u"ab", true, true, false, false},
+                                                                       {u"ab", u"ab", false, true, false, true},
+                                                                       {u"ab", u"ac", true, true, false, false},
+                                                                       {u"", u"a", true, true, false, false}}) {
+        EXPECT_EQ(a < b, less) << testing::PrintToString(a) << testing::PrintToString(b);
+        EXPECT_EQ(a <= b, lessEqual) << testing::PrintToString(a) << testing::PrintToString(b);
+        EXPECT_EQ(a > b, greater) << testing::PrintToString(a) << testing::PrintToString(b);
+        EXPECT_EQ(a >= b, greaterEqual) << testing::PrintToString(a) << testing::PrintToString(b);
+    }
+}
+
+TEST(TStringView, ComparisonWithOneCharacter)
+{
+    struct Case
+    {
+        TStringView v;
+        bool equal, less, lessEqual, greater, greaterEqual; // v OP 'b'
+        bool below, belowEqual, above, aboveEqual;          // 'b' OP v
+    };
+    for (auto const& c : {Case{u"", false, true, true, false, false, false, false, true, true},
+                          Case{u"a", false, true, true, false, false, false, false, true, true},
+                          Case{u"b", true, false, true, false, true, false, true, false, true},
+                          Case{u"ba", false, false, false, false, true, false, true, true, true},
+                          Case{u"c", false, false, false, true, true, true, true, false, false}}) {
+        TStringView const v = c.v;
+        EXPECT_EQ((std::array{v == u'b', v<u'b', v <= u'b', v> u'b', v >= u'b'}),
+                  (std::array{c.equal, c.less, c.lessEqual, c.greater, c.greaterEqual}))
+            << testing::PrintToString(v);
+        EXPECT_EQ((std::array{u'b' == v, u'b' < v, u'b' <= v, u'b' > v, u'b' >= v}),
+                  (std::array{c.equal, c.below, c.belowEqual, c.above, c.aboveEqual}))
+            << testing::PrintToString(v);
+    }
+}
+
+TEST(TStringView, PrefixesAndSuffixes)
+{
+    TStringView const v = u"Gr\u00FC\u00DFe \U0001F600";
+    EXPECT_TRUE(v.startsWith(u"Gr") && v.endsWith(u"\U0001F600") && v.startsWith(L"Gr") && v.endsWith(L" \U0001F600"));
+    EXPECT_FALSE(v.startsWith(u"gr") || v.startsWith(u"") || v.endsWith(u"") || TStringView().endsWith(TStringView()));
+    EXPECT_TRUE(v.startsWith(u"gR\u00DC", kFolded));
+    EXPECT_TRUE(v.startsWith(U'G') && v.startsWith(U'g', kFolded) && v.endsWith(U'\U0001F600') &&
+                !v.endsWith(U'\U0001F601'));
+    EXPECT_FALSE(TStringView(u"a").startsWith(u"ab") || TStringView(u"b").endsWith(u"ab"));
+}
+
+TEST(TStringView, Searching)
+{
+    TStringView const v = u"abcabcABC";
+    EXPECT_EQ(v.indexOf(u"ca"), 2);
+    EXPECT_EQ(v.indexOf(u"abc", 1), 3);
+    EXPECT_EQ(v.indexOf(u"abc", -6), 3);
+    EXPECT_EQ(v.indexOf(u"abc", 4), -1);
+    EXPECT_EQ(v.indexOf(u"abc", 4, kFolded), 6);
+    EXPECT_EQ(v.indexOf(u"abc", 9), -1);
+    EXPECT_EQ(v.indexOf(u"abc", -10), -1);
+    EXPECT_EQ(v.indexOf(u"", 1), 1);
+    EXPECT_EQ(TStringView().indexOf(u""), -1);
+    EXPECT_EQ(v.indexOf(u'b', 2), 4);
+    EXPECT_EQ(v.lastIndexOf(u"abc"), 3);
+    EXPECT_EQ(v.lastIndexOf(u"abc", 2), 0);
+    EXPECT_EQ(v.lastIndexOf(u"ABC", -1, kFolded), 6);
+    EXPECT_EQ(v.lastIndexOf(L"zz"), -1);
+    EXPECT_TRUE(v.contains(L"bca") && v.contains(U'C') && !v.contains(u"x") && v.contains(u"BCA", kFolded));
+    EXPECT_EQ(v.count(u"abc") + v.count(L"abc", kFolded), 5);
+    EXPECT_EQ(TStringView(u"aaaa").count(u"aa"), 3);
+    EXPECT_EQ(v.count(u'a') + v.count(u'a', kFolded), 5);
+    EXPECT_EQ(TStringView(u"\U0001F600a\U0001F600").count32(0x1F600), 2);
+    EXPECT_FALSE(TStringView(u"stra\u00DFe").contains(u"STRASSE", kFolded));
+    EXPECT_EQ(v.findOneOf(u"xcB"), 2);
+    EXPECT_EQ(v.findOneOf(u"xcB", 6), 7);
+    EXPECT_EQ(v.findOneNotOf(u"abc"), 6);
+    EXPECT_EQ(v.findOneNotOf(u"abcABC"), -1);
+}
+
+TEST(TStringView, SearchingWithIterators)
+{
+    TStringView const v = u"a\U0001F600b\U0001F600";
+    auto const first = v.find(u"\U0001F600");
+    EXPECT_EQ(first.codeUnitIndex(), 1);
+    EXPECT_EQ(v.find(u"\U0001F600", std::next(first)).codeUnitIndex(), 4);
+    EXPECT_EQ(v.findLast(u"\U0001F600").codeUnitIndex(), 4);
+    EXPECT_EQ(v.findLast(u"\U0001F600", first).codeUnitIndex(), 1);
+    EXPECT_EQ(v.find(u"x"), v.codepoint_cend());
+    EXPECT_EQ(v.find(u"a", v.codepoint_cend()), v.codepoint_cend());
+    EXPECT_EQ(v.findOneOf(u"b", first).codeUnitIndex(), 3);
+    EXPECT_EQ(v.findOneNotOf(u"\U0001F600", first).codeUnitIndex(), 3);
+    EXPECT_EQ(first.distance(v.findLast(u"\U0001F600")), 2);
+    TStringCore const other = u"a\U0001F600b\U0001F600";
+    TStringView const elsewhere = other;
+    EXPECT_EQ(RuntimeError([&] { static_cast<void>(v.find(u"a", elsewhere.codepoint_cbegin())); }),
+              "TStringView::iteratorFrom iterators do not reference the same underlying string.");
+}
+
+// The naive search as the oracle, over all short texts of two letters.
+TEST(TStringView, SearchAgreesWithTheNaiveOne)
+{
+    auto const textOf = [](unsigned bits, int length) {
+        std::u16string s;
+        for (int i = 0; i < length; ++i) {
+            s += (bits >> i) & 1u ? u'b' : u'A';
+        }
+        return s;
+    };
+    for (int length = 1; length <= 9; ++length) {
+        for (unsigned bits = 0; bits < 1u << length; ++bits) {
+            std::u16string const text = textOf(bits, length);
+            for (int n = 1; n <= 4; ++n) {
+                for (unsigned needleBits = 0; needleBits < 1u << n; ++needleBits) {
+                    std::u16string const needle = textOf(needleBits, n);
+                    std::u16string folded = needle;
+                    for (auto& c : folded) {
+                        c = c == u'A' ? u'a' : u'B';
+                    }
+                    auto const first = static_cast<int>(text.find(needle));
+                    auto const last = static_cast<int>(text.rfind(needle));
+                    ASSERT_EQ(TStringView(text).indexOf(needle), first);
+                    ASSERT_EQ(TStringView(text).indexOf(folded, 0, kFolded), first);
+                    ASSERT_EQ(TStringView(text).lastIndexOf(needle), last);
+                    ASSERT_EQ(TStringView(text).lastIndexOf(folded, -1, kFolded), last);
+                }
+            }
+        }
+    }
+    std::u16string const border(200, u'a'); // a needle longer than the small table
+    EXPECT_EQ(TStringView(border + u"b" + border).indexOf(u"b" + border), 200);
+}
+
+TEST(TStringView, SplittingAndTrimming)
+{
+    using Parts = std::vector<TStringView>;
+    TStringView const v = u"a,,b,";
+    EXPECT_EQ(v.split(u','), (Parts{u"a", u"", u"b", u""}));
+    EXPECT_EQ(v.split(L",", EmptyParts::Skip), (Parts{u"a", u"b"}));
+    EXPECT_EQ(v.split(u",,"), (Parts{u"a", u"b,"}));
+    EXPECT_EQ(v.split(u""), Parts{});
+    EXPECT_EQ(TStringView().split(u','), Parts{TStringView()});
+    EXPECT_EQ(TStringView().split(u',', EmptyParts::Skip), Parts{});
+    EXPECT_EQ(TStringView(u"1x2X3").split(u"x", EmptyParts::Keep, kFolded), (Parts{u"1", u"2", u"3"}));
+    EXPECT_EQ(TStringView(u"a\0b\0", 4).split(u'\0'), (Parts{u"a", u"b", u""}));
+    EXPECT_EQ(TStringView(u"a;b,c").splitOnAny(u",;"), (Parts{u"a", u"b", u"c"}));
+    EXPECT_EQ(TStringView(u" a  b ").tokenize(u" "), (Parts{u"a", u"b"}));
+
+    TStringView spaced = u"\u3000\t a b\u00A0\u2028";
+    EXPECT_EQ(spaced.trimmed(), u"a b");
+    EXPECT_EQ(TStringView(spaced).trimLeft(), u"a b\u00A0\u2028");
+    EXPECT_EQ(TStringView(spaced).trimRight(), u"\u3000\t a b");
+    EXPECT_EQ(spaced.trim(), u"a b");
+    EXPECT_EQ(TStringView(u"\U0001F600x\U0001F600\U0001F601").trimmed(u"\U0001F601\U0001F600"), u"x");
+    EXPECT_TRUE(TStringView(u" \t").trimmed().empty());
+}
+
+TEST(TStringView, StandardTextIsViewedInPlace)
+{
+    std::u16string const standard = u"abc";
+    TStringView const v = standard;
+    EXPECT_EQ(v.data(), standard.data());
+    EXPECT_EQ(std::u16string_view(v), standard);
+    EXPECT_EQ(TStringCore::viewsToStrings({v, v.left(1)}), (std::vector<TStringCore>{u"abc", u"a"}));
+}
+
+} // namespace
