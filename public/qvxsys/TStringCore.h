@@ -40,6 +40,7 @@
 #include <qvxsys/CodePointIterator.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/TStringView.h>
+#include <qvxsys/TextArguments.h>
 
 /// The heap block of a long string. Allocated as one piece with TRealloc, freed with TFree.
 struct TStringBlock
@@ -57,34 +58,6 @@ static_assert(offsetof(TStringBlock, references) == 0 && offsetof(TStringBlock, 
 template<class Container>
 class TCodePointIterator;
 class TCodePointView;
-
-namespace qvxsys::detail {
-
-/// An integer type that is not one of the two index types, nor a character.
-template<class I>
-concept OtherIndex = std::integral<I> && !std::same_as<I, int> && !std::same_as<I, std::size_t> &&
-                     !std::same_as<I, bool> && !TCType::Character<I>;
-
-template<class T>
-using Pointee = std::remove_const_t<std::remove_pointer_t<std::decay_t<T>>>;
-
-/// Text as a pointer: UTF-16 or wide, and with UTF-8 as well.
-template<class T>
-concept StringPointer = std::is_pointer_v<std::decay_t<T>> &&
-    (std::same_as<Pointee<T>, char16_t> || std::same_as<Pointee<T>, wchar_t>);
-template<class T>
-concept TextPointer = StringPointer<T> ||(std::is_pointer_v<std::decay_t<T>>&& std::same_as<Pointee<T>, char>);
-
-template<class T>
-concept TextOrCharacter = TCType::Character<T> || TextPointer<T> || std::convertible_to<T const&, TStringView>;
-
-template<class S, class T>
-concept Appendable = requires(S& s, T const& t)
-{
-    s.append(t);
-};
-
-} // namespace qvxsys::detail
 
 class QVXSYS_API TStringCore
 {
@@ -757,59 +730,7 @@ private:
 };
 static_assert(sizeof(TStringCore) == 32 && alignof(TStringCore) == 8);
 
-/// What the text functions throw: a string whose text is the message. It belongs to no other exception family; catch it
-/// as this class.
-class QVXSYS_API TStringCore::Exception : public TStringCore
-{
-public:
-    Exception(char16_t const* message) : TStringCore(message) {}
-    Exception(wchar_t const* message) : TStringCore(message) {}
-    Exception(TStringCore const& message) noexcept : TStringCore(message) {}
-    Exception(TStringCore&& message) noexcept : TStringCore(static_cast<TStringCore&&>(message)) {}
-    Exception(Exception const&) noexcept = default;
-    Exception(Exception&&) noexcept = default;
-    Exception& operator=(Exception const&) = default;
-    Exception& operator=(Exception&&) noexcept = default;
-    ~Exception();
-
-    /// A copy on the heap, which the caller deletes.
-    [[nodiscard]] Exception* Clone() const;
-    /// Throws a copy of this object.
-    [[noreturn]] void Throw() const;
-    /// Both are the message.
-    [[nodiscard]] TStringCore CollateMessagesForLog() const;
-    [[nodiscard]] TStringCore GetConcatenatedMessages() const;
-};
-
+// What needs the class complete.
 #include <qvxsys/CodePointView.h>
-
-namespace qvxsys::detail {
-
-/// Wide text as something that can be viewed: in place where it is UTF-16, else converted.
-class WideText
-{
-public:
-    explicit WideText(wchar_t const* text) : m_text(Make(text)) {}
-    operator TStringView() const noexcept QVXSYS_LIFETIME_BOUND { return m_text; }
-
-private:
-    using Text = std::conditional_t<kWideIsUtf16, TStringView, TStringCore>;
-
-    static Text Make(wchar_t const* text)
-    {
-        if constexpr (kWideIsUtf16) {
-            return TStringView(reinterpret_cast<char16_t const*>(text));
-        } else {
-            return TStringCore(text);
-        }
-    }
-
-    Text m_text;
-};
-
-inline WideText ToView(wchar_t const* text)
-{
-    return WideText(text);
-}
-
-} // namespace qvxsys::detail
+#include <qvxsys/TStringException.h>
+#include <qvxsys/WideText.h>

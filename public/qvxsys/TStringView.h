@@ -18,14 +18,12 @@
 #include <cstddef>
 #include <iterator>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
-#include <qvxsys/CharacterUtils.h>
 #include <qvxsys/Platform.h>
-#include <qvxsys/TCType.h>
+#include <qvxsys/TextArguments.h>
 
-class TStringCore;
-class TStringView;
 template<class Container>
 class TConstCodePointIterator;
 template<class Container>
@@ -39,50 +37,6 @@ enum class CaseCompare : int { Insensitive = 0, Sensitive = 1 };
 enum class EmptyParts : int { Keep = 0, Skip = 1 };
 
 namespace qvxsys::detail {
-
-class WideText;
-WideText ToView(wchar_t const* text);
-constexpr TStringView ToView(TStringView view) noexcept;
-
-/// The one or two units of a character. A char is Latin-1; a wchar_t is a unit or, where it has 32 bits, a code point;
-/// a code point above U+10FFFF is U+FFFD. A surrogate value is one unit.
-struct UnitsOf
-{
-    char16_t units[2];
-    int count;
-
-    template<TCType::Character C>
-    constexpr explicit UnitsOf(C character) noexcept
-    {
-        char32_t const c = TCType::detail::CodePointOf(character);
-        if (c < 0x10000) {
-            units[0] = static_cast<char16_t>(c);
-            count = 1;
-        } else if (c <= 0x10FFFF) {
-            units[0] = CharacterUtils::HighSurrogate(c);
-            units[1] = CharacterUtils::LowSurrogate(c);
-            count = 2;
-        } else {
-            units[0] = static_cast<char16_t>(CharacterUtils::kReplacement);
-            count = 1;
-        }
-    }
-
-    [[nodiscard]] constexpr bool Is(char16_t const* text, std::size_t length) const noexcept
-    {
-        return length == static_cast<std::size_t>(count) && text[0] == units[0] && (count == 1 || text[1] == units[1]);
-    }
-};
-
-template<class T>
-concept WidePointer = std::same_as<std::decay_t<T>, wchar_t const*> || std::same_as<std::decay_t<T>, wchar_t*>;
-
-template<class T>
-concept ViewOperand = std::same_as<T, TStringView> || std::convertible_to<T const&, TStringView> || WidePointer<T>;
-
-/// A view compared with a view or with anything that becomes one.
-template<class A, class B>
-concept ViewPair = (std::same_as<A, TStringView> && ViewOperand<B>) || (std::same_as<B, TStringView> && ViewOperand<A>);
 
 [[nodiscard]] QVXSYS_API bool ViewsEqual(TStringView a, TStringView b) noexcept;
 /// compareN of the common length, case-sensitive.
@@ -108,7 +62,9 @@ public:
     constexpr TStringView(char16_t const* data, std::size_t length) noexcept : m_data(data), m_length(length) {}
     /// A terminated text up to its 0 unit; null gives the null view.
     constexpr TStringView(char16_t const* text) noexcept
-        : m_data(text), m_length(text != nullptr ? std::char_traits<char16_t>::length(text) : 0)
+        : m_data(text), m_length(text == nullptr                ? 0
+                                 : std::is_constant_evaluated() ? std::char_traits<char16_t>::length(text)
+                                                                : qvxsys::detail::TerminatedLength(text))
     {}
     constexpr TStringView(std::u16string_view text) noexcept : m_data(text.data()), m_length(text.size()) {}
     TStringView(std::u16string const& text QVXSYS_LIFETIME_BOUND) noexcept : m_data(text.data()), m_length(text.size())

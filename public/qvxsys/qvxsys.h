@@ -11,4 +11,7 @@
 #include <qvxsys/TCType.h>
 #include <qvxsys/TMemory.h>
 #include <qvxsys/TStringCore.h>
+#include <qvxsys/TStringException.h>
 #include <qvxsys/TStringView.h>
+#include <qvxsys/TextArguments.h>
+#include <qvxsys/WideText.h>

@@ -1,5 +1,6 @@
 #include <qvxsys/TStringCore.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -82,6 +83,23 @@ TEST(TStringConvert, WideTextKeepsEveryValue)
     EXPECT_EQ(static_cast<std::size_t>(text.toWCharArray(array, 8)), wide.size());
     EXPECT_EQ(TextError([&] { text.toWCharArray(array, 5); }),
               "Error insufficient destinationCapacity (5) was passed into TStringCore::toWCharArray.");
+}
+
+// Terminated texts of every length at every alignment, surrounded by zeros and non-zeros.
+TEST(TStringConvert, LengthOfTerminatedText)
+{
+    for (char16_t const around : {u'\0', u'\x0100', u'\x00FF'}) {
+        for (std::size_t at = 0; at < 10; ++at) {
+            for (std::size_t n = 0; n < 40; ++n) {
+                std::vector<char16_t> units(64, around);
+                std::fill_n(units.begin() + static_cast<std::ptrdiff_t>(at), n, u'\x8000');
+                units[at + n] = 0;
+                ASSERT_EQ(TStringCore::length(units.data() + at), static_cast<int>(n));
+                ASSERT_EQ(TStringView(units.data() + at).size(), n);
+            }
+        }
+    }
+    static_assert(TStringView(u"abc").size() == 3);
 }
 
 TEST(TStringConvert, Utf32)

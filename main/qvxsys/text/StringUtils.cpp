@@ -193,7 +193,7 @@ std::size_t RangeLength(char16_t const* s, int start, int end) noexcept
         return 0;
     }
     if (end < 0) {
-        return std::char_traits<char16_t>::length(s + start);
+        return qvxsys::detail::TerminatedLength(s + start);
     }
     return end > start ? static_cast<std::size_t>(end - start) : 0;
 }
@@ -405,7 +405,7 @@ int SubStringSizeInCodeUnits(char16_t const* s, int length, int start, int count
         return 0;
     }
     if (count < 0) {
-        return static_cast<int>(std::char_traits<char16_t>::length(s + start));
+        return static_cast<int>(qvxsys::detail::TerminatedLength(s + start));
     }
     int at = start;
     for (; count > 0 && at < length && s[at] != 0; --count) {

@@ -243,7 +243,7 @@ std::vector<TStringCore> TStringCore::viewsToStrings(std::vector<TStringView> co
 
 int TStringCore::length(char16_t const* s) noexcept
 {
-    return s == nullptr ? 0 : static_cast<int>(std::char_traits<char16_t>::length(s));
+    return s == nullptr ? 0 : static_cast<int>(qvxsys::detail::TerminatedLength(s));
 }
 
 int TStringCore::length(wchar_t const* s) noexcept

@@ -1,0 +1,88 @@
+#pragma once
+// The types that text and characters come in, as concepts, and what a character is in UTF-16. Shared by the text classes.
+
+#include <concepts>
+#include <cstddef>
+#include <type_traits>
+
+#include <qvxsys/CharacterUtils.h>
+#include <qvxsys/Platform.h>
+#include <qvxsys/TCType.h>
+
+class TStringCore;
+class TStringView;
+
+namespace qvxsys::detail {
+
+/// The one or two units of a character. A char is Latin-1; a wchar_t is a unit or, where it has 32 bits, a code point;
+/// a code point above U+10FFFF is U+FFFD. A surrogate value is one unit.
+struct UnitsOf
+{
+    char16_t units[2];
+    int count;
+
+    template<TCType::Character C>
+    constexpr explicit UnitsOf(C character) noexcept
+    {
+        char32_t const c = TCType::detail::CodePointOf(character);
+        if (c < 0x10000) {
+            units[0] = static_cast<char16_t>(c);
+            count = 1;
+        } else if (c <= 0x10FFFF) {
+            units[0] = CharacterUtils::HighSurrogate(c);
+            units[1] = CharacterUtils::LowSurrogate(c);
+            count = 2;
+        } else {
+            units[0] = static_cast<char16_t>(CharacterUtils::kReplacement);
+            count = 1;
+        }
+    }
+
+    [[nodiscard]] constexpr bool Is(char16_t const* text, std::size_t length) const noexcept
+    {
+        return length == static_cast<std::size_t>(count) && text[0] == units[0] && (count == 1 || text[1] == units[1]);
+    }
+};
+
+template<class T>
+using Pointee = std::remove_const_t<std::remove_pointer_t<std::decay_t<T>>>;
+
+template<class T, class Unit>
+concept PointerTo = std::is_pointer_v<std::decay_t<T>> && std::same_as<Pointee<T>, Unit>;
+
+template<class T>
+concept WidePointer = PointerTo<T, wchar_t>;
+
+template<class T>
+concept ViewOperand = std::same_as<T, TStringView> || std::convertible_to<T const&, TStringView> || WidePointer<T>;
+
+/// A view compared with a view or with anything that becomes one.
+template<class A, class B>
+concept ViewPair = (std::same_as<A, TStringView> && ViewOperand<B>) || (std::same_as<B, TStringView> && ViewOperand<A>);
+
+/// An integer type that is not one of the two index types, nor a character.
+template<class I>
+concept OtherIndex = std::integral<I> && !std::same_as<I, int> && !std::same_as<I, std::size_t> &&
+                     !std::same_as<I, bool> && !TCType::Character<I>;
+
+/// Text as a pointer: UTF-16 or wide, and with UTF-8 as well.
+template<class T>
+concept StringPointer = PointerTo<T, char16_t> || PointerTo<T, wchar_t>;
+template<class T>
+concept TextPointer = StringPointer<T> || PointerTo<T, char>;
+
+template<class T>
+concept TextOrCharacter = TCType::Character<T> || TextPointer<T> || std::convertible_to<T const&, TStringView>;
+
+template<class S, class T>
+concept Appendable = requires(S& s, T const& t) { s.append(t); };
+
+/// The units before the terminator; `text` is not null.
+[[nodiscard]] QVXSYS_API std::size_t TerminatedLength(char16_t const* text) noexcept;
+
+// Wide text as a view, see WideText.h.
+class WideText;
+WideText ToView(wchar_t const* text);
+constexpr TStringView ToView(TStringView view) noexcept;
+
+} // namespace qvxsys::detail
