@@ -209,7 +209,10 @@ void* TCalloc(std::size_t count, std::size_t size) noexcept
 
 void* TRealloc(void* ptr, std::size_t size) noexcept
 {
-    return State() == 0 ? std::realloc(ptr, size) : CountedRealloc(ptr, size);
+    if (State() == 0) [[likely]] {
+        return ptr == nullptr ? std::malloc(size) : std::realloc(ptr, size);
+    }
+    return CountedRealloc(ptr, size);
 }
 
 void TFree(void* ptr) noexcept

@@ -40,7 +40,8 @@ enum ClassBits : std::uint16_t {
     kKnown = 1 << 15, // the entry is filled
 };
 
-// The classes of U+0000..U+FFFF, 0 where nobody asked yet; and the simple case mappings of the units, 0 likewise.
+// The classes of U+0000..U+FFFF, 0 where nobody asked yet; and the simple case mappings of the units plus one, 0
+// likewise (so that U+FFFF alone is asked for every time).
 QVXSYS_API extern std::atomic<std::uint16_t> const* const g_classes;
 QVXSYS_API extern std::atomic<char16_t> const* const g_folded;
 QVXSYS_API extern std::atomic<char16_t> const* const g_lower;
@@ -78,7 +79,7 @@ inline bool Is(char32_t c, ClassBits bits) noexcept
 inline char16_t Mapped(std::atomic<char16_t> const* table, char16_t (*fill)(char16_t), char16_t c) noexcept
 {
     char16_t const known = table[c].load(std::memory_order_relaxed);
-    return known != 0 ? known : fill(c);
+    return known != 0 ? static_cast<char16_t>(known - 1) : fill(c);
 }
 
 } // namespace detail
@@ -192,9 +193,6 @@ template<Character C>
 /// unchanged, the rest by ICU's simple case folding with the default option. It never changes a text's length.
 [[nodiscard]] inline char16_t FoldCase(char16_t c) noexcept
 {
-    if (c < 0x80) {
-        return static_cast<unsigned>(c - u'A') < 26u ? static_cast<char16_t>(c | 0x20) : c;
-    }
     return detail::Mapped(detail::g_folded, detail::FillFolded, c);
 }
 

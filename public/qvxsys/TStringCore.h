@@ -253,7 +253,13 @@ public:
     /// long" for a terminated text above 0x7FFFFFFF bytes. The room of n units is reserved.
     TStringCore& append(char const* utf8, int n = -1);
     /// n units. From inside the string's own text: up to its end for a negative n or one past the end.
-    TStringCore& append(char16_t const* s, int n = -1);
+    TStringCore& append(char16_t const* s, int n = -1)
+    {
+        if (static_cast<unsigned>(n) <= kInlineLength && s != nullptr && AppendShort(s, static_cast<unsigned>(n))) {
+            return *this;
+        }
+        return AppendUnits(s, n);
+    }
     TStringCore& append(wchar_t const* s, int n = -1);
     /// One character, a 0 unit too.
     template<TCType::Character C>
@@ -663,6 +669,27 @@ private:
         std::memcpy(to + offset, &last, Bytes);
     }
 
+    /// Appends n <= 14 units where a block has room for them; false where something else has to be done.
+    bool AppendShort(char16_t const* s, unsigned n)
+    {
+        if (!IsBlock()) {
+            return false;
+        }
+        TStringBlock* const block = Block();
+        int const old = block->length;
+        char16_t* const end = block->Text() + old;
+        // A source that begins in the text or at its terminator is cut to what is there.
+        bool const own = reinterpret_cast<std::uintptr_t>(end) - reinterpret_cast<std::uintptr_t>(s) <=
+                         static_cast<std::uintptr_t>(old) * sizeof(char16_t);
+        if (own || static_cast<int>(n) >= block->capacity - old || n == 0 || IsShared(block)) {
+            return false;
+        }
+        CopyShort(end, s, n);
+        end[n] = 0;
+        block->length = old + static_cast<int>(n);
+        return true;
+    }
+
     void AppendUnit(char16_t c)
     {
         if (!IsBlock()) {
@@ -696,7 +723,20 @@ private:
     static void FreeBlock(TStringBlock* block) noexcept;
     [[noreturn]] static void ThrowOutOfRange(char const* message);
     static bool AgreeUpToZero(char16_t const* a, char16_t const* b) noexcept;
-    static TStringCore Concatenated(TStringCore const& a, TStringView b);
+    static TStringCore Concatenated(TStringCore const& a, TStringView b)
+    {
+        // Cut to int first: a view's length beyond it is treated as append does.
+        int const right = b.length();
+        if (!a.IsBlock() && right >= 0 && a.m_units[kFormSlot] + right <= kInlineLength) {
+            TStringCore result(a);
+            int const left = a.m_units[kFormSlot];
+            CopyShort(result.m_units + left, b.data(), static_cast<unsigned>(right));
+            result.SetInlineLength(left + right);
+            return result;
+        }
+        return ConcatenatedInBlock(a, b);
+    }
+    static TStringCore ConcatenatedInBlock(TStringCore const& a, TStringView b);
 
     static int GrownCapacity(int n) noexcept;
     static int AddLengths(int a, int b);
@@ -705,6 +745,7 @@ private:
     void MoveToBlock(int capacity);
     void SetCapacity(int target);
     char16_t* SetLength(int n);
+    void StoreLength(int n) noexcept;
     char16_t* Grow(int by);
 
     void AssignShared(TStringCore const& other) noexcept;
@@ -712,6 +753,7 @@ private:
     TStringCore& AssignCopies(qvxsys::detail::UnitsOf units, int n);
     void AppendUnitSlow(char16_t c);
     void AppendForeign(char16_t const* s, int n);
+    TStringCore& AppendUnits(char16_t const* s, int n);
     void ConvertUtf8(int at, char const* s, int n);
     template<class CodePoint>
     void ConvertUtf32(int at, CodePoint const* s, int n);

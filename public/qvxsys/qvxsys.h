@@ -13,5 +13,6 @@
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringException.h>
 #include <qvxsys/TStringView.h>
+#include <qvxsys/TTextDecoder.h>
 #include <qvxsys/TextArguments.h>
 #include <qvxsys/WideText.h>

@@ -426,8 +426,18 @@ std::string toStdString(TStringView view)
         char buffer[3 * kSmall];
         return std::string(buffer, k16To8.convert(view.data(), n, buffer));
     }
-    std::string result(k16To8.measure(view.data(), n), '\0');
-    text::ConvertTight(view.data(), n, result.data(), result.size(), k16To8.worst, k16To8.convert);
+    // Stretch by stretch through a buffer that stays in the first-level cache: cheaper than having the string zeroed.
+    std::string result;
+    result.reserve(k16To8.measure(view.data(), n));
+    constexpr std::size_t kStretch = 4096;
+    char buffer[3 * kStretch];
+    char16_t const* const end = view.end();
+    for (char16_t const* at = view.data(); at != end;) {
+        auto const rest = static_cast<std::size_t>(end - at);
+        std::size_t const stretch = rest <= kStretch ? rest : text::WholeCodePoints(at, kStretch);
+        result.append(buffer, k16To8.convert(at, stretch, buffer));
+        at += stretch;
+    }
     return result;
 }
 

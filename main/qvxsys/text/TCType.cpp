@@ -16,7 +16,7 @@ using namespace QvxICU;
 
 char16_t Fill(std::atomic<char16_t>* table, char16_t c, char32_t mapped) noexcept
 {
-    table[c].store(static_cast<char16_t>(mapped), std::memory_order_relaxed);
+    table[c].store(static_cast<char16_t>(mapped + 1), std::memory_order_relaxed);
     return static_cast<char16_t>(mapped);
 }
 

@@ -10,6 +10,7 @@
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/StringUtils.h>
 
+#include "Latin9.h"
 #include "TextErrors.h"
 #include "WideConversion.h"
 #include "kernels/Kernels.h"
@@ -28,24 +29,6 @@ int CheckedLength(std::basic_string<Unit> const& s)
     return static_cast<int>(s.size());
 }
 
-// ISO 8859-15 where it differs from ISO 8859-1 (ISO/IEC 8859-15:1999).
-constexpr std::pair<unsigned char, char16_t> kLatin9[] = {
-    {0xA4, 0x20AC}, {0xA6, 0x0160}, {0xA8, 0x0161}, {0xB4, 0x017D},
-    {0xB8, 0x017E}, {0xBC, 0x0152}, {0xBD, 0x0153}, {0xBE, 0x0178},
-};
-
-char16_t FromLatin9(unsigned char byte) noexcept
-{
-    if (byte >= 0xA4 && byte <= 0xBE) {
-        for (auto const& [latin9, unit] : kLatin9) {
-            if (latin9 == byte) {
-                return unit;
-            }
-        }
-    }
-    return byte;
-}
-
 char16_t FromLatin1(unsigned char byte) noexcept
 {
     return byte;
@@ -59,7 +42,7 @@ int ToLatin1(char16_t unit) noexcept
 
 int ToLatin9(char16_t unit) noexcept
 {
-    for (auto const& [latin9, own] : kLatin9) {
+    for (auto const& [latin9, own] : text::kLatin9) {
         if (own == unit) {
             return latin9;
         }
@@ -146,7 +129,7 @@ TStringCore TStringCore::fromLatin1(char const* s, int n)
 
 TStringCore TStringCore::fromLatin9(char const* s, int n)
 {
-    return FromBytes(s, n, FromLatin9);
+    return FromBytes(s, n, [](unsigned char byte) { return text::FromLatin9(byte); });
 }
 
 TStringCore TStringCore::fromLocal8Bit(char const* s, int n)

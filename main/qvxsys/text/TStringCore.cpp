@@ -8,6 +8,8 @@
 #include <limits>
 #include <utility>
 
+#include <emmintrin.h>
+
 #include <qvxsys/TMemory.h>
 
 #include "TextErrors.h"
@@ -27,6 +29,52 @@ std::size_t Bytes(int units) noexcept
 void CopyUnits(char16_t* to, char16_t const* from, int n) noexcept
 {
     std::memcpy(to, from, Bytes(n));
+}
+
+template<class Word>
+Word LoadWord(char const* from) noexcept
+{
+    Word word;
+    std::memcpy(&word, from, sizeof word);
+    return word;
+}
+
+void StoreWide(char16_t* to, __m128i bytes) noexcept
+{
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
+}
+
+// Widens up to 14 bytes by two possibly overlapping moves when all of them are ASCII; else does nothing.
+bool WidenShortAscii(char16_t* to, char const* from, std::size_t n) noexcept
+{
+    if (n >= 8) {
+        auto const first = LoadWord<std::uint64_t>(from);
+        auto const last = LoadWord<std::uint64_t>(from + n - 8);
+        if (((first | last) & 0x8080808080808080u) != 0) {
+            return false;
+        }
+        StoreWide(to, _mm_cvtsi64_si128(static_cast<long long>(first)));
+        StoreWide(to + n - 8, _mm_cvtsi64_si128(static_cast<long long>(last)));
+        return true;
+    }
+    if (n >= 4) {
+        auto const first = LoadWord<std::uint32_t>(from);
+        auto const last = LoadWord<std::uint32_t>(from + n - 4);
+        if (((first | last) & 0x80808080u) != 0) {
+            return false;
+        }
+        // Eight units are written: the object has room for them.
+        StoreWide(to, _mm_cvtsi32_si128(static_cast<int>(first)));
+        StoreWide(to + n - 4, _mm_cvtsi32_si128(static_cast<int>(last)));
+        return true;
+    }
+    for (std::size_t i = 0; i < n; ++i) {
+        if (static_cast<unsigned char>(from[i]) >= 0x80) {
+            return false;
+        }
+        to[i] = static_cast<unsigned char>(from[i]);
+    }
+    return true;
 }
 
 } // namespace
@@ -123,10 +171,20 @@ char16_t* TStringCore::SetLength(int n)
             SetBlock(Reallocate(block, target));
         }
     }
-    TStringBlock* const block = Block();
-    block->length = n;
-    block->Text()[n] = 0;
-    return block->Text();
+    StoreLength(n);
+    return Block()->Text();
+}
+
+// The length of a text that has room for it and is not shared.
+void TStringCore::StoreLength(int n) noexcept
+{
+    if (IsBlock()) {
+        TStringBlock* const block = Block();
+        block->length = n;
+        block->Text()[n] = 0;
+    } else {
+        SetInlineLength(n);
+    }
 }
 
 // Makes the text longer by `by` units and returns where they are to be written.
@@ -368,12 +426,17 @@ void TStringCore::AppendForeign(char16_t const* s, int n)
         return;
     }
     int const count = n < 0 ? length(s) : n;
-    if (count > 0) {
+    if (count > kInlineLength && !IsBlock() && m_units[kFormSlot] == 0) {
+        // The usual way of long strings into being.
+        SetBlock(Reallocate(nullptr, GrownCapacity(count)));
+        CopyUnits(Block()->Text(), s, count);
+        StoreLength(count);
+    } else if (count > 0) {
         CopyUnits(Grow(count), s, count);
     }
 }
 
-TStringCore& TStringCore::append(char16_t const* s, int n)
+TStringCore& TStringCore::AppendUnits(char16_t const* s, int n)
 {
     if (s != nullptr && !appendHandleSelf(s, n)) {
         AppendForeign(s, n);
@@ -419,12 +482,16 @@ void TStringCore::ConvertUtf8(int at, char const* s, int n)
     if (count > static_cast<std::size_t>(kMaxLength)) {
         text::Throw("Appended string is too long");
     }
+    if (count <= kInlineLength && at == 0 && !IsBlock() && WidenShortAscii(m_units, s, count)) {
+        SetInlineLength(static_cast<int>(count));
+        return;
+    }
     if (count == 0 && at == length()) {
         return;
     }
     char16_t* const out = SetLength(AddLengths(at, static_cast<int>(count))) + at;
     std::size_t substitutions = 0;
-    SetLength(at + static_cast<int>(text::kernels().utf8ToUtf16(s, count, out, substitutions)));
+    StoreLength(at + static_cast<int>(text::kernels().utf8ToUtf16(s, count, out, substitutions)));
 }
 
 // The same from UTF-32, by the rule of CharacterUtils::Utf32ToUtf16; a 0 is text unless it is the terminator.
@@ -443,7 +510,7 @@ void TStringCore::ConvertUtf32(int at, CodePoint const* s, int n)
     char16_t* const out = SetLength(AddLengths(at, static_cast<int>(2 * count))) + at;
     std::size_t substitutions = 0;
     auto const* const codePoints = reinterpret_cast<char32_t const*>(s);
-    SetLength(at + static_cast<int>(text::kernels().utf32ToUtf16Raw(codePoints, count, out, substitutions)));
+    StoreLength(at + static_cast<int>(text::kernels().utf32ToUtf16Raw(codePoints, count, out, substitutions)));
 }
 
 TStringCore TStringCore::fromUtf32(char32_t const* s, int n)
@@ -454,21 +521,21 @@ TStringCore TStringCore::fromUtf32(char32_t const* s, int n)
 }
 
 // What copying a and appending b gives, made in one allocation.
-TStringCore TStringCore::Concatenated(TStringCore const& a, TStringView b)
+TStringCore TStringCore::ConcatenatedInBlock(TStringCore const& a, TStringView b)
 {
     int const left = a.length();
     int const right = b.length();
     if (right <= 0) {
-        return a;
+        // Nothing to append, or a negative count: up to the first 0 unit.
+        return TStringCore(a).append(b);
     }
     int const sum = AddLengths(left, right);
     TStringCore result;
-    if (sum > kInlineLength || a.IsBlock()) {
-        result.SetBlock(Reallocate(nullptr, sum >= a.capacity() ? GrownCapacity(sum) : a.capacity()));
-    }
-    char16_t* const out = result.SetLength(sum);
+    result.SetBlock(Reallocate(nullptr, sum >= a.capacity() ? GrownCapacity(sum) : a.capacity()));
+    char16_t* const out = result.Block()->Text();
     CopyUnits(out, a.constData(), left);
     CopyUnits(out + left, b.data(), right);
+    result.StoreLength(sum);
     return result;
 }
 

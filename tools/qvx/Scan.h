@@ -1,0 +1,56 @@
+#pragma once
+// Walks files and folders and counts the text in them.
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace qvx {
+
+class Progress;
+
+struct Counts
+{
+    std::uint64_t bytes = 0;      ///< of the file, the byte order mark included
+    std::uint64_t units = 0;      ///< UTF-16 code units of the text
+    std::uint64_t codePoints = 0; ///< of the text
+    std::uint64_t lines = 0;      ///< U+000A in the text
+    std::uint64_t malformed = 0;  ///< sequences that could not be decoded; each is one U+FFFD of the text
+
+    Counts& operator+=(Counts const& other) noexcept;
+};
+
+struct ScannedFile
+{
+    std::filesystem::path path;
+    std::string encoding;
+    Counts counts;
+};
+
+struct ScanError
+{
+    std::filesystem::path path;
+    std::string reason;
+};
+
+struct ScanResult
+{
+    std::vector<ScannedFile> files;
+    std::vector<ScanError> errors;
+    Counts total;
+};
+
+struct ScanOptions
+{
+    std::string encoding = "auto"; ///< or a name that TTextDecoder knows
+};
+
+/// Scans files, and folders with all below them in the order of the names' bytes. Whatever cannot be scanned is an
+/// entry of `errors`, is told to `onError` at once, and does not keep the others from being scanned. Files are read in
+/// pieces: the memory needed grows with their number, not their size.
+[[nodiscard]] ScanResult Scan(std::vector<std::filesystem::path> const& paths, ScanOptions const& options,
+                              Progress& progress, std::function<void(ScanError const&)> const& onError);
+
+} // namespace qvx
