@@ -645,6 +645,11 @@ private:
     /// n <= 14 units by at most two possibly overlapping moves.
     static void CopyShort(char16_t* to, char16_t const* from, unsigned n) noexcept
     {
+        // Where the source is an array the compiler knows but the length is not, it would warn of the branches for
+        // lengths the array does not have: keep it from looking.
+        if (!__builtin_constant_p(n)) {
+            __asm__("" : "+r"(from));
+        }
         if (n >= 8) {
             CopyEnds<16>(to, from, n);
         } else if (n >= 4) {
