@@ -82,7 +82,8 @@ concept Appendable = requires(S& s, T const& t) { s.append(t); };
 
 // Wide text as a view, see WideText.h.
 class WideText;
-WideText ToView(wchar_t const* text);
+template<WidePointer W>
+WideText ToView(W const& text);
 constexpr TStringView ToView(TStringView view) noexcept;
 
 } // namespace qvxsys::detail

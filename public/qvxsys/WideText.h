@@ -29,7 +29,8 @@ private:
     Text m_text;
 };
 
-inline WideText ToView(wchar_t const* text)
+template<WidePointer W>
+WideText ToView(W const& text)
 {
     return WideText(text);
 }
