@@ -4,14 +4,16 @@
 //     bool const blank = TCType::isSpace(u'\u00A0');      // true: White_Space, unlike the C library's isspace
 //     char16_t const small = TCType::ToLower(u'\u00C4');  // U+00E4
 //
-// Each function takes a character: a char16_t unit (a surrogate is a code point of its own here, class Cs), a char32_t
-// code point, a wchar_t (a unit where it has 16 bits, else a code point) or a char (Latin-1). The answers come from ICU
-// and are kept in tables filled entry by entry at first use; from then on a question about a code point below U+10000
-// costs one load and a test. All functions are safe from any thread.
+// Each takes a character: a char16_t unit (a surrogate is a code point of its own here, class Cs), a char32_t code
+// point, a wchar_t (a unit where it has 16 bits, else a code point), a char (Latin-1) or an integer (a code point; what
+// is none has no class). The classes are function objects: std::find_if(b, e, TCType::isSpace). The answers come from
+// ICU and are kept in tables filled entry by entry at first use; from then on a question about a code point below
+// U+10000 costs one load and a test. All functions are safe from any thread.
 
 #include <atomic>
 #include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 #include <qvxsys/Platform.h>
 
@@ -54,7 +56,7 @@ QVXSYS_API char16_t FillLower(char16_t c) noexcept;
 QVXSYS_API char16_t FillUpper(char16_t c) noexcept;
 QVXSYS_API std::uint16_t ClassesOf(char32_t c) noexcept;
 
-template<Character C>
+template<std::integral C>
 constexpr char32_t CodePointOf(C c) noexcept
 {
     if constexpr (std::same_as<C, char>) {
@@ -76,124 +78,87 @@ inline bool Is(char32_t c, ClassBits bits) noexcept
     return (known & bits) != 0;
 }
 
-inline char16_t Mapped(std::atomic<char16_t> const* table, char16_t (*fill)(char16_t), char16_t c) noexcept
+/// A class as a function object, so that it can be handed to algorithms.
+template<ClassBits Bits>
+struct ClassTest
 {
-    char16_t const known = table[c].load(std::memory_order_relaxed);
-    return known != 0 ? static_cast<char16_t>(known - 1) : fill(c);
+    template<std::integral C>
+    [[nodiscard]] bool operator()(C c) const noexcept
+    {
+        return Is(CodePointOf(c), Bits);
+    }
+};
+
+// A wide unit stays one; everything else is a char16_t.
+template<class C>
+using MappedUnit = std::conditional_t<std::same_as<C, wchar_t>, wchar_t, char16_t>;
+
+template<class C>
+MappedUnit<C> Mapped(std::atomic<char16_t> const* table, char16_t (*fill)(char16_t), C c) noexcept
+{
+    auto const unit = static_cast<char16_t>(CodePointOf(c));
+    char16_t const known = table[unit].load(std::memory_order_relaxed);
+    return static_cast<MappedUnit<C>>(known != 0 ? static_cast<char16_t>(known - 1) : fill(unit));
 }
 
 } // namespace detail
 
 /// ICU's binary property POSIX alnum: letters and decimal digits.
-template<Character C>
-[[nodiscard]] bool isAlnum(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kAlnum);
-}
+inline constexpr detail::ClassTest<detail::kAlnum> isAlnum;
 /// Property Alphabetic.
-template<Character C>
-[[nodiscard]] bool isAlpha(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kAlpha);
-}
+inline constexpr detail::ClassTest<detail::kAlpha> isAlpha;
 /// Horizontal white space: TAB and the space separators (u_isblank).
-template<Character C>
-[[nodiscard]] bool isBlank(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kBlank);
-}
+inline constexpr detail::ClassTest<detail::kBlank> isBlank;
 /// General category Cc.
-template<Character C>
-[[nodiscard]] bool isCntrl(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kCntrl);
-}
+inline constexpr detail::ClassTest<detail::kCntrl> isCntrl;
 /// General category Nd.
-template<Character C>
-[[nodiscard]] bool isDigit(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kDigit);
-}
+inline constexpr detail::ClassTest<detail::kDigit> isDigit;
 /// ICU's binary property POSIX graph: everything visible.
-template<Character C>
-[[nodiscard]] bool isGraph(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kGraph);
-}
+inline constexpr detail::ClassTest<detail::kGraph> isGraph;
 /// Property Lowercase.
-template<Character C>
-[[nodiscard]] bool isLower(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kLower);
-}
+inline constexpr detail::ClassTest<detail::kLower> isLower;
 /// ICU's binary property POSIX print: graph and blank, without controls.
-template<Character C>
-[[nodiscard]] bool isPrint(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kPrint);
-}
+inline constexpr detail::ClassTest<detail::kPrint> isPrint;
 /// General categories P* (u_ispunct).
-template<Character C>
-[[nodiscard]] bool isPunct(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kPunct);
-}
+inline constexpr detail::ClassTest<detail::kPunct> isPunct;
 /// Property White_Space.
-template<Character C>
-[[nodiscard]] bool isSpace(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kSpace);
-}
-/// isSpace of a whole code point.
-[[nodiscard]] inline bool isSpace32(char32_t c) noexcept
-{
-    return isSpace(c);
-}
+inline constexpr detail::ClassTest<detail::kSpace> isSpace;
+/// The same, by the name that says it takes whole code points.
+inline constexpr detail::ClassTest<detail::kSpace> isSpace32;
 /// Property Uppercase.
-template<Character C>
-[[nodiscard]] bool isUpper(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kUpper);
-}
+inline constexpr detail::ClassTest<detail::kUpper> isUpper;
 /// Hexadecimal digits: any decimal digit, and A-F and a-f in their ASCII and fullwidth forms (u_isxdigit).
-template<Character C>
-[[nodiscard]] bool isXDigit(C c) noexcept
-{
-    return detail::Is(detail::CodePointOf(c), detail::kXDigit);
-}
+inline constexpr detail::ClassTest<detail::kXDigit> isXDigit;
 
-/// The unit's simple lower-case mapping (u_tolower), cut back to 16 bits.
-[[nodiscard]] inline char16_t ToLower(char16_t c) noexcept
-{
-    return detail::Mapped(detail::g_lower, detail::FillLower, c);
-}
-/// The unit's simple upper-case mapping (u_toupper), cut back to 16 bits.
-[[nodiscard]] inline char16_t ToUpper(char16_t c) noexcept
-{
-    return detail::Mapped(detail::g_upper, detail::FillUpper, c);
-}
-
-/// The same for whole code points.
+/// The simple lower-case and upper-case mapping (u_tolower, u_toupper) of a whole code point.
 [[nodiscard]] QVXSYS_API char32_t ToLower32(char32_t c) noexcept;
 [[nodiscard]] QVXSYS_API char32_t ToUpper32(char32_t c) noexcept;
 
-/// The same for wide characters: the unit where wchar_t has 16 bits, else the code point.
-[[nodiscard]] inline wchar_t ToLower(wchar_t c) noexcept
+/// The same of a unit, cut back to 16 bits. A wide character of 32 bits is mapped as the code point it is.
+template<std::integral C>
+[[nodiscard]] auto ToLower(C c) noexcept
 {
-    return qvxsys::kWideIsUtf16 ? static_cast<wchar_t>(ToLower(static_cast<char16_t>(c)))
-                                : static_cast<wchar_t>(ToLower32(static_cast<char32_t>(c)));
+    if constexpr (std::same_as<C, wchar_t> && !qvxsys::kWideIsUtf16) {
+        return static_cast<wchar_t>(ToLower32(static_cast<char32_t>(c)));
+    } else {
+        return detail::Mapped<C>(detail::g_lower, detail::FillLower, c);
+    }
 }
-[[nodiscard]] inline wchar_t ToUpper(wchar_t c) noexcept
+template<std::integral C>
+[[nodiscard]] auto ToUpper(C c) noexcept
 {
-    return qvxsys::kWideIsUtf16 ? static_cast<wchar_t>(ToUpper(static_cast<char16_t>(c)))
-                                : static_cast<wchar_t>(ToUpper32(static_cast<char32_t>(c)));
+    if constexpr (std::same_as<C, wchar_t> && !qvxsys::kWideIsUtf16) {
+        return static_cast<wchar_t>(ToUpper32(static_cast<char32_t>(c)));
+    } else {
+        return detail::Mapped<C>(detail::g_upper, detail::FillUpper, c);
+    }
 }
 
 /// The folding under all case-insensitive comparison and search: "A".."Z" by setting bit 0x20, other units below 0x80
 /// unchanged, the rest by ICU's simple case folding with the default option. It never changes a text's length.
 [[nodiscard]] inline char16_t FoldCase(char16_t c) noexcept
 {
-    return detail::Mapped(detail::g_folded, detail::FillFolded, c);
+    return detail::Mapped<char16_t>(detail::g_folded, detail::FillFolded, c);
 }
 
 } // namespace TCType

@@ -49,7 +49,9 @@ TEST(TCType, EveryCharacterTypeIsTaken)
     EXPECT_TRUE(TCType::isCntrl('\x7F') && TCType::isSpace(u'\u00A0') && TCType::isSpace('\xA0') &&
                 TCType::isSpace(L'\u3000'));
     EXPECT_TRUE(TCType::isAlpha(U'\U00010400') && TCType::isAlpha('\xE9') && !TCType::isAlpha(u'\xD801'));
-    EXPECT_FALSE(TCType::isPrint(static_cast<wchar_t>(-1)) || TCType::isAlpha(char32_t{0xFFFFFFFF}));
+    EXPECT_TRUE(TCType::isCntrl(0x7F) && TCType::isSpace(0x00A0) && TCType::ToUpper(0xE4) == 0xC4);
+    EXPECT_FALSE(TCType::isPrint(-1) || TCType::isPrint(static_cast<wchar_t>(-1)) ||
+                 TCType::isAlpha(char32_t{0xFFFFFFFF}));
 }
 
 } // namespace
