@@ -5,6 +5,7 @@
 // the same, otherwise the program ends.
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
@@ -40,7 +41,7 @@ std::size_t TextBytes()
     return bytes != nullptr ? static_cast<std::size_t>(std::atoll(bytes)) : std::size_t{1} << 20;
 }
 
-constexpr UChar32 kSubstitute = 0xFFFD;
+[[maybe_unused]] constexpr std::int32_t kSubstitute = 0xFFFD;
 
 int Size(auto const& text)
 {
