@@ -56,18 +56,18 @@ void ChargeRelease(ThreadMemoryCounters& record, std::size_t size) noexcept
     ++record.deallocatedCount;
 }
 
-void* CountedMalloc(std::size_t size) noexcept
+void* CountedMalloc(std::size_t size, std::uint64_t state) noexcept
 {
     void* const result = std::malloc(size);
-    if (Mode(State()) != 0 && t_block.current != nullptr) {
+    if (Mode(state) != 0 && t_block.current != nullptr) {
         ChargeAllocation(*t_block.current, size);
     }
     return result;
 }
 
-void* CountedRealloc(void* ptr, std::size_t size) noexcept
+void* CountedRealloc(void* ptr, std::size_t size, std::uint64_t state) noexcept
 {
-    ThreadMemoryCounters* const record = Mode(State()) == kFull ? t_block.current : nullptr;
+    ThreadMemoryCounters* const record = Mode(state) == kFull ? t_block.current : nullptr;
     if (record != nullptr && ptr != nullptr) {
         std::size_t const old = platform::UsableSize(ptr);
         record->allocated -= old;
@@ -81,9 +81,9 @@ void* CountedRealloc(void* ptr, std::size_t size) noexcept
     return result;
 }
 
-void CountedFree(void* ptr) noexcept
+void CountedFree(void* ptr, std::uint64_t state) noexcept
 {
-    if (Mode(State()) == kFull && ptr != nullptr && t_block.current != nullptr) {
+    if (Mode(state) == kFull && ptr != nullptr && t_block.current != nullptr) {
         std::size_t const size = platform::UsableSize(ptr);
         t_block.current->deallocated += size;
         ChargeRelease(*t_block.current, size);
@@ -199,7 +199,8 @@ using namespace quorvex::memory;
 
 void* TMalloc(std::size_t size) noexcept
 {
-    return State() == 0 ? std::malloc(size) : CountedMalloc(size);
+    std::uint64_t const state = State();
+    return state == 0 ? std::malloc(size) : CountedMalloc(size, state);
 }
 
 void* TCalloc(std::size_t count, std::size_t size) noexcept
@@ -209,17 +210,17 @@ void* TCalloc(std::size_t count, std::size_t size) noexcept
 
 void* TRealloc(void* ptr, std::size_t size) noexcept
 {
-    if (State() == 0) [[likely]] {
-        return ptr == nullptr ? std::malloc(size) : std::realloc(ptr, size);
+    if (std::uint64_t const state = State(); state != 0) [[unlikely]] {
+        return CountedRealloc(ptr, size, state);
     }
-    return CountedRealloc(ptr, size);
+    return ptr == nullptr ? std::malloc(size) : std::realloc(ptr, size);
 }
 
 void TFree(void* ptr) noexcept
 {
-    if (State() == 0) {
-        std::free(ptr);
+    if (std::uint64_t const state = State(); state != 0) [[unlikely]] {
+        CountedFree(ptr, state);
     } else {
-        CountedFree(ptr);
+        std::free(ptr);
     }
 }

@@ -388,7 +388,7 @@ int StringValidateCopy(char16_t const* src, int n, char16_t* dst, int capacity)
     CheckLength(n, "StringUtils::StringValidateCopy");
     auto const count = static_cast<std::size_t>(n);
     bool const copyable = n == 0 || (src != nullptr && dst != nullptr && n <= capacity &&
-                                     std::char_traits<char16_t>::find(src, count, u'\0') == nullptr);
+                                     text::kernels().countUnit(src, count, 0) == 0);
     if (!copyable) {
         text::Throw("Error encountered while StringUtils::StringValidateCopy was trying to use "
                     "CharacterUtils::CopyTCharacter");

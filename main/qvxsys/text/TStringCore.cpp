@@ -490,7 +490,11 @@ void TStringCore::ConvertUtf8(int at, char const* s, int n)
     if (count == 0 && at == length()) {
         return;
     }
-    char16_t* const out = SetLength(AddLengths(at, static_cast<int>(count))) + at;
+    bool const isNew = !IsBlock() && length() == 0 && count > kInlineLength;
+    if (isNew) {
+        SetBlock(Reallocate(nullptr, GrownCapacity(static_cast<int>(count))));
+    }
+    char16_t* const out = isNew ? Block()->Text() : SetLength(AddLengths(at, static_cast<int>(count))) + at;
     std::size_t substitutions = 0;
     StoreLength(at + static_cast<int>(text::kernels().utf8ToUtf16(s, count, out, substitutions)));
 }
