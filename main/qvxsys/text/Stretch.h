@@ -11,25 +11,35 @@
 
 namespace qvxsys::text {
 
-/// The largest length of at most `stretch` (>= 4) units at which src can be cut so that the two parts convert as the
-/// whole does. For UTF-8 that is before a byte that begins something, or where the last three bytes are continuations:
-/// no sequence is longer than four bytes, so none reaches across then. For UTF-16 it is not behind a high surrogate.
-inline std::size_t WholeCodePoints(char const* src, std::size_t stretch) noexcept
+/// The bytes of a UTF-8 sequence with this first byte; 1 for a byte that begins none (Unicode Standard 15.0, Table 3-7).
+inline std::size_t SequenceLength(unsigned char lead) noexcept
 {
-    for (std::size_t cut = stretch - 1; cut + 3 >= stretch; --cut) {
-        if (CharacterUtils::IsFirstUtf8CodeUnit(src[cut])) {
-            return static_cast<unsigned char>(src[cut]) < 0x80 ? cut + 1 : cut;
+    if (lead < 0xC2 || lead > 0xF4) {
+        return 1;
+    }
+    return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+}
+
+/// A length of at most n, and at least n - 3 for UTF-8 and n - 1 for UTF-16, at which a longer text can be cut so that
+/// the two parts convert as the whole does. For UTF-8 it is enough to look at what the last lead byte announces: where
+/// the bytes behind it rule that out already, they go to the second part, to the same result, as what is malformed never
+/// extends over a byte that begins something.
+inline std::size_t WholeCodePoints(char const* src, std::size_t n) noexcept
+{
+    for (std::size_t back = 1; back <= 3 && back <= n; ++back) {
+        if (CharacterUtils::IsFirstUtf8CodeUnit(src[n - back])) {
+            return SequenceLength(static_cast<unsigned char>(src[n - back])) > back ? n - back : n;
         }
     }
-    return stretch;
+    return n;
 }
-inline std::size_t WholeCodePoints(char16_t const* src, std::size_t stretch) noexcept
+inline std::size_t WholeCodePoints(char16_t const* src, std::size_t n) noexcept
 {
-    return CharacterUtils::IsHighSurrogate(src[stretch - 1]) ? stretch - 1 : stretch;
+    return n != 0 && CharacterUtils::IsHighSurrogate(src[n - 1]) ? n - 1 : n;
 }
-inline std::size_t WholeCodePoints(char32_t const*, std::size_t stretch) noexcept
+inline std::size_t WholeCodePoints(char32_t const*, std::size_t n) noexcept
 {
-    return stretch;
+    return n;
 }
 
 /// Runs convert(src, n, dst), which needs room for `worst` units a source unit, on a destination of exactly `length`

@@ -75,28 +75,6 @@ unsigned ByteAt(char const* data, std::size_t i) noexcept
 
 // ---- where text can be cut
 
-// The bytes of a sequence with this first byte; 1 for a byte that begins none (Unicode Standard 15.0, Table 3-7).
-std::size_t SequenceLength(unsigned lead) noexcept
-{
-    if (lead < 0xC2 || lead > 0xF4) {
-        return 1;
-    }
-    return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-}
-
-// It is enough to look at what the last lead byte announces. Where the bytes behind it already rule that out, they are
-// decoded later than they could be, to the same result: what is malformed never extends over a byte that begins
-// something.
-std::size_t WholeUtf8(char const* data, std::size_t n) noexcept
-{
-    for (std::size_t back = 1; back <= 3 && back <= n; ++back) {
-        if (CharacterUtils::IsFirstUtf8CodeUnit(data[n - back])) {
-            return SequenceLength(ByteAt(data, n - back)) > back ? n - back : n;
-        }
-    }
-    return n;
-}
-
 std::size_t WholeUtf16(char const* data, std::size_t n, std::size_t highByte) noexcept
 {
     std::size_t const units = n & ~std::size_t{1};
@@ -108,7 +86,7 @@ std::size_t WholeLength(Form form, char const* data, std::size_t n) noexcept
 {
     switch (form) {
     case Form::Utf8:
-        return WholeUtf8(data, n);
+        return text::WholeCodePoints(data, n);
     case Form::Utf16LE:
         return WholeUtf16(data, n, 1);
     case Form::Utf16BE:
@@ -333,7 +311,7 @@ constexpr ByteOrderMark kMarks[] = {
 // damaged UTF-8 can be told from it: such sequences are more than the faults.
 bool LooksLikeUtf8(std::string_view sample)
 {
-    std::size_t const n = WholeUtf8(sample.data(), sample.size());
+    std::size_t const n = text::WholeCodePoints(sample.data(), sample.size());
     TStringCore decoded;
     decoded.resize(static_cast<int>(n));
     std::size_t malformed = 0;
