@@ -2,6 +2,7 @@
 // input is taken as UTF-16 and, in another run, as UTF-32; buffers have exactly the room the kernels may use, so that
 // the address sanitizer sees what goes beyond.
 
+#include "support/KernelSets.h"
 #include "support/ReferenceEncode.h"
 
 #include <unicode/ustring.h>
@@ -72,10 +73,8 @@ void CheckUtf16(char16_t const* src, std::size_t n)
     std::size_t found = 0;
     for (std::size_t i = 0; i < n; ++i)
         found += src[i] == unit ? 1 : 0;
-    for (EncodeSet const& set : EncodeSets()) {
-        if (!set.available)
-            continue;
-        Kernels const& k = set.kernels;
+    for (Kernels const* const set : kernel_sets::Available()) {
+        Kernels const& k = *set;
         RequireOutput<char>(bytes, 3 * n, [&](char* dst, std::size_t& s) { return k.utf16ToUtf8(src, n, dst, s); });
         RequireOutput<char32_t>(points, n,
                                 [&](char32_t* dst, std::size_t& s) { return k.utf16ToUtf32(src, n, dst, s); });
@@ -99,10 +98,8 @@ void CheckUtf32(char32_t const* src, std::size_t n)
     std::u32string_view const text(src, n);
     auto const raw = ReferenceUtf16(text, true);
     Converted<std::string> const bytes{ReferenceUtf8Raw(text)};
-    for (EncodeSet const& set : EncodeSets()) {
-        if (!set.available)
-            continue;
-        Kernels const& k = set.kernels;
+    for (Kernels const* const set : kernel_sets::Available()) {
+        Kernels const& k = *set;
         RequireOutput<char16_t>(strict, 2 * n,
                                 [&](char16_t* dst, std::size_t& s) { return k.utf32ToUtf16(src, n, dst, s); });
         RequireOutput<char16_t>(raw, 2 * n,

@@ -1,6 +1,6 @@
 // All UTF-8 decoding kernels against each other and against ICU.
 
-#include "kernels/Kernels.h"
+#include "support/KernelSets.h"
 
 #include <unicode/ustring.h>
 
@@ -21,20 +21,19 @@ void Require(bool condition)
 }
 
 // Each buffer has exactly the room that is promised, for the address sanitizer to watch over it.
-template<class ToUtf16, class Length, class Prefix>
 void CheckSet(char const* src, std::size_t n, std::u16string const& expected, std::size_t expectedSubstitutions,
-              ToUtf16 toUtf16, Length length, Prefix prefixToUtf32)
+              text::Kernels const& kernels)
 {
     std::unique_ptr<char16_t[]> const units(new char16_t[n]);
     std::size_t substitutions = 0;
-    Require(toUtf16(src, n, units.get(), substitutions) == expected.size());
+    Require(kernels.utf8ToUtf16(src, n, units.get(), substitutions) == expected.size());
     Require(std::equal(expected.begin(), expected.end(), units.get()));
     Require(substitutions == expectedSubstitutions);
-    Require(length(src, n) == expected.size());
+    Require(kernels.utf16LengthOfUtf8(src, n) == expected.size());
 
     std::unique_ptr<char32_t[]> const values(new char32_t[n]);
     std::size_t consumed = n + 1;
-    std::size_t const count = prefixToUtf32(src, n, values.get(), consumed);
+    std::size_t const count = kernels.utf8PrefixToUtf32(src, n, values.get(), consumed);
     Require(consumed <= n);
     std::u16string again;
     for (std::size_t i = 0; i < count; ++i) {
@@ -47,7 +46,7 @@ void CheckSet(char const* src, std::size_t n, std::u16string const& expected, st
         }
     }
     Require(expected.compare(0, again.size(), again) == 0);
-    Require(length(src, consumed) == again.size());
+    Require(kernels.utf16LengthOfUtf8(src, consumed) == again.size());
     if (substitutions == 0 && std::find(src, src + n, '\0') == src + n) {
         Require(n - consumed <= 64);
     }
@@ -68,15 +67,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t n)
     Require(U_SUCCESS(error));
     expected.resize(static_cast<std::size_t>(length));
 
-    auto const check = [&](auto... kernels) {
-        CheckSet(copy.get(), n, expected, static_cast<std::size_t>(substitutions), kernels...);
-    };
-    check(text::portable::Utf8ToUtf16, text::portable::Utf16LengthOfUtf8, text::portable::Utf8PrefixToUtf32);
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2")) {
-        check(text::avx2::Utf8ToUtf16, text::avx2::Utf16LengthOfUtf8, text::avx2::Utf8PrefixToUtf32);
-    }
-    if (__builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("avx512bw")) {
-        check(text::avx512::Utf8ToUtf16, text::avx512::Utf16LengthOfUtf8, text::avx512::Utf8PrefixToUtf32);
+    for (text::Kernels const* const kernels : kernel_sets::Available()) {
+        CheckSet(copy.get(), n, expected, static_cast<std::size_t>(substitutions), *kernels);
     }
     return 0;
 }

@@ -1,13 +1,9 @@
 #pragma once
-// Conversions from UTF-16 and UTF-32 written for being read, one code point at a time, as an oracle for the kernels;
-// and the table of kernel sets this processor can run.
-
-#include "kernels/Kernels.h"
+// Conversions from UTF-16 and UTF-32 written for being read, one code point at a time, as an oracle for the kernels.
 
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace qvxsys::test {
 
@@ -79,33 +75,5 @@ inline Converted<std::u16string> ReferenceUtf16(std::u32string_view text, bool r
     }
     return result;
 }
-
-struct EncodeSet
-{
-    char const* name;
-    bool available;
-    text::Kernels kernels; // the decoding ones are null
-};
-
-#define QVX_ENCODE_KERNELS(ns)                                                                                         \
-    {                                                                                                                  \
-        nullptr, nullptr, nullptr, ns::Utf16ToUtf8, ns::Utf8LengthOfUtf16, ns::Utf16ToUtf32, ns::Utf32ToUtf16,         \
-            ns::Utf32ToUtf16Raw, ns::Utf32ToUtf8Raw, ns::CopyWellFormed, ns::CountCodePoints, ns::CountUnit            \
-    }
-
-inline std::vector<EncodeSet> const& EncodeSets()
-{
-    static bool const hasAvx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
-                                __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
-    static bool const hasAvx512 = hasAvx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                                  __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq") &&
-                                  __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vbmi2");
-    static std::vector<EncodeSet> const sets{{"portable", true, QVX_ENCODE_KERNELS(text::portable)},
-                                             {"avx2", hasAvx2, QVX_ENCODE_KERNELS(text::avx2)},
-                                             {"avx512", hasAvx512, QVX_ENCODE_KERNELS(text::avx512)}};
-    return sets;
-}
-
-#undef QVX_ENCODE_KERNELS
 
 } // namespace qvxsys::test

@@ -1,8 +1,8 @@
 // The UTF-8 decoding kernels of every instruction set against ICU and against Table 3-7 written out.
 
-#include "../support/GuardedMemory.h"
-#include "../support/ReferenceTranscode.h"
-#include "kernels/Kernels.h"
+#include "support/GuardedMemory.h"
+#include "support/KernelSets.h"
+#include "support/ReferenceTranscode.h"
 
 #include <gtest/gtest.h>
 #include <unicode/ustring.h>
@@ -14,23 +14,6 @@
 namespace text = qvxsys::text;
 
 namespace {
-
-struct KernelSet
-{
-    char const* name;
-    bool available;
-    decltype(&text::portable::Utf8ToUtf16) toUtf16;
-    decltype(&text::portable::Utf16LengthOfUtf8) length;
-    decltype(&text::portable::Utf8PrefixToUtf32) prefixToUtf32;
-};
-
-#define QVX_DECODERS(set) text::set::Utf8ToUtf16, text::set::Utf16LengthOfUtf8, text::set::Utf8PrefixToUtf32
-
-KernelSet const kSets[] = {
-    {"portable", true, QVX_DECODERS(portable)},
-    {"avx2", __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2"), QVX_DECODERS(avx2)},
-    {"avx512", __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("avx512bw"), QVX_DECODERS(avx512)},
-};
 
 struct Decoded
 {
@@ -62,14 +45,15 @@ std::string Hex(std::string_view bytes)
     return text;
 }
 
-class DecodeKernelTest : public testing::TestWithParam<KernelSet>
+class DecodeKernelTest : public testing::TestWithParam<kernel_sets::InstructionSet>
 {
 protected:
     static constexpr std::size_t kMost = 1 << 19;
 
     void SetUp() override
     {
-        if (!GetParam().available) {
+        kernels_ = kernel_sets::Of(GetParam());
+        if (kernels_ == nullptr) {
             GTEST_SKIP() << "this processor lacks the instructions";
         }
     }
@@ -79,18 +63,18 @@ protected:
     {
         char16_t* const dst = dst_.Last<char16_t>(n);
         std::size_t substitutions = 7; // has to be added to
-        std::size_t const length = GetParam().toUtf16(src, n, dst, substitutions);
+        std::size_t const length = kernels_->utf8ToUtf16(src, n, dst, substitutions);
         ASSERT_EQ(length, expected.text.size()) << Hex({src, n});
         ASSERT_TRUE(std::equal(dst, dst + length, expected.text.begin())) << Hex({src, n});
         ASSERT_EQ(substitutions, expected.substitutions + 7) << Hex({src, n});
-        ASSERT_EQ(GetParam().length(src, n), length) << Hex({src, n});
+        ASSERT_EQ(kernels_->utf16LengthOfUtf8(src, n), length) << Hex({src, n});
     }
 
     void CheckPrefix(char const* src, std::size_t n, std::vector<reference::Part> const& parts)
     {
         char32_t* const dst = dst_.Last<char32_t>(n);
         std::size_t consumed = 0;
-        std::size_t const length = GetParam().prefixToUtf32(src, n, dst, consumed);
+        std::size_t const length = kernels_->utf8PrefixToUtf32(src, n, dst, consumed);
         auto const stop =
             std::find_if(parts.begin(), parts.end(), [](auto const& p) { return p.malformed || p.value == 0; });
         std::size_t const limit = stop == parts.end() ? n : stop->begin;
@@ -115,6 +99,7 @@ protected:
         }
     }
 
+    text::Kernels const* kernels_ = nullptr;
     GuardedMemory src_{kMost};
     GuardedMemory dst_{kMost * sizeof(char32_t)};
 };
@@ -244,7 +229,7 @@ TEST_P(DecodeKernelTest, RandomTexts)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sets, DecodeKernelTest, testing::ValuesIn(kSets),
-                         [](auto const& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Sets, DecodeKernelTest, testing::ValuesIn(kernel_sets::kAll),
+                         [](auto const& test) { return kernel_sets::NameOf(test); });
 
 } // namespace

@@ -1,6 +1,8 @@
 // Every instruction set's conversions from UTF-16 and UTF-32 against ICU and the reference. Source and destination lie
 // right against inaccessible pages, so one unit read or written outside them ends the test with a fault.
 
+#include "support/GuardedMemory.h"
+#include "support/KernelSets.h"
 #include "support/ReferenceEncode.h"
 
 #include <gtest/gtest.h>
@@ -8,9 +10,7 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <random>
-#include <sys/mman.h>
 
 namespace {
 
@@ -20,55 +20,31 @@ using namespace std::string_literals;
 
 enum class Place { front, back };
 
-/// Memory with an inaccessible page on either side.
-class GuardedMemory
-{
-public:
-    explicit GuardedMemory(std::size_t size) : m_size((size / page + 1) * page)
-    {
-        void* const all = mmap(nullptr, m_size + 2 * page, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        m_begin = static_cast<char*>(all) + page;
-        if (all == MAP_FAILED || mprotect(m_begin, m_size, PROT_READ | PROT_WRITE) != 0)
-            std::abort();
-    }
-    ~GuardedMemory() { munmap(m_begin - page, m_size + 2 * page); }
-    GuardedMemory(GuardedMemory const&) = delete;
-    GuardedMemory& operator=(GuardedMemory const&) = delete;
-
-    /// Room for `count` units, touching the front or the back guard page.
-    template<class Unit>
-    Unit* Room(std::size_t count, Place place)
-    {
-        std::size_t const bytes = count * sizeof(Unit);
-        if (bytes > m_size)
-            std::abort();
-        return reinterpret_cast<Unit*>(place == Place::front ? m_begin : m_begin + m_size - bytes);
-    }
-
-private:
-    static constexpr std::size_t page = 4096;
-    std::size_t m_size;
-    char* m_begin;
-};
-
 constexpr std::size_t longestText = 2240000; // units: every code point once, in UTF-16
 
-class EncodeKernelTest : public testing::TestWithParam<std::size_t>
+class EncodeKernelTest : public testing::TestWithParam<kernel_sets::InstructionSet>
 {
 protected:
     void SetUp() override
     {
-        if (!Set().available)
-            GTEST_SKIP() << "this processor lacks " << Set().name;
+        m_kernels = kernel_sets::Of(GetParam());
+        if (m_kernels == nullptr)
+            GTEST_SKIP() << "this processor lacks the instructions";
     }
 
-    static EncodeSet const& Set() { return EncodeSets()[GetParam()]; }
-    static Kernels const& Kernel() { return Set().kernels; }
+    Kernels const& Kernel() const { return *m_kernels; }
+
+    /// Room for `count` units, touching the front or the back guard page.
+    template<class Unit>
+    Unit* Room(GuardedMemory const& memory, std::size_t count) const
+    {
+        return m_place == Place::front ? memory.Begin<Unit>() : memory.Last<Unit>(count);
+    }
 
     template<class Unit>
     Unit const* Source(std::basic_string_view<Unit> text)
     {
-        auto* const src = m_source.Room<Unit>(text.size(), m_place);
+        auto* const src = Room<Unit>(m_source, text.size());
         std::copy(text.begin(), text.end(), src);
         return src;
     }
@@ -78,7 +54,7 @@ protected:
     void ExpectOutput(char const* what, std::size_t room, std::basic_string<Unit> const& expected,
                       std::size_t expectedSubstitutions, Convert convert)
     {
-        Unit* const dst = m_target.Room<Unit>(room, m_place);
+        Unit* const dst = Room<Unit>(m_target, room);
         std::size_t substitutions = 5;
         std::size_t const written = convert(dst, substitutions);
         ASSERT_EQ(written, expected.size()) << what;
@@ -165,6 +141,7 @@ private:
         ASSERT_EQ(static_cast<std::size_t>(substitutions), units.substitutions);
     }
 
+    Kernels const* m_kernels = nullptr;
     Place m_place = Place::back;
     GuardedMemory m_source{longestText * 2};
     GuardedMemory m_target{longestText * 4};
@@ -299,7 +276,7 @@ TEST_P(EncodeKernelTest, NullSourceOfNoLength)
     EXPECT_EQ(substitutions, 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(, EncodeKernelTest, testing::Range<std::size_t>(0, EncodeSets().size()),
-                         [](auto const& set) { return std::string(EncodeSets()[set.param].name); });
+INSTANTIATE_TEST_SUITE_P(Sets, EncodeKernelTest, testing::ValuesIn(kernel_sets::kAll),
+                         [](auto const& test) { return kernel_sets::NameOf(test); });
 
 } // namespace
