@@ -62,6 +62,29 @@ bool Icu()
     return opened;
 }
 
+bool Decoding()
+{
+    TTextDecoder decoder("UTF-8");
+    TStringCore text;
+    decoder.Decode("Gr\xC3", 3, text, false); // the third character is not whole yet
+    bool const waits = text == u"Gr";
+    decoder.Decode("\xBC\xC3\x9F"
+                   "e",
+                   4, text, true);
+    return waits && text == u"Gr\u00FC\u00DFe" && decoder.Malformed() == 0;
+}
+
+bool Errors()
+{
+    TStringCore const text = u"short";
+    try {
+        static_cast<void>(text.at(1000));
+    } catch (TStringCore::Exception const& e) {
+        return e.toStdString() == "TStringCore::at(int): argument out of range.";
+    }
+    return false;
+}
+
 bool Processor()
 {
     auto const before = quorvex::cpu::LimitInstructionSet(quorvex::cpu::InstructionSet::Portable);
@@ -74,7 +97,8 @@ bool Processor()
 
 int main()
 {
-    bool const ok = Strings() && Views() && CodePoints() && Conversions() && Classes() && Icu() && Processor();
+    bool const ok = Strings() && Views() && CodePoints() && Conversions() && Classes() && Icu() && Decoding() &&
+                    Errors() && Processor();
     std::cout << (ok ? "ok\n" : "not as documented\n");
     return ok ? 0 : 1;
 }

@@ -113,8 +113,13 @@ public:
         std::memcpy(m_units, other.m_units, sizeof m_units);
         other.BecomeEmpty();
     }
-    /// n copies of the byte value of c; none for a negative n.
-    explicit TStringCore(char c, int n = 1);
+    /// n copies of a character, a char meaning the unit of its byte value; none for a negative n.
+    template<TCType::Character C>
+    explicit TStringCore(C c, int n = 1)
+    {
+        BecomeEmpty();
+        assign(c, n);
+    }
     /// UTF-8, n bytes, malformed input substituted (see append).
     TStringCore(char const* utf8, int n = -1)
     {
@@ -140,11 +145,6 @@ public:
     TStringCore(std::nullptr_t) noexcept { BecomeEmpty(); }
     /// The view's units. A length above int is cut to it, and where that makes it negative, it means up to the first 0.
     TStringCore(TStringView v) : TStringCore(v.data(), v.length()) {}
-    /// n copies of a unit (for a wchar_t of 32 bits: of a code point).
-    explicit TStringCore(char16_t c, int n = 1);
-    explicit TStringCore(wchar_t c, int n = 1);
-    /// n copies of a code point.
-    explicit TStringCore(char32_t c, int n = 1);
     ~TStringCore()
     {
         if (IsBlock()) {

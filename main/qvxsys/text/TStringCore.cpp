@@ -246,30 +246,6 @@ TStringCore::TStringCore(wchar_t const* s, int n)
     append(s, n);
 }
 
-TStringCore::TStringCore(char c, int n)
-{
-    BecomeEmpty();
-    assign(c, n);
-}
-
-TStringCore::TStringCore(char16_t c, int n)
-{
-    BecomeEmpty();
-    assign(c, n);
-}
-
-TStringCore::TStringCore(wchar_t c, int n)
-{
-    BecomeEmpty();
-    assign(c, n);
-}
-
-TStringCore::TStringCore(char32_t c, int n)
-{
-    BecomeEmpty();
-    assign(c, n);
-}
-
 // ---- assignment
 
 void TStringCore::AssignShared(TStringCore const& other) noexcept
