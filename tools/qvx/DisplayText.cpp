@@ -40,17 +40,42 @@ int CharacterWidth(char32_t c)
     }
 }
 
+[[maybe_unused]] bool IsText(std::string const& name, TStringCore const& text)
+{
+    return text.toStdString() == name;
+}
+
+[[maybe_unused]] bool IsText(std::wstring const& name, TStringCore const& text)
+{
+    return text == TStringCore(name.c_str());
+}
+
 } // namespace
 
-std::string NameBytes(std::filesystem::path const& path)
+TStringCore NameText(std::filesystem::path const& path)
 {
-    std::u8string const bytes = path.u8string();
-    return {bytes.begin(), bytes.end()};
+    // To UTF-8 and back, so that lone surrogates are replaced wherever names are UTF-16.
+    return TStringCore::fromStdString(TStringCore(path.c_str()).toStdString());
+}
+
+std::string RawName(std::filesystem::path const& path)
+{
+    std::filesystem::path::string_type const& name = path.native();
+    if (IsText(name, NameText(path))) {
+        return {};
+    }
+    std::string hex;
+    auto const* const bytes = reinterpret_cast<unsigned char const*>(name.data());
+    for (std::size_t i = 0; i < name.size() * sizeof name[0]; ++i) {
+        hex += "0123456789abcdef"[bytes[i] >> 4];
+        hex += "0123456789abcdef"[bytes[i] & 15];
+    }
+    return hex;
 }
 
 TStringCore DisplayName(std::filesystem::path const& path)
 {
-    TStringCore name = TStringCore::fromStdString(NameBytes(path));
+    TStringCore name = NameText(path);
     auto const isControl = [](char16_t unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0); };
     std::replace_if(name.begin(), name.end(), isControl, u'\uFFFD');
     return name;

@@ -11,6 +11,7 @@
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TTextDecoder.h>
 
+#include "Host.h"
 #include "Progress.h"
 
 namespace fs = std::filesystem;
@@ -37,6 +38,13 @@ char const* KindOf(fs::file_type type) noexcept
     default:
         return "is not a regular file";
     }
+}
+
+// In the words of the C library where it has them, which are the same on every system and in ASCII.
+std::string Reason(std::error_code error)
+{
+    std::error_condition const condition = error.default_error_condition();
+    return condition.category() == std::generic_category() ? condition.message() : error.message();
 }
 
 class Scanner
@@ -82,9 +90,9 @@ void Scanner::Find(fs::path const& path, bool isNamed)
         error = std::make_error_code(std::errc::no_such_file_or_directory);
     }
     if (error) {
-        Fail(path, error.message());
+        Fail(path, Reason(error));
     } else if (fs::is_directory(status)) {
-        if (isNamed || !fs::is_symlink(fs::symlink_status(path, error))) {
+        if (isNamed || !host::IsLink(path)) {
             FindInFolder(path);
         }
     } else if (fs::is_regular_file(status)) {
@@ -103,10 +111,9 @@ void Scanner::FindInFolder(fs::path const& folder)
         entries.push_back(at->path());
     }
     if (error) {
-        Fail(folder, error.message());
+        Fail(folder, Reason(error));
     }
-    std::sort(entries.begin(), entries.end(),
-              [](fs::path const& a, fs::path const& b) { return a.native() < b.native(); });
+    std::sort(entries.begin(), entries.end(), host::ComesBefore);
     for (fs::path const& entry : entries) {
         Find(entry, false);
     }

@@ -47,9 +47,9 @@ struct ScanOptions
     std::string encoding = "auto"; ///< or a name that TTextDecoder knows
 };
 
-/// Scans files, and folders with all below them in the order of the names' bytes. Whatever cannot be scanned is an
-/// entry of `errors`, is told to `onError` at once, and does not keep the others from being scanned. Files are read in
-/// pieces: the memory needed grows with their number, not their size.
+/// Scans files, and folders with all below them in the order of the names' code points. Whatever cannot be scanned is
+/// an entry of `errors`, is told to `onError` at once, and does not keep the others from being scanned. Files are read
+/// in pieces: the memory needed grows with their number, not their size.
 [[nodiscard]] ScanResult Scan(std::vector<std::filesystem::path> const& paths, ScanOptions const& options,
                               Progress& progress, std::function<void(ScanError const&)> const& onError);
 

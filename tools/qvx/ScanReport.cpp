@@ -52,17 +52,9 @@ TStringCore Line(Row const& row, std::array<int, kColumns> const& widths)
 
 void SetPath(Json& entry, std::filesystem::path const& path)
 {
-    std::string const bytes = NameBytes(path);
-    std::string const valid = TStringCore::fromStdString(bytes).toStdString();
-    entry["path"] = valid;
-    if (valid != bytes) {
-        std::string hex;
-        for (char const c : bytes) {
-            auto const byte = static_cast<unsigned char>(c);
-            hex += "0123456789abcdef"[byte >> 4];
-            hex += "0123456789abcdef"[byte & 15];
-        }
-        entry["pathBytes"] = hex;
+    entry["path"] = NameText(path).toStdString();
+    if (std::string const raw = RawName(path); !raw.empty()) {
+        entry["pathBytes"] = raw;
     }
 }
 

@@ -13,7 +13,7 @@
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TTextDecoder.h>
 
-#include "Console.h"
+#include "Host.h"
 #include "Progress.h"
 #include "Scan.h"
 #include "ScanReport.h"
@@ -49,12 +49,11 @@ constexpr char const* kScanNotes =
 // positional. What is to be taken as it stands therefore gets a NUL in front, which no argument has of itself.
 constexpr char kGuard = '\0';
 
-std::vector<std::string> GuardedArguments(int argc, char** argv)
+std::vector<std::string> Guarded(std::vector<std::string> const& given)
 {
     std::vector<std::string> arguments;
     bool onlyPaths = false;
-    for (int i = 1; i < argc; ++i) {
-        std::string const argument = argv[i];
+    for (std::string const& argument : given) {
         if (argument == "--" && !onlyPaths) {
             onlyPaths = true;
             continue;
@@ -97,14 +96,15 @@ void AddScan(CLI::App& app, ScanCommand& command)
 
 int RunScan(ScanCommand const& command)
 {
-    bool const showsProgress = qvx::console::StderrIsTerminal();
-    qvx::Progress progress(showsProgress, showsProgress ? qvx::console::StderrWidth() : 0);
+    bool const showsProgress = qvx::host::StderrIsTerminal();
+    qvx::Progress progress(showsProgress, showsProgress ? qvx::host::StderrWidth() : 0);
     auto const onError = [&](qvx::ScanError const& error) {
         progress.Erase();
         qvx::PrintError(error, std::cerr);
     };
     std::vector<std::filesystem::path> paths;
-    std::transform(command.paths.begin(), command.paths.end(), std::back_inserter(paths), Unguarded);
+    std::transform(command.paths.begin(), command.paths.end(), std::back_inserter(paths),
+                   [](std::string const& argument) { return qvx::host::PathOf(Unguarded(argument)); });
     qvx::ScanResult const result = qvx::Scan(paths, command.options, progress, onError);
     progress.Erase();
     if (command.asJson) {
@@ -120,9 +120,9 @@ int RunScan(ScanCommand const& command)
     return result.errors.empty() ? kSuccess : kSomeFailed;
 }
 
-int Run(int argc, char** argv)
+int Run(std::vector<std::string> const& arguments)
 {
-    qvx::console::Prepare();
+    qvx::host::Prepare();
     CLI::App app("Looks into text files.", "qvx");
     app.set_version_flag("--version", "qvx " QVX_VERSION);
     app.require_subcommand(1);
@@ -132,7 +132,7 @@ int Run(int argc, char** argv)
     ScanCommand scan;
     AddScan(app, scan);
     try {
-        app.parse(GuardedArguments(argc, argv));
+        app.parse(Guarded(arguments));
     } catch (CLI::ParseError const& error) {
         return app.exit(error) == 0 ? kSuccess : kUsageError;
     }
@@ -141,10 +141,10 @@ int Run(int argc, char** argv)
 
 } // namespace
 
-int main(int argc, char** argv)
+int qvx::Main(std::vector<std::string> arguments)
 {
     try {
-        return Run(argc, argv);
+        return Run(arguments);
     } catch (TStringCore::Exception const& exception) {
         std::cerr << "qvx: " << exception.toStdString() << '\n';
     } catch (std::exception const& exception) {
