@@ -11,8 +11,12 @@
 #include <qvxsys/TCType.h>
 #include <qvxsys/TMemory.h>
 #include <qvxsys/TStringCore.h>
+#include <qvxsys/TStringEditing.h>
 #include <qvxsys/TStringException.h>
+#include <qvxsys/TStringOperators.h>
+#include <qvxsys/TStringStorage.h>
 #include <qvxsys/TStringView.h>
 #include <qvxsys/TTextDecoder.h>
+#include <qvxsys/TTextReading.h>
 #include <qvxsys/TextArguments.h>
 #include <qvxsys/WideText.h>

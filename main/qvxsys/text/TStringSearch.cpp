@@ -1,0 +1,104 @@
+// Searching in strings and views: the cores under TTextReading.
+
+#include <qvxsys/TTextReading.h>
+
+#include <algorithm>
+#include <cstdint>
+
+#include <qvxsys/TStringCore.h>
+
+#include "UnitCompare.h"
+#include "UnitSearch.h"
+#include "kernels/Kernels.h"
+
+namespace text = qvxsys::text;
+
+namespace qvxsys::detail {
+namespace {
+
+// Where a search starts: a negative `from` counts from the end; -1 for a start outside the text.
+int StartOf(int from, int length) noexcept
+{
+    std::int64_t const start = from < 0 ? std::int64_t{from} + length : from;
+    return start < 0 || start >= length ? -1 : static_cast<int>(start);
+}
+
+} // namespace
+
+int PositionOf(TStringView text, char16_t const* walked, int index, char const* of)
+{
+    if (walked != text.data()) {
+        ThrowForeignIteratorFrom(of);
+    }
+    return index < 0 ? text.length() : std::min(index, text.length());
+}
+
+bool HasPrefix(TStringView text, TStringView prefix, bool folded) noexcept
+{
+    if (prefix.empty() || prefix.size() > text.size()) {
+        return false;
+    }
+    return (folded ? text::CompareUnitsFolded(text.data(), prefix.data(), prefix.size())
+                   : text::CompareUnits(text.data(), prefix.data(), prefix.size())) == 0;
+}
+
+bool HasSuffix(TStringView text, TStringView suffix, bool folded) noexcept
+{
+    return HasPrefix(text.right(suffix.length()), suffix, folded);
+}
+
+int FindText(TStringView text, TStringView needle, int from, bool folded)
+{
+    int const start = StartOf(from, text.length());
+    if (start < 0 || needle.empty()) {
+        return start;
+    }
+    auto const skipped = static_cast<std::size_t>(start);
+    std::size_t const at =
+        text::FindFirst(text.data() + skipped, text.size() - skipped, needle.data(), needle.size(), folded);
+    return at == text::kNotFound ? -1 : static_cast<int>(skipped + at);
+}
+
+int FindTextLast(TStringView text, TStringView needle, int from, bool folded)
+{
+    int const start = StartOf(from, text.length());
+    if (start < 0 || needle.empty()) {
+        return start;
+    }
+    std::size_t const reach = std::min(static_cast<std::size_t>(start) + needle.size(), text.size());
+    std::size_t const at = text::FindLast(text.data(), reach, needle.data(), needle.size(), folded);
+    return at == text::kNotFound ? -1 : static_cast<int>(at);
+}
+
+int CountText(TStringView text, TStringView needle, bool folded)
+{
+    int found = 0;
+    for (int at = FindText(text, needle, 0, folded); at >= 0; at = FindText(text, needle, at + 1, folded)) {
+        ++found;
+    }
+    return found;
+}
+
+int CountUnit(TStringView text, char16_t unit, bool folded) noexcept
+{
+    if (!folded) {
+        return static_cast<int>(text::kernels().countUnit(text.data(), text.size(), unit));
+    }
+    char16_t const wanted = TCType::FoldCase(unit);
+    return static_cast<int>(
+        std::count_if(text.begin(), text.end(), [wanted](char16_t c) { return TCType::FoldCase(c) == wanted; }));
+}
+
+int FindMember(TStringView text, TStringView set, int from, bool wanted) noexcept
+{
+    int const start = StartOf(from, text.length());
+    if (start < 0) {
+        return -1;
+    }
+    std::u16string_view const units = text;
+    std::size_t const at = wanted ? units.find_first_of(set, static_cast<std::size_t>(start))
+                                  : units.find_first_not_of(set, static_cast<std::size_t>(start));
+    return at == std::u16string_view::npos ? -1 : static_cast<int>(at);
+}
+
+} // namespace qvxsys::detail
