@@ -111,6 +111,10 @@ concept TextPointer = StringPointer<T> || PointerTo<T, char>;
 template<class T>
 concept TextOrCharacter = TCType::Character<T> || TextPointer<T> || std::convertible_to<T const&, TStringView>;
 
+/// What integers come in: the integer types and enumerations that convert to them.
+template<class T>
+concept WholeNumber = std::integral<T> ||(std::is_enum_v<T>&& std::convertible_to<T, long long>);
+
 template<class S, class T>
 concept Appendable = requires(S& s, T const& t)
 {
