@@ -20,3 +20,4 @@
 #include <qvxsys/TTextReading.h>
 #include <qvxsys/TextArguments.h>
 #include <qvxsys/WideText.h>
+#include <qvxsys/std.h>
