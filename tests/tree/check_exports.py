@@ -11,6 +11,9 @@ import sys
 VERSION = "QVXSYS_1"
 OURS = re.compile(r"^(typeinfo (name )?for |vtable for )?"
                   r"(CharacterUtils|StringUtils|TCType|QvxICU|TStringCore|TStringView|TCodePointReference|TTextDecoder|"
+                  r"TError|QuorvexError|QuorvexException|QuorvexOutOfMemoryException|QuorvexUserErrorException|"
+                  r"StackExceptionAndRethrow|TFormatStringCore|TScanStringCore|AssertHooks|ThrowLogicException|"
+                  r"InjectLookupTStr|LogicException|RefCntObject|RefCntObjectNonVirtualBase<RefCntObject>|"
                   r"quorvex|qvxsys::detail)\b")
 REQUIRED = {"TMalloc", "TCalloc", "TRealloc", "TFree"}
 
