@@ -94,8 +94,12 @@ public:
         return AddOwn(TStringCore::number(value, base, 0, u' '), fieldWidth, fill);
     }
     /// As TStringCore::number writes it; a negative precision means 6.
-    TFormatStringCore& arg(double value, int fieldWidth = 0, char format = 'g', int precision = -1, Fill fill = u' ',
-                           bool flag = false);
+    template<std::floating_point F>
+    TFormatStringCore& arg(F value, int fieldWidth = 0, char format = 'g', int precision = -1, Fill fill = u' ',
+                           bool flag = false)
+    {
+        return AddOwn(TStringCore::number(value, format, precision < 0 ? 6 : precision, flag), fieldWidth, fill);
+    }
     /// One character; a char is Latin-1.
     template<TCType::Character C>
     TFormatStringCore& arg(C c, int fieldWidth = 0, Fill fill = u' ')

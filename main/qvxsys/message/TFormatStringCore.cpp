@@ -46,7 +46,9 @@ std::int32_t FindPercent(char16_t const* text, std::int32_t from, std::int32_t n
 
 char16_t* Copy(char16_t* to, char16_t const* from, std::size_t n) noexcept
 {
-    std::memcpy(to, from, n * sizeof(char16_t));
+    if (n != 0) {
+        std::memcpy(to, from, n * sizeof(char16_t));
+    }
     return to + n;
 }
 
@@ -184,12 +186,6 @@ TFormatStringCore& TFormatStringCore::arg(std::vector<TStringCore> const& all)
         m_parms.push_back(a);
     }
     return *this;
-}
-
-TFormatStringCore& TFormatStringCore::arg(double value, int fieldWidth, char format, int precision, Fill fill,
-                                          bool flag)
-{
-    return AddOwn(TStringCore::number(value, format, precision < 0 ? 6 : precision, flag), fieldWidth, fill);
 }
 
 TFormatStringCore& TFormatStringCore::AddJustified(TStringCore const& a, int fieldWidth, Fill fill)
