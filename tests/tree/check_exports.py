@@ -11,7 +11,11 @@ import sys
 
 VERSION = "QVXSYS_1"
 OURS = re.compile(r"^(typeinfo (name )?for |vtable for )?"
-                  r"(CharacterUtils|StringUtils|TCType|QvxICU|TStringCore|TStringEditing|TStringStorage|TStringView|TCodePointReference|TTextDecoder|"
+                  r"(CharacterUtils|StringUtils|TCType|QvxICU|TStringCore|TStringEditing|TStringStorage|TStringView|"
+                  r"TCodePointReference|TTextDecoder|"
+                  r"TError|QuorvexError|QuorvexException|QuorvexOutOfMemoryException|QuorvexUserErrorException|"
+                  r"StackExceptionAndRethrow|TFormatStringCore|TScanStringCore|AssertHooks|ThrowLogicException|"
+                  r"InjectLookupTStr|LogicException|RefCntObject|RefCntObjectNonVirtualBase<RefCntObject>|"
                   r"quorvex|qvxsys::detail)\b")
 REQUIRED = {"TMalloc", "TCalloc", "TRealloc", "TFree"}
 

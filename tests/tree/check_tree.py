@@ -15,7 +15,8 @@ import tempfile
 LAYERS = {
     "memory": [],
     "text": ["memory"],
-    "tool": ["text"],
+    "error": ["text"],
+    "tool": ["error"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -25,8 +26,11 @@ FILES = [
     (r"public/qvxsys/TMemory\.h", "memory"),
     (r"public/qvxsys/Platform\.h", "memory"),
     (r"public/qvxsys/qvxsys\.h", "tool"),
+    (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
+    (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
+    (r"main/qvxsys/(error|message)/", "error"),
     (r"tools/qvx/", "tool"),
 ]
 
