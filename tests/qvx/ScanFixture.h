@@ -79,7 +79,12 @@ inline std::map<std::string, std::string> Errors(ChildResult const& run)
     for (json const& error : result["errors"]) {
         EXPECT_FALSE(found.contains(error["path"])) << error["path"];
         found[error["path"]] = error["reason"];
-        lines += "qvx: " + error["path"].get<std::string>() + ": " + error["reason"].get<std::string>() + "\n";
+        std::string messages = error["reason"];
+        for (std::string const context : error["context"]) {
+            messages += "; " + context;
+        }
+        lines += "qvx: " + error["path"].get<std::string>() + ": " + messages + " (" +
+                 error["name"].get<std::string>() + ")\n";
     }
     EXPECT_EQ(run.err, lines);
     return found;

@@ -2,6 +2,8 @@
 
 #include "qvx/ScanFixture.h"
 
+#include "support/Samples.h"
+
 #include <sys/stat.h>
 
 using namespace scan_test;
@@ -49,7 +51,7 @@ TEST_F(Scan, ReadError)
     }
     ChildResult const run = Qvx({"scan", "/proc/self/mem"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "qvx: /proc/self/mem: Input/output error\n");
+    EXPECT_EQ(run.err, "qvx: /proc/self/mem: Input/output error (Qvx_CannotRead)\n");
 }
 
 TEST_F(Scan, NamesThatAreNotText)
@@ -66,7 +68,7 @@ TEST_F(Scan, NamesThatAreNotText)
     EXPECT_EQ(result["files"][1]["pathBytes"], "78ffe282");
     EXPECT_FALSE(result["files"][0].contains("pathBytes"));
     EXPECT_EQ(result["errors"][0]["pathBytes"], "6e6ffe");
-    EXPECT_EQ(run.err, "qvx: no\uFFFD: No such file or directory\n");
+    EXPECT_EQ(run.err, "qvx: no\uFFFD: No such file or directory (Qvx_CannotAccess)\n");
     EXPECT_NE(table.out.find("\nx\uFFFD\uFFFD  "), std::string::npos) << table.out;
 }
 
@@ -83,4 +85,28 @@ TEST_F(Scan, Links)
     };
     EXPECT_EQ(scan(Utf8(Folder())), (std::vector<std::string>{In("a"), In("b/y"), In("to-a")}));
     EXPECT_EQ(scan(In("link")), (std::vector<std::string>{In("link/y")}));
+}
+
+// The words that both understand alike: exact text within a line.
+TEST_F(Scan, FoundLinesAreThoseOfGrep)
+{
+    std::vector<std::string> texts;
+    for (samples::Row const& row : samples::Table()) {
+        if (!row.broken && row.Encoding() == "UTF-8") {
+            texts.push_back(row.path.string());
+        }
+    }
+    ASSERT_GT(texts.size(), 20u);
+    for (char const* const needle : {"a", "e", "the", "\u00E9", "\u0438", "\u3002", "\U0001F600", ".", "[", "nowhere"}) {
+        std::vector<std::string> grep{"/usr/bin/env", "LC_ALL=C", "grep", "-c", "-h", "-F", "-e", needle};
+        grep.insert(grep.end(), texts.begin(), texts.end());
+        std::vector<std::string> arguments{"scan", "--json", "--find", needle};
+        arguments.insert(arguments.end(), texts.begin(), texts.end());
+        std::string lines;
+        json const result = json::parse(Qvx(arguments).out);
+        for (json const& file : result["files"]) {
+            lines += std::to_string(file["matchingLines"].get<int>()) + "\n";
+        }
+        EXPECT_EQ(lines, RunChild(grep).out) << needle;
+    }
 }

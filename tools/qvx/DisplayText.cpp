@@ -40,6 +40,16 @@ int CharacterWidth(char32_t c)
     }
 }
 
+void ReplaceControls(TStringCore& text, char16_t kept)
+{
+    auto const isControl = [kept](char16_t unit) {
+        return (unit < 0x20 || (unit >= 0x7F && unit < 0xA0)) && unit != kept;
+    };
+    if (std::any_of(text.cbegin(), text.cend(), isControl)) {
+        std::replace_if(text.begin(), text.end(), isControl, u'\uFFFD');
+    }
+}
+
 [[maybe_unused]] bool IsText(std::string const& name, TStringCore const& text)
 {
     return text.toStdString() == name;
@@ -73,11 +83,16 @@ std::string RawName(std::filesystem::path const& path)
     return hex;
 }
 
+TStringCore Printable(TStringCore text)
+{
+    ReplaceControls(text, u'\t');
+    return text;
+}
+
 TStringCore DisplayName(std::filesystem::path const& path)
 {
     TStringCore name = NameText(path);
-    auto const isControl = [](char16_t unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0); };
-    std::replace_if(name.begin(), name.end(), isControl, u'\uFFFD');
+    ReplaceControls(name, u' ');
     return name;
 }
 

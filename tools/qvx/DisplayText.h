@@ -16,7 +16,10 @@ namespace qvx {
 /// when NameText has lost nothing.
 [[nodiscard]] std::string RawName(std::filesystem::path const& path);
 
-/// NameText with U+FFFD for control characters as well, which could rewrite the screen.
+/// A text with U+FFFD for control characters, which could rewrite the screen; tabs stay.
+[[nodiscard]] TStringCore Printable(TStringCore text);
+
+/// NameText with U+FFFD for control characters, tabs included.
 [[nodiscard]] TStringCore DisplayName(std::filesystem::path const& path);
 
 /// The columns that the text takes on a terminal: 2 for wide characters of East Asian scripts and emoji, 0 for

@@ -20,6 +20,10 @@ void Prepare();
 
 [[nodiscard]] bool StderrIsTerminal() noexcept;
 
+/// True when stdout is a terminal that understands the escape sequences for colours, and the user has not said no to
+/// colours (a variable NO_COLOR that is not empty).
+[[nodiscard]] bool StdoutHasColours() noexcept;
+
 /// In columns; 80 when the terminal does not tell.
 [[nodiscard]] int StderrWidth() noexcept;
 

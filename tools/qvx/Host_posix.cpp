@@ -1,5 +1,7 @@
 #include "Host.h"
 
+#include <cstdlib>
+#include <string_view>
 #include <system_error>
 
 #include <sys/ioctl.h>
@@ -13,6 +15,15 @@ void Prepare()
 bool StderrIsTerminal() noexcept
 {
     return isatty(STDERR_FILENO) == 1;
+}
+
+bool StdoutHasColours() noexcept
+{
+    auto const value = [](char const* name) -> std::string_view {
+        char const* const set = std::getenv(name);
+        return set != nullptr ? set : "";
+    };
+    return isatty(STDOUT_FILENO) == 1 && value("NO_COLOR").empty() && !value("TERM").empty() && value("TERM") != "dumb";
 }
 
 int StderrWidth() noexcept

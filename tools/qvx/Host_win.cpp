@@ -1,6 +1,7 @@
 #include "Host.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <streambuf>
@@ -95,6 +96,15 @@ void Prepare()
 bool StderrIsTerminal() noexcept
 {
     return IsConsole(GetStdHandle(STD_ERROR_HANDLE));
+}
+
+bool StdoutHasColours() noexcept
+{
+    HANDLE const console = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    wchar_t const* const refused = _wgetenv(L"NO_COLOR");
+    return GetConsoleMode(console, &mode) != 0 && (refused == nullptr || *refused == 0) &&
+           SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
 }
 
 int StderrWidth() noexcept

@@ -5,14 +5,19 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <limits>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
-#include <qvxsys/TStringCore.h>
+#include <qvxsys/Format.h>
 #include <qvxsys/TTextDecoder.h>
+#include <qvxsys/std.h>
 
+#include "Failures.h"
 #include "Host.h"
 #include "Progress.h"
 #include "Scan.h"
@@ -42,6 +47,14 @@ constexpr char const* kScanNotes =
     "Folders are walked in the order of the names, hidden files included. Symbolic links to folders are followed only "
     "when\n"
     "they are a PATH themselves. What cannot be scanned is reported on stderr and does not stop the others.\n"
+    "\n"
+    "--find counts the matches in each file, that do not overlap, and shows the first ones with their line and column.\n"
+    "TEXT must lie within one line. --ignore-case folds every character by Unicode's simple case folding.\n"
+    "\n"
+    "--print prints a line for each file instead of the table. Its format has the markers %1 path, %2 encoding, %3 "
+    "bytes,\n"
+    "%4 units, %5 code points, %6 lines, %7 malformed, %8 matches, %9 lines with matches, and %% for a percent sign. With\n"
+    "--find it prints a line for each match: %1 path, %2 line, %3 column, %4 the line, %5 the match.\n"
     "\n"
     "Exit status: 0 if all was scanned, 1 if something was not, 2 if the command line is wrong.";
 
@@ -75,6 +88,8 @@ struct ScanCommand
 {
     std::vector<std::string> paths;
     qvx::ScanOptions options;
+    std::string find;
+    std::optional<std::string> print;
     bool asJson = false;
 };
 
@@ -90,27 +105,94 @@ void AddScan(CLI::App& app, ScanCommand& command)
         ->check(CLI::Validator(known, ""))
         ->type_name("NAME")
         ->capture_default_str();
-    scan->add_flag("--json", command.asJson, "Print JSON instead of a table");
+    auto const isFindable = [](std::string const& text) {
+        std::string const plain = Unguarded(text);
+        bool const isInOneLine = !plain.empty() && plain.find('\n') == std::string::npos;
+        return isInOneLine ? std::string() : std::string("the text must not be empty, nor have line feeds");
+    };
+    CLI::Option* const find = scan->add_option("--find", command.find, "Look for a text")
+                                  ->check(CLI::Validator(isFindable, ""))
+                                  ->type_name("TEXT");
+    scan->add_flag("--ignore-case", command.options.find.ignoreCase, "Find it whatever its case")->needs(find);
+    scan->add_option("--show", command.options.find.kept, "How many matches of a file to show")
+        ->needs(find)
+        ->type_name("N")
+        ->capture_default_str();
+    CLI::Option* const json = scan->add_flag("--json", command.asJson, "Print JSON instead of a table");
+    scan->add_option("--print", command.print, "Print a line of this format for each file or match")
+        ->excludes(json)
+        ->type_name("FORMAT");
     scan->footer(kScanNotes);
 }
 
-int RunScan(ScanCommand const& command)
+// The format, tried out: what is wrong with it shows before anything is scanned.
+std::optional<TFormatStringCore> RecordFormat(ScanCommand const& command)
 {
+    if (!command.print) {
+        return std::nullopt;
+    }
+    try {
+        TFormatStringCore format(TStringCore::fromStdString(Unguarded(*command.print)));
+        std::ostringstream nowhere;
+        qvx::ScannedFile file{{}, {}, {}, {}};
+        if (command.find.empty()) {
+            qvx::PrintRecord(file, format, nowhere);
+        } else {
+            file.found.kept.resize(1);
+            qvx::PrintMatchRecords(file, format, nowhere);
+        }
+        return format;
+    } catch (...) {
+        StackExceptionAndRethrow("in the format of --print");
+    }
+}
+
+int RunScan(ScanCommand command)
+{
+    qvx::FindOptions& find = command.options.find;
+    find.text = TStringCore::fromStdString(Unguarded(command.find));
+    std::optional<TFormatStringCore> format;
+    try {
+        format = RecordFormat(command);
+    } catch (QuorvexException const& error) {
+        std::cerr << qvxsys::Format(u"qvx: %1\n", qvx::Describe(error));
+        return kUsageError;
+    }
+    if (format) {
+        find.kept = std::numeric_limits<std::size_t>::max();
+    }
+
     bool const showsProgress = qvx::host::StderrIsTerminal();
+    bool const highlights = qvx::host::StdoutHasColours();
     qvx::Progress progress(showsProgress, showsProgress ? qvx::host::StderrWidth() : 0);
-    auto const onError = [&](qvx::ScanError const& error) {
+    qvx::ScanListener listener;
+    listener.onError = [&](qvx::ScanError const& error) {
         progress.Erase();
         qvx::PrintError(error, std::cerr);
+    };
+    listener.onFile = [&](qvx::ScannedFile& file) {
+        if (command.asJson || (!format && file.found.matches == 0)) {
+            return;
+        }
+        progress.Erase();
+        if (!format) {
+            qvx::PrintMatches(file, highlights, std::cout);
+        } else if (command.find.empty()) {
+            qvx::PrintRecord(file, *format, std::cout);
+        } else {
+            qvx::PrintMatchRecords(file, *format, std::cout);
+        }
+        file.found.kept.clear();
     };
     std::vector<std::filesystem::path> paths;
     std::transform(command.paths.begin(), command.paths.end(), std::back_inserter(paths),
                    [](std::string const& argument) { return qvx::host::PathOf(Unguarded(argument)); });
-    qvx::ScanResult const result = qvx::Scan(paths, command.options, progress, onError);
+    qvx::ScanResult const result = qvx::Scan(paths, command.options, progress, listener);
     progress.Erase();
     if (command.asJson) {
-        qvx::PrintJson(result, std::cout);
-    } else {
-        qvx::PrintTable(result, std::cout);
+        qvx::PrintJson(result, !command.find.empty(), std::cout);
+    } else if (!format) {
+        qvx::PrintTable(result, !command.find.empty(), std::cout);
     }
     std::cout.flush();
     if (!std::cout) {
@@ -145,6 +227,8 @@ int qvx::Main(std::vector<std::string> arguments)
 {
     try {
         return Run(arguments);
+    } catch (QuorvexException const& exception) {
+        std::cerr << qvxsys::Format(u"qvx: %1\n", qvx::Describe(exception));
     } catch (TStringCore::Exception const& exception) {
         std::cerr << "qvx: " << exception.toStdString() << '\n';
     } catch (std::exception const& exception) {
