@@ -12,8 +12,8 @@
 // comparison operators stop at the first one (see there).
 //
 // The class is made of parts with headers of their own: size, capacity and units (TStringStorage.h), searching and
-// splitting, which it shares with TStringView (TTextReading.h), editing (TStringEditing.h), comparison and concatenation
-// (TStringOperators.h). Here are making, assigning, appending and conversion.
+// splitting, which it shares with TStringView (TTextReading.h), editing (TStringEditing.h), comparison and
+// concatenation (TStringOperators.h). Here are making, assigning, appending and conversion.
 //
 // Arguments. Text comes as TStringCore, TStringView, UTF-16 (`char16_t const*`), wide text (`wchar_t const*`) or UTF-8
 // (`char const*`); a count of -1 (any negative one) means up to the first 0 unit, and a null pointer is empty text. A
@@ -53,10 +53,10 @@ template<class Container>
 class TCodePointIterator;
 class TCodePointView;
 
-class QVXSYS_API TStringCore
-    : public TStringEditing,
-      public TTextReading<TStringCore, TStringView, TStringEditing::CaseSensitivity, TStringEditing::SplitBehavior>,
-      public qvxsys::detail::StringOperators<TStringCore, TStringView>
+class QVXSYS_API TStringCore : public TStringEditing,
+                               public TTextReading<TStringCore, TStringCore, TStringView,
+                                                   TStringEditing::CaseSensitivity, TStringEditing::SplitBehavior>,
+                               public qvxsys::detail::StringOperators<TStringCore, TStringView>
 {
 public:
     using code_point_iterator = TConstCodePointIterator<TStringCore>;
@@ -301,6 +301,52 @@ public:
     /// At most n units, ending at a common 0 unit; a negative n means the longer of the two terminated lengths.
     [[nodiscard]] static int compareN(char16_t const* a, char16_t const* b, int n,
                                       CaseSensitivity cs = CaseSensitive) noexcept;
+    /// Wide texts; n counts the UTF-16 units they stand for.
+    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V>
+    [[nodiscard]] static int compare(W const& a, V const& b, CaseSensitivity cs = CaseSensitive)
+    {
+        return TStringCore(a).compare(TStringCore(b), cs);
+    }
+    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V>
+    [[nodiscard]] static int compareN(W const& a, V const& b, int n, CaseSensitivity cs = CaseSensitive)
+    {
+        return compareN(TStringCore(a).constData(), TStringCore(b).constData(), n, cs);
+    }
+    /// @}
+
+    /// @name Searching in raw text
+    /// The position of the first match at or after `from`, or -1. A negative `from` counts from the end, and a start
+    /// outside [0, length) finds nothing. A needle that is null, of length 0 or begins with a 0 unit is empty and found
+    /// at the start; a negative needle length means up to its 0 unit. Wide text counts as the UTF-16 it stands for.
+    /// @{
+    [[nodiscard]] static int findStr(char16_t const* haystack, int haystackLength, char16_t const* needle,
+                                     int needleLength, int from, CaseSensitivity cs = CaseSensitive);
+    [[nodiscard]] static int findStr(char16_t const* haystack, int haystackLength, char16_t const* needle,
+                                     int needleLength, CaseSensitivity cs = CaseSensitive)
+    {
+        return findStr(haystack, haystackLength, needle, needleLength, 0, cs);
+    }
+    /// Terminated texts.
+    [[nodiscard]] static int findStr(char16_t const* haystack, char16_t const* needle, int from = 0,
+                                     CaseSensitivity cs = CaseSensitive)
+    {
+        return findStr(haystack, length(haystack), needle, -1, from, cs);
+    }
+    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V, class... Rest>
+    [[nodiscard]] static int findStr(W const& haystack, int haystackLength, V const& needle, int needleLength,
+                                     Rest... rest)
+    {
+        TStringCore const text(haystack, haystackLength < 0 ? 0 : haystackLength);
+        TStringCore const wanted(needle, needleLength);
+        return findStr(text.constData(), text.length(), wanted.constData(), wanted.length(), rest...);
+    }
+    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V, class... Rest>
+    [[nodiscard]] static int findStr(W const& haystack, V const& needle, Rest... rest)
+    {
+        return findStr(TStringCore(haystack).constData(), TStringCore(needle).constData(), rest...);
+    }
+    /// @}
+
     friend void swap(TStringCore& a, TStringCore& b) noexcept { a.swap(b); }
 
     /// @name Numbers
@@ -474,7 +520,6 @@ private:
     }
     static TStringCore ConcatenatedInBlock(TStringCore const& a, TStringView b);
 
-    TStringCore& AssignCopies(qvxsys::detail::UnitsOf units, int n);
     void AppendUnitSlow(char16_t c);
     void AppendForeign(char16_t const* s, int n);
     TStringCore& AppendUnits(char16_t const* s, int n);
@@ -493,6 +538,29 @@ static_assert(sizeof(TStringCore) == 32 && alignof(TStringCore) == 8);
 inline TStringCore& TStringEditing::Self() noexcept
 {
     return static_cast<TStringCore&>(*this);
+}
+
+inline TStringCore const& TStringEditing::Self() const noexcept
+{
+    return static_cast<TStringCore const&>(*this);
+}
+
+template<qvxsys::detail::TextArgument A>
+TStringCore TStringEditing::join(std::vector<TStringCore> const& parts, A const& separator)
+{
+    return Join(parts, qvxsys::detail::ToView(separator));
+}
+
+template<qvxsys::detail::TextArgument A>
+TStringCore TStringEditing::join(std::vector<TStringView> const& parts, A const& separator)
+{
+    return Join(parts, qvxsys::detail::ToView(separator));
+}
+
+/// Flags can be combined.
+constexpr TStringCore::SectionFlags operator|(TStringCore::SectionFlags a, TStringCore::SectionFlags b) noexcept
+{
+    return static_cast<TStringCore::SectionFlags>(static_cast<int>(a) | static_cast<int>(b));
 }
 
 // What needs the class complete.

@@ -45,7 +45,7 @@ namespace qvxsys::detail {
 
 } // namespace qvxsys::detail
 
-class QVXSYS_API TStringView : public TTextReading<TStringView, TStringView, CaseCompare, EmptyParts>
+class QVXSYS_API TStringView : public TTextReading<TStringView, TStringCore, TStringView, CaseCompare, EmptyParts>
 {
 public:
     using value_type = char16_t;
@@ -150,36 +150,42 @@ public:
     [[nodiscard]] code_point_iterator iteratorFrom(code_point_iterator const& other) const QVXSYS_LIFETIME_BOUND;
     /// @}
 
-    /// @name Trimming
-    /// Drops white space (TCType::isSpace32) or code points of a set, a text or a character, from the ends. The first
-    /// three change the view and return it; `trimmed` returns a trimmed view.
+    /// @name Comparing
     /// @{
-    TStringView& trimLeft() noexcept;
-    TStringView& trimRight() noexcept;
-    TStringView& trim() noexcept;
+    /// -1, 0 or 1: by code unit, 0 units too; of two texts one of which begins with the other the shorter one is the
+    /// smaller. A strict order, unlike the operators.
+    template<qvxsys::detail::TextArgument A = TStringView>
+    [[nodiscard]] int compare(A const& text, CaseCompare cs = CaseCompare::Sensitive) const
+    {
+        return Compare(qvxsys::detail::ToView(text), cs);
+    }
+    /// @}
+
+    /// @name Trimming
+    /// Drops white space (TCType::isSpace32), or code points of a set (a text or a character), from the ends of this
+    /// view. `trimmed` gives a trimmed view instead.
+    /// @{
+    TStringView& trimLeft() noexcept { return *this = qvxsys::detail::Trimmed(*this, true, false); }
+    TStringView& trimRight() noexcept { return *this = qvxsys::detail::Trimmed(*this, false, true); }
+    TStringView& trim() noexcept { return *this = qvxsys::detail::Trimmed(*this, true, true); }
     template<qvxsys::detail::TextArgument A = TStringView>
     TStringView& trimLeft(A const& set)
     {
-        return TrimLeft(qvxsys::detail::ToView(set));
+        return *this = qvxsys::detail::Trimmed(*this, qvxsys::detail::ToView(set), true, false);
     }
     template<qvxsys::detail::TextArgument A = TStringView>
     TStringView& trimRight(A const& set)
     {
-        return TrimRight(qvxsys::detail::ToView(set));
+        return *this = qvxsys::detail::Trimmed(*this, qvxsys::detail::ToView(set), false, true);
     }
     template<qvxsys::detail::TextArgument A = TStringView>
     TStringView& trim(A const& set)
     {
-        auto const& members = qvxsys::detail::ToView(set);
-        return TrimLeft(members).TrimRight(members);
+        return *this = qvxsys::detail::Trimmed(*this, qvxsys::detail::ToView(set), true, true);
     }
-    [[nodiscard]] TStringView trimmed() const noexcept;
-    template<qvxsys::detail::TextArgument A = TStringView>
-    [[nodiscard]] TStringView trimmed(A const& set) const
-    {
-        TStringView copy = *this;
-        return copy.trim(set);
-    }
+    TStringView& trimLeft32(char32_t c) { return trimLeft(c); }
+    TStringView& trimRight32(char32_t c) { return trimRight(c); }
+    TStringView& trim32(char32_t c) { return trim(c); }
     /// @}
 
     /// @name Numbers
@@ -203,8 +209,7 @@ public:
     /// @}
 
 private:
-    TStringView& TrimLeft(TStringView set) noexcept;
-    TStringView& TrimRight(TStringView set) noexcept;
+    [[nodiscard]] int Compare(TStringView other, CaseCompare cs) const noexcept;
 
     char16_t const* m_data = nullptr;
     std::size_t m_length = 0;

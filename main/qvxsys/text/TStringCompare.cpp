@@ -44,6 +44,23 @@ int TStringCore::compareN(char16_t const* a, char16_t const* b, int n, CaseSensi
     return cs == CaseSensitive ? text::CompareUnits(a, b, most) : text::CompareUnitsFolded(a, b, most);
 }
 
+int TStringView::Compare(TStringView other, CaseCompare cs) const noexcept
+{
+    std::size_t const common = std::min(m_length, other.m_length);
+    for (std::size_t i = 0; i < common; ++i) {
+        char16_t a = m_data[i];
+        char16_t b = other.m_data[i];
+        if (a != b && cs != CaseCompare::Sensitive) {
+            a = TCType::FoldCase(a);
+            b = TCType::FoldCase(b);
+        }
+        if (a != b) {
+            return a < b ? -1 : 1;
+        }
+    }
+    return m_length == other.m_length ? 0 : m_length < other.m_length ? -1 : 1;
+}
+
 namespace qvxsys::detail {
 
 bool ViewsEqual(TStringView a, TStringView b) noexcept

@@ -128,24 +128,6 @@ TStringCore& TStringCore::assign(char const* utf8, int n)
     return *this;
 }
 
-TStringCore& TStringCore::AssignCopies(qvxsys::detail::UnitsOf units, int n)
-{
-    n = std::max(n, 0);
-    if (n > kMaxLength / units.count) {
-        text::ThrowOverflow();
-    }
-    char16_t* out = SetLength(n * units.count);
-    if (units.count == 1) {
-        std::fill_n(out, n, units.units[0]);
-    } else {
-        for (int i = 0; i < n; ++i) {
-            *out++ = units.units[0];
-            *out++ = units.units[1];
-        }
-    }
-    return *this;
-}
-
 // ---- appending
 
 void TStringCore::AppendUnitSlow(char16_t c)

@@ -9,6 +9,7 @@
 
 #include "UnitCompare.h"
 #include "UnitSearch.h"
+#include "UnitSet.h"
 #include "kernels/Kernels.h"
 
 namespace text = qvxsys::text;
@@ -95,10 +96,28 @@ int FindMember(TStringView text, TStringView set, int from, bool wanted) noexcep
     if (start < 0) {
         return -1;
     }
-    std::u16string_view const units = text;
-    std::size_t const at = wanted ? units.find_first_of(set, static_cast<std::size_t>(start))
-                                  : units.find_first_not_of(set, static_cast<std::size_t>(start));
-    return at == std::u16string_view::npos ? -1 : static_cast<int>(at);
+    text::UnitSet const members(set);
+    auto const isWanted = [&](char16_t c) { return members.Contains(c) == wanted; };
+    auto const at = std::find_if(text.begin() + start, text.end(), isWanted);
+    return at == text.end() ? -1 : static_cast<int>(at - text.begin());
+}
+
+int RunOf(TStringView text, TStringView set, bool members) noexcept
+{
+    int const end = FindMember(text, set, 0, !members);
+    return end < 0 ? text.length() : end;
 }
 
 } // namespace qvxsys::detail
+
+int TStringCore::findStr(char16_t const* haystack, int haystackLength, char16_t const* needle, int needleLength,
+                         int from, CaseSensitivity cs)
+{
+    if (haystack == nullptr || haystackLength < 1) {
+        return -1;
+    }
+    bool const isEmpty = needle == nullptr || needleLength == 0 || *needle == 0;
+    int const wanted = isEmpty ? 0 : needleLength < 0 ? length(needle) : needleLength;
+    return qvxsys::detail::FindText({haystack, static_cast<std::size_t>(haystackLength)},
+                                    {needle, static_cast<std::size_t>(wanted)}, from, cs != CaseSensitive);
+}

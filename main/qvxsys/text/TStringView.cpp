@@ -39,37 +39,6 @@ char32_t FirstCodePoint(TStringView view, int& units) noexcept
     return c;
 }
 
-template<class Drop>
-TStringView TrimmedLeft(TStringView view, Drop drop) noexcept
-{
-    int units = 0;
-    while (!view.empty() && drop(FirstCodePoint(view, units))) {
-        view = view.mid(units);
-    }
-    return view;
-}
-
-template<class Drop>
-TStringView TrimmedRight(TStringView view, Drop drop) noexcept
-{
-    int units = 0;
-    while (!view.empty() && drop(LastCodePoint(view, units))) {
-        view.truncate(view.length() - units);
-    }
-    return view;
-}
-
-bool IsIn(TStringView set, char32_t c) noexcept
-{
-    int units = 0;
-    for (; !set.empty(); set = set.mid(units)) {
-        if (FirstCodePoint(set, units) == c) {
-            return true;
-        }
-    }
-    return false;
-}
-
 } // namespace
 
 int TStringView::lengthInCodePoints() const noexcept
@@ -170,37 +139,4 @@ TStringView::code_point_iterator TStringView::iteratorFrom(code_point_iterator c
 {
     int const position = PositionOf(*this, other);
     return position < length() ? code_point_iterator(other.codePointIndex(), position, *this) : codepoint_cend();
-}
-
-// ---- trimming
-
-TStringView& TStringView::trimLeft() noexcept
-{
-    return *this = TrimmedLeft(*this, TCType::isSpace32);
-}
-
-TStringView& TStringView::trimRight() noexcept
-{
-    return *this = TrimmedRight(*this, TCType::isSpace32);
-}
-
-TStringView& TStringView::trim() noexcept
-{
-    return trimLeft().trimRight();
-}
-
-TStringView& TStringView::TrimLeft(TStringView set) noexcept
-{
-    return *this = TrimmedLeft(*this, [set](char32_t c) { return IsIn(set, c); });
-}
-
-TStringView& TStringView::TrimRight(TStringView set) noexcept
-{
-    return *this = TrimmedRight(*this, [set](char32_t c) { return IsIn(set, c); });
-}
-
-TStringView TStringView::trimmed() const noexcept
-{
-    TStringView copy = *this;
-    return copy.trim();
 }
