@@ -4,6 +4,7 @@
 #include <qvxsys/CharacterUtils.h>
 #include <qvxsys/CodePointIterator.h>
 #include <qvxsys/CodePointView.h>
+#include <qvxsys/KMP.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/Processor.h>
 #include <qvxsys/QvxICU.h>

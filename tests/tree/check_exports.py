@@ -10,7 +10,7 @@ import sys
 
 VERSION = "QVXSYS_1"
 OURS = re.compile(r"^(typeinfo (name )?for |vtable for )?"
-                  r"(CharacterUtils|StringUtils|TCType|QvxICU|TStringCore|TStringView|TCodePointReference|TTextDecoder|"
+                  r"(CharacterUtils|StringUtils|TCType|QvxICU|KMP|TStringCore|TStringView|TCodePointReference|TTextDecoder|"
                   r"quorvex|qvxsys::detail)\b")
 REQUIRED = {"TMalloc", "TCalloc", "TRealloc", "TFree"}
 

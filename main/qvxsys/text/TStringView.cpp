@@ -109,10 +109,9 @@ int FindMember(TStringView view, TStringView set, int from, bool wanted) noexcep
     if (start < 0) {
         return -1;
     }
-    std::u16string_view const units = view;
-    std::size_t const at = wanted ? units.find_first_of(set, static_cast<std::size_t>(start))
-                                  : units.find_first_not_of(set, static_cast<std::size_t>(start));
-    return at == std::u16string_view::npos ? -1 : static_cast<int>(at);
+    TStringView const rest = view.mid(start);
+    std::size_t const at = text::FindFirstOf(rest.data(), rest.size(), set.data(), set.size(), wanted);
+    return at == text::kNotFound ? -1 : start + static_cast<int>(at);
 }
 
 // Cuts at what `next(rest)` finds, which is `width` units wide.
@@ -255,25 +254,15 @@ bool TStringView::contains(TStringView needle, CaseCompare cs) const
 
 int TStringView::count(TStringView needle, CaseCompare cs) const
 {
-    int found = 0;
-    for (int at = indexOf(needle, 0, cs); at >= 0; at = indexOf(needle, at + 1, cs)) {
-        ++found;
+    if (needle.empty()) {
+        return length(); // found everywhere
     }
-    return found;
+    return static_cast<int>(text::CountMatches(m_data, m_length, needle.data(), needle.size(), IsFolded(cs)));
 }
 
 int TStringView::count32(char32_t c, CaseCompare cs) const
 {
-    UnitsOf const units(c);
-    if (units.count != 1) {
-        return count(units.View(), cs);
-    }
-    if (!IsFolded(cs)) {
-        return static_cast<int>(text::kernels().countUnit(m_data, m_length, units.units[0]));
-    }
-    char16_t const folded = TCType::FoldCase(units.units[0]);
-    auto const same = [folded](char16_t unit) { return TCType::FoldCase(unit) == folded; };
-    return static_cast<int>(std::count_if(begin(), end(), same));
+    return count(UnitsOf(c).View(), cs);
 }
 
 int TStringView::indexOf(TStringView needle, int from, CaseCompare cs) const
