@@ -1,5 +1,6 @@
 #include "UnitFolding.h"
 
+#include <algorithm>
 #include <array>
 
 #include <qvxsys/QvxICU.h>
@@ -34,19 +35,19 @@ bool FillRings() noexcept
 
 } // namespace
 
-UnitClass ClassOf(char16_t c) noexcept
+unsigned CasesOf(char16_t c, char16_t (&units)[kMostCases]) noexcept
 {
     static bool const filled = FillRings();
     static_cast<void>(filled);
-    UnitClass all{{c, c, c, c}, 1};
+    std::fill_n(units, kMostCases, c);
+    unsigned count = 1;
     for (char16_t next = NextInRing(c); next != c; next = NextInRing(next)) {
-        if (all.count == UnitClass::kMost) {
-            all.count = 0;
-            break;
+        if (count == kMostCases) {
+            return 0;
         }
-        all.units[all.count++] = next;
+        units[count++] = next;
     }
-    return all;
+    return count;
 }
 
 } // namespace qvxsys::text

@@ -5,17 +5,12 @@
 
 namespace qvxsys::text {
 
-/// The units that fold to the same unit as `c`, c among them. More than kMost are not listed: `count` is 0 then
-/// (Unicode has no such case).
-struct UnitClass
-{
-    static constexpr unsigned kMost = 4;
+/// The most units that fold to one and the same (Unicode has no case of more).
+inline constexpr unsigned kMostCases = 4;
 
-    char16_t units[kMost];
-    unsigned count;
-};
-
-/// The first call of a process asks ICU for all units (a fraction of a millisecond), from then on it costs a few loads.
-[[nodiscard]] UnitClass ClassOf(char16_t c) noexcept;
+/// Puts the units that fold to the same as `c` into `units`, c first, and fills up with c; returns how many they are, 0
+/// if there are more than kMostCases. The first call of a process asks ICU for all units (a fraction of a millisecond),
+/// from then on it costs a few loads.
+unsigned CasesOf(char16_t c, char16_t (&units)[kMostCases]) noexcept;
 
 } // namespace qvxsys::text

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <type_traits>
 
 #include <qvxsys/TCType.h>
 
@@ -74,110 +75,112 @@ bool MatchByBorders(std::size_t& i, std::size_t length, At at, std::size_t& k, s
 
 // ---- anchors
 
-struct AnchorChoice
-{
-    std::size_t first;
-    std::size_t second;
-};
+static_assert(kMostCases == Anchors::kMost);
 
-UnitClass ClassFor(char16_t c, bool folded) noexcept
+// Puts the units that match c into `units`; returns how many they are, 0 if too many.
+template<class Fold>
+unsigned MatchesOf(char16_t c, char16_t (&units)[Anchors::kMost]) noexcept
 {
-    return folded ? ClassOf(c) : UnitClass{{c, c, c, c}, 1};
+    if constexpr (std::is_same_v<Fold, Folded>) {
+        return CasesOf(c, units);
+    } else {
+        units[0] = c;
+        return 1;
+    }
 }
 
-bool IsCheap(char16_t c, bool folded) noexcept
+bool IsCheap(unsigned cases) noexcept
 {
-    unsigned const units = ClassFor(c, folded).count;
-    return units == 1 || units == 2;
+    return cases == 1 || cases == 2;
 }
 
-// The first and the last unit, or others near them: if possible such as have no more than two cases, and the second
-// such as differs from the first. For n >= 2.
-AnchorChoice ChooseAnchors(char16_t const* needle, std::size_t n, bool folded) noexcept
+// The first anchor: the first unit, or one behind it if that has more than two cases. Sets `cases`.
+template<class Fold>
+std::size_t ChooseFirst(Anchors& anchors, char16_t const* needle, std::size_t n, unsigned& cases) noexcept
 {
     std::size_t first = 0;
-    while (folded && first < n - 1 && !IsCheap(needle[first], folded)) {
-        ++first;
+    for (; first + 1 < n; ++first) {
+        cases = MatchesOf<Fold>(needle[first], anchors.first);
+        if (IsCheap(cases)) {
+            return first;
+        }
     }
-    first = first < n - 1 ? first : 0;
-    char16_t const unit = folded ? TCType::FoldCase(needle[first]) : needle[first];
-    std::size_t second = n - 1;
-    std::size_t differing = first;
-    for (; second > first; --second) {
-        char16_t const other = folded ? TCType::FoldCase(needle[second]) : needle[second];
-        if (other == unit) {
+    cases = MatchesOf<Fold>(*needle, anchors.first);
+    return 0;
+}
+
+// The second anchor, for n >= 2: the last unit, or if possible one before it that differs from the first anchor and has
+// no more than two cases. Sets `cases`.
+template<class Fold>
+std::size_t ChooseSecond(Anchors& anchors, char16_t const* needle, std::size_t n, std::size_t first,
+                         unsigned& cases) noexcept
+{
+    constexpr Fold fold;
+    char16_t const unit = fold(needle[first]);
+    std::size_t differing = n - 1;
+    for (std::size_t second = n - 1; second > first; --second) {
+        if (fold(needle[second]) == unit) {
             continue;
         }
-        if (!folded || IsCheap(other, folded)) {
-            return {first, second};
+        cases = MatchesOf<Fold>(needle[second], anchors.second);
+        if (IsCheap(cases)) {
+            return second;
         }
-        differing = differing == first ? second : differing;
+        differing = second;
     }
-    return {first, differing != first ? differing : n - 1};
+    cases = MatchesOf<Fold>(needle[differing], anchors.second);
+    return differing;
 }
 
-// The units of a class, the last one repeated to fill up.
-void SetUnits(char16_t (&units)[Anchors::kMost], UnitClass const& all) noexcept
+// Fills in the anchors and returns the place of the first one in the needle; kNotFound if a scan cannot look for so
+// many cases. Only what a scan reads is written: this is part of the price of every short search.
+template<class Fold>
+std::size_t ChooseAnchors(Anchors& anchors, char16_t const* needle, std::size_t n) noexcept
 {
-    for (unsigned i = 0; i < Anchors::kMost; ++i) {
-        units[i] = all.units[std::min(i, all.count - 1)];
+    unsigned firstCases = 0;
+    unsigned secondCases = 1;
+    std::size_t const first = ChooseFirst<Fold>(anchors, needle, n, firstCases);
+    anchors.pair = n > 1;
+    if (anchors.pair) {
+        anchors.gap = ChooseSecond<Fold>(anchors, needle, n, first, secondCases) - first;
     }
-}
-
-struct AnchorPlan
-{
-    Anchors anchors;
-    std::size_t offset;
-    bool usable; // unless a class is larger than a scan can look for
-};
-
-AnchorPlan PlanAnchors(char16_t const* needle, std::size_t n, bool folded) noexcept
-{
-    static_assert(UnitClass::kMost == Anchors::kMost);
-    AnchorChoice const choice = n > 1 ? ChooseAnchors(needle, n, folded) : AnchorChoice{0, 0};
-    UnitClass const first = ClassFor(needle[choice.first], folded);
-    UnitClass const second = ClassFor(needle[choice.second], folded);
-    AnchorPlan plan{{}, choice.first, first.count != 0 && second.count != 0};
-    if (plan.usable) {
-        SetUnits(plan.anchors.first, first);
-        SetUnits(plan.anchors.second, second);
-        unsigned const most = std::max(first.count, second.count);
-        plan.anchors.alternatives = most > 2 ? 4 : most;
-        plan.anchors.gap = choice.second - choice.first;
-        plan.anchors.pair = n > 1;
-    }
-    return plan;
+    unsigned const most = std::max(firstCases, secondCases);
+    anchors.alternatives = most > 2 ? Anchors::kMost : most;
+    return firstCases != 0 && secondCases != 0 ? first : kNotFound;
 }
 
 // ---- hits
 
 // Whether the needle is at p; adds to the work what counts.
-bool IsMatch(char16_t const* p, char16_t const* needle, std::size_t n, bool folded, std::size_t& work) noexcept
+template<class Fold>
+[[gnu::always_inline]] inline bool IsMatch(char16_t const* p, char16_t const* needle, std::size_t n,
+                                           std::size_t& work) noexcept
 {
     if (n == 1) {
         return true; // the anchor is all of it
     }
     std::size_t const glance = std::min(n, kGlance);
-    if (folded) {
+    if constexpr (std::is_same_v<Fold, Folded>) {
         for (std::size_t i = 0; i < glance; ++i) {
-            if (TCType::FoldCase(p[i]) != TCType::FoldCase(needle[i])) {
+            if (p[i] != needle[i] && TCType::FoldCase(p[i]) != TCType::FoldCase(needle[i])) {
                 return false;
             }
         }
-        if (n > glance) {
-            work += 4 + n / 4;
-            return EqualUnitsFolded(p + glance, needle + glance, n - glance);
+        if (n == glance) {
+            return true;
         }
-        return true;
-    }
-    if (!EqualUnits(p, needle, glance)) {
-        return false;
-    }
-    if (n > glance) {
+        work += 4 + n / 4;
+        return EqualUnitsFolded(p + glance, needle + glance, n - glance);
+    } else {
+        if (!EqualUnits(p, needle, glance)) {
+            return false;
+        }
+        if (n == glance) {
+            return true;
+        }
         work += 2 + n / 32;
         return EqualUnits(p + glance, needle + glance, n - glance);
     }
-    return true;
 }
 
 bool IsTooMuch(std::size_t work, std::size_t passed) noexcept
@@ -185,18 +188,34 @@ bool IsTooMuch(std::size_t work, std::size_t passed) noexcept
     return work > kFreeWork + kWorkPerUnit * passed;
 }
 
-// FindLast by borders, both texts read backwards.
-template<class Fold>
-std::size_t FindLastByBorders(char16_t const* text, std::size_t length, char16_t const* needle, std::size_t n,
-                              Fold fold)
+// The first match by borders, in texts read through functions.
+template<class At, class NeedleAt>
+std::size_t FindByBorders(std::size_t length, At at, std::size_t n, NeedleAt needleAt)
 {
-    auto const at = [=](std::size_t i) { return fold(text[length - 1 - i]); };
-    auto const needleAt = [=](std::size_t i) { return fold(needle[n - 1 - i]); };
     std::unique_ptr<std::size_t[]> const border(new std::size_t[n]);
     FillBorders(n, needleAt, border.get());
     std::size_t i = 0;
     std::size_t k = 0;
-    return MatchByBorders(i, length, at, k, n, needleAt, border.get()) ? length - i : kNotFound;
+    return MatchByBorders(i, length, at, k, n, needleAt, border.get()) ? i - n : kNotFound;
+}
+
+template<class Fold>
+std::size_t FindFirstByBorders(char16_t const* text, std::size_t length, char16_t const* needle, std::size_t n)
+{
+    constexpr Fold fold;
+    return FindByBorders(
+        length, [=](std::size_t i) { return fold(text[i]); }, n, [=](std::size_t i) { return fold(needle[i]); });
+}
+
+// Both texts read backwards.
+template<class Fold>
+std::size_t FindLastByBorders(char16_t const* text, std::size_t length, char16_t const* needle, std::size_t n)
+{
+    constexpr Fold fold;
+    std::size_t const fromEnd = FindByBorders(
+        length, [=](std::size_t i) { return fold(text[length - 1 - i]); }, n,
+        [=](std::size_t i) { return fold(needle[n - 1 - i]); });
+    return fromEnd == kNotFound ? kNotFound : length - n - fromEnd;
 }
 
 // ---- sets
@@ -204,11 +223,11 @@ std::size_t FindLastByBorders(char16_t const* text, std::size_t length, char16_t
 // Anchors for a set of so few units that a scan can look for them all.
 Anchors AnchorsOf(char16_t const* set, std::size_t n) noexcept
 {
-    UnitClass all{{}, static_cast<unsigned>(n)};
-    std::copy_n(set, n, all.units);
     Anchors anchors{};
-    SetUnits(anchors.first, all);
-    anchors.alternatives = n > 2 ? 4 : static_cast<unsigned>(n);
+    for (std::size_t i = 0; i < Anchors::kMost; ++i) {
+        anchors.first[i] = set[std::min(i, n - 1)];
+    }
+    anchors.alternatives = n > 2 ? Anchors::kMost : static_cast<unsigned>(n);
     return anchors;
 }
 
@@ -250,6 +269,64 @@ std::size_t HighestHit(std::uint64_t hits, ScanBlock const& block) noexcept
     return block.at + 63 - static_cast<std::size_t>(std::countl_zero(hits));
 }
 
+// ---- single searches
+
+template<class Fold>
+std::size_t First(char16_t const* text, std::size_t length, char16_t const* needle, std::size_t n)
+{
+    if (n > length) {
+        return kNotFound;
+    }
+    std::size_t const positions = length - n + 1;
+    Anchors anchors;
+    std::size_t const offset = ChooseAnchors<Fold>(anchors, needle, n);
+    ScanBlock block;
+    std::size_t work = offset == kNotFound ? kNotFound : 0;
+    while (!IsTooMuch(work, block.next)) {
+        std::uint64_t hits = kernels().nextHits(text + offset, positions, anchors, block);
+        for (; hits != 0; hits &= hits - 1) {
+            std::size_t const at = LowestHit(hits, block);
+            if (IsMatch<Fold>(text + at, needle, n, work)) {
+                return at;
+            }
+        }
+        if (block.next == positions) {
+            return kNotFound;
+        }
+    }
+    std::size_t const from = block.next;
+    std::size_t const found = FindFirstByBorders<Fold>(text + from, length - from, needle, n);
+    return found == kNotFound ? kNotFound : from + found;
+}
+
+template<class Fold>
+std::size_t Last(char16_t const* text, std::size_t length, char16_t const* needle, std::size_t n)
+{
+    if (n > length) {
+        return kNotFound;
+    }
+    std::size_t const positions = length - n + 1;
+    Anchors anchors;
+    std::size_t const offset = ChooseAnchors<Fold>(anchors, needle, n);
+    ScanBlock block{positions, positions};
+    std::size_t work = offset == kNotFound ? kNotFound : 0;
+    while (!IsTooMuch(work, positions - block.next)) {
+        std::uint64_t hits = kernels().previousHits(text + offset, positions, anchors, block);
+        while (hits != 0) {
+            std::size_t const at = HighestHit(hits, block);
+            hits &= ~(std::uint64_t{1} << (at - block.at));
+            if (IsMatch<Fold>(text + at, needle, n, work)) {
+                return at;
+            }
+        }
+        if (block.next == 0) {
+            return kNotFound;
+        }
+    }
+    std::size_t const rest = block.next - 1 + n; // matches that begin before block.next end here at the latest
+    return FindLastByBorders<Fold>(text, rest, needle, n);
+}
+
 } // namespace
 
 // ---- all matches
@@ -261,11 +338,8 @@ UnitMatches::UnitMatches(char16_t const* text, std::size_t length, char16_t cons
     if (n > length) {
         return;
     }
-    AnchorPlan const plan = PlanAnchors(needle, n, folded);
     m_positions = length - n + 1;
-    m_anchors = plan.anchors;
-    m_offset = plan.offset;
-    m_work = plan.usable ? 0 : kNotFound;
+    m_offset = folded ? ChooseAnchors<Folded>(m_anchors, needle, n) : ChooseAnchors<Exact>(m_anchors, needle, n);
 }
 
 std::size_t UnitMatches::Next(std::size_t from)
@@ -291,14 +365,15 @@ std::size_t UnitMatches::Next(std::size_t from)
                 return NextByBorders(at);
             }
             m_hits &= m_hits - 1;
-            if (IsMatch(m_text + at, m_needle, m_n, m_folded, m_work)) {
+            if (m_folded ? IsMatch<Folded>(m_text + at, m_needle, m_n, m_work)
+                         : IsMatch<Exact>(m_text + at, m_needle, m_n, m_work)) {
                 return at;
             }
         }
         if (m_block.next >= m_positions) {
             return kNotFound;
         }
-        if (m_work == kNotFound) {
+        if (m_offset == kNotFound) {
             StartByBorders(m_block.next);
             return NextByBorders(m_block.next);
         }
@@ -343,47 +418,24 @@ std::size_t UnitMatches::NextByBorders(std::size_t from)
 
 std::size_t FindFirst(char16_t const* text, std::size_t length, char16_t const* needle, std::size_t n, bool folded)
 {
-    return UnitMatches(text, length, needle, n, folded).Next();
+    return folded ? First<Folded>(text, length, needle, n) : First<Exact>(text, length, needle, n);
 }
 
 std::size_t FindLast(char16_t const* text, std::size_t length, char16_t const* needle, std::size_t n, bool folded)
 {
-    if (n > length) {
-        return kNotFound;
-    }
-    std::size_t const positions = length - n + 1;
-    AnchorPlan const plan = PlanAnchors(needle, n, folded);
-    ScanBlock block{positions, positions};
-    std::size_t work = plan.usable ? 0 : kNotFound;
-    while (block.next != 0 && !IsTooMuch(work, positions - block.next)) {
-        std::uint64_t hits = kernels().previousHits(text + plan.offset, positions, plan.anchors, block);
-        while (hits != 0) {
-            std::size_t const at = HighestHit(hits, block);
-            hits &= ~(std::uint64_t{1} << (at - block.at));
-            if (IsMatch(text + at, needle, n, folded, work)) {
-                return at;
-            }
-        }
-    }
-    if (block.next == 0) {
-        return kNotFound;
-    }
-    std::size_t const rest = block.next - 1 + n; // matches that begin before block.next end here at the latest
-    return folded ? FindLastByBorders(text, rest, needle, n, Folded())
-                  : FindLastByBorders(text, rest, needle, n, Exact());
+    return folded ? Last<Folded>(text, length, needle, n) : Last<Exact>(text, length, needle, n);
 }
 
 std::size_t CountMatches(char16_t const* text, std::size_t length, char16_t const* needle, std::size_t n, bool folded)
 {
-    if (n == 1) {
-        UnitClass const all = ClassFor(*needle, folded);
+    char16_t units[Anchors::kMost];
+    unsigned const cases = n != 1 ? 0 : folded ? MatchesOf<Folded>(*needle, units) : MatchesOf<Exact>(*needle, units);
+    if (cases != 0) {
         std::size_t found = 0;
-        for (unsigned i = 0; i < all.count; ++i) {
-            found += kernels().countUnit(text, length, all.units[i]);
+        for (unsigned i = 0; i < cases; ++i) {
+            found += kernels().countUnit(text, length, units[i]);
         }
-        if (all.count != 0) {
-            return found;
-        }
+        return found;
     }
     UnitMatches matches(text, length, needle, n, folded);
     std::size_t found = 0;

@@ -14,7 +14,7 @@ using quorvex::cpu::InstructionSet;
     {                                                                                                                  \
         set::Utf8ToUtf16, set::Utf16LengthOfUtf8, set::Utf8PrefixToUtf32, set::Utf16ToUtf8, set::Utf8LengthOfUtf16,    \
             set::Utf16ToUtf32, set::Utf32ToUtf16, set::Utf32ToUtf16Raw, set::Utf32ToUtf8Raw, set::CopyWellFormed,      \
-            set::CountCodePoints, set::CountUnit, set::FirstStop, set::FirstStopAsciiFolded, set::NextHits,            \
+            set::CountCodePoints, set::CountUnit, set::FirstStop, set::FirstStopFolded, set::NextHits,                 \
             set::PreviousHits                                                                                          \
     }
 

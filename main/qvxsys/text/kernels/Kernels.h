@@ -23,6 +23,16 @@
 
 namespace qvxsys::text {
 
+/// Neighbouring pairs of units that fold alike: c and c + distance for each c in [low, low + count).
+struct CaseRun
+{
+    char16_t low;
+    char16_t count;
+    char16_t distance;
+};
+
+inline constexpr CaseRun kAsciiLetters{u'A', 26, u'a' - u'A'};
+
 /// What a scan looks for at a position p: one of the units `first` at p and, if it is a pair, one of `second` at
 /// p + gap. Alternatives that are not needed repeat another one.
 struct Anchors
@@ -90,8 +100,8 @@ struct Kernels
     /// The first index at which the texts differ or both have a 0 unit, n if there is none.
     std::size_t (*firstStop)(char16_t const* a, char16_t const* b, std::size_t n) noexcept;
 
-    /// The same, but "A".."Z" do not differ from "a".."z".
-    std::size_t (*firstStopAsciiFolded)(char16_t const* a, char16_t const* b, std::size_t n) noexcept;
+    /// The same, but units that fold alike by kAsciiLetters or by `run` do not differ.
+    std::size_t (*firstStopFolded)(char16_t const* a, char16_t const* b, std::size_t n, CaseRun run) noexcept;
 
     /// The next positions in [block.next, count) with the anchors; 0 if there are none up to the end. Reads units up
     /// to count, and from gap to gap + count for a pair.
@@ -124,7 +134,7 @@ Kernels const& kernels() noexcept;
     std::size_t CountCodePoints(char16_t const* src, std::size_t n) noexcept;                                          \
     std::size_t CountUnit(char16_t const* src, std::size_t n, char16_t unit) noexcept;                                 \
     std::size_t FirstStop(char16_t const* a, char16_t const* b, std::size_t n) noexcept;                               \
-    std::size_t FirstStopAsciiFolded(char16_t const* a, char16_t const* b, std::size_t n) noexcept;                    \
+    std::size_t FirstStopFolded(char16_t const* a, char16_t const* b, std::size_t n, CaseRun run) noexcept;            \
     std::uint64_t NextHits(char16_t const* text, std::size_t count, Anchors const& anchors,                            \
                            ScanBlock& block) noexcept;                                                                 \
     std::uint64_t PreviousHits(char16_t const* text, std::size_t count, Anchors const& anchors,                        \

@@ -29,18 +29,17 @@ struct Avx2
         __m128i const bytes = _mm_packs_epi16(_mm256_castsi256_si128(hits), _mm256_extracti128_si256(hits, 1));
         return static_cast<unsigned>(_mm_movemask_epi8(bytes));
     }
-    static Hits Stops(Vector a, Vector b) noexcept
+    static Hits Pairs(Vector a, Vector b, CaseRun run) noexcept
     {
-        return _mm256_cmpeq_epi16(_mm256_and_si256(_mm256_cmpeq_epi16(a, b), a), _mm256_setzero_si256());
+        __m256i const above = _mm256_subs_epu16(a, b);
+        __m256i const distance = _mm256_or_si256(above, _mm256_subs_epu16(b, a));
+        __m256i const low = _mm256_add_epi16(_mm256_sub_epi16(a, above), All(0x8000u - run.low));
+        return _mm256_and_si256(_mm256_cmpeq_epi16(distance, All(run.distance)),
+                                _mm256_cmpgt_epi16(All(0x8000u + run.count), low));
     }
-    static Hits StopsFolded(Vector a, Vector b) noexcept
+    static Hits NotOrZero(Hits hits, Vector a) noexcept
     {
-        __m256i const caseBit = All(0x20);
-        __m256i const lower = _mm256_add_epi16(_mm256_or_si256(a, caseBit), All(0x7FFF - u'z'));
-        __m256i const letter = _mm256_cmpgt_epi16(lower, All(0x7FFF - 26));
-        __m256i const sameLetter = _mm256_and_si256(letter, _mm256_cmpeq_epi16(_mm256_xor_si256(a, b), caseBit));
-        __m256i const same = _mm256_or_si256(_mm256_cmpeq_epi16(a, b), sameLetter);
-        return _mm256_cmpeq_epi16(_mm256_and_si256(same, a), _mm256_setzero_si256());
+        return _mm256_cmpeq_epi16(_mm256_and_si256(hits, a), _mm256_setzero_si256());
     }
 };
 

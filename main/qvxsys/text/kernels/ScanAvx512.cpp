@@ -22,17 +22,16 @@ struct Half
     static Hits Or(Hits a, Hits b) noexcept { return _kor_mask16(a, b); }
     static bool None(Hits hits) noexcept { return hits == 0; }
     static std::uint64_t Bits(Hits hits) noexcept { return hits; }
-    static Hits Stops(Vector a, Vector b) noexcept
+    static Hits Pairs(Vector a, Vector b, CaseRun run) noexcept
     {
-        return _knot_mask16(_mm256_mask_test_epi16_mask(_mm256_cmpeq_epi16_mask(a, b), a, a));
+        __m256i const low = _mm256_min_epu16(a, b);
+        __m256i const distance = _mm256_sub_epi16(_mm256_max_epu16(a, b), low);
+        return _mm256_mask_cmplt_epu16_mask(_mm256_cmpeq_epi16_mask(distance, All(run.distance)),
+                                            _mm256_sub_epi16(low, All(run.low)), All(run.count));
     }
-    static Hits StopsFolded(Vector a, Vector b) noexcept
+    static Hits NotOrZero(Hits hits, Vector a) noexcept
     {
-        __m256i const letter = _mm256_sub_epi16(_mm256_or_si256(a, All(0x20)), All(u'a'));
-        Hits const differing = _mm256_cmpneq_epi16_mask(a, b);
-        Hits const sameLetter = _mm256_mask_cmplt_epu16_mask(
-            _mm256_mask_cmpeq_epi16_mask(differing, _mm256_xor_si256(a, b), All(0x20)), letter, All(26));
-        return _kor_mask16(_kandn_mask16(sameLetter, differing), _mm256_testn_epi16_mask(a, a));
+        return _knot_mask16(_mm256_mask_test_epi16_mask(hits, a, a));
     }
 };
 
@@ -51,17 +50,16 @@ struct Avx512
     static Hits Or(Hits a, Hits b) noexcept { return _kor_mask32(a, b); }
     static bool None(Hits hits) noexcept { return hits == 0; }
     static std::uint64_t Bits(Hits hits) noexcept { return hits; }
-    static Hits Stops(Vector a, Vector b) noexcept
+    static Hits Pairs(Vector a, Vector b, CaseRun run) noexcept
     {
-        return _knot_mask32(_mm512_mask_test_epi16_mask(_mm512_cmpeq_epi16_mask(a, b), a, a));
+        __m512i const low = _mm512_min_epu16(a, b);
+        __m512i const distance = _mm512_sub_epi16(_mm512_max_epu16(a, b), low);
+        return _mm512_mask_cmplt_epu16_mask(_mm512_cmpeq_epi16_mask(distance, All(run.distance)),
+                                            _mm512_sub_epi16(low, All(run.low)), All(run.count));
     }
-    static Hits StopsFolded(Vector a, Vector b) noexcept
+    static Hits NotOrZero(Hits hits, Vector a) noexcept
     {
-        __m512i const letter = _mm512_sub_epi16(_mm512_or_si512(a, All(0x20)), All(u'a'));
-        Hits const differing = _mm512_cmpneq_epi16_mask(a, b);
-        Hits const sameLetter = _mm512_mask_cmplt_epu16_mask(
-            _mm512_mask_cmpeq_epi16_mask(differing, _mm512_xor_si512(a, b), All(0x20)), letter, All(26));
-        return _kor_mask32(_kandn_mask32(sameLetter, differing), _mm512_testn_epi16_mask(a, a));
+        return _knot_mask32(_mm512_mask_test_epi16_mask(hits, a, a));
     }
 };
 

@@ -28,14 +28,14 @@ struct OneUnit
     static bool None(Hits hits) noexcept { return !hits; }
     /// One bit a unit.
     static std::uint64_t Bits(Hits hits) noexcept { return hits ? 1 : 0; }
-    /// Where a and b differ or are 0.
-    static Hits Stops(Vector a, Vector b) noexcept { return a != b || a == 0; }
-    /// The same, letters of ASCII folded: units that differ in nothing but bit 0x20 are equal if they are letters.
-    static Hits StopsFolded(Vector a, Vector b) noexcept
+    /// Where there is no hit, or a is 0.
+    static Hits NotOrZero(Hits hits, Vector a) noexcept { return !hits || a == 0; }
+    /// Where a and b are as far apart as the pairs of the run, and the lower one is in it.
+    static Hits Pairs(Vector a, Vector b, CaseRun run) noexcept
     {
-        unsigned const lower = a | 0x20u;
-        bool const sameLetter = (a ^ b) == 0x20 && lower - u'a' < 26;
-        return (a != b && !sameLetter) || a == 0;
+        unsigned const low = a < b ? a : b;
+        unsigned const high = a < b ? b : a;
+        return high - low == run.distance && low - run.low < run.count;
     }
 };
 
@@ -60,19 +60,18 @@ struct Sse2
     {
         return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(hits, _mm_setzero_si128())));
     }
-    static Hits Stops(Vector a, Vector b) noexcept
+    static Hits Pairs(Vector a, Vector b, CaseRun run) noexcept
     {
-        return _mm_cmpeq_epi16(_mm_and_si128(_mm_cmpeq_epi16(a, b), a), _mm_setzero_si128());
+        __m128i const above = _mm_subs_epu16(a, b);
+        __m128i const distance = _mm_or_si128(above, _mm_subs_epu16(b, a));
+        // Moved to the bottom of the signed range, where signed comparison serves.
+        __m128i const low = _mm_add_epi16(_mm_sub_epi16(a, above), All(0x8000u - run.low));
+        return _mm_and_si128(_mm_cmpeq_epi16(distance, All(run.distance)),
+                             _mm_cmplt_epi16(low, All(0x8000u + run.count)));
     }
-    static Hits StopsFolded(Vector a, Vector b) noexcept
+    static Hits NotOrZero(Hits hits, Vector a) noexcept
     {
-        __m128i const caseBit = All(0x20);
-        // "a".."z" are moved to the top of the signed range.
-        __m128i const lower = _mm_add_epi16(_mm_or_si128(a, caseBit), All(0x7FFF - u'z'));
-        __m128i const letter = _mm_cmpgt_epi16(lower, All(0x7FFF - 26));
-        __m128i const sameLetter = _mm_and_si128(letter, _mm_cmpeq_epi16(_mm_xor_si128(a, b), caseBit));
-        __m128i const same = _mm_or_si128(_mm_cmpeq_epi16(a, b), sameLetter);
-        return _mm_cmpeq_epi16(_mm_and_si128(same, a), _mm_setzero_si128());
+        return _mm_cmpeq_epi16(_mm_and_si128(hits, a), _mm_setzero_si128());
     }
 };
 
@@ -86,7 +85,8 @@ struct StopTest
     template<class V>
     [[gnu::always_inline]] typename V::Hits At(std::size_t i) const noexcept
     {
-        return V::Stops(V::Load(a + i), V::Load(b + i));
+        auto const left = V::Load(a + i);
+        return V::NotOrZero(V::Equal(left, V::Load(b + i)), left);
     }
     char16_t const* Address(std::size_t i) const noexcept { return a + i; }
 };
@@ -95,12 +95,18 @@ struct FoldedStopTest
 {
     char16_t const* a;
     char16_t const* b;
+    CaseRun run;
 
     template<class V>
     [[gnu::always_inline]] typename V::Hits At(std::size_t i) const noexcept
     {
-        return V::StopsFolded(V::Load(a + i), V::Load(b + i));
+        auto const left = V::Load(a + i);
+        auto const right = V::Load(b + i);
+        auto const alike = V::Or(V::Pairs(left, right, kAsciiLetters), V::Pairs(left, right, run));
+        return V::NotOrZero(V::Or(alike, V::Equal(left, right)), left);
     }
+    /// A cheaper test that has a hit wherever this one has, and often none.
+    StopTest Cheaper() const noexcept { return {a, b}; }
     char16_t const* Address(std::size_t i) const noexcept { return a + i; }
 };
 
@@ -147,6 +153,11 @@ template<class V, class Test>
 [[gnu::always_inline]] inline std::uint64_t StepBits(Test const& test, std::size_t i) noexcept
 {
     constexpr std::size_t n = V::kUnits;
+    if constexpr (requires { test.Cheaper(); }) {
+        if (StepBits<V>(test.Cheaper(), i) == 0) {
+            return 0;
+        }
+    }
     auto const h0 = test.template At<V>(i);
     auto const h1 = test.template At<V>(i + n);
     if constexpr (V::kVectors == 2) {
@@ -257,36 +268,53 @@ template<class V, class Test>
     return bits != 0 ? block.at + static_cast<std::size_t>(__builtin_ctzll(bits)) : n;
 }
 
+// Each of these is a function of its own, lest all be burdened with the registers of the largest.
+
+template<class V, unsigned Alternatives, bool Pair>
+[[gnu::noinline]] std::uint64_t NextOf(char16_t const* text, std::size_t count, Anchors const& anchors,
+                                       ScanBlock& block) noexcept
+{
+    return Scan<V>(AnchorTest<Alternatives, Pair>{text, anchors}, count, block);
+}
+
+template<class V, unsigned Alternatives, bool Pair>
+[[gnu::noinline]] std::uint64_t PreviousOf(char16_t const* text, std::size_t count, Anchors const& anchors,
+                                           ScanBlock& block) noexcept
+{
+    return ScanBackwards<V>(AnchorTest<Alternatives, Pair>{text, anchors}, count, block);
+}
+
 template<class V>
-std::uint64_t NextAnchors(char16_t const* text, std::size_t count, Anchors const& anchors, ScanBlock& block) noexcept
+[[gnu::always_inline]] inline std::uint64_t NextAnchors(char16_t const* text, std::size_t count, Anchors const& anchors,
+                                                        ScanBlock& block) noexcept
 {
     switch (anchors.alternatives) {
     case 1:
-        return anchors.pair ? Scan<V>(AnchorTest<1, true>{text, anchors}, count, block)
-                            : Scan<V>(AnchorTest<1, false>{text, anchors}, count, block);
+        return anchors.pair ? NextOf<V, 1, true>(text, count, anchors, block)
+                            : NextOf<V, 1, false>(text, count, anchors, block);
     case 2:
-        return anchors.pair ? Scan<V>(AnchorTest<2, true>{text, anchors}, count, block)
-                            : Scan<V>(AnchorTest<2, false>{text, anchors}, count, block);
+        return anchors.pair ? NextOf<V, 2, true>(text, count, anchors, block)
+                            : NextOf<V, 2, false>(text, count, anchors, block);
     default:
-        return anchors.pair ? Scan<V>(AnchorTest<4, true>{text, anchors}, count, block)
-                            : Scan<V>(AnchorTest<4, false>{text, anchors}, count, block);
+        return anchors.pair ? NextOf<V, 4, true>(text, count, anchors, block)
+                            : NextOf<V, 4, false>(text, count, anchors, block);
     }
 }
 
 template<class V>
-std::uint64_t PreviousAnchors(char16_t const* text, std::size_t count, Anchors const& anchors,
-                              ScanBlock& block) noexcept
+[[gnu::always_inline]] inline std::uint64_t PreviousAnchors(char16_t const* text, std::size_t count,
+                                                            Anchors const& anchors, ScanBlock& block) noexcept
 {
     switch (anchors.alternatives) {
     case 1:
-        return anchors.pair ? ScanBackwards<V>(AnchorTest<1, true>{text, anchors}, count, block)
-                            : ScanBackwards<V>(AnchorTest<1, false>{text, anchors}, count, block);
+        return anchors.pair ? PreviousOf<V, 1, true>(text, count, anchors, block)
+                            : PreviousOf<V, 1, false>(text, count, anchors, block);
     case 2:
-        return anchors.pair ? ScanBackwards<V>(AnchorTest<2, true>{text, anchors}, count, block)
-                            : ScanBackwards<V>(AnchorTest<2, false>{text, anchors}, count, block);
+        return anchors.pair ? PreviousOf<V, 2, true>(text, count, anchors, block)
+                            : PreviousOf<V, 2, false>(text, count, anchors, block);
     default:
-        return anchors.pair ? ScanBackwards<V>(AnchorTest<4, true>{text, anchors}, count, block)
-                            : ScanBackwards<V>(AnchorTest<4, false>{text, anchors}, count, block);
+        return anchors.pair ? PreviousOf<V, 4, true>(text, count, anchors, block)
+                            : PreviousOf<V, 4, false>(text, count, anchors, block);
     }
 }
 
@@ -299,9 +327,9 @@ std::uint64_t PreviousAnchors(char16_t const* text, std::size_t count, Anchors c
     {                                                                                                                  \
         return FirstHit<V>(StopTest{a, b}, n);                                                                         \
     }                                                                                                                  \
-    std::size_t FirstStopAsciiFolded(char16_t const* a, char16_t const* b, std::size_t n) noexcept                     \
+    std::size_t FirstStopFolded(char16_t const* a, char16_t const* b, std::size_t n, CaseRun run) noexcept             \
     {                                                                                                                  \
-        return FirstHit<V>(FoldedStopTest{a, b}, n);                                                                   \
+        return FirstHit<V>(FoldedStopTest{a, b, run}, n);                                                              \
     }                                                                                                                  \
     std::uint64_t NextHits(char16_t const* text, std::size_t count, Anchors const& anchors, ScanBlock& block) noexcept \
     {                                                                                                                  \
