@@ -22,12 +22,22 @@ using namespace qvxsys::text;
 using namespace std::string_literals;
 
 // Few units, so that matches and near matches abound: plain, with zeros, cased, of three and four cases that are partly
-// not of ASCII, without case, high and low values.
-std::u16string const kAlphabets[] = {u"ab",           u"a\0"s,
-                                     u"aAb",          u"@`AZ[az{"s,
-                                     u"kK\u212A",     u"sS\u017Fk",
-                                     u"\u0434\u0414", u"\u03B8\u0398\u03D1\u03F4x",
-                                     u"\u4E00\u4E01", u"\xFFFF\x8000\x7FFF\xD800"s};
+// not of ASCII, the borders of runs of cases, without case, high and low values.
+std::u16string const kAlphabets[] = {
+    u"ab",
+    u"a\0"s,
+    u"aAb",
+    u"@`AZ[az{",
+    u"kK\u212A",
+    u"sS\u017Fk",
+    u"\u0434\u0414",
+    u"\u0400\u0401\u040F\u0410\u042F\u0430\u044F\u0450\u0451\u045F",
+    u"\u00C0\u00D7\u00DE\u00DF\u00E0\u00F7\u00FE\u00FF\u0178",
+    u"\u13A0\u13EF\uAB6F\uAB70\uABBF",
+    u"\u03B8\u0398\u03D1\u03F4x",
+    u"\u4E00\u4E01",
+    u"\xFFFF\x8000\x7FFF\xD800"s,
+};
 
 class UnitSearchTest : public testing::TestWithParam<kernel_sets::InstructionSet>
 {
@@ -136,6 +146,21 @@ TEST_P(UnitSearchTest, ComparesLikeTheReference)
         std::u16string_view const wholeText(a.c_str(), n + 1);
         ASSERT_EQ(CompareTerminated(whole, other), reference::Compare(wholeText, otherText, false));
         ASSERT_EQ(CompareTerminatedFolded(whole, other), reference::Compare(wholeText, otherText, true));
+    }
+}
+
+// Every unit with its neighbours at the distances that cases have. Runs of cases are learned on the way.
+TEST_P(UnitSearchTest, FoldsEveryUnitLikeIcu)
+{
+    for (unsigned c = 1; c < 0x10000; ++c) {
+        std::u16string const text(40, static_cast<char16_t>(c));
+        unsigned const folded = reference::Fold(text[0], true);
+        for (unsigned const distance : {folded - c, 1u, 8u, 0x20u, 0x30u, 0x50u}) {
+            std::u16string const other(40, static_cast<char16_t>(c + distance));
+            int const expected = reference::Compare(text, other, true);
+            ASSERT_EQ(CompareUnitsFolded(text.data(), other.data(), 40), expected) << c << " and " << c + distance;
+            ASSERT_EQ(CompareUnitsFolded(other.data(), text.data(), 40), -expected) << c + distance << " and " << c;
+        }
     }
 }
 
