@@ -6,6 +6,7 @@
 #include <qvxsys/CodePointView.h>
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Format.h>
+#include <qvxsys/KMP.h>
 #include <qvxsys/LogicException.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/Processor.h>

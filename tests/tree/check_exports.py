@@ -11,7 +11,7 @@ import sys
 
 VERSION = "QVXSYS_1"
 OURS = re.compile(r"^(typeinfo (name )?for |vtable for )?"
-                  r"(CharacterUtils|StringUtils|TCType|QvxICU|TStringCore|TStringEditing|TStringStorage|TStringView|"
+                  r"(CharacterUtils|StringUtils|TCType|QvxICU|KMP|TStringCore|TStringEditing|TStringStorage|TStringView|"
                   r"TCodePointReference|TTextDecoder|"
                   r"TError|QuorvexError|QuorvexException|QuorvexOutOfMemoryException|QuorvexUserErrorException|"
                   r"StackExceptionAndRethrow|TFormatStringCore|TScanStringCore|AssertHooks|ThrowLogicException|"

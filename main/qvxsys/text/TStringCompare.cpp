@@ -41,7 +41,7 @@ int TStringCore::compareN(char16_t const* a, char16_t const* b, int n, CaseSensi
         return 0;
     }
     auto const most = static_cast<std::size_t>(n);
-    return cs == CaseSensitive ? text::CompareUnits(a, b, most) : text::CompareUnitsFolded(a, b, most);
+    return cs == CaseSensitive ? text::CompareTerminated(a, b, most) : text::CompareTerminatedFolded(a, b, most);
 }
 
 int TStringView::Compare(TStringView other, CaseCompare cs) const noexcept
