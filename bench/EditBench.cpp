@@ -204,9 +204,11 @@ std::u16string_view TrimmedView(std::u16string_view text)
 void TrimRows()
 {
     std::u16string const blanks(4096, u' ');
-    for (auto const& [what, text] : {std::pair<char const*, std::u16string>{"24 units", u"  \t some words here \r\n  "},
-                                     {"nothing to trim", u"some words, nothing else"},
-                                     {"2 x 4096 blanks", blanks + u"x" + blanks}}) {
+    for (auto const& [what, text] :
+         {std::pair<char const*, std::u16string>{"24 units to 15", u"  \t some words here \r\n  "},
+          {"24 units to 12", u"   \t  some words  \r\n   "},
+          {"nothing to trim", u"some words, nothing else"},
+          {"2 x 4096 blanks", blanks + u"x" + blanks}}) {
         std::string const row = std::string("c13 trim, ") + what;
         bench::Row(row, "own", [source = TStringCore(text)] {
             TStringCore trimmed = source.trimmed();
