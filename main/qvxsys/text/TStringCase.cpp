@@ -150,8 +150,8 @@ char16_t Load(std::atomic<char16_t> const* table, char16_t c) noexcept
     return static_cast<char16_t>(table[c].load(std::memory_order_relaxed) - 1);
 }
 
-// Maps units by the table; false when one is special. First all of them, as if all were known, then those again that
-// were not.
+// Maps units by the table; false when one is special. First all of them, as if all were known, then, if some were not,
+// all of them again.
 template<class Direction>
 bool MapByTable(char16_t const* from, std::size_t n, char16_t* to) noexcept
 {
@@ -163,14 +163,14 @@ bool MapByTable(char16_t const* from, std::size_t n, char16_t* to) noexcept
     }
     for (std::size_t i = 0; i < n && !known; ++i) {
         if (Load(table, from[i]) >= 0xFFFE) {
-            char16_t const entry = Mapped<Direction>(from[i]);
             // Threads that fill an entry at once write the same value, and nothing else is published by it.
+            char16_t const entry = Mapped<Direction>(from[i]);
             table[from[i]].store(entry, std::memory_order_relaxed);
-            to[i] = static_cast<char16_t>(entry - 1);
             if (entry == kSpecial) {
                 return false;
             }
         }
+        to[i] = Load(table, from[i]);
     }
     return true;
 }

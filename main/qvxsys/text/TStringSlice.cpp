@@ -10,7 +10,6 @@
 #include <qvxsys/TStringCore.h>
 
 #include "StringLimits.h"
-#include "TextErrors.h"
 #include "UnitSet.h"
 
 namespace text = qvxsys::text;
@@ -111,11 +110,8 @@ TStringView TrimmedBy(TStringView view, bool left, bool right, Drop const& drop)
 // A string of n units to be written; throws the overflow where no int holds n.
 TStringCore Room(std::uint64_t n)
 {
-    if (n > static_cast<std::uint64_t>(text::kMaxLength)) {
-        text::ThrowOverflow();
-    }
     TStringCore result;
-    result.resize(static_cast<int>(n));
+    result.resize(text::CheckedUnits(n));
     return result;
 }
 
