@@ -2,12 +2,24 @@
 // What the string sources share about units and lengths.
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <limits>
+
+#include "TextErrors.h"
 
 namespace qvxsys::text {
 
 inline constexpr int kMaxLength = std::numeric_limits<int>::max();
+
+/// A length as an int; throws the overflow where none holds it.
+inline int CheckedUnits(std::uint64_t n)
+{
+    if (n > static_cast<std::uint64_t>(kMaxLength)) {
+        ThrowOverflow();
+    }
+    return static_cast<int>(n);
+}
 
 inline std::size_t Bytes(int units) noexcept
 {

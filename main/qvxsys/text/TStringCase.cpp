@@ -15,7 +15,7 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstring>
+#include <string_view>
 
 #include <emmintrin.h>
 
@@ -82,85 +82,150 @@ char16_t Mapped(char16_t c) noexcept
     return simple ? static_cast<char16_t>(mapped[0] + 1) : kSpecial;
 }
 
+// Whether a locale's name has this language.
+bool HasLanguage(char const* name, std::string_view language) noexcept
+{
+    for (char const c : language) {
+        if (*name++ != c) {
+            return false;
+        }
+    }
+    return *name == '\0' || *name == '_' || *name == '-' || *name == '@' || *name == '.';
+}
+
 // True when ICU's default locale maps case in its own way.
 bool DefaultLocaleIsSpecial() noexcept
 {
     char const* const name = t_uloc_getDefault();
-    std::size_t const length = std::strcspn(name, "_-@.");
-    for (char const* const language : {"tr", "tur", "az", "aze", "lt", "lit", "el", "ell", "hy", "hye"}) {
-        if (std::strlen(language) == length && std::strncmp(name, language, length) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
-// Maps eight ASCII units; false, with nothing written, when some are not ASCII or need the locale.
-template<class Direction>
-bool MapAscii(char16_t const* from, char16_t* to, bool localeIsKnown) noexcept
-{
-    __m128i const c = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from));
-    __m128i const high = _mm_and_si128(c, _mm_set1_epi16(static_cast<short>(0xFF80)));
-    __m128i const locale =
-        localeIsKnown ? _mm_setzero_si128() : _mm_cmpeq_epi16(c, _mm_set1_epi16(Direction::kLocaleLetter));
-    if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_or_si128(high, locale), _mm_setzero_si128())) != 0xFFFF) {
+    switch (name[0] == '\0' ? 0 : name[0] << 8 | name[1]) {
+    case 't' << 8 | 'r':
+    case 'a' << 8 | 'z':
+    case 'l' << 8 | 't':
+    case 'e' << 8 | 'l':
+    case 'h' << 8 | 'y':
+    case 't' << 8 | 'u':
+    case 'l' << 8 | 'i':
+        break;
+    default:
         return false;
     }
-    __m128i const fromFirst = _mm_sub_epi16(c, _mm_set1_epi16(Direction::kFirst));
-    __m128i const isLetter = _mm_cmpeq_epi16(_mm_subs_epu16(fromFirst, _mm_set1_epi16(25)), _mm_setzero_si128());
-    __m128i const mapped = _mm_xor_si128(c, _mm_and_si128(isLetter, _mm_set1_epi16(0x20)));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), mapped);
-    return true;
+    auto const is = [name](std::string_view language) { return HasLanguage(name, language); };
+    return is("tr") || is("tur") || is("az") || is("aze") || is("lt") || is("lit") || is("el") || is("ell") ||
+           is("hy") || is("hye");
 }
 
-// Maps one unit by the table; false when it is special.
-template<class Direction>
-bool MapUnit(char16_t from, char16_t* to) noexcept
+enum class Outcome { Mapped, NeedsLocale, NotAscii };
+
+// Maps Vectors x 8 units when all of them are ASCII and, until the locale is known, none is the letter that depends on
+// it; else writes nothing.
+template<class Direction, int Vectors>
+Outcome MapAscii(char16_t const* from, char16_t* to, bool localeIsKnown) noexcept
 {
-    std::atomic<char16_t>& entry = Direction::Table()[from];
-    auto mapped = static_cast<char16_t>(entry.load(std::memory_order_relaxed) - 1);
-    if (mapped >= 0xFFFE) [[unlikely]] {
-        char16_t const known = Mapped<Direction>(from);
-        // Threads that fill an entry at once write the same value, and nothing else is published by it.
-        entry.store(known, std::memory_order_relaxed);
-        mapped = static_cast<char16_t>(known - 1);
-        if (known == kSpecial) {
-            return false;
-        }
+    __m128i units[Vectors];
+    __m128i all = _mm_setzero_si128();
+    __m128i locale = _mm_setzero_si128();
+    for (int i = 0; i < Vectors; ++i) {
+        units[i] = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from + 8 * i));
+        all = _mm_or_si128(all, units[i]);
+        locale = _mm_or_si128(locale, _mm_cmpeq_epi16(units[i], _mm_set1_epi16(Direction::kLocaleLetter)));
     }
-    *to = mapped;
-    return true;
+    __m128i const high = _mm_and_si128(all, _mm_set1_epi16(static_cast<short>(0xFF80)));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_setzero_si128())) != 0xFFFF) {
+        return Outcome::NotAscii;
+    }
+    if (!localeIsKnown && _mm_movemask_epi8(locale) != 0) {
+        return Outcome::NeedsLocale;
+    }
+    for (int i = 0; i < Vectors; ++i) {
+        __m128i const fromFirst = _mm_sub_epi16(units[i], _mm_set1_epi16(Direction::kFirst));
+        __m128i const isLetter = _mm_cmpeq_epi16(_mm_subs_epu16(fromFirst, _mm_set1_epi16(25)), _mm_setzero_si128());
+        __m128i const mapped = _mm_xor_si128(units[i], _mm_and_si128(isLetter, _mm_set1_epi16(0x20)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 8 * i), mapped);
+    }
+    return Outcome::Mapped;
 }
 
-// False when the text needs ICU; `to` has then been written to.
-template<class Direction>
-bool MapSimple(char16_t const* from, std::size_t n, char16_t* to) noexcept
+char16_t Load(std::atomic<char16_t> const* table, char16_t c) noexcept
 {
-    constexpr std::size_t kStep = 8;
-    bool localeIsKnown = false;
-    for (std::size_t i = 0; i < n;) {
-        if (n - i >= kStep && MapAscii<Direction>(from + i, to + i, localeIsKnown)) {
-            i += kStep;
-            continue;
-        }
-        if (n >= kStep && n - i < kStep && MapAscii<Direction>(from + n - kStep, to + n - kStep, localeIsKnown)) {
-            return true; // the rest, and some units before it once more
-        }
-        std::size_t const end = std::min(i + kStep, n);
-        for (; i < end; ++i) {
-            if (!localeIsKnown && (from[i] >= 0x80 || from[i] == Direction::kLocaleLetter)) {
-                if (DefaultLocaleIsSpecial()) {
-                    return false;
-                }
-                localeIsKnown = true;
-            }
-            if (!MapUnit<Direction>(from[i], to + i)) {
+    return static_cast<char16_t>(table[c].load(std::memory_order_relaxed) - 1);
+}
+
+// Maps units by the table; false when one is special. First all of them, as if all were known, then, if some were not,
+// all of them again.
+template<class Direction>
+bool MapByTable(char16_t const* from, std::size_t n, char16_t* to) noexcept
+{
+    std::atomic<char16_t>* const table = Direction::Table();
+    bool known = true;
+    for (std::size_t i = 0; i < n; ++i) {
+        to[i] = Load(table, from[i]);
+        known &= to[i] < 0xFFFE;
+    }
+    for (std::size_t i = 0; i < n && !known; ++i) {
+        if (Load(table, from[i]) >= 0xFFFE) {
+            // Threads that fill an entry at once write the same value, and nothing else is published by it.
+            char16_t const entry = Mapped<Direction>(from[i]);
+            table[from[i]].store(entry, std::memory_order_relaxed);
+            if (entry == kSpecial) {
                 return false;
             }
         }
+        to[i] = Load(table, from[i]);
     }
     return true;
 }
+
+// Where the text is mapped one unit to one; false when it needs ICU, `to` has been written to then.
+template<class Direction>
+class SimpleMapping
+{
+public:
+    bool Map(char16_t const* from, std::size_t n, char16_t* to) noexcept
+    {
+        std::size_t i = 0;
+        for (; n - i >= 32; i += 32) {
+            if (!Block<4>(from + i, 32, to + i)) {
+                return false;
+            }
+        }
+        for (; n - i >= 8; i += 8) {
+            if (!Block<1>(from + i, 8, to + i)) {
+                return false;
+            }
+        }
+        // The rest: with the units before it as one vector, or by the table.
+        std::size_t const rest = n - i;
+        std::size_t const start = n >= 8 ? n - 8 : i;
+        return rest == 0 || (n >= 8 ? Block<1>(from + start, 8, to + start) : Rest(from + i, rest, to + i));
+    }
+
+private:
+    template<int Vectors>
+    bool Block(char16_t const* from, std::size_t n, char16_t* to) noexcept
+    {
+        auto outcome = MapAscii<Direction, Vectors>(from, to, m_localeIsKnown);
+        if (outcome == Outcome::Mapped) [[likely]] {
+            return true;
+        }
+        if (!LearnLocale()) {
+            return false;
+        }
+        return outcome == Outcome::NeedsLocale ? MapAscii<Direction, Vectors>(from, to, true) == Outcome::Mapped
+                                               : MapByTable<Direction>(from, n, to);
+    }
+    bool Rest(char16_t const* from, std::size_t n, char16_t* to) noexcept
+    {
+        auto const needsLocale = [](char16_t c) { return c >= 0x80 || c == Direction::kLocaleLetter; };
+        return (!std::any_of(from, from + n, needsLocale) || LearnLocale()) && MapByTable<Direction>(from, n, to);
+    }
+    bool LearnLocale() noexcept
+    {
+        m_localeIsKnown = m_localeIsKnown || !DefaultLocaleIsSpecial();
+        return m_localeIsKnown;
+    }
+
+    bool m_localeIsKnown = false; // and has no mappings of its own
+};
 
 template<class Direction>
 TStringCore MapCase(TStringView text)
@@ -168,7 +233,7 @@ TStringCore MapCase(TStringView text)
     int const length = text.length();
     TStringCore result;
     result.resize(length);
-    if (MapSimple<Direction>(text.data(), text.size(), result.data())) {
+    if (SimpleMapping<Direction>().Map(text.data(), text.size(), result.data())) {
         return result;
     }
     auto status = ICUErrorCode::ZeroError;

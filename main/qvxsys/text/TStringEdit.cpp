@@ -8,7 +8,6 @@
 #include <qvxsys/TStringCore.h>
 
 #include "StringLimits.h"
-#include "TextErrors.h"
 
 namespace text = qvxsys::text;
 using text::CopyUnits;
@@ -181,10 +180,7 @@ TStringCore& TStringEditing::Trim(TStringView set, bool left, bool right)
 TStringCore& TStringEditing::AssignCopies(qvxsys::detail::UnitsOf units, int n)
 {
     n = std::max(n, 0);
-    if (n > text::kMaxLength / units.count) {
-        text::ThrowOverflow();
-    }
-    char16_t* out = SetLength(n * units.count);
+    char16_t* out = SetLength(text::CheckedUnits(static_cast<std::uint64_t>(n) * static_cast<unsigned>(units.count)));
     if (units.count == 1) {
         std::fill_n(out, n, units.units[0]);
     } else {

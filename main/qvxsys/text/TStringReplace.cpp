@@ -14,7 +14,6 @@
 #include <qvxsys/TStringCore.h>
 
 #include "StringLimits.h"
-#include "TextErrors.h"
 #include "UnitSearch.h"
 #include "UnitSet.h"
 
@@ -92,33 +91,32 @@ TStringCore& TStringEditing::ReplaceRange(int pos, int n, TStringView v)
     if (v.empty()) {
         return removeAt(pos, count);
     }
+    int const units = text::CheckedUnits(v.size());
     if (inSelf(v.data())) {
         TStringCore const copy(v);
         return ReplaceRange(pos, n, copy);
     }
-    ReplaceUnits(pos, count, v.data(), v.length());
+    ReplaceUnits(pos, count, v.data(), units);
     return Self();
 }
 
 // Each place by `after`. In place where nothing moves towards the end and the block is ours alone, else into a new one.
 void TStringEditing::ReplacePlaces(std::vector<Place> const& places, TStringView after)
 {
-    int const n = after.length();
+    int const n = text::CheckedUnits(after.size());
     std::int64_t result = length();
     bool grows = false;
     for (Place const& place : places) {
         result += n - place.count;
         grows = grows || n > place.count;
     }
-    if (result > text::kMaxLength) {
-        text::ThrowOverflow();
-    }
+    int const total = text::CheckedUnits(static_cast<std::uint64_t>(result));
     bool const inPlace = !grows && !inSelf(after.data()) && (!IsBlock() || !IsShared(Block()));
-    TStringCore fresh = inPlace ? TStringCore() : Fresh(static_cast<int>(result));
+    TStringCore fresh = inPlace ? TStringCore() : Fresh(total);
     char16_t const* from = constData();
     char16_t const* const begin = from;
     char16_t const* const end = from + length();
-    char16_t* to = inPlace ? data() : fresh.SetLength(static_cast<int>(result));
+    char16_t* to = inPlace ? data() : fresh.SetLength(total);
     auto const put = [&to](char16_t const* units, std::ptrdiff_t count) {
         text::MoveUnits(to, units, static_cast<int>(count));
         to += count;
@@ -130,7 +128,7 @@ void TStringEditing::ReplacePlaces(std::vector<Place> const& places, TStringView
     }
     put(from, end - from);
     if (inPlace) {
-        StoreLength(static_cast<int>(result));
+        StoreLength(total);
     } else {
         swap(fresh);
     }

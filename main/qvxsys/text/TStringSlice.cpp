@@ -3,13 +3,13 @@
 #include <qvxsys/TTextReading.h>
 
 #include <algorithm>
+#include <bit>
 
 #include <emmintrin.h>
 
 #include <qvxsys/TStringCore.h>
 
 #include "StringLimits.h"
-#include "TextErrors.h"
 #include "UnitSet.h"
 
 namespace text = qvxsys::text;
@@ -27,22 +27,23 @@ int LastUnits(char16_t const* begin, char16_t const* end) noexcept
     return end - begin > 1 ? text::UnitSet::UnitsAt(end - 2, end) : 1;
 }
 
-// Eight ASCII blanks at once: U+0020 and U+0009 to U+000D. Long runs of them are what trimming spends time on.
-bool IsBlankRun(char16_t const* units) noexcept
+constexpr unsigned kAllBlank = 0xFFFF;
+
+// Two bits for each of eight units that is an ASCII blank: U+0020 and U+0009 to U+000D.
+unsigned BlankBits(char16_t const* units) noexcept
 {
     __m128i const c = _mm_loadu_si128(reinterpret_cast<__m128i const*>(units));
     __m128i const space = _mm_cmpeq_epi16(c, _mm_set1_epi16(0x20));
     // c - 9 as unsigned is at most 4: saturating subtraction leaves 0.
     __m128i const control =
         _mm_cmpeq_epi16(_mm_subs_epu16(_mm_sub_epi16(c, _mm_set1_epi16(9)), _mm_set1_epi16(4)), _mm_setzero_si128());
-    return _mm_movemask_epi8(_mm_or_si128(space, control)) == 0xFFFF;
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(space, control)));
 }
 
-// Whether a code point is dropped.
+// What is dropped: whether one code point is, and how many units of a run at the front or at the back certainly are.
 struct WhiteSpace
 {
-    static constexpr bool kRuns = true;
-    bool operator()(char16_t const* at, char16_t const* end) const noexcept
+    static bool Drops(char16_t const* at, char16_t const* end) noexcept
     {
         char16_t const c = *at;
         if (c < 0x80) {
@@ -50,13 +51,36 @@ struct WhiteSpace
         }
         return TCType::isSpace32(qvxsys::detail::CodePointAt(at, static_cast<int>(end - at), 0));
     }
+    static std::ptrdiff_t Front(char16_t const* begin, char16_t const* end) noexcept
+    {
+        char16_t const* at = begin;
+        for (; end - at >= 8; at += 8) {
+            unsigned const bits = BlankBits(at);
+            if (bits != kAllBlank) {
+                return at - begin + std::countr_one(bits) / 2;
+            }
+        }
+        return at - begin;
+    }
+    static std::ptrdiff_t Back(char16_t const* begin, char16_t const* end) noexcept
+    {
+        char16_t const* at = end;
+        for (; at - begin >= 8; at -= 8) {
+            unsigned const bits = BlankBits(at - 8);
+            if (bits != kAllBlank) {
+                return end - at + std::countl_one(bits << 16) / 2;
+            }
+        }
+        return end - at;
+    }
 };
 
 struct InSet
 {
-    static constexpr bool kRuns = false;
     text::UnitSet set;
-    bool operator()(char16_t const* at, char16_t const* end) const noexcept { return set.Match(at, end) != 0; }
+    bool Drops(char16_t const* at, char16_t const* end) const noexcept { return set.Match(at, end) != 0; }
+    static std::ptrdiff_t Front(char16_t const*, char16_t const*) noexcept { return 0; }
+    static std::ptrdiff_t Back(char16_t const*, char16_t const*) noexcept { return 0; }
 };
 
 template<class Drop>
@@ -66,23 +90,19 @@ TStringView TrimmedBy(TStringView view, bool left, bool right, Drop const& drop)
     char16_t const* end = view.end();
     while (left && begin != end) {
         int const units = FirstUnits(begin, end);
-        if (!drop(begin, begin + units)) {
+        if (!drop.Drops(begin, begin + units)) {
             break;
         }
         begin += units;
-        while (Drop::kRuns && end - begin >= 8 && IsBlankRun(begin)) {
-            begin += 8;
-        }
+        begin += drop.Front(begin, end);
     }
     while (right && begin != end) {
         int const units = LastUnits(begin, end);
-        if (!drop(end - units, end)) {
+        if (!drop.Drops(end - units, end)) {
             break;
         }
         end -= units;
-        while (Drop::kRuns && end - begin >= 8 && IsBlankRun(end - 8)) {
-            end -= 8;
-        }
+        end -= drop.Back(begin, end);
     }
     return {begin, static_cast<std::size_t>(end - begin)};
 }
@@ -90,11 +110,8 @@ TStringView TrimmedBy(TStringView view, bool left, bool right, Drop const& drop)
 // A string of n units to be written; throws the overflow where no int holds n.
 TStringCore Room(std::uint64_t n)
 {
-    if (n > static_cast<std::uint64_t>(text::kMaxLength)) {
-        text::ThrowOverflow();
-    }
     TStringCore result;
-    result.resize(static_cast<int>(n));
+    result.resize(text::CheckedUnits(n));
     return result;
 }
 

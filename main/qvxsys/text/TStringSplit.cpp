@@ -10,7 +10,6 @@
 #include <qvxsys/TStringCore.h>
 
 #include "StringLimits.h"
-#include "TextErrors.h"
 #include "UnitSearch.h"
 #include "UnitSet.h"
 #include "kernels/Kernels.h"
@@ -176,11 +175,8 @@ TStringCore Joined(std::vector<Part> const& parts, TStringView separator)
     for (Part const& part : parts) {
         total += part.size();
     }
-    if (total > static_cast<std::size_t>(text::kMaxLength)) {
-        text::ThrowOverflow();
-    }
     TStringCore result;
-    result.resize(static_cast<int>(total));
+    result.resize(text::CheckedUnits(total));
     char16_t* out = result.data();
     auto const put = [&out](char16_t const* units, std::size_t n) { out = std::copy_n(units, n, out); };
     bool isFirst = true;
