@@ -16,4 +16,5 @@
 #include <qvxsys/TStringView.h>
 #include <qvxsys/TTextDecoder.h>
 #include <qvxsys/TextArguments.h>
+#include <qvxsys/TextComparison.h>
 #include <qvxsys/WideText.h>
