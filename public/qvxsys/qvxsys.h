@@ -29,5 +29,6 @@
 #include <qvxsys/TTextDecoder.h>
 #include <qvxsys/TTextReading.h>
 #include <qvxsys/TextArguments.h>
+#include <qvxsys/TextComparison.h>
 #include <qvxsys/WideText.h>
 #include <qvxsys/std.h>

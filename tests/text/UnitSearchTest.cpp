@@ -88,8 +88,9 @@ protected:
     void ExpectSearches(std::u16string const& text, std::u16string const& needle, bool folded);
 
     std::mt19937 m_random{20240229};
-    GuardedMemory m_left{16384};
-    GuardedMemory m_right{16384};
+    // Odd numbers of pages, so that texts end at odd and at even ones.
+    GuardedMemory m_left{3 * 4096};
+    GuardedMemory m_right{3 * 4096};
     quorvex::cpu::InstructionSet m_before{};
     bool m_limited = false;
 };
@@ -166,8 +167,8 @@ TEST_P(UnitSearchTest, FoldsEveryUnitLikeIcu)
 
 TEST_P(UnitSearchTest, ComparesTextAtOddAddresses)
 {
-    auto* const bytes = m_left.Last(3 * 4096 + 1) + 1; // across pages, ending with the last
-    std::u16string const text(3 * 2048 - 1, u'x');
+    auto* const bytes = m_left.Last(2 * 4096 + 1) + 1; // across pages, ending with the last
+    std::u16string const text(2 * 2048 - 1, u'x');
     std::memcpy(bytes, text.c_str(), (text.size() + 1) * sizeof(char16_t));
     char16_t const* const odd = reinterpret_cast<char16_t const*>(bytes);
     char16_t const* const even = Place(m_right, std::u16string(text.c_str(), text.size() + 1), true);
@@ -242,6 +243,24 @@ TEST_P(UnitSearchTest, FindsNeedlesThatTheTextNearlyMatchesEverywhere)
             woven += std::u16string(half, u'a') + u'b';
         }
         ASSERT_NO_FATAL_FAILURE(ExpectSearches(woven, middle, (round & 1) != 0));
+    }
+}
+
+// The change to borders comes some blocks from where the search began; matches just there and around must not be lost.
+TEST_P(UnitSearchTest, FindsMatchesWhereTheSearchChanges)
+{
+    std::u16string const needle(100, u'a');
+    for (std::size_t const bridged : {2u, 15u}) {
+        std::u16string text;
+        for (std::size_t i = 0; i < 20; ++i) {
+            text += std::u16string(99, u'a') + (i == bridged ? u'a' : u'b');
+        }
+        for (std::size_t cut = 0; cut < 300; ++cut) {
+            std::u16string const front = text.substr(cut);
+            std::u16string const back = text.substr(0, text.size() - cut);
+            ASSERT_EQ(FindFirst(front.data(), front.size(), needle.data(), 100, (cut & 1) != 0), front.find(needle));
+            ASSERT_EQ(FindLast(back.data(), back.size(), needle.data(), 100, (cut & 1) != 0), back.rfind(needle));
+        }
     }
 }
 

@@ -31,18 +31,20 @@ constexpr std::size_t kLongestStretch = 512;
 constexpr unsigned kShortestRun = 8;
 constexpr unsigned kLongestRun = 64;
 
-// The run that was found last, its three numbers side by side; a pair of units that fold alike, and nothing more, at
-// first. Whichever run is read here serves: threads need not agree.
-constinit std::atomic<std::uint64_t> s_lastRun{0};
+/// A run, its three numbers side by side: low, count, distance, from the lowest bits up. 0 is an empty one.
+using PackedRun = std::uint64_t;
 
-CaseRun LastRun() noexcept
+// The run that was found last. Whichever is read here serves: threads need not agree.
+constinit std::atomic<PackedRun> s_lastRun{0};
+
+CaseRun Unpacked(PackedRun run) noexcept
 {
-    std::uint64_t const packed = s_lastRun.load(std::memory_order_relaxed);
-    return {static_cast<char16_t>(packed), static_cast<char16_t>(packed >> 16), static_cast<char16_t>(packed >> 32)};
+    return {static_cast<char16_t>(run), static_cast<char16_t>(run >> 16), static_cast<char16_t>(run >> 32)};
 }
 
-/// The run that two different units belong to which fold alike; remembered if it is long enough to be of use.
-CaseRun RunAround(char16_t a, char16_t b) noexcept
+/// The run that two different units belong to which fold alike, remembered for others; 0 if it is too short to be of
+/// use.
+PackedRun RunAround(char16_t a, char16_t b) noexcept
 {
     unsigned const distance = a < b ? b - a : a - b;
     auto const alike = [distance](unsigned c) {
@@ -56,11 +58,12 @@ CaseRun RunAround(char16_t a, char16_t b) noexcept
     while (high + distance <= 0xFFFF && high - low < kLongestRun && alike(high)) {
         ++high;
     }
-    unsigned const count = high - low;
-    if (count >= kShortestRun) {
-        s_lastRun.store(low | std::uint64_t{count} << 16 | std::uint64_t{distance} << 32, std::memory_order_relaxed);
+    if (high - low < kShortestRun) {
+        return 0;
     }
-    return {static_cast<char16_t>(low), static_cast<char16_t>(count), static_cast<char16_t>(distance)};
+    PackedRun const run = low | PackedRun{high - low} << 16 | PackedRun{distance} << 32;
+    s_lastRun.store(run, std::memory_order_relaxed);
+    return run;
 }
 
 /// Where the units of the vectors are not equal by the mask `same`, or 0; two bits a unit.
@@ -85,34 +88,50 @@ struct Same
 
 struct Alike
 {
-    CaseRun run;
+    PackedRun run;
 
     std::size_t LongStop(char16_t const* a, char16_t const* b, std::size_t n) const noexcept
     {
-        return kernels().firstStopFolded(a, b, n, run);
+        return kernels().firstStopFolded(a, b, n, Unpacked(run));
     }
     /// One step after the other: most text is equal, or ASCII.
     [[gnu::always_inline]] unsigned Stops(__m128i a, __m128i b) const noexcept
     {
         __m128i const equal = _mm_cmpeq_epi16(a, b);
-        if (unsigned const stops = NotOrZero(equal, a); stops == 0) {
+        if (NotOrZero(equal, a) == 0) {
             return 0;
         }
         __m128i const above = _mm_subs_epu16(a, b);
         __m128i const distance = _mm_or_si128(above, _mm_subs_epu16(b, a));
         __m128i const low = _mm_sub_epi16(a, above);
-        __m128i const ascii = _mm_or_si128(equal, Pairs(distance, low, kAsciiLetters));
+        __m128i const letters = Pairs(distance, low, _mm_set1_epi16(kAsciiLetters.low),
+                                      _mm_set1_epi16(kAsciiLetters.count), _mm_set1_epi16(kAsciiLetters.distance));
+        __m128i const ascii = _mm_or_si128(equal, letters);
         unsigned const stops = NotOrZero(ascii, a);
-        return stops == 0 || run.count == 0 ? stops : NotOrZero(_mm_or_si128(ascii, Pairs(distance, low, run)), a);
+        if (stops == 0 || run == 0) {
+            return stops;
+        }
+        __m128i const packed = _mm_cvtsi64_si128(static_cast<long long>(run));
+        __m128i const pairs = Pairs(distance, low, Everywhere<0>(packed), Everywhere<1>(packed), Everywhere<2>(packed));
+        return NotOrZero(_mm_or_si128(ascii, pairs), a);
     }
 
 private:
-    [[gnu::always_inline]] static __m128i Pairs(__m128i distance, __m128i low, CaseRun r) noexcept
+    /// One of the lower four words in all eight.
+    template<int Word>
+    [[gnu::always_inline]] static __m128i Everywhere(__m128i v) noexcept
+    {
+        __m128i const lower = _mm_shufflelo_epi16(v, Word * 0x55);
+        return _mm_unpacklo_epi64(lower, lower);
+    }
+    [[gnu::always_inline]] static __m128i Pairs(__m128i distance, __m128i low, __m128i runLow, __m128i runCount,
+                                                __m128i runDistance) noexcept
     {
         // Moved to the bottom of the signed range, where signed comparison serves.
-        __m128i const moved = _mm_add_epi16(low, _mm_set1_epi16(static_cast<short>(0x8000u - r.low)));
-        return _mm_and_si128(_mm_cmpeq_epi16(distance, _mm_set1_epi16(static_cast<short>(r.distance))),
-                             _mm_cmplt_epi16(moved, _mm_set1_epi16(static_cast<short>(0x8000u + r.count))));
+        __m128i const bottom = _mm_set1_epi16(-0x8000);
+        __m128i const place = _mm_xor_si128(_mm_sub_epi16(low, runLow), bottom);
+        return _mm_and_si128(_mm_cmpeq_epi16(distance, runDistance),
+                             _mm_cmplt_epi16(place, _mm_xor_si128(runCount, bottom)));
     }
 };
 
@@ -139,7 +158,7 @@ template<class Skipped>
             return FirstOf(stops);
         }
         if (n > 4 * kBlock) {
-            return kBlock + skipped.LongStop(a + kBlock, b + kBlock, n - kBlock);
+            return skipped.LongStop(a, b, n); // from the start, as lengths that fill whole vectors are frequent
         }
         for (std::size_t i = kBlock; i < n; i += kBlock) {
             i = std::min(i, n - kBlock);
@@ -191,22 +210,15 @@ int SignOf(char16_t left, char16_t right) noexcept
     return left < right ? -1 : left > right ? 1 : 0;
 }
 
-/// Folded comparison of n units, where skip(i, alike) is the first stop from i on, or some unit before it. A 0 unit
-/// ends it if ZeroEnds.
+/// Folded comparison of n units that has come to the stop i. skip(i, alike) is the first stop from i on, or some unit
+/// before it. A 0 unit ends the comparison if ZeroEnds.
 template<bool ZeroEnds, class Skip>
-[[gnu::always_inline]] inline int CompareByTable(char16_t const* a, char16_t const* b, std::size_t n,
-                                                 Skip skip) noexcept
+[[gnu::noinline]] int CompareFrom(std::size_t i, char16_t const* a, char16_t const* b, std::size_t n, Alike alike,
+                                  Skip skip) noexcept
 {
-    Alike alike{LastRun()};
     bool mayLearn = true; // once, lest two runs drive each other out
     std::size_t stretch = kFirstStretch;
-    for (std::size_t i = 0;;) {
-        std::size_t const stop = skip(i, alike);
-        if (stop == n) {
-            return 0;
-        }
-        stretch = stop - i < kBlock ? std::min(2 * stretch, kLongestStretch) : kFirstStretch;
-        i = stop;
+    for (;;) {
         for (std::size_t const end = i + std::min(stretch, n - i); i < end; ++i) {
             char16_t const left = TCType::FoldCase(a[i]);
             char16_t const right = TCType::FoldCase(b[i]);
@@ -218,14 +230,30 @@ template<bool ZeroEnds, class Skip>
             }
             if (mayLearn && a[i] != b[i] && a[i] >= 0x80 && n - i >= kBlock) {
                 mayLearn = false;
-                alike.run = RunAround(a[i], b[i]);
-                if (alike.run.count >= kShortestRun) {
-                    ++i;
+                if (PackedRun const run = RunAround(a[i], b[i]); run != 0) {
+                    alike.run = run;
                     break;
                 }
             }
         }
+        std::size_t const stop = skip(i, alike);
+        if (stop == n) {
+            return 0;
+        }
+        stretch = stop - i < kBlock ? std::min(2 * stretch, kLongestStretch) : kFirstStretch;
+        i = stop;
     }
+}
+
+template<bool ZeroEnds, class Skip>
+[[gnu::always_inline]] inline int CompareFolded(char16_t const* a, char16_t const* b, std::size_t n, Skip skip) noexcept
+{
+    Alike const alike{s_lastRun.load(std::memory_order_relaxed)};
+    std::size_t const stop = skip(0, alike);
+    if (stop == n || (ZeroEnds && (a[stop] | b[stop]) == 0)) {
+        return 0;
+    }
+    return CompareFrom<ZeroEnds>(stop, a, b, n, alike, skip);
 }
 
 } // namespace
@@ -238,8 +266,8 @@ int CompareUnits(char16_t const* a, char16_t const* b, std::size_t n) noexcept
 
 int CompareUnitsFolded(char16_t const* a, char16_t const* b, std::size_t n) noexcept
 {
-    return CompareByTable<true>(a, b, n,
-                                [=](std::size_t i, Alike alike) { return i + FirstStop(a + i, b + i, n - i, alike); });
+    return CompareFolded<true>(a, b, n,
+                               [=](std::size_t i, Alike alike) { return i + FirstStop(a + i, b + i, n - i, alike); });
 }
 
 int CompareTerminated(char16_t const* a, char16_t const* b, std::size_t most) noexcept
@@ -250,13 +278,13 @@ int CompareTerminated(char16_t const* a, char16_t const* b, std::size_t most) no
 
 int CompareTerminatedFolded(char16_t const* a, char16_t const* b, std::size_t most) noexcept
 {
-    return CompareByTable<true>(
+    return CompareFolded<true>(
         a, b, most, [=](std::size_t i, Alike alike) { return i + FirstStopTerminated(a + i, b + i, most - i, alike); });
 }
 
 bool EqualUnitsFolded(char16_t const* a, char16_t const* b, std::size_t n) noexcept
 {
-    return CompareByTable<false>(
+    return CompareFolded<false>(
                a, b, n, [=](std::size_t i, Alike alike) { return i + FirstStop(a + i, b + i, n - i, alike); }) == 0;
 }
 
