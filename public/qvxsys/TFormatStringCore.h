@@ -15,6 +15,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include <qvxsys/FormatScan.h>
@@ -75,14 +76,14 @@ public:
     /// @{
     TFormatStringCore& arg(TStringCore const& a, int fieldWidth = 0, Fill fill = u' ')
     {
-        return fieldWidth == 0 ? Add(TStringCore(a)) : AddJustified(a, fieldWidth, fill);
+        return fieldWidth == 0 ? Add(a) : AddJustified(a, fieldWidth, fill);
     }
     /// Two to ten texts.
     template<qvxsys::detail::StringArgument A, qvxsys::detail::StringArgument... More>
     requires(sizeof...(More) >= 1 && sizeof...(More) <= 9) TFormatStringCore& arg(A const& a, More const&... more)
     {
-        Add(TStringCore(a));
-        (Add(TStringCore(more)), ...);
+        Add(a);
+        (Add(more), ...);
         return *this;
     }
     TFormatStringCore& arg(std::vector<TStringCore> const& all);
@@ -125,9 +126,10 @@ public:
     operator TStringCore() const { return result(); }
 
 private:
-    TFormatStringCore& Add(TStringCore&& a)
+    template<class A>
+    TFormatStringCore& Add(A&& a)
     {
-        m_parms.push_back(static_cast<TStringCore&&>(a));
+        m_parms.push_back(std::forward<A>(a));
         return *this;
     }
     TFormatStringCore& AddOwn(TStringCore&& a, int fieldWidth, Fill fill)
