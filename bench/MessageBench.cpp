@@ -88,9 +88,8 @@ void QtRows()
     S const a = u"settings"_qs, b = u"archive.db"_qs, c = u"not found"_qs;
     MessageRow<S>(kThree, "QString::arg",
                   [=, f = u"Cannot copy %1 to %2: %3"_qs](Values const&) { return f.arg(a, b, c); });
-    MessageRow<S>(kNumber, "QString::arg", [=, f = u"Reading %1, line %2"_qs](Values const& v) {
-        return f.arg(a, S::number(v.number));
-    });
+    MessageRow<S>(kNumber, "QString::arg",
+                  [=, f = u"Reading %1, line %2"_qs](Values const& v) { return f.arg(a, S::number(v.number)); });
     MessageRow<S>(kReal, "QString::arg", [=, f = u"Reading %1, line %2: %3 ms"_qs](Values const& v) {
         return f.arg(a, S::number(v.number), S::number(v.real, 'f', 2));
     });
@@ -121,15 +120,15 @@ void AbseilRows()
 {
     using S = std::string;
     S const a = "settings", b = "archive.db", c = "not found";
-    MessageRow<S>(kThree, "absl::Substitute", [=, f = S("Cannot copy $0 to $1: $2")](Values const&) {
-        return absl::Substitute(f, a, b, c);
-    });
+    MessageRow<S>(kThree, "absl::Substitute",
+                  [=, f = S("Cannot copy $0 to $1: $2")](Values const&) { return absl::Substitute(f, a, b, c); });
     MessageRow<S>(kNumber, "absl::Substitute",
                   [=, f = S("Reading $0, line $1")](Values const& v) { return absl::Substitute(f, a, v.number); });
     MessageRow<S>(kNumber, "absl::StrCat",
                   [=](Values const& v) { return absl::StrCat("Reading ", a, ", line ", v.number); });
-    MessageRow<S>(kReal, "absl::StrFormat",
-                  [=](Values const& v) { return absl::StrFormat("Reading %s, line %d: %.2f ms", a, v.number, v.real); });
+    MessageRow<S>(kReal, "absl::StrFormat", [=](Values const& v) {
+        return absl::StrFormat("Reading %s, line %d: %.2f ms", a, v.number, v.real);
+    });
     MessageRow<S>(kReal, "absl::Substitute", [=, f = S("Reading $0, line $1: $2 ms")](Values const& v) {
         return absl::Substitute(f, a, v.number, v.real);
     });
