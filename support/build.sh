@@ -51,6 +51,6 @@ build_preset() {
 # What the library and the tool are built with and from.
 build_packages="g++ cmake ninja-build libicu-dev libcli11-dev nlohmann-json3-dev"
 # What the tests need besides.
-test_packages="libgtest-dev python3 pkg-config binutils"
+test_packages="libgtest-dev libfmt-dev python3 pkg-config binutils"
 # What the sanitizer and fuzz builds need besides.
 clang_packages="clang llvm libclang-rt-14-dev"

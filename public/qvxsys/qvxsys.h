@@ -25,3 +25,4 @@
 #include <qvxsys/TTextDecoder.h>
 #include <qvxsys/TextArguments.h>
 #include <qvxsys/WideText.h>
+#include <qvxsys/std.h>
