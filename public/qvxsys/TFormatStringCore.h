@@ -49,11 +49,12 @@ public:
     /// A digit is what TCType::isDigit says, but its value is the unit minus 0x30: digits other than ASCII make numbers
     /// that no arguments reach.
     /// @{
-    TFormatStringCore(TStringCore const& format);
-    TFormatStringCore(char16_t const* format);
-    TFormatStringCore(wchar_t const* format);
+    TFormatStringCore(TStringCore const& format) : TFormatStringCore(TStringCore(format)) {}
+    TFormatStringCore(TStringCore&& format);
+    TFormatStringCore(char16_t const* format) : TFormatStringCore(TStringCore(format)) {}
+    TFormatStringCore(wchar_t const* format) : TFormatStringCore(TStringCore(format)) {}
     /// UTF-8.
-    TFormatStringCore(char const* format);
+    TFormatStringCore(char const* format) : TFormatStringCore(TStringCore(format)) {}
     TFormatStringCore(TFormatStringCore const&) = default;
     /// Leaves an empty format without arguments.
     TFormatStringCore(TFormatStringCore&& other) noexcept;
@@ -61,7 +62,7 @@ public:
     TFormatStringCore& operator=(TFormatStringCore&& other) noexcept;
     /// A new format, the same arguments. When it throws, the format is the new one with some of its markers: assign
     /// another before using it.
-    TFormatStringCore& operator=(TStringCore const& format);
+    TFormatStringCore& operator=(TStringCore format);
     TFormatStringCore& operator=(char16_t const* format) { return *this = TStringCore(format); }
     TFormatStringCore& operator=(wchar_t const* format) { return *this = TStringCore(format); }
     TFormatStringCore& operator=(char const* format) { return *this = TStringCore(format); }

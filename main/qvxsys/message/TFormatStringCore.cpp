@@ -56,6 +56,21 @@ unsigned PercentsFrom(char16_t const* text, std::int32_t start, std::int32_t len
     return found;
 }
 
+/// ReadMarker for what nearly all markers are: one digit before an ASCII unit that is none, such as the terminator of
+/// the format. False for anything else.
+bool ReadDigit(char16_t const* format, std::int32_t n, FormatMarker& marker) noexcept
+{
+    std::int32_t const i = marker.position;
+    if (n - i < 2) {
+        return false;
+    }
+    unsigned const digit = format[i + 1] - u'0';
+    unsigned const next = format[i + 2];
+    marker.length = 2;
+    marker.number = static_cast<std::int32_t>(digit);
+    return digit - 1 < 9 && next < 0x80 && next - u'0' > 9;
+}
+
 template<std::size_t Units>
 void CopyEnds(char16_t* to, char16_t const* from, std::size_t n) noexcept
 {
@@ -152,22 +167,7 @@ TStringCore FillIn(TStringView format, FormatMarker const* markers, std::size_t 
 
 } // namespace qvxsys::detail
 
-TFormatStringCore::TFormatStringCore(TStringCore const& format) : m_format(format)
-{
-    scanForMarkers();
-}
-
-TFormatStringCore::TFormatStringCore(char16_t const* format) : m_format(format)
-{
-    scanForMarkers();
-}
-
-TFormatStringCore::TFormatStringCore(wchar_t const* format) : m_format(format)
-{
-    scanForMarkers();
-}
-
-TFormatStringCore::TFormatStringCore(char const* format) : m_format(format)
+TFormatStringCore::TFormatStringCore(TStringCore&& format) : m_format(std::move(format))
 {
     scanForMarkers();
 }
@@ -188,9 +188,9 @@ TFormatStringCore& TFormatStringCore::operator=(TFormatStringCore&& other) noexc
     return *this;
 }
 
-TFormatStringCore& TFormatStringCore::operator=(TStringCore const& format)
+TFormatStringCore& TFormatStringCore::operator=(TStringCore format)
 {
-    m_format = format;
+    m_format = std::move(format);
     scanForMarkers();
     return *this;
 }
@@ -210,9 +210,11 @@ void TFormatStringCore::scanForMarkers()
             if (marker.position < end) {
                 continue; // the second of an escape
             }
-            FormatFault const fault = qvxsys::detail::ReadMarker(format, n, marker, IsDigit);
-            if (fault != FormatFault::None) [[unlikely]] {
-                ThrowFault(fault);
+            if (!ReadDigit(format, n, marker)) [[unlikely]] {
+                FormatFault const fault = qvxsys::detail::ReadMarker(format, n, marker, IsDigit);
+                if (fault != FormatFault::None) [[unlikely]] {
+                    ThrowFault(fault);
+                }
             }
             end = marker.position + marker.length;
             m_maxMarker = std::max(m_maxMarker, marker.number);
