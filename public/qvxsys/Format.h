@@ -99,24 +99,31 @@ private:
             ++m_length;
         }
         auto const n = static_cast<std::int32_t>(m_length);
-        auto const find = [text, n](std::int32_t i) {
-            while (i < n && text[i] != '%') {
-                ++i;
-            }
-            return i;
-        };
         auto const isDigit = [](std::uint32_t c) {
             return sizeof(Unit) == 1 ? c >= '0' && c <= '9' : c <= 0xFFFF && detail::IsDigitUnit(c);
         };
         std::int32_t most = 0;
-        auto const add = [this, &most](detail::FormatMarker const& marker) {
+        for (std::int32_t i = 0; i < n; ++i) {
+            if (text[i] != '%') {
+                continue;
+            }
+            detail::FormatMarker marker{i, 0, 0};
+            Report(detail::ReadMarker(text, n, marker, isDigit));
             if (m_count == kMost) {
                 detail::MoreThan32MarkersInFormatLiteral();
             }
             m_markers[m_count++] = marker;
             most = marker.number > most ? marker.number : most;
-        };
-        switch (detail::ScanFormat(text, n, find, isDigit, add)) {
+            i += marker.length - 1;
+        }
+        if (static_cast<std::size_t>(most) > Count) {
+            detail::InsufficientParametersToFormatString();
+        }
+    }
+
+    static consteval void Report(detail::FormatFault fault)
+    {
+        switch (fault) {
         case detail::FormatFault::None:
             break;
         case detail::FormatFault::LeadingZero:
@@ -130,9 +137,6 @@ private:
             break;
         default:
             detail::InvalidNumberlessMarkerInFormatString();
-        }
-        if (static_cast<std::size_t>(most) > Count) {
-            detail::InsufficientParametersToFormatString();
         }
     }
 

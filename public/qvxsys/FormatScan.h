@@ -35,41 +35,38 @@ inline constexpr char16_t kDigitRows[] = {
     return false;
 }
 
-/// Walks the format and calls add(marker) for each marker in order, up to the first fault. find(from) is the index of
-/// the first '%' at or behind `from`, or n. A digit counts as its unit minus 0x30, whatever script it is of; only
-/// U+0030 is a leading zero. So a single digit of another script makes a number that no argument list reaches.
-template<class Unit, class Find, class IsDigit, class Add>
-constexpr FormatFault ScanFormat(Unit const* format, std::int32_t n, Find find, IsDigit isDigit, Add add)
+/// Reads the marker whose '%' is at marker.position of a format of n units. A digit counts as its unit minus 0x30,
+/// whatever script it is of; only U+0030 is a leading zero. So a single digit of another script makes a number that no
+/// argument list reaches.
+template<class Unit, class IsDigit>
+constexpr FormatFault ReadMarker(Unit const* format, std::int32_t n, FormatMarker& marker, IsDigit isDigit)
 {
-    for (std::int32_t i = find(0); i < n; i = find(i)) {
-        FormatMarker marker{i, 2, 0};
-        if (++i == n) {
-            return FormatFault::IncompleteEnd;
+    std::int32_t i = marker.position + 1;
+    marker.length = 2;
+    marker.number = 0;
+    if (i == n) {
+        return FormatFault::IncompleteEnd;
+    }
+    auto const first = static_cast<std::uint32_t>(format[i]);
+    if (first == '%') {
+        return FormatFault::None;
+    }
+    if (!isDigit(first)) {
+        return FormatFault::Numberless;
+    }
+    if (first == '0') {
+        return FormatFault::LeadingZero;
+    }
+    marker.number = static_cast<std::int32_t>(first) - '0';
+    for (++i; i < n && isDigit(static_cast<std::uint32_t>(format[i])); ++i) {
+        marker.number = marker.number * 10 + (static_cast<std::int32_t>(format[i]) - '0');
+        ++marker.length;
+        if (marker.number > 99) {
+            return FormatFault::Above99;
         }
-        auto const first = static_cast<std::uint32_t>(format[i]);
-        ++i;
-        if (first == '%') {
-            add(marker);
-            continue;
-        }
-        if (!isDigit(first)) {
-            return FormatFault::Numberless;
-        }
-        if (first == '0') {
-            return FormatFault::LeadingZero;
-        }
-        marker.number = static_cast<std::int32_t>(first) - '0';
-        for (; i < n && isDigit(static_cast<std::uint32_t>(format[i])); ++i) {
-            marker.number = marker.number * 10 + (static_cast<std::int32_t>(format[i]) - '0');
-            ++marker.length;
-            if (marker.number > 99) {
-                return FormatFault::Above99;
-            }
-        }
-        if (marker.number < 1) {
-            return i < n ? FormatFault::NotPositive : FormatFault::NotPositiveEnd;
-        }
-        add(marker);
+    }
+    if (marker.number < 1) {
+        return i < n ? FormatFault::NotPositive : FormatFault::NotPositiveEnd;
     }
     return FormatFault::None;
 }

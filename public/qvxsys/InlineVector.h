@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 namespace qvxsys::detail {
@@ -40,13 +41,15 @@ public:
     [[nodiscard]] T const* end() const noexcept { return m_data + m_size; }
     [[nodiscard]] T const& operator[](std::size_t i) const noexcept { return m_data[i]; }
 
-    /// By value: the element may come from this vector.
-    void push_back(T value)
+    /// A new last element made of `from`, which may be an element of this vector.
+    template<class From>
+    void push_back(From&& from)
     {
         if (m_size == m_capacity) [[unlikely]] {
-            Grow(2 * m_capacity);
+            PushBackGrowing(T(std::forward<From>(from)));
+            return;
         }
-        ::new (static_cast<void*>(m_data + m_size)) T(std::move(value));
+        ::new (static_cast<void*>(m_data + m_size)) T(std::forward<From>(from));
         ++m_size;
     }
     void clear() noexcept
@@ -68,6 +71,12 @@ private:
         Free();
         m_data = data;
         m_capacity = capacity;
+    }
+    [[gnu::noinline]] void PushBackGrowing(T&& value)
+    {
+        Grow(2 * m_capacity);
+        ::new (static_cast<void*>(m_data + m_size)) T(std::move(value));
+        ++m_size;
     }
     void AppendCopies(InlineVector const& other)
     {

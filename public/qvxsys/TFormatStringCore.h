@@ -15,6 +15,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include <qvxsys/FormatScan.h>
@@ -48,11 +49,12 @@ public:
     /// A digit is what TCType::isDigit says, but its value is the unit minus 0x30: digits other than ASCII make numbers
     /// that no arguments reach.
     /// @{
-    TFormatStringCore(TStringCore const& format);
-    TFormatStringCore(char16_t const* format);
-    TFormatStringCore(wchar_t const* format);
+    TFormatStringCore(TStringCore const& format) : TFormatStringCore(TStringCore(format)) {}
+    TFormatStringCore(TStringCore&& format);
+    TFormatStringCore(char16_t const* format) : TFormatStringCore(TStringCore(format)) {}
+    TFormatStringCore(wchar_t const* format) : TFormatStringCore(TStringCore(format)) {}
     /// UTF-8.
-    TFormatStringCore(char const* format);
+    TFormatStringCore(char const* format) : TFormatStringCore(TStringCore(format)) {}
     TFormatStringCore(TFormatStringCore const&) = default;
     /// Leaves an empty format without arguments.
     TFormatStringCore(TFormatStringCore&& other) noexcept;
@@ -60,7 +62,7 @@ public:
     TFormatStringCore& operator=(TFormatStringCore&& other) noexcept;
     /// A new format, the same arguments. When it throws, the format is the new one with some of its markers: assign
     /// another before using it.
-    TFormatStringCore& operator=(TStringCore const& format);
+    TFormatStringCore& operator=(TStringCore format);
     TFormatStringCore& operator=(char16_t const* format) { return *this = TStringCore(format); }
     TFormatStringCore& operator=(wchar_t const* format) { return *this = TStringCore(format); }
     TFormatStringCore& operator=(char const* format) { return *this = TStringCore(format); }
@@ -75,14 +77,14 @@ public:
     /// @{
     TFormatStringCore& arg(TStringCore const& a, int fieldWidth = 0, Fill fill = u' ')
     {
-        return fieldWidth == 0 ? Add(TStringCore(a)) : AddJustified(a, fieldWidth, fill);
+        return fieldWidth == 0 ? Add(a) : AddJustified(a, fieldWidth, fill);
     }
     /// Two to ten texts.
     template<qvxsys::detail::StringArgument A, qvxsys::detail::StringArgument... More>
     requires(sizeof...(More) >= 1 && sizeof...(More) <= 9) TFormatStringCore& arg(A const& a, More const&... more)
     {
-        Add(TStringCore(a));
-        (Add(TStringCore(more)), ...);
+        Add(a);
+        (Add(more), ...);
         return *this;
     }
     TFormatStringCore& arg(std::vector<TStringCore> const& all);
@@ -125,9 +127,10 @@ public:
     operator TStringCore() const { return result(); }
 
 private:
-    TFormatStringCore& Add(TStringCore&& a)
+    template<class A>
+    TFormatStringCore& Add(A&& a)
     {
-        m_parms.push_back(static_cast<TStringCore&&>(a));
+        m_parms.push_back(std::forward<A>(a));
         return *this;
     }
     TFormatStringCore& AddOwn(TStringCore&& a, int fieldWidth, Fill fill)

@@ -6,6 +6,8 @@
 #include <qvxsys/CodePointView.h>
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Format.h>
+#include <qvxsys/FormatScan.h>
+#include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
 #include <qvxsys/LogicException.h>
 #include <qvxsys/Platform.h>

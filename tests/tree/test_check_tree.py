@@ -8,6 +8,7 @@ import check_tree
 
 OFFENCES = {
     "main/diagnostics/tmemory_up.cpp": ("#include <qvxsys/TStringCore.h>\n", "layer memory includes"),
+    "main/qvxsys/text/Up.cpp": ("#include <qvxsys/TError.h>\n", "layer text includes"),
     "main/qvxsys/text/Conditional.cpp": ("#if defined(__linux__)\n#endif\n", "conditional"),
     "main/qvxsys/text/Icu.cpp": ("#include <unicode/uchar.h>\n", "ICU"),
     "main/qvxsys/text/Windows.cpp": ("#include <Windows.h>\n", "windows.h"),

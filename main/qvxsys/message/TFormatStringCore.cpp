@@ -25,29 +25,78 @@ bool IsDigit(std::uint32_t c) noexcept
     return c < 0x80 ? c - '0' < 10 : TCType::isDigit(static_cast<char16_t>(c));
 }
 
-/// The index of the first '%' at or behind `from`, n when there is none: eight units at a time.
-std::int32_t FindPercent(char16_t const* text, std::int32_t from, std::int32_t n) noexcept
+/// One bit for each '%' among eight units.
+unsigned Percents(char16_t const* units) noexcept
 {
-    __m128i const percent = _mm_set1_epi16('%');
-    while (n - from >= 8) {
-        __m128i units;
-        std::memcpy(&units, text + from, sizeof units);
-        auto const found = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi16(units, percent)));
-        if (found != 0) {
-            return from + std::countr_zero(found) / 2;
-        }
-        from += 8;
-    }
-    while (from < n && text[from] != u'%') {
-        ++from;
-    }
-    return from;
+    __m128i eight;
+    std::memcpy(&eight, units, sizeof eight);
+    __m128i const equal = _mm_cmpeq_epi16(eight, _mm_set1_epi16('%'));
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(equal, _mm_setzero_si128())));
 }
 
-char16_t* Copy(char16_t* to, char16_t const* from, std::size_t n) noexcept
+/// One bit for each '%' among the first sixteen units, or n if these are fewer, from `start` on; `start` is a multiple
+/// of sixteen.
+unsigned PercentsFrom(char16_t const* text, std::int32_t start, std::int32_t length) noexcept
 {
-    if (n != 0) {
+    char16_t const* const units = text + start;
+    std::int32_t const n = length - start;
+    if (n >= 16) {
+        return Percents(units) | Percents(units + 8) << 8;
+    }
+    if (n >= 8) {
+        return Percents(units) | Percents(units + n - 8) << (n - 8);
+    }
+    if (start != 0) {
+        return Percents(units + n - 8) >> (8 - n);
+    }
+    unsigned found = 0;
+    for (std::int32_t i = 0; i < n; ++i) {
+        found |= (units[i] == u'%' ? 1u : 0u) << i;
+    }
+    return found;
+}
+
+/// ReadMarker for what nearly all markers are: one digit before an ASCII unit that is none, such as the terminator of
+/// the format. False for anything else.
+bool ReadDigit(char16_t const* format, std::int32_t n, FormatMarker& marker) noexcept
+{
+    std::int32_t const i = marker.position;
+    if (n - i < 2) {
+        return false;
+    }
+    unsigned const digit = format[i + 1] - u'0';
+    unsigned const next = format[i + 2];
+    marker.length = 2;
+    marker.number = static_cast<std::int32_t>(digit);
+    return digit - 1 < 9 && next < 0x80 && next - u'0' > 9;
+}
+
+template<std::size_t Units>
+void CopyEnds(char16_t* to, char16_t const* from, std::size_t n) noexcept
+{
+    struct Chunk
+    {
+        char16_t units[Units];
+    } first, last;
+    std::memcpy(&first, from, sizeof first);
+    std::memcpy(&last, from + n - Units, sizeof last);
+    std::memcpy(to, &first, sizeof first);
+    std::memcpy(to + n - Units, &last, sizeof last);
+}
+
+/// Most pieces of messages are too short to be worth a call: two overlapping moves do.
+[[gnu::always_inline]] inline char16_t* Copy(char16_t* to, char16_t const* from, std::size_t n) noexcept
+{
+    if (n > 16) {
         std::memcpy(to, from, n * sizeof(char16_t));
+    } else if (n >= 8) {
+        CopyEnds<8>(to, from, n);
+    } else if (n >= 4) {
+        CopyEnds<4>(to, from, n);
+    } else if (n >= 2) {
+        CopyEnds<2>(to, from, n);
+    } else if (n == 1) {
+        *to = *from;
     }
     return to + n;
 }
@@ -118,22 +167,7 @@ TStringCore FillIn(TStringView format, FormatMarker const* markers, std::size_t 
 
 } // namespace qvxsys::detail
 
-TFormatStringCore::TFormatStringCore(TStringCore const& format) : m_format(format)
-{
-    scanForMarkers();
-}
-
-TFormatStringCore::TFormatStringCore(char16_t const* format) : m_format(format)
-{
-    scanForMarkers();
-}
-
-TFormatStringCore::TFormatStringCore(wchar_t const* format) : m_format(format)
-{
-    scanForMarkers();
-}
-
-TFormatStringCore::TFormatStringCore(char const* format) : m_format(format)
+TFormatStringCore::TFormatStringCore(TStringCore&& format) : m_format(std::move(format))
 {
     scanForMarkers();
 }
@@ -154,9 +188,9 @@ TFormatStringCore& TFormatStringCore::operator=(TFormatStringCore&& other) noexc
     return *this;
 }
 
-TFormatStringCore& TFormatStringCore::operator=(TStringCore const& format)
+TFormatStringCore& TFormatStringCore::operator=(TStringCore format)
 {
-    m_format = format;
+    m_format = std::move(format);
     scanForMarkers();
     return *this;
 }
@@ -169,14 +203,23 @@ void TFormatStringCore::scanForMarkers()
     m_markers.clear();
     char16_t const* const format = m_format.constData();
     int const n = m_format.length();
-    FormatFault const fault = qvxsys::detail::ScanFormat(
-        format, n, [=](std::int32_t from) { return FindPercent(format, from, n); }, IsDigit,
-        [this](FormatMarker const& marker) {
+    int end = 0; // of the last marker
+    for (int start = 0; start < n; start += 16) {
+        for (unsigned found = PercentsFrom(format, start, n); found != 0; found &= found - 1) {
+            FormatMarker marker{start + std::countr_zero(found), 0, 0};
+            if (marker.position < end) {
+                continue; // the second of an escape
+            }
+            if (!ReadDigit(format, n, marker)) [[unlikely]] {
+                FormatFault const fault = qvxsys::detail::ReadMarker(format, n, marker, IsDigit);
+                if (fault != FormatFault::None) [[unlikely]] {
+                    ThrowFault(fault);
+                }
+            }
+            end = marker.position + marker.length;
             m_maxMarker = std::max(m_maxMarker, marker.number);
             m_markers.push_back(marker);
-        });
-    if (fault != FormatFault::None) [[unlikely]] {
-        ThrowFault(fault);
+        }
     }
 }
 
