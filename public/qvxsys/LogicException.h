@@ -61,7 +61,7 @@ public:
     /// Throw what TFormatStringCore::result() throws.
     LogicException(TFormatStringCore const& details, TError::ErrorInfo const& info);
     LogicException(TFormatStringCore const& details, QuorvexError const& error);
-    template<qvxsys::detail::TextPointer P, class Error>
+    template<qvxsys::detail::MessageText P, class Error>
     LogicException(P const& details, Error const& error) : LogicException(TStringCore(details), error)
     {}
     /// The looked-up message in front of the given ones; no error. Empty details stay empty here.
