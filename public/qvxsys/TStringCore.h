@@ -452,6 +452,8 @@ private:
     static TStringCore SignedText(long long v, int base, int width, Fill fill);
     static TStringCore UnsignedText(unsigned long long v, int base, int width, Fill fill);
     static TStringCore DoubleText(double v, char format, int precision, bool withPoint);
+    static TStringCore PrintedText(double v, char format, int precision, bool withPoint);
+    static TStringCore FixedText(std::uint64_t digits, int precision, bool negative);
     static TStringCore DecimalText(std::uint64_t v, bool negative);
     static TStringCore ShortDecimalText(std::uint64_t v, bool negative);
     static TStringCore LongDecimalText(std::uint64_t v, bool negative);
