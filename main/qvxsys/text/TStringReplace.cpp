@@ -118,8 +118,10 @@ void TStringEditing::ReplacePlaces(std::vector<Place> const& places, TStringView
     char16_t const* const end = from + length();
     char16_t* to = inPlace ? data() : fresh.SetLength(total);
     auto const put = [&to](char16_t const* units, std::ptrdiff_t count) {
-        text::MoveUnits(to, units, static_cast<int>(count));
-        to += count;
+        if (count != 0) { // an empty replacement may be null
+            text::MoveUnits(to, units, static_cast<int>(count));
+            to += count;
+        }
     };
     for (Place const& place : places) {
         put(from, begin + place.at - from);
