@@ -105,6 +105,12 @@ bool Decoding()
     return waits && text == u"Gr\u00FC\u00DFe" && decoder.Malformed() == 0;
 }
 
+bool Patterns()
+{
+    KMP::StringTable const table(u"stra\U0001F600e", CaseCompare::Insensitive);
+    return KMP::searchString(u"Die STRA\U0001F600E", table) == 4;
+}
+
 bool Errors()
 {
     TStringCore const text = u"short";
@@ -129,7 +135,7 @@ bool Processor()
 int main()
 {
     bool const ok = Strings() && Views() && Reading() && Editing() && Units() && CodePoints() && Conversions() &&
-                    Classes() && Icu() && Decoding() && Errors() && Processor();
+                    Classes() && Icu() && Decoding() && Patterns() && Errors() && Processor();
     std::cout << (ok ? "ok\n" : "not as documented\n");
     return ok ? 0 : 1;
 }

@@ -350,6 +350,116 @@ public:
 
     friend void swap(TStringCore& a, TStringCore& b) noexcept { a.swap(b); }
 
+    /// @name Numbers
+    /// ASCII digits, whatever the locale.
+    /// @{
+    /// What number pads with: any character, a code point above U+FFFF too. A char is Latin-1.
+    struct Fill : qvxsys::detail::UnitsOf
+    {
+        template<TCType::Character C>
+        constexpr Fill(C c) noexcept : UnitsOf(c)
+        {}
+    };
+
+    /// A whole number in base 2..36 (digits 0-9, a-z) or 64, padded on the left to `width` characters. In base 64 the
+    /// groups of six bits are written from the most significant on with A-Z, a-z, 0-9, + and /. Only base 10 knows a
+    /// sign: with fill '0' it stands before the padding (-0042), with any other directly before the digits ("  -42");
+    /// other bases write the two's complement of 64 bits (-1 is "ffffffffffffffff").
+    /// Throws "TStringCore::number: base out of range."
+    template<qvxsys::detail::WholeNumber I>
+    [[nodiscard]] static TStringCore number(I value, int base = 10, int width = 0, Fill fill = u' ')
+    {
+        auto const promoted = +value;
+        if constexpr (std::is_signed_v<decltype(promoted)>) {
+            return SignedText(promoted, base, width, fill);
+        } else {
+            return UnsignedText(promoted, base, width, fill);
+        }
+    }
+    /// The same; the width counts code points.
+    template<qvxsys::detail::WholeNumber I>
+    [[nodiscard]] static TStringCore number32(I value, int base = 10, int width = 0, char32_t fill = U' ')
+    {
+        return number(value, base, width, fill);
+    }
+    /// A floating-point number as printf writes it with the conversion `format` (e, E, f, F, g or G; any other counts
+    /// as f) and a precision, of which a negative one means 6. `withPoint` puts ".0" behind the digits of a text
+    /// without a point ("1.0", "1.0e+20"). Infinities and NaN are "inf", "-inf" and "nan". What would be longer than
+    /// 1,023 characters (never so with a precision up to 700) comes out empty, not cut.
+    template<std::floating_point F>
+    [[nodiscard]] static TStringCore number(F value, char format = 'g', int precision = 6, bool withPoint = false)
+    {
+        return DoubleText(static_cast<double>(value), format, precision, withPoint);
+    }
+    /// The shortest text that toDouble (toFloat) reads back as the same value, in the shorter of the notations of f
+    /// and e.
+    [[nodiscard]] static TStringCore numberShortest(double value);
+    [[nodiscard]] static TStringCore numberShortest(float value);
+    /// Becomes what number makes of the same arguments.
+    template<class V, class... How>
+    TStringCore& setNum(V value, How... how)
+    {
+        return *this = number(value, how...);
+    }
+    /// An address in hexadecimal; `pad` to 16 digits with zeros, `prefix` with "0x".
+    [[nodiscard]] static TStringCore pointer(void const* p, bool prefix = true, bool pad = true);
+
+    /// The whole number that the text is, in base 2..36; 0 takes it from the number's beginning: 16 for "0x", 8 for
+    /// "0", else 10. White space (TCType::isSpace) may stand around the number, a sign and, in base 16, "0x" before its
+    /// digits; "0".."9" count in every base. *ok (when given) tells whether that is all there is. When more follows,
+    /// the number before it is returned; what is no number is 0, and so is one that does not fit the type. Numbers that
+    /// do not fit 64 bits with a sign, those of toULongLong too, are found by a new digit making the value step back
+    /// modulo 2^64: far outside, a number may pass as its remainder.
+    /// Throws "TStringCore::parseInteger: base out of range."
+    short toShort(bool* ok = nullptr, int base = 10) const { return view().toShort(ok, base); }
+    unsigned short toUShort(bool* ok = nullptr, int base = 10) const { return view().toUShort(ok, base); }
+    int toInt(bool* ok = nullptr, int base = 10) const { return view().toInt(ok, base); }
+    unsigned int toUInt(bool* ok = nullptr, int base = 10) const { return view().toUInt(ok, base); }
+    long toLong(bool* ok = nullptr, int base = 10) const { return view().toLong(ok, base); }
+    unsigned long toULong(bool* ok = nullptr, int base = 10) const { return view().toULong(ok, base); }
+    long long toLongLong(bool* ok = nullptr, int base = 10) const { return view().toLongLong(ok, base); }
+    unsigned long long toULongLong(bool* ok = nullptr, int base = 10) const { return view().toULongLong(ok, base); }
+    /// The number that the text is, rounded to nearest: [+-] and digits with a point among, before or behind them and
+    /// an exponent (e[+-]digits), or "inf", "infinity" or "nan", in any case. White space and *ok are as for integers.
+    /// A number past the type's limits gives infinity and one too small for it 0, both with *ok false.
+    double toDouble(bool* ok = nullptr) const { return view().toDouble(ok); }
+    float toFloat(bool* ok = nullptr) const { return view().toFloat(ok); }
+    /// The units of the longest start of the text that is a whole number in the base, or a floating-point number,
+    /// whether it fits a type or not: no white space. 0 when there is none.
+    [[nodiscard]] int leftIntegerLength(int base = 10) const { return view().leftIntegerLength(base); }
+    [[nodiscard]] int leftDoubleLength() const noexcept { return view().leftDoubleLength(); }
+    /// Of n units, or up to the 0 unit; null is empty text.
+    template<qvxsys::detail::StringPointer P>
+    [[nodiscard]] static int leftIntegerLength(P s, int n = -1, int base = 10)
+    {
+        if constexpr (std::convertible_to<P, char16_t const*>) {
+            return TStringView::leftIntegerLength(s, n, base);
+        } else {
+            return TStringCore(s, n).leftIntegerLength(base);
+        }
+    }
+    template<qvxsys::detail::StringPointer P>
+    [[nodiscard]] static int leftDoubleLength(P s, int n = -1)
+    {
+        if constexpr (std::convertible_to<P, char16_t const*>) {
+            return TStringView::leftDoubleLength(s, n);
+        } else {
+            return TStringCore(s, n).leftDoubleLength();
+        }
+    }
+    /// @}
+
+private:
+    static TStringCore SignedText(long long v, int base, int width, Fill fill);
+    static TStringCore UnsignedText(unsigned long long v, int base, int width, Fill fill);
+    static TStringCore DoubleText(double v, char format, int precision, bool withPoint);
+    static TStringCore DecimalText(std::uint64_t v, bool negative);
+    static TStringCore ShortDecimalText(std::uint64_t v, bool negative);
+    static TStringCore LongDecimalText(std::uint64_t v, bool negative);
+    static TStringCore HexText(std::uint64_t v);
+    static TStringCore PaddedText(std::uint64_t v, bool negative, int base, int width, Fill fill);
+    char16_t* NewText(int n);
+
 private:
     friend class TCodePointReference;
     friend class qvxsys::detail::StringOperators<TStringCore, TStringView>;

@@ -190,6 +190,26 @@ public:
     TStringView& trim32(char32_t c) { return trim(c); }
     /// @}
 
+    /// @name Numbers
+    /// Documented at the members of TStringCore of these names.
+    /// @{
+    short toShort(bool* ok = nullptr, int base = 10) const;
+    unsigned short toUShort(bool* ok = nullptr, int base = 10) const;
+    int toInt(bool* ok = nullptr, int base = 10) const;
+    unsigned int toUInt(bool* ok = nullptr, int base = 10) const;
+    long toLong(bool* ok = nullptr, int base = 10) const;
+    unsigned long toULong(bool* ok = nullptr, int base = 10) const;
+    long long toLongLong(bool* ok = nullptr, int base = 10) const;
+    unsigned long long toULongLong(bool* ok = nullptr, int base = 10) const;
+    double toDouble(bool* ok = nullptr) const;
+    float toFloat(bool* ok = nullptr) const;
+    [[nodiscard]] int leftIntegerLength(int base = 10) const;
+    [[nodiscard]] int leftDoubleLength() const noexcept;
+    /// Of n units, or up to the 0 unit; null is empty text.
+    [[nodiscard]] static int leftIntegerLength(char16_t const* s, int n = -1, int base = 10);
+    [[nodiscard]] static int leftDoubleLength(char16_t const* s, int n = -1) noexcept;
+    /// @}
+
 private:
     [[nodiscard]] int Compare(TStringView other, CaseCompare cs) const noexcept;
 

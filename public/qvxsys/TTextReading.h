@@ -41,7 +41,6 @@ struct ContainerName;
 [[nodiscard]] QVXSYS_API int FindText(TStringView text, TStringView needle, int from, bool folded);
 [[nodiscard]] QVXSYS_API int FindTextLast(TStringView text, TStringView needle, int from, bool folded);
 [[nodiscard]] QVXSYS_API int CountText(TStringView text, TStringView needle, bool folded);
-[[nodiscard]] QVXSYS_API int CountUnit(TStringView text, char16_t unit, bool folded) noexcept;
 [[nodiscard]] QVXSYS_API int FindMember(TStringView text, TStringView set, int from, bool wanted) noexcept;
 /// The code-unit index of an iterator over `text` (the length for the end); throws when it walks another text, naming
 /// the class `of`.
@@ -117,8 +116,7 @@ public:
     {
         auto const& other = qvxsys::detail::ToView(text);
         View const needle = other;
-        return needle.size() == 1 ? qvxsys::detail::CountUnit(Text(), needle[0], IsFolded(cs))
-                                  : qvxsys::detail::CountText(Text(), needle, IsFolded(cs));
+        return qvxsys::detail::CountText(Text(), needle, IsFolded(cs));
     }
     [[nodiscard]] int count32(char32_t c, Case cs = kExact) const { return count(c, cs); }
 

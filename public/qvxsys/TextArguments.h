@@ -125,6 +125,11 @@ concept OtherIndex = std::integral<I> && !std::same_as<I, int> && !std::same_as<
 /// Terminated text as a pointer: UTF-16 or wide.
 template<class T>
 concept StringPointer = PointerTo<T, char16_t> || PointerTo<T, wchar_t>;
+
+/// What integers come in: the integer types and enumerations that convert to them.
+template<class T>
+concept WholeNumber = std::integral<T> ||(std::is_enum_v<T>&& std::convertible_to<T, long long>);
+
 template<class S, class T>
 concept Appendable = requires(S& s, T const& t)
 {

@@ -1,22 +1,12 @@
 #pragma once
-// How GoogleTest shows our texts, and expectations on the exceptions that carry a message.
+// Expectations on the exceptions that carry a message, and on the allocation of strings. (How GoogleTest shows our texts
+// is the library's own business: <qvxsys/std.h>.)
 
-#include <ostream>
 #include <stdexcept>
 #include <string>
 
 #include <gtest/gtest.h>
 #include <qvxsys/qvxsys.h>
-
-inline void PrintTo(TStringView text, std::ostream* out)
-{
-    *out << '"' << StringUtils::toStdString(text) << "\" (" << text.size() << " units)";
-}
-
-inline void PrintTo(TStringCore const& text, std::ostream* out)
-{
-    PrintTo(text.view(), out);
-}
 
 namespace testing_support {
 

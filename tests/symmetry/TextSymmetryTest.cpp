@@ -158,6 +158,27 @@ TEST(TextSymmetry, BuildingFromEveryType)
     CheckBuilding(U'\U0001F600', u"\U0001F600");
 }
 
+// Where wchar_t is a UTF-16 unit, wide text goes in and out without a copy.
+TEST(TextSymmetry, WideTextIsSharedWhereItIsUtf16)
+{
+    auto const check = [](auto const& text) {
+        if constexpr (qvxsys::kWideIsUtf16) {
+            testing_support::LeakCheck const blocks;
+            wchar_t const* const wide = text;
+            TStringView const view(wide);
+            EXPECT_EQ(static_cast<void const*>(wide), text.constData());
+            EXPECT_EQ(view.data(), text.constData());
+            EXPECT_EQ(view.size(), text.size());
+            EXPECT_TRUE(text == wide && view == wide && text.compare(wide) == 0);
+            EXPECT_TRUE(view.startsWith(wide) && view.contains(wide) && view.indexOf(wide) == 0);
+            EXPECT_EQ(blocks.Allocations(), 0u);
+        } else {
+            GTEST_SKIP() << "wchar_t is a code point of 32 bits here";
+        }
+    };
+    check(TStringCore(u'\u65E5', 100));
+}
+
 // Every reading member, on strings and views, with the argument in one type gives what it gives with the argument as a
 // view; the needle occurs in the text, and in the other case.
 template<class Text, class Argument>

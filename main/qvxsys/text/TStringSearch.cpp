@@ -9,8 +9,6 @@
 
 #include "UnitCompare.h"
 #include "UnitSearch.h"
-#include "UnitSet.h"
-#include "kernels/Kernels.h"
 
 namespace text = qvxsys::text;
 
@@ -73,21 +71,10 @@ int FindTextLast(TStringView text, TStringView needle, int from, bool folded)
 
 int CountText(TStringView text, TStringView needle, bool folded)
 {
-    int found = 0;
-    for (int at = FindText(text, needle, 0, folded); at >= 0; at = FindText(text, needle, at + 1, folded)) {
-        ++found;
+    if (needle.empty()) {
+        return text.length(); // found everywhere
     }
-    return found;
-}
-
-int CountUnit(TStringView text, char16_t unit, bool folded) noexcept
-{
-    if (!folded) {
-        return static_cast<int>(text::kernels().countUnit(text.data(), text.size(), unit));
-    }
-    char16_t const wanted = TCType::FoldCase(unit);
-    return static_cast<int>(
-        std::count_if(text.begin(), text.end(), [wanted](char16_t c) { return TCType::FoldCase(c) == wanted; }));
+    return static_cast<int>(text::CountMatches(text.data(), text.size(), needle.data(), needle.size(), folded));
 }
 
 int FindMember(TStringView text, TStringView set, int from, bool wanted) noexcept
@@ -96,10 +83,9 @@ int FindMember(TStringView text, TStringView set, int from, bool wanted) noexcep
     if (start < 0) {
         return -1;
     }
-    text::UnitSet const members(set);
-    auto const isWanted = [&](char16_t c) { return members.Contains(c) == wanted; };
-    auto const at = std::find_if(text.begin() + start, text.end(), isWanted);
-    return at == text.end() ? -1 : static_cast<int>(at - text.begin());
+    TStringView const rest = text.mid(start);
+    std::size_t const at = text::FindFirstOf(rest.data(), rest.size(), set.data(), set.size(), wanted);
+    return at == text::kNotFound ? -1 : start + static_cast<int>(at);
 }
 
 int RunOf(TStringView text, TStringView set, bool members) noexcept

@@ -1,0 +1,163 @@
+// Chains of scanner operations on arbitrary text, which lies in a heap block of its exact size so that reading past its
+// end is found. Each operation may only move forward, a failed one stays where it is (or, where it says so, behind the
+// token), and what is read is what was there.
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include <qvxsys/qvxsys.h>
+
+namespace {
+
+void Require(bool condition)
+{
+    if (!condition) {
+        std::abort();
+    }
+}
+
+using Scan = TScanStringCore;
+
+TStringCore Rest(Scan scan)
+{
+    TStringCore rest;
+    scan.readString(rest, -1).end();
+    return rest;
+}
+
+/// One operation; `out` is what it read, when it reads text.
+void Do(Scan& scan, unsigned operation, TStringCore& out)
+{
+    int const n = static_cast<int>(operation >> 5) - 1;
+    int const bases[] = {10, 0, 16, 2, 36, 8, 10, 10};
+    int const base = bases[operation >> 5];
+    bool flag = false;
+    float single = 0;
+    double real = 0;
+    short small = 0;
+    unsigned long long large = 0;
+    switch (operation % 24) {
+    case 0:
+        scan.skipWhitespace();
+        break;
+    case 1:
+        scan.skipNonWhitespace();
+        break;
+    case 2:
+        scan.skipAnyOf(u"0123,:");
+        break;
+    case 3:
+        scan.skipAnyNotOf(L",:");
+        break;
+    case 4:
+        scan.skipString(n);
+        break;
+    case 5:
+        scan.skipBool();
+        break;
+    case 6:
+        scan.skipInt(base);
+        break;
+    case 7:
+        scan.skipFloat();
+        break;
+    case 8:
+        scan.skipNewline();
+        break;
+    case 9:
+        scan.skipLine();
+        break;
+    case 10:
+        scan.skip(u"ab");
+        break;
+    case 11:
+        scan.skip(TStringView(u"a\0b", 3));
+        break;
+    case 12:
+        scan.readNonWhitespace(out);
+        break;
+    case 13:
+        scan.readAnyOf(out, u"abc");
+        break;
+    case 14:
+        scan.readAnyNotOf(out, u'a');
+        break;
+    case 15:
+        scan.readString(out, n);
+        break;
+    case 16:
+        scan.readLine(out);
+        break;
+    case 17:
+        scan.readBool(flag);
+        break;
+    case 18:
+        scan.readFloat(single);
+        break;
+    case 19:
+        scan.readFloat(real);
+        break;
+    case 20:
+        scan.readInt(small, base);
+        break;
+    case 21:
+        scan.readInt(large, base);
+        break;
+    case 22:
+        scan.end();
+        break;
+    default:
+        scan = Scan(scan);
+        break;
+    }
+}
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+{
+    if (size < 9) {
+        return 0;
+    }
+    std::uint8_t const* const operations = data;
+    data += 8;
+    size -= 8;
+    // Half of the inputs are narrow text, so that tokens are frequent.
+    bool const narrow = data[0] % 2 == 0;
+    std::size_t const n = narrow ? size - 1 : (size - 1) / 2;
+    std::unique_ptr<char16_t[]> const text(new char16_t[n + 1]);
+    for (std::size_t i = 0; i < n; ++i) {
+        text[i] = narrow ? data[1 + i] : static_cast<char16_t>(data[1 + 2 * i] | data[2 + 2 * i] << 8);
+    }
+    text[n] = 0;
+
+    Scan scan(text.get());
+    for (int i = 0; i < 8; ++i) {
+        TStringCore const before = Rest(scan);
+        TStringCore out;
+        unsigned code = 0;
+        try {
+            Do(scan, operations[i], out);
+        } catch (Scan::Exception const& e) {
+            code = e.GetErrorCode();
+        }
+        TStringCore const after = Rest(scan);
+        Require(after.length() <= before.length());
+        Require(before.view().right(after.length()) == after.view() || after.empty());
+        Require(before.view().left(out.length()) == out.view() || out.empty());
+        bool const behindToken = code == 0x85FD6267 || code == 0x930719DA || code == 0x1D7A94C6;
+        Require(code == 0 || (after.length() == before.length()) != behindToken);
+        Require(code == 0 || out.empty());
+    }
+    // Every text is lines.
+    scan.reset();
+    for (std::size_t lines = 0; !Rest(scan).empty(); ++lines) {
+        Require(lines <= n);
+        TStringCore line;
+        scan.readLine(line);
+        Require(line.view().indexOf(u'\n') < 0);
+    }
+    return 0;
+}

@@ -1,0 +1,18 @@
+#include "ErrorPlatform.h"
+
+#include <windows.h>
+
+namespace qvxsys::error::platform {
+
+void DebugOutput(char const* line) noexcept
+{
+    ::OutputDebugStringA(line);
+    ::OutputDebugStringA("\n");
+}
+
+int CaptureTrace(void** frames, int capacity, int skip) noexcept
+{
+    return ::RtlCaptureStackBackTrace(static_cast<ULONG>(skip) + 1, static_cast<ULONG>(capacity), frames, nullptr);
+}
+
+} // namespace qvxsys::error::platform

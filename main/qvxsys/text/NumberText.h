@@ -1,0 +1,102 @@
+#pragma once
+// Digits of whole numbers as UTF-16 units, on raw memory.
+//
+// Decimal digits are produced in pairs: the two units of a pair are one 32-bit store, and eight digits at a time are
+// split off with 32-bit divisions by constants, which the compiler turns into multiplications.
+
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+#include <emmintrin.h>
+
+namespace qvxsys::text {
+
+/// The most digits a 64-bit value has, in base 2.
+inline constexpr int kMaxDigits = 64;
+
+namespace detail {
+
+inline constexpr std::array<std::array<char16_t, 2>, 100> kDecimalPairs = [] {
+    std::array<std::array<char16_t, 2>, 100> pairs{};
+    for (unsigned i = 0; i < 100; ++i) {
+        pairs[i] = {static_cast<char16_t>(u'0' + i / 10), static_cast<char16_t>(u'0' + i % 10)};
+    }
+    return pairs;
+}();
+
+inline constexpr std::array<std::uint64_t, 20> kPowersOfTen = [] {
+    std::array<std::uint64_t, 20> powers{};
+    std::uint64_t power = 1;
+    for (auto& p : powers) {
+        p = power;
+        power *= 10;
+    }
+    return powers;
+}();
+
+inline void StorePair(char16_t* at, std::uint32_t pair) noexcept
+{
+    std::memcpy(at, kDecimalPairs[pair].data(), 2 * sizeof(char16_t));
+}
+
+inline void StoreEight(char16_t* at, std::uint32_t v) noexcept
+{
+    std::uint32_t const high = v / 10000;
+    std::uint32_t const low = v % 10000;
+    StorePair(at, high / 100);
+    StorePair(at + 2, high % 100);
+    StorePair(at + 4, low / 100);
+    StorePair(at + 6, low % 100);
+}
+
+} // namespace detail
+
+/// The decimal digits of v, 1 for 0.
+inline int DecimalLength(std::uint64_t v) noexcept
+{
+    // log10(2) is a little below 1233 / 4096; the estimate is right or one too small. (An odd v has as many digits.)
+    v |= 1;
+    auto const estimate = static_cast<unsigned>(std::bit_width(v) * 1233) >> 12;
+    return static_cast<int>(estimate) + (v >= detail::kPowersOfTen[estimate] ? 1 : 0);
+}
+
+/// Writes the `length` == DecimalLength(v) digits of v.
+inline void WriteDecimal(char16_t* out, std::uint64_t v, int length) noexcept
+{
+    char16_t* end = out + length;
+    while (v >= 100000000) {
+        std::uint64_t const rest = v / 100000000;
+        end -= 8;
+        detail::StoreEight(end, static_cast<std::uint32_t>(v - rest * 100000000));
+        v = rest;
+    }
+    auto small = static_cast<std::uint32_t>(v);
+    while (small >= 100) {
+        end -= 2;
+        detail::StorePair(end, small % 100);
+        small /= 100;
+    }
+    if (small >= 10) {
+        detail::StorePair(end - 2, small);
+    } else {
+        end[-1] = static_cast<char16_t>(u'0' + small);
+    }
+}
+
+/// The 16 hexadecimal digits of v.
+inline void HexDigits(char16_t* out, std::uint64_t v) noexcept
+{
+    // The bytes in the order of the digits, then each as two bytes of four bits.
+    __m128i const bytes = _mm_cvtsi64_si128(static_cast<long long>(__builtin_bswap64(v)));
+    __m128i const high = _mm_and_si128(_mm_srli_epi16(bytes, 4), _mm_set1_epi8(15));
+    __m128i const values = _mm_unpacklo_epi8(high, _mm_and_si128(bytes, _mm_set1_epi8(15)));
+    __m128i const letters = _mm_and_si128(_mm_cmpgt_epi8(values, _mm_set1_epi8(9)), _mm_set1_epi8('a' - '0' - 10));
+    __m128i const digits = _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), letters);
+    __m128i const zero = _mm_setzero_si128();
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(digits, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 8), _mm_unpackhi_epi8(digits, zero));
+}
+
+} // namespace qvxsys::text

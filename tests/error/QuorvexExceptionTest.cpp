@@ -1,0 +1,293 @@
+// Codes, exceptions and their message stacks.
+
+#include <cstring>
+#include <list>
+#include <memory>
+#include <stdexcept>
+#include <typeinfo>
+
+#include "support/TextPrinters.h"
+
+namespace {
+
+using TError::ErrorInfo;
+using Texts = std::vector<TStringCore>;
+
+ErrorInfo Info(unsigned int code = 7, int source = 42)
+{
+    return {QuorvexError::MakeError(code, u"Code"), static_cast<TError::ErrorSource>(source)};
+}
+
+Texts Redacted(QuorvexException const& e)
+{
+    return {e.GetRedactedMessages().begin(), e.GetRedactedMessages().end()};
+}
+
+TFormatStringCore Literally(TStringCore const& text)
+{
+    return TFormatStringCore(u"%1").arg(text);
+}
+
+template<class E>
+std::unique_ptr<QuorvexException> CloneOf(E const& e)
+{
+    return std::unique_ptr<QuorvexException>(e.Clone());
+}
+
+std::type_info const& ClassOf(QuorvexException const& e)
+{
+    return typeid(e);
+}
+
+/// What Throw() throws, told by its exact class.
+template<class E>
+std::string ThrownBy(E const& e)
+{
+    try {
+        e.Throw();
+    } catch (QuorvexException const& thrown) {
+        EXPECT_EQ(&thrown.GetErrorInfo(), &e.GetErrorInfo());
+        EXPECT_EQ(thrown.GetMessagesVector(), e.GetMessagesVector());
+        EXPECT_EQ(Redacted(thrown), Redacted(e));
+        return typeid(thrown).name();
+    }
+    return "nothing";
+}
+
+TEST(QuorvexError, HasCodeAndName)
+{
+    QuorvexError const error = QuorvexError::MakeError(0xFFFFFFFF, u"Name");
+    EXPECT_EQ(error.GetCode(), 0xFFFFFFFF);
+    EXPECT_EQ(error.GetCodeName(), u"Name");
+    EXPECT_EQ(QuorvexError::NoError().GetCode(), 0u);
+    EXPECT_EQ(QuorvexError::NoError().GetCodeName(), u"");
+}
+
+TEST(ErrorInfo, Factories)
+{
+    EXPECT_EQ(ErrorInfo::NoError().source, 3);
+    EXPECT_EQ(ErrorInfo::TestError().source, 5);
+    EXPECT_EQ(ErrorInfo::TestError().error, QuorvexError::NoError());
+    EXPECT_EQ(ErrorInfo::NoError().inner, nullptr);
+    static_assert(sizeof(TError::ErrorSource) == 4);
+    static_assert(std::is_copy_assignable_v<ErrorInfo> && !std::is_default_constructible_v<ErrorInfo>);
+}
+
+TEST(ErrorInfo, KeepsTheCause)
+{
+    QuorvexException const root(u"root", Info(1, 9));
+    QuorvexException const middle(u"middle", ErrorInfo(QuorvexError::MakeError(2, u"b"), root));
+    ErrorInfo const outer(QuorvexError::MakeError(3, u"c"), middle);
+    EXPECT_EQ(outer.source, 9);
+    EXPECT_EQ(ErrorInfo(QuorvexError::NoError(), middle, TError::SourceTest).source, TError::SourceTest);
+    ASSERT_NE(outer.inner, nullptr);
+    // A copy of the cause's record, but not of what that points to.
+    EXPECT_NE(outer.inner.get(), &middle.GetErrorInfo());
+    EXPECT_EQ(outer.inner->error.GetCode(), 2u);
+    EXPECT_EQ(outer.inner->inner, middle.GetErrorInfo().inner);
+    EXPECT_EQ(outer.inner->inner->error.GetCode(), 1u);
+    ErrorInfo copy = outer;
+    EXPECT_EQ(copy.inner, outer.inner);
+    ErrorInfo const& same = copy;
+    copy = same;
+    EXPECT_EQ(copy.inner, outer.inner);
+}
+
+TEST(QuorvexException, Constructors)
+{
+    std::list<TStringCore> const two = {u"a", u""};
+    auto const shared = std::make_shared<ErrorInfo>(Info());
+    std::runtime_error const standard("what");
+    struct
+    {
+        char const* name;
+        QuorvexException e;
+        Texts messages, redacted;
+        bool hasInfo;
+    } const cases[] = {
+        {"none", QuorvexException(), {}, {}, false},
+        {"info", QuorvexException(Info()), {}, {}, true},
+        {"list", QuorvexException(two), {u"a", u""}, {}, false},
+        {"list, info", QuorvexException(two, Info()), {u"a", u""}, {}, true},
+        {"list, shared", QuorvexException(two, shared), {u"a", u""}, {}, true},
+        {"text", QuorvexException(TStringCore(u"t")), {u"t"}, {}, false},
+        {"empty text", QuorvexException(TStringCore()), {}, {}, false},
+        {"literal", QuorvexException(u"%9"), {u"%9"}, {}, false},
+        {"wide literal", QuorvexException(L"w", Info()), {u"w"}, {}, true},
+        {"UTF-8, shared", QuorvexException("\xC3\xA9", shared), {u"\u00E9"}, {}, true},
+        {"text, info", QuorvexException(TStringCore(u"t"), Info()), {u"t"}, {}, true},
+        {"format", QuorvexException(Literally(u"f")), {u"f"}, {u"f"}, false},
+        {"format, info", QuorvexException(Literally(u"f"), Info()), {u"f"}, {u"f"}, true},
+        {"format, shared", QuorvexException(Literally(u"f"), shared), {u"f"}, {u"f"}, true},
+        {"empty format", QuorvexException(Literally(u"")), {}, {}, false},
+        {"standard", QuorvexException(standard), {u"what"}, {}, false},
+        {"standard, info", QuorvexException(standard, Info()), {u"what"}, {}, true},
+        {"standard, empty", QuorvexException(std::runtime_error("")), {}, {}, false},
+        {"null pointer", QuorvexException(u"t", std::shared_ptr<ErrorInfo>()), {u"t"}, {}, false},
+    };
+    for (auto const& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(c.e.GetMessagesVector(), c.messages);
+        EXPECT_EQ(Redacted(c.e), c.redacted);
+        EXPECT_EQ(c.e.GetErrorCode(), c.hasInfo ? 7u : 0u);
+        EXPECT_EQ(c.e.GetErrorName(), c.hasInfo ? u"Code" : u"");
+        EXPECT_EQ(c.e.GetErrorSource(), c.hasInfo ? 42 : 3);
+        EXPECT_EQ(&c.e.GetError(), &c.e.GetErrorInfo().error);
+    }
+    EXPECT_EQ(&QuorvexException(two, shared).GetErrorInfo(), shared.get());
+    EXPECT_EQ(&QuorvexException(u"t", shared).GetErrorInfo(), shared.get());
+    EXPECT_EQ(&QuorvexException(Literally(u"f"), shared).GetErrorInfo(), shared.get());
+}
+
+TEST(QuorvexException, CopiesShareTheErrorInfoOnly)
+{
+    QuorvexException const original(Literally(u"x"), Info());
+    QuorvexException copy(original);
+    QuorvexException assigned;
+    assigned = original;
+    for (QuorvexException* e : {&copy, &assigned}) {
+        EXPECT_EQ(&e->GetErrorInfo(), &original.GetErrorInfo());
+        EXPECT_EQ(Redacted(*e), Redacted(original));
+        e->SetMessage(u"y");
+        EXPECT_EQ(original.GetMessagesVector(), Texts{u"x"});
+        EXPECT_EQ(Redacted(original), Texts{u"x"});
+    }
+    QuorvexException const& same = copy;
+    copy = same;
+    EXPECT_EQ(copy.GetMessagesVector(), Texts{u"y"});
+}
+
+TEST(QuorvexException, MessageStack)
+{
+    QuorvexException e;
+    EXPECT_EQ(e.GetMessagesFront(), u"");
+    EXPECT_EQ(e.GetConcatenatedMessages(), u"");
+    e.StackMessage(Literally(u"x"));
+    e.StackMessage(TStringCore(u"y"));
+    e.StackMessageFront(u"front");
+    e.StackMessageFront(Literally(u"both"));
+    for (TStringCore const& empty : {TStringCore(), TStringCore(u"")}) {
+        e.StackMessage(empty);
+        e.StackMessageFront(empty);
+        e.StackMessage(Literally(empty));
+        e.StackMessageFront(Literally(empty));
+    }
+    EXPECT_EQ(e.GetMessagesVector(), (Texts{u"both", u"front", u"x", u"y"}));
+    EXPECT_EQ(Redacted(e), (Texts{u"both", u"x"}));
+    EXPECT_EQ(e.GetMessagesFront(), u"both");
+    e.ClearMessages();
+    EXPECT_EQ(e.GetMessagesVector(), Texts{});
+    EXPECT_EQ(Redacted(e), (Texts{u"both", u"x"}));
+    e.SetMessage(Literally(u"z"));
+    EXPECT_EQ(e.GetMessagesVector(), Texts{u"z"});
+    EXPECT_EQ(Redacted(e), Texts{u"z"});
+    e.SetMessage(TStringCore());
+    EXPECT_EQ(e.GetMessagesVector(), Texts{});
+    EXPECT_EQ(Redacted(e), Texts{});
+    EXPECT_THROW(e.StackMessage(TFormatStringCore(u"%1")), TFormatStringCore::Exception);
+}
+
+TEST(QuorvexException, ConcatenatesMessages)
+{
+    QuorvexException const e(std::list<TStringCore>{u"a", u"b\n", u"", u"\n", u"c\n\n"});
+    EXPECT_EQ(e.GetConcatenatedMessages(), u"a\nb\n\n\nc\n\n");
+    EXPECT_EQ(e.CollateMessagesForLog(), u"a\nb\n\n\nc\n\n");
+    TStringCore out = u"old";
+    QuorvexException::ToString(std::logic_error("x"), out);
+    EXPECT_EQ(out, u"x");
+}
+
+TEST(QuorvexException, CloneAndThrowKeepTheClassWhereItSaysSo)
+{
+    ErrorInfo const info = Info();
+    auto const check = [](auto e, std::type_info const& kept) {
+        SCOPED_TRACE(kept.name());
+        e.StackMessage(Literally(u"more"));
+        auto const clone = CloneOf(e);
+        EXPECT_EQ(ClassOf(*clone), kept);
+        EXPECT_EQ(ThrownBy(e), kept.name());
+        EXPECT_EQ(&clone->GetErrorInfo(), &e.GetErrorInfo());
+        EXPECT_EQ(clone->GetMessagesVector(), e.GetMessagesVector());
+        EXPECT_EQ(Redacted(*clone), Redacted(e));
+    };
+    check(QuorvexException(u"m", info), typeid(QuorvexException));
+    check(QuorvexUserErrorException(u"m", info), typeid(QuorvexException));
+    check(QuorvexUserErrorException(Literally(u"m"), info), typeid(QuorvexException));
+    check(TFormatStringCore::Exception(u"m", info), typeid(QuorvexException));
+    check(TScanStringCore::Exception(u"m", info), typeid(TScanStringCore::Exception));
+    check(LogicException(u"m", info), typeid(LogicException));
+    EXPECT_EQ(ThrownBy(QuorvexOutOfMemoryException(u"m", info)), typeid(QuorvexOutOfMemoryException).name());
+}
+
+TEST(QuorvexOutOfMemoryException, CloneIsFresh)
+{
+    EXPECT_EQ(QuorvexOutOfMemoryException(Info()).GetMessagesVector(), Texts{u"Out of memory"});
+    QuorvexOutOfMemoryException e(std::list<TStringCore>{u"a", u"b"}, Info());
+    EXPECT_EQ(e.GetMessagesVector(), (Texts{u"a", u"b"}));
+    e.StackMessage(Literally(u"c"));
+    auto const clone = CloneOf(e);
+    EXPECT_EQ(ClassOf(*clone), typeid(QuorvexOutOfMemoryException));
+    EXPECT_EQ(clone->GetMessagesVector(), Texts{u"Out of memory"});
+    EXPECT_EQ(Redacted(*clone), Texts{});
+    EXPECT_EQ(clone->GetErrorCode(), 0x2A6E0D79u);
+    EXPECT_EQ(clone->GetErrorName(), u"QuorvexException_AutoGen_0x2A6E0D79");
+    EXPECT_EQ(clone->GetErrorSource(), 4);
+}
+
+TEST(StackExceptionAndRethrow, StacksOnOurExceptionsOnly)
+{
+    QuorvexException const* first = nullptr;
+    try {
+        try {
+            try {
+                throw TScanStringCore::Exception(u"inner", Info());
+            } catch (QuorvexException const& e) {
+                first = &e;
+                StackExceptionAndRethrow(Literally(u"both"));
+            }
+        } catch (...) {
+            StackExceptionAndRethrow(u"plain");
+        }
+    } catch (TScanStringCore::Exception const& e) {
+        EXPECT_EQ(&e, first); // that very object
+        EXPECT_EQ(e.GetMessagesVector(), (Texts{u"inner", u"both", u"plain"}));
+        EXPECT_EQ(Redacted(e), Texts{u"both"});
+    }
+    std::exception const* standard = nullptr;
+    try {
+        try {
+            throw std::out_of_range("x");
+        } catch (std::exception const& e) {
+            standard = &e;
+            StackExceptionAndRethrow(u"plain");
+        }
+    } catch (std::out_of_range const& e) {
+        EXPECT_EQ(&e, standard);
+        EXPECT_STREQ(e.what(), "x");
+    }
+}
+
+/// The slot of a virtual member function in the vtable of the Itanium C++ ABI (2.3: one plus its offset in bytes).
+template<class F>
+std::size_t Slot(F function)
+{
+    std::uintptr_t pointer[2];
+    static_assert(sizeof function == sizeof pointer);
+    std::memcpy(pointer, &function, sizeof pointer);
+    return (pointer[0] - 1) / sizeof(void*);
+}
+
+TEST(QuorvexException, VirtualFunctionsAreInTheirOrder)
+{
+    // The destructor has the slots 0 and 1.
+    EXPECT_EQ(Slot(&QuorvexException::Clone), 2u);
+    EXPECT_EQ(Slot(&QuorvexException::Throw), 3u);
+    EXPECT_EQ(Slot(&QuorvexException::GetConcatenatedMessages), 4u);
+    EXPECT_EQ(Slot(&QuorvexException::GetMessagesFront), 5u);
+    EXPECT_EQ(Slot(&QuorvexException::CollateMessagesForLog), 6u);
+    static_assert(!std::is_convertible_v<QuorvexException*, std::exception*>);
+    static_assert(sizeof(QuorvexException) == 5 * sizeof(void*));
+    static_assert(sizeof(LogicException) == sizeof(QuorvexException) + sizeof(TStringCore));
+}
+
+} // namespace

@@ -1,0 +1,269 @@
+// The scanner: what each operation takes, and where it stands afterwards, also when it throws.
+
+#include <limits>
+
+#include "support/TextPrinters.h"
+
+namespace {
+
+using Scan = TScanStringCore;
+
+/// What is left to read, by the scanner's own means.
+TStringCore Rest(Scan scan)
+{
+    TStringCore rest;
+    scan.readString(rest, -1).end();
+    return rest;
+}
+
+struct Outcome
+{
+    unsigned code = 0; ///< 0: did not throw
+    std::string message;
+    TStringCore rest;
+};
+
+template<class F>
+Outcome After(TStringCore const& text, F f)
+{
+    Scan scan(text);
+    Outcome out;
+    try {
+        EXPECT_EQ(&f(scan), &scan);
+    } catch (Scan::Exception const& e) {
+        EXPECT_EQ(e.GetErrorSource(), 4);
+        out.code = e.GetErrorCode();
+        out.message = e.GetMessagesFront().toStdString();
+    }
+    out.rest = Rest(scan);
+    return out;
+}
+
+using Step = Scan& (*)(Scan&);
+
+struct StepCase
+{
+    char const* name;
+    Step step;
+    char16_t const* text;
+    char16_t const* rest;
+    unsigned code = 0;
+};
+
+TEST(TScanString, Steps)
+{
+    Step const space = [](Scan& s) -> Scan& { return s.skipWhitespace(); };
+    Step const word = [](Scan& s) -> Scan& { return s.skipNonWhitespace(); };
+    Step const of = [](Scan& s) -> Scan& { return s.skipAnyOf(u"abc"); };
+    Step const notOf = [](Scan& s) -> Scan& { return s.skipAnyNotOf(u":;"); };
+    Step const newline = [](Scan& s) -> Scan& { return s.skipNewline(); };
+    Step const line = [](Scan& s) -> Scan& { return s.skipLine(); };
+    Step const boolean = [](Scan& s) -> Scan& { return s.skipBool(); };
+    Step const number = [](Scan& s) -> Scan& { return s.skipInt(); };
+    Step const real = [](Scan& s) -> Scan& { return s.skipFloat(); };
+    Step const ab = [](Scan& s) -> Scan& { return s.skip(u"ab"); };
+    Step const end = [](Scan& s) -> Scan& { return s.end(); };
+    StepCase const cases[] = {
+        {"white space", space, u" \t\r\n\u00A0\u3000x ", u"x "},
+        {"no white space", space, u"x", u"x"},
+        {"word", word, u"x-\u00E9 y", u" y"},
+        {"no word", word, u" y", u" y"},
+        {"set", of, u"cabbage", u"ge"},
+        {"all of a set", of, u"abc", u""},
+        {"not of a set", notOf, u"key: v", u": v"},
+        {"none of a set", notOf, u"key", u""},
+        {"CR LF", newline, u"\r\n\n", u"\n"},
+        {"LF CR", newline, u"\n\rx", u"x"},
+        {"LF LF", newline, u"\n\n", u"\n"},
+        {"CR CR", newline, u"\r\r", u"\r"},
+        {"CR at the end", newline, u"\r", u""},
+        {"newline at the end", newline, u"", u""},
+        {"no newline", newline, u"x", u"x", 0xB44D5F02},
+        {"line", line, u"abc\r\ndef", u"def"},
+        {"line, LF CR", line, u"abc\n\rdef", u"def"},
+        {"line, lone CR", line, u"abc\rdef\nx", u"x"},
+        {"empty line", line, u"\n\nx", u"\nx"},
+        {"last line", line, u"abc", u""},
+        {"line at the end", line, u"", u""},
+        {"bool", boolean, u"Yes, no", u", no"},
+        {"bool, TRUE", boolean, u"TRUE", u""},
+        {"bool, prefix", boolean, u"nothing", u"thing"},
+        {"bool, digit", boolean, u"10", u"0"},
+        {"bool, folded", boolean, u"FAL\u017FE", u""}, // the long s folds to s
+        {"no bool", boolean, u"maybe", u"maybe", 0xE9FB330D},
+        {"no bool, cut", boolean, u"tru", u"tru", 0xE9FB330D},
+        {"no bool, control", boolean, u"\u0011", u"\u0011", 0xE9FB330D}, // with bit 0x20 it would be "1"
+        {"no bool at the end", boolean, u"", u"", 0xE9FB330D},
+        {"int", number, u"-12x", u"x"},
+        {"int, digits only", number, u"12.5", u".5"},
+        {"no int", number, u"x1", u"x1", 0x3AD2C18B},
+        {"no int, sign", number, u"-", u"-", 0x3AD2C18B},
+        {"no int at the end", number, u"", u"", 0x3AD2C18B},
+        {"float", real, u"-1.5e3,", u","},
+        {"float, no exponent", real, u"1e", u"e"},
+        {"float, inf", real, u"infinity!", u"!"},
+        {"no float", real, u".", u".", 0xE601166D},
+        {"no float at the end", real, u"", u"", 0xE601166D},
+        {"literal", ab, u"abc", u"c"},
+        {"literal, case", ab, u"Abc", u"Abc", 0x9DAC629F},
+        {"literal, cut", ab, u"a", u"a", 0x9DAC629F},
+        {"literal at the end", ab, u"", u"", 0x9DAC629F},
+        {"end", end, u"", u""},
+        {"no end", end, u" ", u" ", 0x57D65295},
+    };
+    for (StepCase const& c : cases) {
+        SCOPED_TRACE(c.name);
+        Outcome const out = After(c.text, c.step);
+        EXPECT_EQ(out.code, c.code);
+        EXPECT_EQ(out.rest, c.rest);
+    }
+}
+
+TEST(TScanString, Messages)
+{
+    auto const message = [](char16_t const* text, Step step) { return After(text, step).message; };
+    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.skipNewline(); }),
+              "TScanStringCore::lengthNewLine: No new line found.");
+    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.skipBool(); }),
+              "TScanStringCore::lengthBool: Boolean value not found.");
+    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.skipInt(); }),
+              "TScanStringCore::lengthInt: Integer value not found.");
+    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.skipFloat(); }),
+              "TScanStringCore::lengthFloat: Float value not found.");
+    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.skip(u'y'); }), "TScanStringCore::skip: String mismatch.");
+    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.end(); }),
+              "TScanStringCore::end(): Expected null character.");
+    try {
+        TScanStringCore(u"x").end();
+    } catch (QuorvexException const& e) {
+        EXPECT_EQ(e.GetErrorName(), u"QuorvexException_AutoGen_0x57D65295");
+    }
+}
+
+TEST(TScanString, ReadsTexts)
+{
+    TStringCore const text = u"word abc:rest of it\r\nnext line";
+    TStringCore a, b, c, d, e;
+    Scan scan(text);
+    scan.readNonWhitespace(a).skipWhitespace().readAnyOf(b, u"abc").readAnyNotOf(c, L"x ").skip(L' ').readString(d, 3);
+    EXPECT_EQ(a, u"word");
+    EXPECT_EQ(b, u"abc");
+    EXPECT_EQ(c, u":rest");
+    EXPECT_EQ(d, u"of ");
+    scan.readLine(e);
+    EXPECT_EQ(e, u"it\r");
+    Scan const copy = scan;
+    EXPECT_EQ(Rest(scan), u"next line");
+    scan.readLine(e).readLine(a).readString(b, 100).readNonWhitespace(c).end();
+    EXPECT_EQ(e, u"next line");
+    EXPECT_TRUE(a.empty() && b.empty() && c.empty());
+    EXPECT_EQ(Rest(copy), u"next line");
+    scan.reset().skipString(5).skipString(0);
+    EXPECT_EQ(Rest(scan).view().left(3), u"abc");
+    scan.skipString(-1).end();
+}
+
+TEST(TScanString, ReadsBooleans)
+{
+    struct
+    {
+        char16_t const* text;
+        bool value;
+    } const cases[] = {{u"Yes", true}, {u"no", false}, {u"TRUE", true}, {u"False", false}, {u"1", true}, {u"0", false}};
+    for (auto const& c : cases) {
+        bool value = !c.value;
+        Scan(c.text).readBool(value).end();
+        EXPECT_EQ(value, c.value);
+    }
+    bool untouched = true;
+    EXPECT_THROW(Scan(u"maybe").readBool(untouched), Scan::Exception);
+    EXPECT_TRUE(untouched);
+}
+
+template<class T>
+std::string ReadInt(TStringCore const& text, int base = 10)
+{
+    T value = 99;
+    Outcome const out = After(text, [&](Scan& s) -> Scan& { return s.readInt(value, base); });
+    if (out.code != 0) {
+        EXPECT_EQ(value, 99);
+        return (out.code == 0x1D7A94C6 ? "range:" : "none:") + out.rest.toStdString();
+    }
+    return std::to_string(value) + ":" + out.rest.toStdString();
+}
+
+TEST(TScanString, ReadsIntegers)
+{
+    EXPECT_EQ(ReadInt<int>(u"-12 x"), "-12: x");
+    EXPECT_EQ(ReadInt<int>(u"2147483647"), "2147483647:");
+    EXPECT_EQ(ReadInt<int>(u"-2147483648"), "-2147483648:");
+    EXPECT_EQ(ReadInt<int>(u"2147483648!"), "range:!");
+    EXPECT_EQ(ReadInt<int>(u"-2147483649!"), "range:!");
+    EXPECT_EQ(ReadInt<int>(u"x"), "none:x");
+    EXPECT_EQ(ReadInt<short>(u"32768"), "range:");
+    EXPECT_EQ(ReadInt<unsigned short>(u"65535"), "65535:");
+    EXPECT_EQ(ReadInt<unsigned>(u"-1"), "range:");
+    EXPECT_EQ(ReadInt<unsigned>(u"-0"), "0:");
+    EXPECT_EQ(ReadInt<long long>(u"-9223372036854775808"), "-9223372036854775808:");
+    EXPECT_EQ(ReadInt<long long>(u"9223372036854775808"), "range:");
+    EXPECT_EQ(ReadInt<unsigned long long>(u"18446744073709551615"), "18446744073709551615:");
+    EXPECT_EQ(ReadInt<unsigned long long>(u"18446744073709551616"), "range:");
+    EXPECT_EQ(ReadInt<unsigned long long>(TStringCore(u'9', 100)), "range:");
+    EXPECT_EQ(ReadInt<int>(u"fFg", 16), "255:g");
+    EXPECT_EQ(ReadInt<int>(u"0x1F", 16), "31:");
+    EXPECT_EQ(ReadInt<int>(u"0x1F", 0), "31:");
+    EXPECT_EQ(ReadInt<int>(u"-0x10", 0), "-16:");
+    EXPECT_EQ(ReadInt<int>(u"010", 0), "8:");
+    EXPECT_EQ(ReadInt<int>(u"0", 0), "0:");
+}
+
+TEST(TScanString, ReadsFloats)
+{
+    double d = 0;
+    float f = 0;
+    Scan(u"1.5e308").readFloat(d).end();
+    EXPECT_EQ(d, 1.5e308);
+    Scan(u"0.1").readFloat(f).end();
+    EXPECT_EQ(f, 0.1f);
+    Scan(u"-INF").readFloat(d).end();
+    EXPECT_EQ(d, -std::numeric_limits<double>::infinity());
+    // Out of range: the position is behind the number, the value as it was.
+    d = 7;
+    f = 7;
+    Outcome out = After(u"1e999,", [&](Scan& s) -> Scan& { return s.readFloat(d); });
+    EXPECT_EQ(out.code, 0x930719DA);
+    EXPECT_EQ(out.message, "TScanStringCore::readDouble: Float value not found.");
+    EXPECT_EQ(out.rest, u",");
+    out = After(u"1e39,", [&](Scan& s) -> Scan& { return s.readFloat(f); });
+    EXPECT_EQ(out.code, 0x85FD6267);
+    EXPECT_EQ(out.message, "TScanStringCore::readFloat: Float value not found.");
+    EXPECT_EQ(out.rest, u",");
+    EXPECT_TRUE(d == 7 && f == 7);
+    out = After(u"x", [&](Scan& s) -> Scan& { return s.readFloat(d); });
+    EXPECT_EQ(out.code, 0xE601166D);
+    EXPECT_EQ(out.rest, u"x");
+}
+
+TEST(TScanString, EndsAtTheFirstZero)
+{
+    TStringCore const text(u"ab\0cd", 5);
+    EXPECT_EQ(Rest(Scan(text)), u"ab");
+    EXPECT_NO_THROW(Scan(text).skipString(5).end());
+    EXPECT_EQ(After(text, [](Scan& s) -> Scan& { return s.skip(TStringView(u"ab\0", 3)); }).code, 0x9DAC629F);
+    EXPECT_NO_THROW(Scan(text).skip(u"").skip(TStringView()));
+    EXPECT_NO_THROW(Scan(text).skipAnyOf(TStringView(u"ab\0", 3)).end());
+}
+
+TEST(TScanString, NullTextFailsTheCheck)
+{
+    ::testing::internal::CaptureStderr();
+    try {
+        Scan scan(static_cast<char16_t const*>(nullptr));
+        FAIL();
+    } catch (LogicException const& e) {
+        EXPECT_TRUE(e.GetInternalMessage().toStdString().ends_with(": m_input"));
+    }
+    ::testing::internal::GetCapturedStderr();
+}
+
+} // namespace
