@@ -85,14 +85,9 @@ void SplitInto(TStringView text, TStringView separator, bool skipEmpty, bool fol
     if (separator.size() == 1 && !folded) {
         SplitAtUnit(text, separator[0], cutter);
     } else {
-        for (std::size_t at = 0;;) {
-            std::size_t const found =
-                text::FindFirst(text.data() + at, text.size() - at, separator.data(), separator.size(), folded);
-            if (found == text::kNotFound) {
-                break;
-            }
-            cutter.Cut(text.data() + at + found, separator.size());
-            at += found + separator.size();
+        text::UnitMatches matches(text.data(), text.size(), separator.data(), separator.size(), folded);
+        for (std::size_t at = matches.Next(); at != text::kNotFound; at = matches.Next(at + separator.size())) {
+            cutter.Cut(text.data() + at, separator.size());
         }
     }
     cutter.Last();
