@@ -15,11 +15,12 @@
 // splitting, which it shares with TStringView (TTextReading.h), editing (TStringEditing.h), comparison and
 // concatenation (TStringOperators.h). Here are making, assigning, appending and conversion.
 //
-// Arguments. Text comes as TStringCore, TStringView, UTF-16 (`char16_t const*`), wide text (`wchar_t const*`) or UTF-8
-// (`char const*`); a count of -1 (any negative one) means up to the first 0 unit, and a null pointer is empty text. A
-// wchar_t is a UTF-16 unit where it has 16 bits; elsewhere it is a code point and wide text is converted as UTF-32
-// (surrogate values kept, values above U+10FFFF become U+FFFD). A single `char` is Latin-1. A character is any of char,
-// char16_t, wchar_t and char32_t. Arguments may point into the string itself.
+// Arguments. Text comes as TStringCore, TStringView, UTF-16 (`char16_t const*`), wide text (`wchar_t const*`), UTF-8
+// (`char const*`, `char8_t const*`) or as the standard library's string or view of any of these; a count of -1 (any
+// negative one) means up to the first 0 unit, and a null pointer is empty text. A wchar_t is a UTF-16 unit where it has
+// 16 bits; elsewhere it is a code point and wide text is converted as UTF-32 (surrogate values kept, values above
+// U+10FFFF become U+FFFD). A single `char` is Latin-1. A character is any of char, char16_t, wchar_t and char32_t.
+// Arguments may point into the string itself.
 //
 // Copying. Copies of more than 14 units share a block until one of them is written to. Every non-const member that
 // hands out or changes units detaches first, that is copies a shared block: use cbegin(), constData() or a const

@@ -6,6 +6,8 @@
 //     TStringView const value = line.mid(6);                      // "value"
 //     for (char32_t const c : value.codePoints()) { ... }
 //
+// Searching, splitting, sections, trimmed and changed copies it shares with TStringCore: see TTextReading.h.
+//
 // A view is valid only while the text it points to is unchanged; it is not terminated. Do not keep one in an object
 // that outlives the text: keep a TStringCore (which shares its block) instead. Views are plain values, as thread-safe
 // as the text they point to. Lengths and indexes are code units; slicing never throws.

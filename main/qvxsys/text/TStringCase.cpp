@@ -22,6 +22,8 @@
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/TStringCore.h>
 
+#include "StringLimits.h"
+
 namespace {
 
 using namespace QvxICU;
@@ -230,8 +232,9 @@ private:
 template<class Direction>
 TStringCore MapCase(TStringView text)
 {
-    int const length = text.length();
+    int const length = qvxsys::text::CheckedUnits(text.size());
     TStringCore result;
+    result.reserve(length);
     result.resize(length);
     if (SimpleMapping<Direction>().Map(text.data(), text.size(), result.data())) {
         return result;
@@ -239,7 +242,7 @@ TStringCore MapCase(TStringView text)
     auto status = ICUErrorCode::ZeroError;
     int mapped = Direction::kMap(result.data(), result.capacity(), text.data(), length, nullptr, &status);
     if (mapped >= result.capacity()) {
-        result.resize(mapped);
+        result.reserve(mapped);
         status = ICUErrorCode::ZeroError;
         mapped = Direction::kMap(result.data(), result.capacity(), text.data(), length, nullptr, &status);
     }

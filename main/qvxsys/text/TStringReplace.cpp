@@ -118,8 +118,10 @@ void TStringEditing::ReplacePlaces(std::vector<Place> const& places, TStringView
     char16_t const* const end = from + length();
     char16_t* to = inPlace ? data() : fresh.SetLength(total);
     auto const put = [&to](char16_t const* units, std::ptrdiff_t count) {
-        text::MoveUnits(to, units, static_cast<int>(count));
-        to += count;
+        if (count != 0) { // an empty replacement may be null
+            text::MoveUnits(to, units, static_cast<int>(count));
+            to += count;
+        }
     };
     for (Place const& place : places) {
         put(from, begin + place.at - from);
@@ -142,14 +144,11 @@ int TStringEditing::ReplaceText(TStringView before, TStringView after, CaseSensi
     }
     TStringView const whole = Self().view();
     std::vector<Place> places;
-    for (std::size_t at = 0; !before.empty();) {
-        std::size_t const found =
-            text::FindFirst(whole.data() + at, whole.size() - at, before.data(), before.size(), folded);
-        if (found == text::kNotFound) {
-            break;
+    if (!before.empty()) {
+        text::UnitMatches matches(whole.data(), whole.size(), before.data(), before.size(), folded);
+        for (std::size_t at = matches.Next(); at != text::kNotFound; at = matches.Next(at + before.size())) {
+            places.push_back({static_cast<int>(at), before.length()});
         }
-        places.push_back({static_cast<int>(at + found), before.length()});
-        at += found + before.size();
     }
     if (!places.empty() && (folded || before != after)) {
         ReplacePlaces(places, after);
