@@ -175,10 +175,9 @@ template<class Fold>
     }
     std::size_t const glance = std::min(n, kGlance);
     if constexpr (std::is_same_v<Fold, Folded>) {
-        for (std::size_t i = 0; i < glance; ++i) {
-            if (p[i] != needle[i] && TCType::FoldCase(p[i]) != TCType::FoldCase(needle[i])) {
-                return false;
-            }
+        // Most hits that are no match end with the first unit between the anchors.
+        if (TCType::FoldCase(p[1]) != TCType::FoldCase(needle[1]) || !EqualUnitsFolded(p, needle, glance)) {
+            return false;
         }
         if (n == glance) {
             return true;
