@@ -143,6 +143,13 @@ template<class Skipped>
                          _mm_loadu_si128(reinterpret_cast<__m128i const*>(b)));
 }
 
+/// Four to eight units as two halves that overlap where they must.
+[[gnu::always_inline]] inline __m128i TwoHalves(char16_t const* p, std::size_t n) noexcept
+{
+    return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<__m128i const*>(p)),
+                              _mm_loadl_epi64(reinterpret_cast<__m128i const*>(p + n - kBlock / 2)));
+}
+
 std::size_t FirstOf(unsigned mask) noexcept
 {
     return static_cast<unsigned>(__builtin_ctz(mask)) / 2;
@@ -166,6 +173,9 @@ template<class Skipped>
                 return i + FirstOf(stops);
             }
         }
+        return n;
+    }
+    if (n >= kBlock / 2 && skipped.Stops(TwoHalves(a, n), TwoHalves(b, n)) == 0) {
         return n;
     }
     std::size_t i = 0;

@@ -40,38 +40,52 @@ struct Folded
     char16_t operator()(char16_t c) const noexcept { return TCType::FoldCase(c); }
 };
 
-// border[i] is the length of the longest proper border of needle[0..i].
+// Where to go on in the needle, as a number of units matched, when unit k does not match: the length of the longest
+// proper border of the k units before it that is not followed by that same unit, which would not match either. One more
+// than kNone is 0. next[n] is the length of the needle's own longest border, for overlapping matches.
+constexpr std::size_t kNone = kNotFound;
+
 template<class NeedleAt>
-void FillBorders(std::size_t n, NeedleAt needleAt, std::size_t* border)
+void FillBorders(std::size_t n, NeedleAt needleAt, std::size_t* next)
 {
-    border[0] = 0;
-    for (std::size_t i = 1, k = 0; i < n; ++i) {
-        while (k != 0 && needleAt(i) != needleAt(k)) {
-            k = border[k - 1];
+    next[0] = kNone;
+    std::size_t border = 0; // of the i units before
+    for (std::size_t i = 1; i < n; ++i) {
+        char16_t const c = needleAt(i);
+        next[i] = c == needleAt(border) ? next[border] : border;
+        while (border != kNone && c != needleAt(border)) {
+            border = next[border];
         }
-        k += needleAt(i) == needleAt(k) ? 1u : 0u;
-        border[i] = k;
+        ++border;
     }
+    next[n] = border;
 }
 
-// Goes on from the unit at(i) with k units matched; true at a match, whose last unit is at(i - 1) then.
-template<class At, class NeedleAt>
-bool MatchByBorders(std::size_t& i, std::size_t length, At at, std::size_t& k, std::size_t n, NeedleAt needleAt,
-                    std::size_t const* border)
+// A search at some place of a text: the unit to look at next, and how many of the needle's units match those before it.
+struct BorderSearch
 {
-    while (i < length) {
-        char16_t const c = at(i++);
-        while (k != 0 && c != needleAt(k)) {
-            k = border[k - 1];
+    std::size_t at;
+    std::size_t matched;
+
+    // Goes on to the end of the next match, which is `at` then; false if there is none.
+    template<class At, class NeedleAt>
+    bool Next(std::size_t length, At textAt, std::size_t n, NeedleAt needleAt, std::size_t const* next)
+    {
+        std::size_t k = matched;
+        for (std::size_t i = at; i < length; ++i) {
+            char16_t const c = textAt(i);
+            while (k != kNone && c != needleAt(k)) {
+                k = next[k];
+            }
+            if (++k == n) {
+                *this = {i + 1, next[n]};
+                return true;
+            }
         }
-        k += c == needleAt(k) ? 1u : 0u;
-        if (k == n) {
-            k = border[n - 1];
-            return true;
-        }
+        *this = {length, k};
+        return false;
     }
-    return false;
-}
+};
 
 // ---- anchors
 
@@ -161,10 +175,9 @@ template<class Fold>
     }
     std::size_t const glance = std::min(n, kGlance);
     if constexpr (std::is_same_v<Fold, Folded>) {
-        for (std::size_t i = 0; i < glance; ++i) {
-            if (p[i] != needle[i] && TCType::FoldCase(p[i]) != TCType::FoldCase(needle[i])) {
-                return false;
-            }
+        // Most hits that are no match end with the first unit between the anchors.
+        if (TCType::FoldCase(p[1]) != TCType::FoldCase(needle[1]) || !EqualUnitsFolded(p, needle, glance)) {
+            return false;
         }
         if (n == glance) {
             return true;
@@ -192,11 +205,10 @@ bool IsTooMuch(std::size_t work, std::size_t passed) noexcept
 template<class At, class NeedleAt>
 std::size_t FindByBorders(std::size_t length, At at, std::size_t n, NeedleAt needleAt)
 {
-    std::unique_ptr<std::size_t[]> const border(new std::size_t[n]);
-    FillBorders(n, needleAt, border.get());
-    std::size_t i = 0;
-    std::size_t k = 0;
-    return MatchByBorders(i, length, at, k, n, needleAt, border.get()) ? i - n : kNotFound;
+    std::unique_ptr<std::size_t[]> const next(new std::size_t[n + 1]);
+    FillBorders(n, needleAt, next.get());
+    BorderSearch search{0, 0};
+    return search.Next(length, at, n, needleAt, next.get()) ? search.at - n : kNotFound;
 }
 
 template<class Fold>
@@ -383,17 +395,14 @@ std::size_t UnitMatches::Next(std::size_t from)
 
 void UnitMatches::StartByBorders(std::size_t from)
 {
-    if (m_n > kSmallNeedle) {
-        m_large.reset(new std::size_t[m_n]);
+    if (m_n >= kSmallNeedle) {
+        m_large.reset(new std::size_t[m_n + 1]);
     }
-    std::size_t* const border = m_large != nullptr ? m_large.get() : m_small;
-    if (m_folded) {
+    auto const fill = [this](auto fold) {
         FillBorders(
-            m_n, [this](std::size_t i) { return Folded()(m_needle[i]); }, border);
-    } else {
-        FillBorders(
-            m_n, [this](std::size_t i) { return m_needle[i]; }, border);
-    }
+            m_n, [=, this](std::size_t i) { return fold(m_needle[i]); }, m_large ? m_large.get() : m_small);
+    };
+    m_folded ? fill(Folded()) : fill(Exact());
     m_at = from;
     m_matched = 0;
     m_byBorders = true;
@@ -401,17 +410,19 @@ void UnitMatches::StartByBorders(std::size_t from)
 
 std::size_t UnitMatches::NextByBorders(std::size_t from)
 {
+    BorderSearch search{m_at, m_matched};
     if (from > m_at - m_matched) {
-        m_at = from;
-        m_matched = 0;
+        search = {from, 0};
     }
-    std::size_t const* const border = m_large != nullptr ? m_large.get() : m_small;
     auto const next = [&](auto fold) {
-        return MatchByBorders(
-            m_at, m_length, [&](std::size_t i) { return fold(m_text[i]); }, m_matched, m_n,
-            [&](std::size_t i) { return fold(m_needle[i]); }, border);
+        return search.Next(
+            m_length, [=, text = m_text](std::size_t i) { return fold(text[i]); }, m_n,
+            [=, needle = m_needle](std::size_t i) { return fold(needle[i]); }, m_large ? m_large.get() : m_small);
     };
-    return (m_folded ? next(Folded()) : next(Exact())) ? m_at - m_n : kNotFound;
+    bool const found = m_folded ? next(Folded()) : next(Exact());
+    m_at = search.at;
+    m_matched = search.matched;
+    return found ? m_at - m_n : kNotFound;
 }
 
 // ---- single searches

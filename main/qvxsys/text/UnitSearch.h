@@ -48,7 +48,7 @@ public:
     [[nodiscard]] std::size_t Next(std::size_t from = 0);
 
 private:
-    // Up to this many units the border table needs no allocation.
+    // Needles of less units need no allocation for their table of borders.
     static constexpr std::size_t kSmallNeedle = 64;
 
     bool Verify(std::size_t at);
