@@ -751,7 +751,11 @@ private:
     static TStringCore UnsignedText(unsigned long long v, int base, int width, Fill fill);
     static TStringCore DoubleText(double v, char format, int precision, bool withPoint);
     static TStringCore DecimalText(std::uint64_t v, bool negative);
-    static TStringCore PaddedText(char16_t const* digits, int n, bool negative, int width, Fill fill);
+    static TStringCore ShortDecimalText(std::uint64_t v, bool negative);
+    static TStringCore LongDecimalText(std::uint64_t v, bool negative);
+    static TStringCore HexText(std::uint64_t v);
+    static TStringCore PaddedText(std::uint64_t v, bool negative, int base, int width, Fill fill);
+    char16_t* NewText(int n);
 
 private:
     friend class TCodePointReference;

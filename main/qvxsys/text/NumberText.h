@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include <emmintrin.h>
+
 namespace qvxsys::text {
 
 /// The most digits a 64-bit value has, in base 2.
@@ -81,6 +83,20 @@ inline void WriteDecimal(char16_t* out, std::uint64_t v, int length) noexcept
     } else {
         end[-1] = static_cast<char16_t>(u'0' + small);
     }
+}
+
+/// The 16 hexadecimal digits of v.
+inline void HexDigits(char16_t* out, std::uint64_t v) noexcept
+{
+    // The bytes in the order of the digits, then each as two bytes of four bits.
+    __m128i const bytes = _mm_cvtsi64_si128(static_cast<long long>(__builtin_bswap64(v)));
+    __m128i const high = _mm_and_si128(_mm_srli_epi16(bytes, 4), _mm_set1_epi8(15));
+    __m128i const values = _mm_unpacklo_epi8(high, _mm_and_si128(bytes, _mm_set1_epi8(15)));
+    __m128i const letters = _mm_and_si128(_mm_cmpgt_epi8(values, _mm_set1_epi8(9)), _mm_set1_epi8('a' - '0' - 10));
+    __m128i const digits = _mm_add_epi8(_mm_add_epi8(values, _mm_set1_epi8('0')), letters);
+    __m128i const zero = _mm_setzero_si128();
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi8(digits, zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 8), _mm_unpackhi_epi8(digits, zero));
 }
 
 } // namespace qvxsys::text

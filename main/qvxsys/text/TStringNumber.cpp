@@ -1,4 +1,4 @@
-// Text from numbers, and the members that read numbers.
+// Text from numbers. Reading them is in TStringParse.cpp.
 
 #include <qvxsys/TStringCore.h>
 
@@ -6,9 +6,8 @@
 #include <charconv>
 #include <cmath>
 #include <iterator>
-#include <utility>
+#include <limits>
 
-#include "NumberParser.h"
 #include "NumberText.h"
 #include "TextErrors.h"
 
@@ -19,9 +18,17 @@ namespace {
 constexpr char16_t kBase36[] = u"0123456789abcdefghijklmnopqrstuvwxyz";
 constexpr char16_t kBase64[] = u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
+// Every value below this has room in the object, with a sign.
+constexpr std::uint64_t kShortDecimals = 10000000000000;
+
 // Writes the digits of v so that they end at `end`; returns how many.
 int DigitsInBase(char16_t* end, std::uint64_t v, unsigned base) noexcept
 {
+    if (base == 10) {
+        int const n = text::DecimalLength(v);
+        text::WriteDecimal(end - n, v, n);
+        return n;
+    }
     char16_t const* const alphabet = base == 64 ? kBase64 : kBase36;
     char16_t* at = end;
     if (std::has_single_bit(base)) {
@@ -41,34 +48,59 @@ int DigitsInBase(char16_t* end, std::uint64_t v, unsigned base) noexcept
 
 } // namespace
 
-// The usual case, written where it stays.
-TStringCore TStringCore::DecimalText(std::uint64_t v, bool negative)
+// Makes the empty string n units long; its text is to be written.
+char16_t* TStringCore::NewText(int n)
 {
-    int const sign = negative ? 1 : 0;
-    int const digits = text::DecimalLength(v);
-    TStringCore result;
-    if (digits + sign <= kInlineLength) {
-        result.m_units[0] = u'-';
-        text::WriteDecimal(result.m_units + sign, v, digits);
-        result.SetInlineLength(digits + sign);
-    } else {
-        char16_t* const out = result.SetLength(digits + sign);
-        out[0] = u'-';
-        text::WriteDecimal(out + sign, v, digits);
+    if (n <= kInlineLength) {
+        SetInlineLength(n);
+        return m_units;
     }
+    SetBlock(Reallocate(nullptr, GrownCapacity(n)));
+    StoreLength(n);
+    return Block()->Text();
+}
+
+TStringCore TStringCore::LongDecimalText(std::uint64_t v, bool negative)
+{
+    int const n = text::DecimalLength(v);
+    TStringCore result;
+    char16_t* const out = result.NewText(n + (negative ? 1 : 0));
+    out[0] = u'-';
+    text::WriteDecimal(out + (negative ? 1 : 0), v, n);
     return result;
 }
 
-TStringCore TStringCore::PaddedText(char16_t const* digits, int n, bool negative, int width, Fill fill)
+// The usual case: written where it stays, without a call. (A function with one result, which the compiler then builds
+// where the caller wants it.)
+inline TStringCore TStringCore::ShortDecimalText(std::uint64_t v, bool negative)
 {
+    int const sign = negative ? 1 : 0;
+    int const n = text::DecimalLength(v);
+    TStringCore result;
+    result.m_units[0] = u'-';
+    text::WriteDecimal(result.m_units + sign, v, n);
+    result.m_units[kFormSlot] = static_cast<char16_t>(n + sign);
+    return result;
+}
+
+inline TStringCore TStringCore::DecimalText(std::uint64_t v, bool negative)
+{
+    return v < kShortDecimals ? ShortDecimalText(v, negative) : LongDecimalText(v, negative);
+}
+
+TStringCore TStringCore::PaddedText(std::uint64_t v, bool negative, int base, int width, Fill fill)
+{
+    char16_t digits[text::kMaxDigits];
+    char16_t* const end = digits + text::kMaxDigits;
+    int const n = DigitsInBase(end, v, static_cast<unsigned>(base));
     int const body = n + (negative ? 1 : 0);
     int const padding = std::max(width - body, 0);
     std::int64_t const units = std::int64_t{padding} * fill.count + body;
-    if (units > 0x7FFFFFFF) {
+    if (units > std::numeric_limits<int>::max()) {
         text::ThrowOverflow();
     }
     TStringCore result;
-    char16_t* out = result.SetLength(static_cast<int>(units));
+    char16_t* out = result.NewText(static_cast<int>(units));
     bool const signFirst = fill.Is(u"0", 1);
     if (negative && signFirst) {
         *out++ = u'-';
@@ -79,38 +111,49 @@ TStringCore TStringCore::PaddedText(char16_t const* digits, int n, bool negative
     if (negative && !signFirst) {
         *out++ = u'-';
     }
-    std::copy_n(digits, n, out);
+    std::copy_n(end - n, n, out);
     return result;
 }
 
 TStringCore TStringCore::SignedText(long long v, int base, int width, Fill fill)
 {
     auto const bits = static_cast<std::uint64_t>(v);
-    if (base != 10) {
-        return UnsignedText(bits, base, width, fill);
+    bool const negative = v < 0;
+    if (base == 10 && width <= 1) [[likely]] {
+        return DecimalText(negative ? 0 - bits : bits, negative);
     }
-    std::uint64_t const magnitude = v < 0 ? 0 - bits : bits;
-    if (width <= 1) {
-        return DecimalText(magnitude, v < 0);
-    }
-    char16_t digits[text::kMaxDigits];
-    int const n = text::DecimalLength(magnitude);
-    text::WriteDecimal(digits, magnitude, n);
-    return PaddedText(digits, n, v < 0, width, fill);
+    return base == 10 ? PaddedText(negative ? 0 - bits : bits, negative, base, width, fill)
+                      : UnsignedText(bits, base, width, fill);
 }
 
 TStringCore TStringCore::UnsignedText(unsigned long long v, int base, int width, Fill fill)
 {
-    if (base == 10 && width <= 1) {
+    if (base == 10 && width <= 1) [[likely]] {
         return DecimalText(v, false);
+    }
+    if (base == 16 && width <= 1) {
+        return HexText(v);
     }
     if (base != 64 && (base < 2 || base > 36)) {
         text::Throw("TStringCore::number: base out of range.");
     }
-    char16_t digits[text::kMaxDigits];
-    char16_t* const end = digits + text::kMaxDigits;
-    int const n = DigitsInBase(end, v, static_cast<unsigned>(base));
-    return PaddedText(end - n, n, false, width, fill);
+    return PaddedText(v, false, base, width, fill);
+}
+
+TStringCore TStringCore::HexText(std::uint64_t v)
+{
+    int const n = 16 - std::countl_zero(v | 1) / 4;
+    // All 16 digits are written, the first one that counts first. They fill the object, whose last unit is then set.
+    std::uint64_t const shifted = v << (64 - 4 * n);
+    TStringCore result;
+    if (n <= kInlineLength) {
+        text::HexDigits(result.m_units, shifted);
+        result.SetInlineLength(n);
+    } else {
+        text::HexDigits(result.NewText(16), shifted);
+        result.StoreLength(n);
+    }
+    return result;
 }
 
 TStringCore TStringCore::pointer(void const* p, bool prefix, bool pad)
@@ -205,109 +248,4 @@ TStringCore TStringCore::numberShortest(double value)
 TStringCore TStringCore::numberShortest(float value)
 {
     return ShortestText(value);
-}
-
-// ---- numbers from text
-
-namespace {
-
-template<class Integer>
-Integer Narrowed(TStringView view, bool* ok, int base)
-{
-    if (ok != nullptr) {
-        *ok = false;
-    }
-    text::ParsedInteger const parsed = text::ParseInteger(view.data(), view.size(), base);
-    if (parsed.error != 0 || !std::in_range<Integer>(parsed.value)) {
-        return 0;
-    }
-    if (ok != nullptr) {
-        *ok = parsed.ok;
-    }
-    return static_cast<Integer>(parsed.value);
-}
-
-TStringView Counted(char16_t const* s, int n) noexcept
-{
-    return n < 0 || s == nullptr ? TStringView(s) : TStringView(s, static_cast<std::size_t>(n));
-}
-
-} // namespace
-
-short TStringView::toShort(bool* ok, int base) const
-{
-    return Narrowed<short>(*this, ok, base);
-}
-
-unsigned short TStringView::toUShort(bool* ok, int base) const
-{
-    return Narrowed<unsigned short>(*this, ok, base);
-}
-
-int TStringView::toInt(bool* ok, int base) const
-{
-    return Narrowed<int>(*this, ok, base);
-}
-
-unsigned int TStringView::toUInt(bool* ok, int base) const
-{
-    return Narrowed<unsigned int>(*this, ok, base);
-}
-
-long TStringView::toLong(bool* ok, int base) const
-{
-    return Narrowed<long>(*this, ok, base);
-}
-
-unsigned long TStringView::toULong(bool* ok, int base) const
-{
-    return Narrowed<unsigned long>(*this, ok, base);
-}
-
-long long TStringView::toLongLong(bool* ok, int base) const
-{
-    return Narrowed<long long>(*this, ok, base);
-}
-
-unsigned long long TStringView::toULongLong(bool* ok, int base) const
-{
-    return Narrowed<unsigned long long>(*this, ok, base);
-}
-
-double TStringView::toDouble(bool* ok) const
-{
-    auto const parsed = text::ParseDouble(m_data, m_length);
-    if (ok != nullptr) {
-        *ok = parsed.ok;
-    }
-    return parsed.value;
-}
-
-float TStringView::toFloat(bool* ok) const
-{
-    auto const parsed = text::ParseFloat(m_data, m_length);
-    if (ok != nullptr) {
-        *ok = parsed.ok;
-    }
-    return parsed.value;
-}
-
-int TStringView::leftIntegerLength(int base) const
-{
-    return static_cast<int>(text::LeftIntegerLength(m_data, m_length, base));
-}
-
-int TStringView::leftDoubleLength() const noexcept
-{
-    return static_cast<int>(text::LeftDoubleLength(m_data, m_length));
-}
-
-int TStringView::leftIntegerLength(char16_t const* s, int n, int base)
-{
-    return Counted(s, n).leftIntegerLength(base);
-}
-
-int TStringView::leftDoubleLength(char16_t const* s, int n) noexcept
-{
-    return Counted(s, n).leftDoubleLength();
 }

@@ -1,10 +1,14 @@
-#include "NumberParser.h"
+// Numbers out of text. Digits, signs and points are ASCII; white space is TCType::isSpace.
+
+#include <qvxsys/TStringView.h>
 
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <memory>
+#include <utility>
 
 #include <emmintrin.h>
 
@@ -12,7 +16,8 @@
 
 #include "TextErrors.h"
 
-namespace qvxsys::text {
+namespace text = qvxsys::text;
+
 namespace {
 
 bool IsDecimal(char16_t c) noexcept
@@ -26,12 +31,17 @@ char16_t Lowered(char16_t c) noexcept
     return static_cast<char16_t>(c | 0x20);
 }
 
-char16_t const* SkipSpace(char16_t const* at, char16_t const* end) noexcept
+[[gnu::noinline]] char16_t const* SkipSpaceThere(char16_t const* at, char16_t const* end) noexcept
 {
     while (at != end && TCType::isSpace(*at)) {
         ++at;
     }
     return at;
+}
+
+inline char16_t const* SkipSpace(char16_t const* at, char16_t const* end) noexcept
+{
+    return at == end || (*at > u' ' && *at < 0x85) ? at : SkipSpaceThere(at, end);
 }
 
 int SkipSign(char16_t const*& at, char16_t const* end) noexcept
@@ -66,7 +76,7 @@ int ResolvedBase(int base, char16_t const* at, char16_t const* end)
         base = at == end || *at != u'0' ? 10 : IsHexPrefix(at, end) ? 16 : 8;
     }
     if (base < 2 || base > 36) {
-        Throw("TStringCore::parseInteger: base out of range.");
+        text::Throw("TStringCore::parseInteger: base out of range.");
     }
     return base;
 }
@@ -87,11 +97,15 @@ bool EightDigits(char16_t const* s, std::uint32_t& value) noexcept
     return true;
 }
 
-// The decimal digits from `at` on, 18 at most, so that no overflow is possible.
-std::uint64_t LeadingDecimals(char16_t const*& at, char16_t const* end) noexcept
+struct Decimals
 {
-    constexpr std::ptrdiff_t kSafeDigits = std::numeric_limits<std::int64_t>::digits10;
-    end = end - at > kSafeDigits ? at + kSafeDigits : end;
+    std::uint64_t value;
+    char16_t const* end;
+};
+
+// The decimal digits from `at` on; 19 of them fit.
+inline Decimals LeadingDecimals(char16_t const* at, char16_t const* end) noexcept
+{
     std::uint64_t value = 0;
     for (std::uint32_t eight = 0; end - at >= 8 && EightDigits(at, eight); at += 8) {
         value = value * 100000000 + eight;
@@ -99,10 +113,29 @@ std::uint64_t LeadingDecimals(char16_t const*& at, char16_t const* end) noexcept
     for (; at != end && IsDecimal(*at); ++at) {
         value = value * 10 + static_cast<std::uint64_t>(*at - u'0');
     }
-    return value;
+    return {value, at};
 }
 
-} // namespace
+// The usual case: up to 19 decimal digits, perhaps with a minus sign, and nothing else. False for all others, and for
+// the very largest.
+inline bool PlainInteger(char16_t const* s, std::size_t n, std::int64_t& value) noexcept
+{
+    std::size_t const sign = n != 0 && *s == u'-' ? 1 : 0;
+    if (n - sign - 1 >= 19) {
+        return false;
+    }
+    Decimals const digits = LeadingDecimals(s + sign, s + n);
+    value = static_cast<std::int64_t>(sign != 0 ? 0 - digits.value : digits.value);
+    return digits.end == s + n && digits.value <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+}
+
+// What became of a text that should be a whole number.
+struct ParsedInteger
+{
+    std::int64_t value = 0;
+    int error = 0;   ///< 0; EINVAL where there was no digit (value 0); ERANGE past the limits (value -1, or 0 below 0)
+    bool ok = false; ///< a number, and nothing but white space around it
+};
 
 // Overflow is what makes a value step back: each new value, in arithmetic modulo 2^64, is compared with the one before
 // it. This is what the interface promises, not the exact test: some numbers that have at least a digit too many come
@@ -112,25 +145,31 @@ ParsedInteger ParseInteger(char16_t const* s, std::size_t n, int base)
     ParsedInteger result;
     char16_t const* const end = s + n;
     char16_t const* at = SkipSpace(s, end);
-    result.sign = SkipSign(at, end);
+    int const sign = SkipSign(at, end);
     base = ResolvedBase(base, at, end);
     if (base == 16 && IsHexPrefix(at, end)) {
         at += 2;
     }
     char16_t const* const digits = at;
-    auto const sign = static_cast<std::uint64_t>(static_cast<std::int64_t>(result.sign));
-    std::uint64_t value = base == 10 ? LeadingDecimals(at, end) * sign : 0;
+    std::uint64_t value = 0;
+    if (base == 10) {
+        // So many digits always fit.
+        constexpr std::ptrdiff_t kSafe = std::numeric_limits<std::int64_t>::digits10;
+        Decimals const safe = LeadingDecimals(at, end - at > kSafe ? at + kSafe : end);
+        value = sign < 0 ? 0 - safe.value : safe.value;
+        at = safe.end;
+    }
     for (; at != end; ++at) {
         int const digit = DigitValue(*at, base);
         if (digit < 0) {
             break;
         }
-        std::uint64_t const next = value * static_cast<std::uint64_t>(base) + static_cast<std::uint64_t>(digit) * sign;
+        std::uint64_t const next = value * static_cast<std::uint64_t>(base) + static_cast<std::uint64_t>(digit * sign);
         auto const before = static_cast<std::int64_t>(value);
         auto const after = static_cast<std::int64_t>(next);
-        if (result.sign > 0 ? after < before : after > before) {
+        if (sign > 0 ? after < before : after > before) {
             result.error = ERANGE;
-            result.value = result.sign > 0 ? -1 : 0;
+            result.value = sign > 0 ? -1 : 0;
             return result;
         }
         value = next;
@@ -164,8 +203,6 @@ std::size_t LeftIntegerLength(char16_t const* s, std::size_t n, int base)
 }
 
 // ---- floating-point numbers
-
-namespace {
 
 char16_t const* SkipDecimals(char16_t const* at, char16_t const* end) noexcept
 {
@@ -240,11 +277,29 @@ void Narrow(char* to, char16_t const* from, std::size_t n) noexcept
         }
         return;
     }
-    for (std::size_t i = 0; i + 8 < n; i += 8) {
-        eight(i);
+    if (n < 16) {
+        eight(n - 8);
+        eight(0);
+        return;
     }
-    eight(n - 8);
+    auto const sixteen = [&](std::size_t i) {
+        __m128i const first = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from + i));
+        __m128i const second = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from + i + 8));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i), _mm_packus_epi16(first, second));
+    };
+    for (std::size_t i = 0; i + 16 < n; i += 16) {
+        sixteen(i);
+    }
+    sixteen(n - 16);
 }
+
+// What became of a text that should be a floating-point number.
+template<class Float>
+struct ParsedFloat
+{
+    Float value = 0; ///< rounded to nearest, ties to even; infinite past the limits
+    bool ok = false; ///< a number within the limits, and nothing but white space around it
+};
 
 // The decimal exponent's sign of a number that is neither 0 nor near 1: whether it is too large rather than too small.
 bool IsLarge(char const* at, char const* end) noexcept
@@ -282,12 +337,56 @@ std::size_t Convert(char const* bytes, std::size_t n, ParsedFloat<Float>& result
     return static_cast<std::size_t>(last - bytes);
 }
 
+// Digits and powers of ten that the type holds exactly, so that one division rounds once and thus correctly (Clinger,
+// How to Read Floating Point Numbers Accurately, 1990).
+template<class Float>
+constexpr std::size_t kExactDigits = std::numeric_limits<Float>::digits10;
+constexpr double kExactPowers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+static_assert(std::size(kExactPowers) > kExactDigits<double>);
+
+// The usual case: few digits, perhaps with a minus sign and a point among them, and nothing else. False for all others.
+template<class Float>
+bool PlainFloat(char16_t const* s, std::size_t n, Float& value) noexcept
+{
+    bool const negative = n != 0 && *s == u'-';
+    char16_t const* at = s + (negative ? 1 : 0);
+    char16_t const* const end = s + n;
+    if (static_cast<std::size_t>(end - at) - 1 > kExactDigits<Float>) {
+        return false;
+    }
+    std::uint64_t digits = 0;
+    auto count = static_cast<std::size_t>(end - at);
+    auto const run = [&] {
+        for (; at != end && IsDecimal(*at); ++at) {
+            digits = digits * 10 + static_cast<std::uint64_t>(*at - u'0');
+        }
+    };
+    run();
+    std::size_t behind = 0;
+    if (at != end && *at == u'.') {
+        behind = static_cast<std::size_t>(end - ++at);
+        --count;
+        run();
+    }
+    if (at != end || count == 0 || count > kExactDigits<Float>) {
+        return false;
+    }
+    auto const exact = static_cast<Float>(digits) / static_cast<Float>(kExactPowers[behind]);
+    value = negative ? -exact : exact;
+    return true;
+}
+
 constexpr std::size_t kShortNumber = 64;
 
 template<class Float>
 ParsedFloat<Float> Parse(char16_t const* s, std::size_t n)
 {
     ParsedFloat<Float> result;
+    if (PlainFloat(s, n, result.value)) {
+        result.ok = true;
+        return result;
+    }
     char16_t const* const end = s + n;
     char16_t const* at = SkipSpace(s, end);
     int const sign = SkipSign(at, end);
@@ -296,18 +395,17 @@ ParsedFloat<Float> Parse(char16_t const* s, std::size_t n)
         return result;
     }
     if (IsDecimal(*at) || *at == u'.') {
-        auto const left = static_cast<std::size_t>(end - at);
-        if (left <= kShortNumber) {
-            char bytes[kShortNumber];
-            Narrow(bytes, at, left);
-            at += Convert(bytes, left, result);
-        } else {
-            DecimalExtent const extent(at, end);
-            auto const length = static_cast<std::size_t>(extent.end - at);
-            std::unique_ptr<char[]> const bytes(new char[length + 1]);
-            Narrow(bytes.get(), at, length);
-            at += Convert(bytes.get(), length, result);
+        // A long text is measured first: it may go on behind the number.
+        auto length = static_cast<std::size_t>(end - at);
+        char few[kShortNumber];
+        std::unique_ptr<char[]> many;
+        if (length > kShortNumber) {
+            length = static_cast<std::size_t>(DecimalExtent(at, end).end - at);
+            many.reset(length > kShortNumber ? new char[length] : nullptr);
         }
+        char* const bytes = many != nullptr ? many.get() : few;
+        Narrow(bytes, at, length);
+        at += Convert(bytes, length, result);
     } else if (char16_t const* const behind = ParseWord(at, end, result.value)) {
         at = behind;
         result.ok = true;
@@ -318,18 +416,6 @@ ParsedFloat<Float> Parse(char16_t const* s, std::size_t n)
     result.ok = result.ok && SkipSpace(at, end) == end;
     result.value = std::copysign(result.value, static_cast<Float>(sign));
     return result;
-}
-
-} // namespace
-
-ParsedFloat<double> ParseDouble(char16_t const* s, std::size_t n)
-{
-    return Parse<double>(s, n);
-}
-
-ParsedFloat<float> ParseFloat(char16_t const* s, std::size_t n)
-{
-    return Parse<float>(s, n);
 }
 
 std::size_t LeftDoubleLength(char16_t const* s, std::size_t n) noexcept
@@ -346,4 +432,109 @@ std::size_t LeftDoubleLength(char16_t const* s, std::size_t n) noexcept
     return static_cast<std::size_t>(last - s);
 }
 
-} // namespace qvxsys::text
+// ---- the members
+
+template<class Integer>
+Integer Narrowed(TStringView view, bool* ok, int base)
+{
+    std::int64_t value = 0;
+    bool good = base == 10 && PlainInteger(view.data(), view.size(), value);
+    if (!good) [[unlikely]] {
+        if (ok != nullptr) {
+            *ok = false;
+        }
+        ParsedInteger const parsed = ParseInteger(view.data(), view.size(), base);
+        good = parsed.ok;
+        value = parsed.error == 0 ? parsed.value : 0;
+    }
+    bool const fits = std::in_range<Integer>(value);
+    if (ok != nullptr) {
+        *ok = good && fits;
+    }
+    return fits ? static_cast<Integer>(value) : Integer{0};
+}
+
+TStringView Counted(char16_t const* s, int n) noexcept
+{
+    return n < 0 || s == nullptr ? TStringView(s) : TStringView(s, static_cast<std::size_t>(n));
+}
+
+} // namespace
+
+short TStringView::toShort(bool* ok, int base) const
+{
+    return Narrowed<short>(*this, ok, base);
+}
+
+unsigned short TStringView::toUShort(bool* ok, int base) const
+{
+    return Narrowed<unsigned short>(*this, ok, base);
+}
+
+int TStringView::toInt(bool* ok, int base) const
+{
+    return Narrowed<int>(*this, ok, base);
+}
+
+unsigned int TStringView::toUInt(bool* ok, int base) const
+{
+    return Narrowed<unsigned int>(*this, ok, base);
+}
+
+long TStringView::toLong(bool* ok, int base) const
+{
+    return Narrowed<long>(*this, ok, base);
+}
+
+unsigned long TStringView::toULong(bool* ok, int base) const
+{
+    return Narrowed<unsigned long>(*this, ok, base);
+}
+
+long long TStringView::toLongLong(bool* ok, int base) const
+{
+    return Narrowed<long long>(*this, ok, base);
+}
+
+unsigned long long TStringView::toULongLong(bool* ok, int base) const
+{
+    return Narrowed<unsigned long long>(*this, ok, base);
+}
+
+double TStringView::toDouble(bool* ok) const
+{
+    auto const parsed = Parse<double>(m_data, m_length);
+    if (ok != nullptr) {
+        *ok = parsed.ok;
+    }
+    return parsed.value;
+}
+
+float TStringView::toFloat(bool* ok) const
+{
+    auto const parsed = Parse<float>(m_data, m_length);
+    if (ok != nullptr) {
+        *ok = parsed.ok;
+    }
+    return parsed.value;
+}
+
+int TStringView::leftIntegerLength(int base) const
+{
+    return static_cast<int>(LeftIntegerLength(m_data, m_length, base));
+}
+
+int TStringView::leftDoubleLength() const noexcept
+{
+    return static_cast<int>(LeftDoubleLength(m_data, m_length));
+}
+
+int TStringView::leftIntegerLength(char16_t const* s, int n, int base)
+{
+    return Counted(s, n).leftIntegerLength(base);
+}
+
+int TStringView::leftDoubleLength(char16_t const* s, int n) noexcept
+{
+    return Counted(s, n).leftDoubleLength();
+}
