@@ -71,8 +71,8 @@ using OriginHook = void (*)(ErrorInfo const& info, ErrorOrigin& origin) noexcept
 QVXSYS_API OriginHook SetOriginHook(OriginHook hook) noexcept;
 [[nodiscard]] QVXSYS_API OriginHook GetOriginHook() noexcept;
 
-/// Ready-made hooks: the location only, and the location with the addresses of the calling functions (about a
-/// microsecond; symbols are not looked up).
+/// Ready-made hooks: the location only, and the location with the addresses of the calling functions (symbols are
+/// not looked up).
 QVXSYS_API void RecordLocation(ErrorInfo const& info, ErrorOrigin& origin) noexcept;
 QVXSYS_API void RecordTrace(ErrorInfo const& info, ErrorOrigin& origin) noexcept;
 

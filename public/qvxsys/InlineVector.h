@@ -52,6 +52,18 @@ public:
         ::new (static_cast<void*>(m_data + m_size)) T(std::forward<From>(from));
         ++m_size;
     }
+    /// A new last element, what make() returns: built where it stays, as a move right behind it would wait for its
+    /// units to reach the cache.
+    template<class Make>
+    void PushMade(Make make)
+    {
+        if (m_size == m_capacity) [[unlikely]] {
+            PushBackGrowing(make());
+            return;
+        }
+        ::new (static_cast<void*>(m_data + m_size)) T(make());
+        ++m_size;
+    }
     void clear() noexcept
     {
         std::destroy_n(m_data, m_size);

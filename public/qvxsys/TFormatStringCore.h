@@ -93,20 +93,21 @@ public:
     template<qvxsys::detail::WholeNumber I>
     requires(!TCType::Character<I>) TFormatStringCore& arg(I value, int fieldWidth = 0, int base = 10, Fill fill = u' ')
     {
-        return AddOwn(TStringCore::number(value, base, 0, u' '), fieldWidth, fill);
+        return AddMade([=] { return TStringCore::number(value, base, 0, u' '); }, fieldWidth, fill);
     }
     /// As TStringCore::number writes it; a negative precision means 6.
     template<std::floating_point F>
     TFormatStringCore& arg(F value, int fieldWidth = 0, char format = 'g', int precision = -1, Fill fill = u' ',
                            bool flag = false)
     {
-        return AddOwn(TStringCore::number(value, format, precision < 0 ? 6 : precision, flag), fieldWidth, fill);
+        int const digits = precision < 0 ? 6 : precision;
+        return AddMade([=] { return TStringCore::number(value, format, digits, flag); }, fieldWidth, fill);
     }
     /// One character; a char is Latin-1.
     template<TCType::Character C>
     TFormatStringCore& arg(C c, int fieldWidth = 0, Fill fill = u' ')
     {
-        return AddOwn(TStringCore(c, 1), fieldWidth, fill);
+        return AddMade([=] { return TStringCore(c, 1); }, fieldWidth, fill);
     }
     /// arg() of each, of any kind.
     template<class... A>
@@ -133,9 +134,14 @@ private:
         m_parms.push_back(std::forward<A>(a));
         return *this;
     }
-    TFormatStringCore& AddOwn(TStringCore&& a, int fieldWidth, Fill fill)
+    template<class Make>
+    TFormatStringCore& AddMade(Make make, int fieldWidth, Fill fill)
     {
-        return fieldWidth == 0 ? Add(static_cast<TStringCore&&>(a)) : AddJustified(a, fieldWidth, fill);
+        if (fieldWidth != 0) {
+            return AddJustified(make(), fieldWidth, fill);
+        }
+        m_parms.PushMade(make);
+        return *this;
     }
     TFormatStringCore& AddJustified(TStringCore const& a, int fieldWidth, Fill fill);
     void scanForMarkers();

@@ -158,6 +158,7 @@ TEST(TFormatString, ArgumentsOfEveryKind)
                   .result(),
               u"abcdefghij");
     EXPECT_EQ(TFormatStringCore(u"%1 %2 %3").args(1, u"b", 2.5).args().result(), u"1 b 2.5");
+    EXPECT_EQ(TFormatStringCore(u"%6%5%4%3%2%1").args(1, '2', 3u, 4.0, 5LL, 6).result(), u"654321");
 }
 
 TEST(TFormatString, IsAValue)

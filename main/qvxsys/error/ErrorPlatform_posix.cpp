@@ -35,12 +35,12 @@ _Unwind_Reason_Code AddFrame(_Unwind_Context* context, void* walk)
 
 } // namespace
 
-void DebugOutput(char const* line) noexcept
+void DebugOutput(char const* text) noexcept
 {
     int const before = errno;
     char feed[] = "\n";
     // One call, so that lines of several threads stay whole.
-    iovec const parts[] = {{const_cast<char*>(line), std::strlen(line)}, {feed, 1}};
+    iovec const parts[] = {{const_cast<char*>(text), std::strlen(text)}, {feed, 1}};
     [[maybe_unused]] auto const written = ::writev(STDERR_FILENO, parts, 2);
     errno = before;
 }

@@ -4,10 +4,9 @@
 
 namespace qvxsys::error::platform {
 
-void DebugOutput(char const* line) noexcept
+void DebugOutput(char const* text) noexcept
 {
-    ::OutputDebugStringA(line);
-    ::OutputDebugStringA("\n");
+    ::OutputDebugStringA(text);
 }
 
 int CaptureTrace(void** frames, int capacity, int skip) noexcept
