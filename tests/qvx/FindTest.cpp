@@ -20,18 +20,22 @@ struct Reference
     int firstColumn = 0;
 };
 
-Reference Search(std::u32string const& text, std::u32string const& needle, bool ignoreCase)
+Reference Search(std::u32string text, std::u32string needle, bool ignoreCase)
 {
-    auto const fold = [&](char32_t c) {
-        return ignoreCase ? static_cast<char32_t>(u_foldCase(static_cast<UChar32>(c), U_FOLD_CASE_DEFAULT)) : c;
-    };
+    if (ignoreCase) {
+        auto const fold = [](char32_t c) {
+            return static_cast<char32_t>(u_foldCase(static_cast<UChar32>(c), U_FOLD_CASE_DEFAULT));
+        };
+        std::transform(text.begin(), text.end(), text.begin(), fold);
+        std::transform(needle.begin(), needle.end(), needle.begin(), fold);
+    }
     Reference result;
     int line = 1;
     int lastFound = 0;
     std::size_t lineStart = 0;
     for (std::size_t at = 0; at < text.size();) {
         std::size_t k = 0;
-        while (k < needle.size() && at + k < text.size() && fold(text[at + k]) == fold(needle[k])) {
+        while (k < needle.size() && at + k < text.size() && text[at + k] == needle[k]) {
             ++k;
         }
         if (k == needle.size()) {
@@ -75,13 +79,13 @@ TEST_F(Scan, FindAgreesWithASearchOfTheWholeText)
     std::u32string const alphabets[] = {U"ab", U"aAbB", U"sS\u017F\u00DF", U"\u03C3\u03C2\u03A3a", U"kK\u212A\U0001F600",
                                         U"\U00010400\U00010428\U00010401"};
     for (std::u32string const& alphabet : alphabets) {
-        for (unsigned const lineLength : {7u, 5000u, 3'000'000u}) {
+        for (unsigned const lineLength : {7u, 5000u, 4'000'000u}) {
             std::u32string text;
-            while (text.size() < 1'200'000) {
+            while (text.size() < 300'000) {
                 text += random() % lineLength == 0 ? U'\n' : alphabet[random() % alphabet.size()];
             }
             std::string const file = Write("text", ToUtf8(text));
-            for (int n = 1; n <= 9; n += 4) {
+            for (int n = 1; n <= 6; n += 5) {
                 std::u32string needle;
                 for (int i = 0; i < n; ++i) {
                     needle += alphabet[random() % alphabet.size()];
@@ -123,8 +127,8 @@ TEST_F(Scan, PrintFormats)
         std::vector<std::string> arguments;
         std::string out;
     } const table[] = {
-        {{"--print", "%1: %2 %3 %4 %5 %6 %7 100%%"}, file + ": UTF-8 10 10 10 2 1 100%\n"},
-        {{"--print", "%2/%4 [%5]", "--find", "o"}, "1/one [o]\n2/two \uFFFD [o]\n"},
+        {{"--print", "%1: %2 %3 %4 %5 %6 %7 100%%"}, file + ": ISO-8859-1 10 10 10 2 0 100%\n"},
+        {{"--print", "%2/%4 [%5]", "--find", "o"}, "1/one [o]\n2/two \u00FF [o]\n"},
         {{"--print", "[x]"}, "[x]\n"},
         {{"--print", "", "--find", "t"}, "\n"},
     };

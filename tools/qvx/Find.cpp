@@ -22,6 +22,24 @@ TStringView Head(TStringView text, int n)
 
 } // namespace
 
+// Strings fold unit by unit; a text with characters of two units has to be looked for by code point.
+Finder::Finder(FindOptions const& options) : m_options(options)
+{
+    if (options.ignoreCase && options.text.lengthInCodePoints() < options.text.length()) {
+        m_table.emplace(options.text, CaseCompare::Insensitive);
+    }
+}
+
+int Finder::Next(TStringView text, int from) const
+{
+    if (!m_table) {
+        return text.indexOf(m_options.text, from,
+                            m_options.ignoreCase ? CaseCompare::Insensitive : CaseCompare::Sensitive);
+    }
+    int const at = KMP::searchString(text.mid(from), *m_table);
+    return at < 0 ? at : from + at;
+}
+
 // Whole lines are searched where they stand. A line that the end of a piece cuts waits for its rest.
 void Finder::Feed(TStringView piece, bool last)
 {
@@ -50,7 +68,6 @@ void Finder::Feed(TStringView piece, bool last)
 
 void Finder::Search(TStringView text)
 {
-    CaseCompare const cs = m_options.ignoreCase ? CaseCompare::Insensitive : CaseCompare::Sensitive;
     int lineStart = 0;
     auto const passLines = [&](int to) {
         TStringView const passed = text.mid(lineStart, to - lineStart);
@@ -61,7 +78,7 @@ void Finder::Search(TStringView text)
             m_columnsBefore = 0;
         }
     };
-    for (int at = text.indexOf(m_options.text, 0, cs); at >= 0; at = text.indexOf(m_options.text, at, cs)) {
+    for (int at = Next(text, 0); at >= 0; at = Next(text, at)) {
         passLines(at);
         ++m_result.matches;
         m_result.lines += m_lineCounted ? 0 : 1;
@@ -69,7 +86,7 @@ void Finder::Search(TStringView text)
         if (m_result.kept.size() < m_options.kept) {
             Keep(text, lineStart, at);
         }
-        at += m_options.text.length();
+        at += m_options.text.length(); // a case has as many units as the other
     }
     passLines(text.length());
 }

@@ -3,8 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
+#include <qvxsys/KMP.h>
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringView.h>
 
@@ -38,7 +40,7 @@ struct FindResult
 class Finder
 {
 public:
-    explicit Finder(FindOptions const& options) : m_options(options) {}
+    explicit Finder(FindOptions const& options);
 
     /// The next piece; the text ends with the one that is `last`. Lines longer than kLongestLine are searched in parts:
     /// every match is found, but what is kept of its line may begin or end at a part's border.
@@ -49,10 +51,12 @@ public:
     static constexpr int kLongestLine = 1 << 20;
 
 private:
+    [[nodiscard]] int Next(TStringView text, int from) const;
     void Search(TStringView text);
     void Keep(TStringView text, int lineStart, int at);
 
     FindOptions const& m_options;
+    std::optional<KMP::StringTable> m_table; // for what can only be folded as whole code points
     TStringCore m_rest;                  // a line of which the end has not come yet
     std::uint64_t m_line = 1;            // the number of the line that the searched text has come to,
     std::uint64_t m_columnsBefore = 0;   // how many code points of it were dropped,
