@@ -205,10 +205,13 @@ bool IsTooMuch(std::size_t work, std::size_t passed) noexcept
 template<class At, class NeedleAt>
 std::size_t FindByBorders(std::size_t length, At at, std::size_t n, NeedleAt needleAt)
 {
-    std::unique_ptr<std::size_t[]> const next(new std::size_t[n + 1]);
-    FillBorders(n, needleAt, next.get());
+    constexpr std::size_t smallNeedle = 64;
+    std::size_t small[smallNeedle];
+    std::unique_ptr<std::size_t[]> const large(n < smallNeedle ? nullptr : new std::size_t[n + 1]);
+    std::size_t* const next = large ? large.get() : small;
+    FillBorders(n, needleAt, next);
     BorderSearch search{0, 0};
-    return search.Next(length, at, n, needleAt, next.get()) ? search.at - n : kNotFound;
+    return search.Next(length, at, n, needleAt, next) ? search.at - n : kNotFound;
 }
 
 template<class Fold>
