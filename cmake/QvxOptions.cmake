@@ -21,6 +21,13 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
 endif()
 
+# A source file with primitives of one system is called X_${QVX_OS}.cpp.
+if(WIN32)
+    set(QVX_OS win)
+else()
+    set(QVX_OS posix)
+endif()
+
 # Programs in the build tree find the library beside them without any environment variable.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)

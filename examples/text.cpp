@@ -27,6 +27,37 @@ bool Views()
     return key == u"key" && value == u"value" && letters == 5;
 }
 
+bool Reading()
+{
+    TStringView const line = u"key = \u20AC12; note";
+    int const at = line.indexOf(u'=');
+    bool const euro = line.contains(L"\u20AC") && line.startsWith("key"); // any kind of text
+    std::size_t units = 0;
+    for (TStringView const part : line.split(u';')) {
+        units += part.trimmed().size();
+    }
+    return at == 4 && euro && units == 13 && TStringCore(u"/usr/local/bin").section(u'/', 2, 3) == u"local/bin";
+}
+
+bool Editing()
+{
+    TStringCore text = u"one two";
+    text.insert(3, u',').prepend(L"\u00AB").append(u'\u00BB'); // each returns the string
+    text.replace(u"two", "three").removeAnyOf(u",;");
+    TStringCore const name = text.mid(1, 3).toUpper(); // the rest gives a new string
+    TStringCore const line = name + u": " + L"text" + '\n';
+    return text == u"\u00ABone three\u00BB" && line == u"ONE: text\n" && name < L"P";
+}
+
+bool Units()
+{
+    TStringCore text = u"four";
+    text.reserve(100);                       // a block with room for 100 units
+    text[0] = u'F';                          // non-const access detaches, that is copies a shared block
+    char16_t const last = text.view().at(3); // reading through a view or a const reference does not
+    return text == u"Four" && last == u'r' && text.capacity() == 101;
+}
+
 bool CodePoints()
 {
     TStringCore text = u"a\U0001F600b";
@@ -74,6 +105,12 @@ bool Decoding()
     return waits && text == u"Gr\u00FC\u00DFe" && decoder.Malformed() == 0;
 }
 
+bool Patterns()
+{
+    KMP::StringTable const table(u"stra\U0001F600e", CaseCompare::Insensitive);
+    return KMP::searchString(u"Die STRA\U0001F600E", table) == 4;
+}
+
 bool Errors()
 {
     TStringCore const text = u"short";
@@ -97,8 +134,8 @@ bool Processor()
 
 int main()
 {
-    bool const ok = Strings() && Views() && CodePoints() && Conversions() && Classes() && Icu() && Decoding() &&
-                    Errors() && Processor();
+    bool const ok = Strings() && Views() && Reading() && Editing() && Units() && CodePoints() && Conversions() &&
+                    Classes() && Icu() && Decoding() && Patterns() && Errors() && Processor();
     std::cout << (ok ? "ok\n" : "not as documented\n");
     return ok ? 0 : 1;
 }

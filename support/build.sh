@@ -48,9 +48,24 @@ build_preset() {
     fi
 }
 
+# add_tests FOLDER: adds the tests of a build tree to those that the combined run in build/check makes.
+add_tests() {
+    echo "subdirs(\"$1\")" >>build/check/CTestTestfile.cmake
+}
+
+# add_skipped NAME REASON: a test that is reported as skipped.
+add_skipped() {
+    {
+        echo "add_test($1 sh -c \"echo '$1: skipped: $2'; exit 77\")"
+        echo "set_tests_properties($1 PROPERTIES SKIP_RETURN_CODE 77)"
+    } >>build/check/CTestTestfile.cmake
+}
+
 # What the library and the tool are built with and from.
 build_packages="g++ cmake ninja-build libicu-dev libcli11-dev nlohmann-json3-dev"
 # What the tests need besides.
 test_packages="libgtest-dev libfmt-dev python3 pkg-config binutils"
 # What the sanitizer and fuzz builds need besides.
 clang_packages="clang llvm libclang-rt-14-dev"
+# What the Windows build and its tests need besides: the compiler, Wine, and what its libraries are built from and with.
+windows_packages="g++-mingw-w64-x86-64-posix wine wine64 icu-devtools libboost-dev googletest dpkg-dev make"

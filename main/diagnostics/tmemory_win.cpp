@@ -2,8 +2,7 @@
 
 #include <malloc.h>
 
-// The one function needed here; declared by hand so that this layer does without <windows.h>.
-extern "C" __declspec(dllimport) unsigned long __stdcall GetCurrentThreadId();
+#include "WindowsApi.h"
 
 namespace quorvex::memory::platform {
 

@@ -61,10 +61,10 @@ public:
     /// Throw what TFormatStringCore::result() throws.
     LogicException(TFormatStringCore const& details, TError::ErrorInfo const& info);
     LogicException(TFormatStringCore const& details, QuorvexError const& error);
-    template<qvxsys::detail::TextPointer P>
+    template<qvxsys::detail::MessageText P>
     LogicException(P const& details, TError::ErrorInfo const& info) : LogicException(TStringCore(details), info)
     {}
-    template<qvxsys::detail::TextPointer P>
+    template<qvxsys::detail::MessageText P>
     LogicException(P const& details, QuorvexError const& error) : LogicException(TStringCore(details), error)
     {}
     /// The looked-up message in front of the given ones; no error. Empty details stay empty here.

@@ -28,7 +28,16 @@
 #define QVXSYS_LIFETIME_BOUND
 #endif
 
+#if defined(_WIN32)
+#define QVXSYS_LINES_END_IN_CR_LF true
+#else
+#define QVXSYS_LINES_END_IN_CR_LF false
+#endif
+
 namespace qvxsys {
+
+/// How the platform ends lines of text files: CR LF or LF.
+inline constexpr bool kLinesEndInCrLf = QVXSYS_LINES_END_IN_CR_LF;
 
 /// True where wchar_t is a 16-bit UTF-16 unit (Windows); elsewhere it is a 32-bit code point. Wide text is taken
 /// everywhere: as it is in the first case, converted as UTF-32 in the second.

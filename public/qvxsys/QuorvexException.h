@@ -24,6 +24,7 @@
 // A text argument is a TStringCore or anything it is made of; a format is a TFormatStringCore. A literal is a text.
 // One object must not be used from two threads when either changes it; copies are independent but for the ErrorInfo.
 
+#include <concepts>
 #include <exception>
 #include <list>
 #include <memory>
@@ -34,6 +35,14 @@
 #include <qvxsys/TStringCore.h>
 
 class TFormatStringCore;
+
+namespace qvxsys::detail {
+
+/// Text that a message can be made of, besides strings.
+template<class T>
+concept MessageText = TextArgument<T> && !TCType::Character<T> && !std::same_as<T, TStringCore>;
+
+} // namespace qvxsys::detail
 
 class QVXSYS_API QuorvexException
 {
@@ -58,13 +67,13 @@ public:
     /// With what() from the local 8-bit encoding.
     QuorvexException(std::exception const& e);
     QuorvexException(std::exception const& e, TError::ErrorInfo const& info);
-    template<qvxsys::detail::TextPointer P>
+    template<qvxsys::detail::MessageText P>
     QuorvexException(P const& message) : QuorvexException(TStringCore(message))
     {}
-    template<qvxsys::detail::TextPointer P>
+    template<qvxsys::detail::MessageText P>
     QuorvexException(P const& message, TError::ErrorInfo const& info) : QuorvexException(TStringCore(message), info)
     {}
-    template<qvxsys::detail::TextPointer P>
+    template<qvxsys::detail::MessageText P>
     QuorvexException(P const& message, std::shared_ptr<TError::ErrorInfo> info)
         : QuorvexException(TStringCore(message), static_cast<std::shared_ptr<TError::ErrorInfo>&&>(info))
     {}
@@ -110,17 +119,17 @@ public:
     void SetMessage(TFormatStringCore const& message);
     /// Empties the message stack; the redacted one keeps its messages.
     void ClearMessages() noexcept;
-    template<qvxsys::detail::TextPointer P>
+    template<qvxsys::detail::MessageText P>
     void StackMessage(P const& message)
     {
         StackMessage(TStringCore(message));
     }
-    template<qvxsys::detail::TextPointer P>
+    template<qvxsys::detail::MessageText P>
     void StackMessageFront(P const& message)
     {
         StackMessageFront(TStringCore(message));
     }
-    template<qvxsys::detail::TextPointer P>
+    template<qvxsys::detail::MessageText P>
     void SetMessage(P const& message)
     {
         SetMessage(TStringCore(message));
@@ -163,7 +172,7 @@ class QVXSYS_API QuorvexUserErrorException : public QuorvexException
 public:
     QuorvexUserErrorException(TFormatStringCore const& message, TError::ErrorInfo const& info);
     QuorvexUserErrorException(TStringCore const& message, TError::ErrorInfo const& info);
-    template<qvxsys::detail::TextPointer P>
+    template<qvxsys::detail::MessageText P>
     QuorvexUserErrorException(P const& message, TError::ErrorInfo const& info)
         : QuorvexUserErrorException(TStringCore(message), info)
     {}
@@ -178,7 +187,7 @@ public:
 /// A format that cannot be formatted throws its own error instead.
 [[noreturn]] QVXSYS_API void StackExceptionAndRethrow(TStringCore const& message);
 [[noreturn]] QVXSYS_API void StackExceptionAndRethrow(TFormatStringCore const& message);
-template<qvxsys::detail::TextPointer P>
+template<qvxsys::detail::MessageText P>
 [[noreturn]] void StackExceptionAndRethrow(P const& message)
 {
     StackExceptionAndRethrow(TStringCore(message));

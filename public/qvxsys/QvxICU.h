@@ -199,6 +199,8 @@ QVXSYS_API char* t_u_strToUTF8WithSub(char* dest, std::int32_t capacity, std::in
 /// @name The library itself
 /// @{
 /// Frees ICU's caches. Not thread-safe: no other ICU call may run.
+/// The name of ICU's default locale, "en_US".
+[[nodiscard]] QVXSYS_API char const* t_uloc_getDefault() noexcept;
 QVXSYS_API void t_u_cleanup() noexcept;
 /// The code's name as ICU spells it, "U_BUFFER_OVERFLOW_ERROR" for instance.
 [[nodiscard]] QVXSYS_API char const* t_u_errorName(ICUErrorCode code) noexcept;

@@ -106,27 +106,27 @@ public:
     TScanStringCore& end();
 
     // Wide text and single characters for the members above: each stands for the view of its units.
-    template<qvxsys::detail::ViewArgument A>
+    template<qvxsys::detail::TextArgument A>
     TScanStringCore& skipAnyOf(A const& set)
     {
         return skipAnyOf(TStringView(qvxsys::detail::ToView(set)));
     }
-    template<qvxsys::detail::ViewArgument A>
+    template<qvxsys::detail::TextArgument A>
     TScanStringCore& skipAnyNotOf(A const& set)
     {
         return skipAnyNotOf(TStringView(qvxsys::detail::ToView(set)));
     }
-    template<qvxsys::detail::ViewArgument A>
+    template<qvxsys::detail::TextArgument A>
     TScanStringCore& skip(A const& literal)
     {
         return skip(TStringView(qvxsys::detail::ToView(literal)));
     }
-    template<qvxsys::detail::ViewArgument A>
+    template<qvxsys::detail::TextArgument A>
     TScanStringCore& readAnyOf(TStringCore& out, A const& set)
     {
         return readAnyOf(out, TStringView(qvxsys::detail::ToView(set)));
     }
-    template<qvxsys::detail::ViewArgument A>
+    template<qvxsys::detail::TextArgument A>
     TScanStringCore& readAnyNotOf(TStringCore& out, A const& set)
     {
         return readAnyNotOf(out, TStringView(qvxsys::detail::ToView(set)));

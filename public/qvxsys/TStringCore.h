@@ -11,11 +11,16 @@
 // unit, so data() can be handed to functions that want terminated text. Embedded 0 units are text, except that the
 // comparison operators stop at the first one (see there).
 //
-// Arguments. Text comes as TStringCore, TStringView, UTF-16 (`char16_t const*`), wide text (`wchar_t const*`) or UTF-8
-// (`char const*`); a count of -1 (any negative one) means up to the first 0 unit, and a null pointer is empty text. A
-// wchar_t is a UTF-16 unit where it has 16 bits; elsewhere it is a code point and wide text is converted as UTF-32
-// (surrogate values kept, values above U+10FFFF become U+FFFD). A single `char` is Latin-1. A character is any of char,
-// char16_t, wchar_t and char32_t. Arguments may point into the string itself.
+// The class is made of parts with headers of their own: size, capacity and units (TStringStorage.h), searching and
+// splitting, which it shares with TStringView (TTextReading.h), editing (TStringEditing.h), comparison and
+// concatenation (TStringOperators.h). Here are making, assigning, appending and conversion.
+//
+// Arguments. Text comes as TStringCore, TStringView, UTF-16 (`char16_t const*`), wide text (`wchar_t const*`), UTF-8
+// (`char const*`, `char8_t const*`) or as the standard library's string or view of any of these; a count of -1 (any
+// negative one) means up to the first 0 unit, and a null pointer is empty text. A wchar_t is a UTF-16 unit where it has
+// 16 bits; elsewhere it is a code point and wide text is converted as UTF-32 (surrogate values kept, values above
+// U+10FFFF become U+FFFD). A single `char` is Latin-1. A character is any of char, char16_t, wchar_t and char32_t.
+// Arguments may point into the string itself.
 //
 // Copying. Copies of more than 14 units share a block until one of them is written to. Every non-const member that
 // hands out or changes units detaches first, that is copies a shared block: use cbegin(), constData() or a const
@@ -30,108 +35,63 @@
 //   "Out of memory"                                       TRealloc returned null
 // Threads: one object must not be used from two threads when either writes; objects that share a block may.
 
-#include <atomic>
-#include <compare>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <iterator>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include <qvxsys/CodePointIterator.h>
 #include <qvxsys/Platform.h>
+#include <qvxsys/TStringEditing.h>
+#include <qvxsys/TStringOperators.h>
 #include <qvxsys/TStringView.h>
+#include <qvxsys/TTextReading.h>
 #include <qvxsys/TextArguments.h>
-
-/// The heap block of a long string. Allocated as one piece with TRealloc, freed with TFree.
-struct TStringBlock
-{
-    std::int32_t references; ///< the strings that share the block; changed atomically only
-    std::int32_t capacity;   ///< units in the text area, the terminator's included
-    std::int32_t length;     ///< units of text
-
-    /// The text area: `capacity` units right behind the header.
-    [[nodiscard]] char16_t* Text() noexcept { return reinterpret_cast<char16_t*>(this + 1); }
-};
-static_assert(offsetof(TStringBlock, references) == 0 && offsetof(TStringBlock, capacity) == 4 &&
-              offsetof(TStringBlock, length) == 8 && sizeof(TStringBlock) == 12);
 
 template<class Container>
 class TCodePointIterator;
 class TCodePointView;
 
-class QVXSYS_API TStringCore
+class QVXSYS_API TStringCore : public TStringEditing,
+                               public TTextReading<TStringCore, TStringCore, TStringView,
+                                                   TStringEditing::CaseSensitivity, TStringEditing::SplitBehavior>,
+                               public qvxsys::detail::StringOperators<TStringCore, TStringView>
 {
 public:
-    using value_type = char16_t;
-    using size_type = std::size_t;
-    using difference_type = std::ptrdiff_t;
-    using reference = char16_t&;
-    using const_reference = char16_t const&;
-    using iterator = char16_t*;
-    using const_iterator = char16_t const*;
-    using reverse_iterator = std::reverse_iterator<iterator>;
-    using const_reverse_iterator = std::reverse_iterator<const_iterator>;
     using code_point_iterator = TConstCodePointIterator<TStringCore>;
-
-    /// CaseSensitive compares units exactly; any other value folds each unit first (TCType::FoldCase).
-    enum CaseSensitivity : int { CaseInsensitive = 0, CaseSensitive = 1 };
-
-    /// What splitting does with empty parts.
-    enum SplitBehavior : int { KeepEmptyParts = 0, SkipEmptyParts = 1 };
-
-    /// How a text is cut into sections; can be combined.
-    enum SectionFlags : int {
-        SectionDefault = 0,
-        SectionSkipEmpty = 1,
-        SectionIncludeLeadingSep = 2,
-        SectionIncludeTrailingSep = 4,
-        SectionCaseInsensitiveSeps = 8,
-    };
 
     class Exception;
 
-    /// The most units the object itself holds, and the capacity that goes with it.
-    static constexpr int kInlineLength = 14;
-    static constexpr int kInlineCapacity = 15;
-
     /// @name Construction
     /// @{
-    TStringCore() noexcept { BecomeEmpty(); }
-    TStringCore(TStringCore const& other) noexcept
-    {
-        if (other.IsBlock()) {
-            References(other.Block()).fetch_add(1, std::memory_order_relaxed);
-        }
-        std::memcpy(m_units, other.m_units, sizeof m_units);
-    }
-    TStringCore(TStringCore&& other) noexcept
-    {
-        std::memcpy(m_units, other.m_units, sizeof m_units);
-        other.BecomeEmpty();
-    }
+    TStringCore() noexcept = default;
+    TStringCore(TStringCore const& other) noexcept = default;
+    TStringCore(TStringCore&& other) noexcept = default;
     /// n copies of a character, a char meaning the unit of its byte value; none for a negative n.
     template<TCType::Character C>
     explicit TStringCore(C c, int n = 1)
     {
-        BecomeEmpty();
         assign(c, n);
     }
     /// UTF-8, n bytes, malformed input substituted (see append).
     TStringCore(char const* utf8, int n = -1)
     {
-        BecomeEmpty();
         if (utf8 != nullptr && n != 0) {
             ConvertUtf8(0, utf8, n);
         }
     }
+    TStringCore(char8_t const* utf8, int n = -1) : TStringCore(reinterpret_cast<char const*>(utf8), n) {}
+    /// The standard library's strings and views: UTF-8, UTF-16 or wide text, all of it.
+    template<qvxsys::detail::StandardString T>
+    TStringCore(T const& text)
+    {
+        append(text);
+    }
     /// UTF-16, n units.
     TStringCore(char16_t const* s, int n = -1)
     {
-        BecomeEmpty();
         if (static_cast<unsigned>(n) <= kInlineLength && s != nullptr) {
             CopyShort(m_units, s, static_cast<unsigned>(n));
             m_units[kFormSlot] = static_cast<char16_t>(n);
@@ -142,15 +102,10 @@ public:
     /// Wide text, n wchar_t units.
     TStringCore(wchar_t const* s, int n = -1);
     /// Null is empty text.
-    TStringCore(std::nullptr_t) noexcept { BecomeEmpty(); }
+    TStringCore(std::nullptr_t) noexcept {}
     /// The view's units. A length above int is cut to it, and where that makes it negative, it means up to the first 0.
     TStringCore(TStringView v) : TStringCore(v.data(), v.length()) {}
-    ~TStringCore()
-    {
-        if (IsBlock()) {
-            Release(Block());
-        }
-    }
+    ~TStringCore() = default;
     /// @}
 
     /// @name Factories
@@ -215,24 +170,10 @@ public:
 
     /// @name Assignment
     /// @{
-    TStringCore& operator=(TStringCore const& other)
-    {
-        if (!IsBlock() && !other.IsBlock()) {
-            std::memmove(m_units, other.m_units, sizeof m_units);
-        } else {
-            AssignShared(other);
-        }
-        return *this;
-    }
-    TStringCore& operator=(TStringCore&& other) noexcept
-    {
-        if (this != &other) {
-            AssignMoved(other);
-        }
-        return *this;
-    }
+    TStringCore& operator=(TStringCore const& other) noexcept = default;
+    TStringCore& operator=(TStringCore&& other) noexcept = default;
     /// From a view, text of any kind, or a character.
-    template<qvxsys::detail::TextOrCharacter T>
+    template<qvxsys::detail::TextArgument T>
     requires(!std::derived_from<T, TStringCore> && !std::same_as<T, std::nullptr_t>) TStringCore& operator=(T const& t)
     {
         if constexpr (TCType::Character<T>) {
@@ -246,6 +187,13 @@ public:
     TStringCore& assign(TStringCore const& other) { return *this = other; }
     TStringCore& assign(TStringView v) { return assign(v.data(), v.length()); }
     TStringCore& assign(char const* utf8, int n = -1);
+    TStringCore& assign(char8_t const* utf8, int n = -1) { return assign(reinterpret_cast<char const*>(utf8), n); }
+    template<qvxsys::detail::StandardString T>
+    TStringCore& assign(T const& text)
+    {
+        auto const units = qvxsys::detail::UnitsOfStandard(text);
+        return assign(units.data(), qvxsys::detail::CheckedLength(units.size()));
+    }
     /// A source at the string's own start truncates to 0 <= n < length and otherwise changes nothing; one inside the
     /// text keeps those n units (up to the end for a larger n, up to a 0 unit for a negative one).
     TStringCore& assign(char16_t const* s, int n = -1);
@@ -271,6 +219,14 @@ public:
     /// UTF-8, n bytes: malformed parts become U+FFFD, one for each maximal subpart. Throws "Appended string is too
     /// long" for a terminated text above 0x7FFFFFFF bytes. The room of n units is reserved.
     TStringCore& append(char const* utf8, int n = -1);
+    TStringCore& append(char8_t const* utf8, int n = -1) { return append(reinterpret_cast<char const*>(utf8), n); }
+    /// The standard library's strings and views; throws "Appended string is too long" above 0x7FFFFFFF units.
+    template<qvxsys::detail::StandardString T>
+    TStringCore& append(T const& text)
+    {
+        auto const units = qvxsys::detail::UnitsOfStandard(text);
+        return append(units.data(), qvxsys::detail::CheckedLength(units.size()));
+    }
     /// n units. From inside the string's own text: up to its end for a negative n or one past the end.
     TStringCore& append(char16_t const* s, int n = -1)
     {
@@ -295,7 +251,7 @@ public:
     /// One code point; a value above U+10FFFF becomes U+FFFD.
     TStringCore& append32(char32_t c) { return append(c); }
 
-    template<qvxsys::detail::TextOrCharacter T>
+    template<qvxsys::detail::TextArgument T>
     void push_back(T const& t)
     {
         append(t);
@@ -303,208 +259,11 @@ public:
     void push_back32(char32_t c) { append(c); }
 
     TStringCore& operator+=(TStringCore const& s) { return append(s); }
-    TStringCore& operator+=(TStringView v) { return append(v); }
-    TStringCore& operator+=(char const* utf8) { return append(utf8); }
-    TStringCore& operator+=(char16_t const* s) { return append(s); }
-    TStringCore& operator+=(wchar_t const* s) { return append(s); }
-    template<TCType::Character C>
-    TStringCore& operator+=(C c)
+    template<qvxsys::detail::TextArgument A = TStringView>
+    TStringCore& operator+=(A const& text)
     {
-        return append(c);
+        return append(text);
     }
-    /// @}
-
-    /// @name Inserting
-    /// Before the unit at `pos`; a position below 0 means 0, one past the end means the end.
-    /// @{
-    TStringCore& insert(int pos, TStringView v);
-    template<qvxsys::detail::TextPointer P>
-    TStringCore& insert(int pos, P s, int n = -1)
-    {
-        if constexpr (std::convertible_to<P, char16_t const*>) {
-            return InsertUnits(pos, s, n);
-        } else {
-            return insert(pos, TStringCore(s, n).view());
-        }
-    }
-    template<TCType::Character C>
-    TStringCore& insert(int pos, C c)
-    {
-        qvxsys::detail::UnitsOf const units(c);
-        return insert(pos, units.View());
-    }
-
-    TStringCore& prepend(TStringView v) { return insert(0, v); }
-    template<qvxsys::detail::TextPointer P>
-    TStringCore& prepend(P s, int n = -1)
-    {
-        return insert(0, s, n);
-    }
-    template<TCType::Character C>
-    TStringCore& prepend(C c)
-    {
-        return insert(0, c);
-    }
-    TStringCore& prepend32(char32_t c) { return insert(0, c); }
-    template<qvxsys::detail::TextOrCharacter T>
-    void push_front(T const& t)
-    {
-        prepend(t);
-    }
-    void push_front32(char32_t c) { insert(0, c); }
-    /// @}
-
-    /// @name Size and storage
-    /// @{
-    [[nodiscard]] int length() const noexcept { return IsBlock() ? Block()->length : m_units[kFormSlot]; }
-    [[nodiscard]] std::size_t size() const noexcept { return static_cast<std::size_t>(length()); }
-    /// 2 x length.
-    [[nodiscard]] std::size_t lengthInBytes() const noexcept { return size() * sizeof(char16_t); }
-    /// A pair counts once, a lone surrogate once. Linear.
-    [[nodiscard]] int lengthInCodePoints() const noexcept { return view().lengthInCodePoints(); }
-    [[nodiscard]] bool empty() const noexcept { return length() == 0; }
-    [[nodiscard]] bool isEmpty() const noexcept { return length() == 0; }
-
-    /// Of a terminated text; 0 for null. Wide text counts as the UTF-16 it stands for.
-    [[nodiscard]] static int length(char16_t const* s) noexcept;
-    template<qvxsys::detail::WidePointer W>
-    [[nodiscard]] static int length(W const& s) noexcept
-    {
-        return WideLength(s);
-    }
-    [[nodiscard]] static std::size_t lengthInBytes(char16_t const* s) noexcept;
-    template<qvxsys::detail::WidePointer W>
-    [[nodiscard]] static std::size_t lengthInBytes(W const& s) noexcept
-    {
-        return static_cast<std::size_t>(WideLength(s)) * sizeof(char16_t);
-    }
-    [[nodiscard]] static int lengthInCodePoints(char16_t const* s) noexcept;
-    template<qvxsys::detail::WidePointer W>
-    [[nodiscard]] static int lengthInCodePoints(W const& s)
-    {
-        return TStringCore(s).lengthInCodePoints();
-    }
-
-    /// The units that fit without a new allocation, the terminator's included: 15 in the object, else the block's.
-    [[nodiscard]] int capacity() const noexcept { return IsBlock() ? Block()->capacity : kInlineCapacity; }
-    /// Room for n units; never shrinks. A shared block is detached. Throws "Negative allocation size; probable
-    /// overflow" for a negative n.
-    void reserve(int n);
-    /// Sets the length; units behind the old length are left as they are in memory: write them. A negative n counts as
-    /// 0.
-    void resize(int n) { SetLength(n); }
-    /// Gives back unused room. Up to 14 units return into the object unless the block is shared; a shared block is
-    /// detached at the size needed.
-    void squeeze();
-    /// The empty string, without a block.
-    void clear() noexcept
-    {
-        if (IsBlock()) {
-            Release(Block());
-        }
-        BecomeEmpty();
-    }
-    void swap(TStringCore& other) noexcept
-    {
-        char16_t units[kSlots];
-        std::memcpy(units, m_units, sizeof units);
-        std::memcpy(m_units, other.m_units, sizeof units);
-        std::memcpy(other.m_units, units, sizeof units);
-    }
-    friend void swap(TStringCore& a, TStringCore& b) noexcept { a.swap(b); }
-    /// @}
-
-    /// @name Element access
-    /// An index i with 0 <= i <= length is valid; at the length stands the terminating 0. Members on a non-const string
-    /// detach.
-    /// @{
-    /// Throws "TStringCore::at(int): argument out of range."
-    [[nodiscard]] char16_t at(int i) const
-    {
-        if (static_cast<unsigned>(i) > static_cast<unsigned>(length())) {
-            ThrowOutOfRange("TStringCore::at(int): argument out of range.");
-        }
-        return constData()[i];
-    }
-    /// Throws "TStringCore::operator[int] argument out of range."
-    [[nodiscard]] char16_t& operator[](int i)
-    {
-        if (static_cast<unsigned>(i) > static_cast<unsigned>(length())) {
-            ThrowOutOfRange("TStringCore::operator[int] argument out of range.");
-        }
-        return data()[i];
-    }
-    /// Throws "TStringCore::operator[int] const argument out of range."
-    [[nodiscard]] char16_t operator[](int i) const
-    {
-        if (static_cast<unsigned>(i) > static_cast<unsigned>(length())) {
-            ThrowOutOfRange("TStringCore::operator[int] const argument out of range.");
-        }
-        return constData()[i];
-    }
-    /// Throws "TStringCore::operator[size_type] argument out of range."
-    [[nodiscard]] char16_t& operator[](std::size_t i)
-    {
-        if (i > size()) {
-            ThrowOutOfRange("TStringCore::operator[size_type] argument out of range.");
-        }
-        return data()[i];
-    }
-    /// Throws "TStringCore::operator[size_type] const argument out of range."
-    [[nodiscard]] char16_t operator[](std::size_t i) const
-    {
-        if (i > size()) {
-            ThrowOutOfRange("TStringCore::operator[size_type] const argument out of range.");
-        }
-        return constData()[i];
-    }
-    /// Other integer types work as size_t does, and a negative value is out of range.
-    template<qvxsys::detail::OtherIndex I>
-    [[nodiscard]] char16_t& operator[](I i)
-    {
-        return (*this)[IndexOf(i)];
-    }
-    template<qvxsys::detail::OtherIndex I>
-    [[nodiscard]] char16_t operator[](I i) const
-    {
-        return (*this)[IndexOf(i)];
-    }
-
-    /// The first and the last unit; of an empty string the terminator.
-    [[nodiscard]] char16_t front() const noexcept { return constData()[0]; }
-    [[nodiscard]] char16_t& front() { return data()[0]; }
-    [[nodiscard]] char16_t back() const noexcept { return constData()[LastIndex()]; }
-    [[nodiscard]] char16_t& back() { return data()[LastIndex()]; }
-
-    [[nodiscard]] char16_t const* data() const noexcept QVXSYS_LIFETIME_BOUND { return constData(); }
-    [[nodiscard]] char16_t const* constData() const noexcept QVXSYS_LIFETIME_BOUND
-    {
-        return IsBlock() ? Block()->Text() : m_units;
-    }
-    /// Detaches. The terminator may be read, not changed.
-    [[nodiscard]] char16_t* data() QVXSYS_LIFETIME_BOUND
-    {
-        if (!IsBlock()) {
-            return m_units;
-        }
-        if (IsShared(Block())) {
-            Detach(Block()->capacity);
-        }
-        return Block()->Text();
-    }
-
-    [[nodiscard]] iterator begin() QVXSYS_LIFETIME_BOUND { return data(); }
-    [[nodiscard]] iterator end() QVXSYS_LIFETIME_BOUND { return data() + length(); }
-    [[nodiscard]] const_iterator begin() const noexcept QVXSYS_LIFETIME_BOUND { return constData(); }
-    [[nodiscard]] const_iterator end() const noexcept QVXSYS_LIFETIME_BOUND { return constData() + length(); }
-    [[nodiscard]] const_iterator cbegin() const noexcept QVXSYS_LIFETIME_BOUND { return begin(); }
-    [[nodiscard]] const_iterator cend() const noexcept QVXSYS_LIFETIME_BOUND { return end(); }
-    [[nodiscard]] reverse_iterator rbegin() { return reverse_iterator(end()); }
-    [[nodiscard]] reverse_iterator rend() { return reverse_iterator(begin()); }
-    [[nodiscard]] const_reverse_iterator rbegin() const noexcept { return const_reverse_iterator(end()); }
-    [[nodiscard]] const_reverse_iterator rend() const noexcept { return const_reverse_iterator(begin()); }
-    [[nodiscard]] const_reverse_iterator crbegin() const noexcept { return rbegin(); }
-    [[nodiscard]] const_reverse_iterator crend() const noexcept { return rend(); }
     /// @}
 
     /// @name Code points
@@ -543,109 +302,53 @@ public:
     /// At most n units, ending at a common 0 unit; a negative n means the longer of the two terminated lengths.
     [[nodiscard]] static int compareN(char16_t const* a, char16_t const* b, int n,
                                       CaseSensitivity cs = CaseSensitive) noexcept;
+    /// Wide texts; n counts the UTF-16 units they stand for.
+    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V>
+    [[nodiscard]] static int compare(W const& a, V const& b, CaseSensitivity cs = CaseSensitive)
+    {
+        return TStringCore(a).compare(TStringCore(b), cs);
+    }
+    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V>
+    [[nodiscard]] static int compareN(W const& a, V const& b, int n, CaseSensitivity cs = CaseSensitive)
+    {
+        return compareN(TStringCore(a).constData(), TStringCore(b).constData(), n, cs);
+    }
     /// @}
 
-    /// Equal lengths and equal units up to the first 0 unit, so strings of one length that agree up to an embedded 0
-    /// are equal.
-    friend bool operator==(TStringCore const& a, TStringCore const& b) noexcept
-    {
-        int const length = a.length();
-        if (length != b.length()) {
-            return false;
-        }
-        char16_t const* const left = a.constData();
-        char16_t const* const right = b.constData();
-        return left == right || std::memcmp(left, right, static_cast<std::size_t>(length) * sizeof(char16_t)) == 0 ||
-               AgreeUpToZero(left, right);
-    }
-    /// Against a terminated text: units up to the first difference or the common terminator; null is empty text.
-    template<qvxsys::detail::StringPointer P>
-    friend bool operator==(TStringCore const& a, P b)
-    {
-        return a.compare(b) == 0;
-    }
-    template<qvxsys::detail::StringPointer P>
-    friend bool operator==(P a, TStringCore const& b)
-    {
-        return b.compare(a) == 0;
-    }
-    friend bool operator==(TStringCore const& a, std::nullptr_t) noexcept { return a.constData()[0] == 0; }
-    /// Exactly the character's one or two units.
-    template<TCType::Character C>
-    friend bool operator==(TStringCore const& a, C c) noexcept
-    {
-        return qvxsys::detail::UnitsOf(c).Is(a.constData(), a.size());
-    }
-    /// By code unit up to the first difference or the common terminator, so what follows an embedded 0 does not count.
-    friend std::weak_ordering operator<=>(TStringCore const& a, TStringCore const& b) noexcept
-    {
-        return a.compare(b) <=> 0;
-    }
-    // Spelled out beside <=>: a string converts to a pointer, and std::less<> and its kin compare such types as
-    // pointers unless they find the operator by its name.
-    friend bool operator<(TStringCore const& a, TStringCore const& b) noexcept { return a.compare(b) < 0; }
-    friend bool operator<=(TStringCore const& a, TStringCore const& b) noexcept { return a.compare(b) <= 0; }
-    friend bool operator>(TStringCore const& a, TStringCore const& b) noexcept { return a.compare(b) > 0; }
-    friend bool operator>=(TStringCore const& a, TStringCore const& b) noexcept { return a.compare(b) >= 0; }
-    template<qvxsys::detail::StringPointer P>
-    friend std::weak_ordering operator<=>(TStringCore const& a, P b)
-    {
-        return a.compare(b) <=> 0;
-    }
-    /// By the first unit only (by two for a character of two units), the empty string first; a longer string that
-    /// begins with the character is greater.
-    template<TCType::Character C>
-    friend std::weak_ordering operator<=>(TStringCore const& a, C c) noexcept
-    {
-        if (a == c) {
-            return std::weak_ordering::equivalent;
-        }
-        bool const less = qvxsys::detail::UnitsOf(c).CompareStart(a.constData(), a.size()) < 0;
-        return less ? std::weak_ordering::less : std::weak_ordering::greater;
-    }
-
-    /// @name Concatenation
-    /// A copy of the left operand with the right one appended. A left operand that is a temporary is appended to in
-    /// place.
+    /// @name Searching in raw text
+    /// The position of the first match at or after `from`, or -1. A negative `from` counts from the end, and a start
+    /// outside [0, length) finds nothing. A needle that is null, of length 0 or begins with a 0 unit is empty and found
+    /// at the start; a negative needle length means up to its 0 unit. Wide text counts as the UTF-16 it stands for.
     /// @{
-    friend TStringCore operator+(TStringCore const& a, TStringCore const& b) { return Concatenated(a, b.view()); }
-    friend TStringCore operator+(TStringCore const& a, TStringView b) { return Concatenated(a, b); }
-    friend TStringCore operator+(TStringView a, TStringCore const& b) { return Concatenated(TStringCore(a), b.view()); }
-    friend TStringCore operator+(TStringCore const& a, char16_t const* b) { return Concatenated(a, TStringView(b)); }
-    friend TStringCore operator+(char16_t const* a, TStringCore const& b)
+    [[nodiscard]] static int findStr(char16_t const* haystack, int haystackLength, char16_t const* needle,
+                                     int needleLength, int from, CaseSensitivity cs = CaseSensitive);
+    [[nodiscard]] static int findStr(char16_t const* haystack, int haystackLength, char16_t const* needle,
+                                     int needleLength, CaseSensitivity cs = CaseSensitive)
     {
-        return Concatenated(TStringCore(a), b.view());
+        return findStr(haystack, haystackLength, needle, needleLength, 0, cs);
     }
-    friend TStringCore operator+(TStringCore const& a, wchar_t const* b) { return TStringCore(a).append(b); }
-    friend TStringCore operator+(wchar_t const* a, TStringCore const& b) { return TStringCore(a).append(b); }
-    friend TStringCore operator+(TStringCore const& a, char const* utf8) { return TStringCore(a).append(utf8); }
-    friend TStringCore operator+(char const* utf8, TStringCore const& b) { return TStringCore(utf8).append(b); }
-    template<TCType::Character C>
-    friend TStringCore operator+(TStringCore const& a, C c)
+    /// Terminated texts.
+    [[nodiscard]] static int findStr(char16_t const* haystack, char16_t const* needle, int from = 0,
+                                     CaseSensitivity cs = CaseSensitive)
     {
-        qvxsys::detail::UnitsOf const units(c);
-        return Concatenated(a, units.View());
+        return findStr(haystack, length(haystack), needle, -1, from, cs);
     }
-    template<TCType::Character C>
-    friend TStringCore operator+(C c, TStringCore const& b)
+    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V, class... Rest>
+    [[nodiscard]] static int findStr(W const& haystack, int haystackLength, V const& needle, int needleLength,
+                                     Rest... rest)
     {
-        return TStringCore(c, 1).append(b);
+        TStringCore const text(haystack, haystackLength < 0 ? 0 : haystackLength);
+        TStringCore const wanted(needle, needleLength);
+        return findStr(text.constData(), text.length(), wanted.constData(), wanted.length(), rest...);
     }
-    template<std::same_as<TStringCore> S, class T>
-    requires qvxsys::detail::Appendable<S, T>
-    friend TStringCore operator+(S&& a, T const& b)
+    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V, class... Rest>
+    [[nodiscard]] static int findStr(W const& haystack, V const& needle, Rest... rest)
     {
-        a.append(b);
-        return static_cast<TStringCore&&>(a);
+        return findStr(TStringCore(haystack).constData(), TStringCore(needle).constData(), rest...);
     }
-    // As a string converts to a pointer, these would step along the text.
-    template<std::integral I>
-    requires(!TCType::Character<I>) friend TStringCore operator+(TStringCore const& a, I n) = delete;
-    template<std::integral I>
-    requires(!TCType::Character<I>) friend TStringCore operator+(I n, TStringCore const& a) = delete;
-    template<class T>
-    friend void operator-(TStringCore const& a, T const& b) = delete;
     /// @}
+
+    friend void swap(TStringCore& a, TStringCore& b) noexcept { a.swap(b); }
 
     /// @name Numbers
     /// ASCII digits, whatever the locale.
@@ -750,6 +453,8 @@ private:
     static TStringCore SignedText(long long v, int base, int width, Fill fill);
     static TStringCore UnsignedText(unsigned long long v, int base, int width, Fill fill);
     static TStringCore DoubleText(double v, char format, int precision, bool withPoint);
+    static TStringCore PrintedText(double v, char format, int precision, bool withPoint);
+    static TStringCore FixedText(std::uint64_t digits, int precision, bool negative);
     static TStringCore DecimalText(std::uint64_t v, bool negative);
     static TStringCore ShortDecimalText(std::uint64_t v, bool negative);
     static TStringCore LongDecimalText(std::uint64_t v, bool negative);
@@ -759,80 +464,8 @@ private:
 
 private:
     friend class TCodePointReference;
+    friend class qvxsys::detail::StringOperators<TStringCore, TStringView>;
 
-    static constexpr int kSlots = 16;
-    static constexpr int kFormSlot = 15;
-
-    // The form: slot 15 is the inline length, or negative (as a signed 16-bit value) when the first slots hold a block.
-    [[nodiscard]] bool IsBlock() const noexcept { return static_cast<std::int16_t>(m_units[kFormSlot]) < 0; }
-    [[nodiscard]] TStringBlock* Block() const noexcept
-    {
-        TStringBlock* block;
-        std::memcpy(&block, m_units, sizeof block);
-        return block;
-    }
-    void SetBlock(TStringBlock* block) noexcept
-    {
-        std::memcpy(m_units, &block, sizeof block);
-        m_units[kFormSlot] = static_cast<char16_t>(-1);
-    }
-    void BecomeEmpty() noexcept { std::memset(m_units, 0, sizeof m_units); }
-    void SetInlineLength(int n) noexcept
-    {
-        m_units[kFormSlot] = static_cast<char16_t>(n);
-        m_units[n] = 0;
-    }
-
-    static std::atomic_ref<std::int32_t> References(TStringBlock* block) noexcept
-    {
-        return std::atomic_ref<std::int32_t>(block->references);
-    }
-    /// Acquire: what other owners read before they let go happens before we write.
-    [[nodiscard]] static bool IsShared(TStringBlock* block) noexcept
-    {
-        return References(block).load(std::memory_order_acquire) > 1;
-    }
-    static void Release(TStringBlock* block) noexcept
-    {
-        // A sole owner needs no decrement: nobody else can be taking a reference.
-        if (!IsShared(block) || References(block).fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            FreeBlock(block);
-        }
-    }
-
-    /// n <= 14 units by at most two possibly overlapping moves.
-    static void CopyShort(char16_t* to, char16_t const* from, unsigned n) noexcept
-    {
-        // Where the source is an array the compiler knows but the length is not, it would warn of the branches for
-        // lengths the array does not have: keep it from looking.
-        if (!__builtin_constant_p(n)) {
-            __asm__("" : "+r"(from));
-        }
-        if (n >= 8) {
-            CopyEnds<16>(to, from, n);
-        } else if (n >= 4) {
-            CopyEnds<8>(to, from, n);
-        } else if (n >= 2) {
-            CopyEnds<4>(to, from, n);
-        } else if (n == 1) {
-            *to = *from;
-        }
-    }
-    template<std::size_t Bytes>
-    static void CopyEnds(char16_t* to, char16_t const* from, unsigned n) noexcept
-    {
-        struct Chunk
-        {
-            unsigned char bytes[Bytes];
-        } first, last;
-        std::size_t const offset = n - Bytes / sizeof(char16_t);
-        std::memcpy(&first, from, Bytes);
-        std::memcpy(&last, from + offset, Bytes);
-        std::memcpy(to, &first, Bytes);
-        std::memcpy(to + offset, &last, Bytes);
-    }
-
-    /// Appends n <= 14 units where a block has room for them; false where something else has to be done.
     bool AppendShort(char16_t const* s, unsigned n)
     {
         if (!IsBlock()) {
@@ -875,17 +508,6 @@ private:
         AppendUnitSlow(c);
     }
 
-    template<class I>
-    static std::size_t IndexOf(I i) noexcept
-    {
-        // A negative index becomes one that no string reaches.
-        return static_cast<std::size_t>(i);
-    }
-    [[nodiscard]] int LastIndex() const noexcept { return length() > 0 ? length() - 1 : 0; }
-
-    static void FreeBlock(TStringBlock* block) noexcept;
-    [[noreturn]] static void ThrowOutOfRange(char const* message);
-    static int WideLength(wchar_t const* s) noexcept;
     static bool AgreeUpToZero(char16_t const* a, char16_t const* b) noexcept;
     static TStringCore Concatenated(TStringCore const& a, TStringView b)
     {
@@ -905,39 +527,48 @@ private:
     }
     static TStringCore ConcatenatedInBlock(TStringCore const& a, TStringView b);
 
-    static int GrownCapacity(int n) noexcept;
-    static int AddLengths(int a, int b);
-    static TStringBlock* Reallocate(TStringBlock* block, int capacity);
-    void Detach(int capacity);
-    void MoveToBlock(int capacity);
-    void SetCapacity(int target);
-    char16_t* SetLength(int n);
-    void StoreLength(int n) noexcept;
-    char16_t* Grow(int by);
-
-    void AssignShared(TStringCore const& other) noexcept;
-    void AssignMoved(TStringCore& other) noexcept;
-    TStringCore& AssignCopies(qvxsys::detail::UnitsOf units, int n);
     void AppendUnitSlow(char16_t c);
     void AppendForeign(char16_t const* s, int n);
     TStringCore& AppendUnits(char16_t const* s, int n);
     void ConvertUtf8(int at, char const* s, int n);
     template<class CodePoint>
     void ConvertUtf32(int at, CodePoint const* s, int n, bool measured);
-    TStringCore& InsertUnits(int pos, char16_t const* s, int n);
-    void ReplaceUnits(int pos, int count, char16_t const* units, int n);
 
-    /// True when p points into the text or at its terminator.
-    [[nodiscard]] bool inSelf(char16_t const* p) const noexcept;
     void appendFromSelf(char16_t const* s, int n);
     bool appendHandleSelf(char16_t const* s, int n);
     /// Appends a unit unless it is 0.
     void appendHandleSingleCodeUnit(char16_t c);
     bool _assignHandleSelf(char16_t const* s, int n);
-
-    alignas(8) char16_t m_units[kSlots];
 };
 static_assert(sizeof(TStringCore) == 32 && alignof(TStringCore) == 8);
+
+inline TStringCore& TStringEditing::Self() noexcept
+{
+    return static_cast<TStringCore&>(*this);
+}
+
+inline TStringCore const& TStringEditing::Self() const noexcept
+{
+    return static_cast<TStringCore const&>(*this);
+}
+
+template<qvxsys::detail::TextArgument A>
+TStringCore TStringEditing::join(std::vector<TStringCore> const& parts, A const& separator)
+{
+    return Join(parts, qvxsys::detail::ToView(separator));
+}
+
+template<qvxsys::detail::TextArgument A>
+TStringCore TStringEditing::join(std::vector<TStringView> const& parts, A const& separator)
+{
+    return Join(parts, qvxsys::detail::ToView(separator));
+}
+
+/// Flags can be combined.
+constexpr TStringCore::SectionFlags operator|(TStringCore::SectionFlags a, TStringCore::SectionFlags b) noexcept
+{
+    return static_cast<TStringCore::SectionFlags>(static_cast<int>(a) | static_cast<int>(b));
+}
 
 // What needs the class complete.
 #include <qvxsys/CodePointView.h>

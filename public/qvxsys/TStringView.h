@@ -6,6 +6,8 @@
 //     TStringView const value = line.mid(6);                      // "value"
 //     for (char32_t const c : value.codePoints()) { ... }
 //
+// Searching, splitting, sections, trimmed and changed copies it shares with TStringCore: see TTextReading.h.
+//
 // A view is valid only while the text it points to is unchanged; it is not terminated. Do not keep one in an object
 // that outlives the text: keep a TStringCore (which shares its block) instead. Views are plain values, as thread-safe
 // as the text they point to. Lengths and indexes are code units; slicing never throws.
@@ -24,10 +26,9 @@
 #include <vector>
 
 #include <qvxsys/Platform.h>
+#include <qvxsys/TTextReading.h>
 #include <qvxsys/TextArguments.h>
 
-template<class Container>
-class TConstCodePointIterator;
 template<class Container>
 class TCodePointRange;
 
@@ -46,7 +47,7 @@ namespace qvxsys::detail {
 
 } // namespace qvxsys::detail
 
-class QVXSYS_API TStringView
+class QVXSYS_API TStringView : public TTextReading<TStringView, TStringCore, TStringView, CaseCompare, EmptyParts>
 {
 public:
     using value_type = char16_t;
@@ -151,160 +152,43 @@ public:
     [[nodiscard]] code_point_iterator iteratorFrom(code_point_iterator const& other) const QVXSYS_LIFETIME_BOUND;
     /// @}
 
-    /// @name Searching
-    /// Positions are code units. A negative start counts from the end; a start outside the view finds nothing. An empty
-    /// text is found at the start (but never in an empty view). Insensitive search folds unit by unit.
-    /// Each also takes wide text; a character is any of char, char16_t, wchar_t and char32_t.
+    /// @name Comparing
     /// @{
-    /// True when the view begins with a text; false for an empty one. Units behind a common 0 unit do not count.
-    [[nodiscard]] bool startsWith(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const noexcept;
-    [[nodiscard]] bool endsWith(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const noexcept;
-
-    [[nodiscard]] bool contains(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const;
-
-    /// The positions at which the text is found, overlapping ones included.
-    [[nodiscard]] int count(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const;
-    /// The occurrences of a code point; the fast way to count a single unit, too.
-    [[nodiscard]] int count32(char32_t c, CaseCompare cs = CaseCompare::Sensitive) const;
-
-    /// The position of the first match at or after `from`, or -1.
-    [[nodiscard]] int indexOf(TStringView text, int from = 0, CaseCompare cs = CaseCompare::Sensitive) const;
-    /// The position of the last match that begins at or before `from`, or -1.
-    [[nodiscard]] int lastIndexOf(TStringView text, int from = -1, CaseCompare cs = CaseCompare::Sensitive) const;
-
-    /// The first and the last match as an iterator, codepoint_cend() when there is none.
-    [[nodiscard]] code_point_iterator find(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const;
-    [[nodiscard]] code_point_iterator find(TStringView text, code_point_iterator const& from,
-                                           CaseCompare cs = CaseCompare::Sensitive) const;
-    [[nodiscard]] code_point_iterator findLast(TStringView text, CaseCompare cs = CaseCompare::Sensitive) const;
-    [[nodiscard]] code_point_iterator findLast(TStringView text, code_point_iterator const& from,
-                                               CaseCompare cs = CaseCompare::Sensitive) const;
-
-    /// The position of the first unit, at or after `from`, that is (is not) in a set of units; -1 when there is none.
-    [[nodiscard]] int findOneOf(TStringView set, int from = 0) const noexcept;
-    [[nodiscard]] int findOneNotOf(TStringView set, int from = 0) const noexcept;
-    /// The same from an iterator on; codepoint_cend() when there is none.
-    [[nodiscard]] code_point_iterator findOneOf(TStringView set, code_point_iterator const& from) const;
-    [[nodiscard]] code_point_iterator findOneNotOf(TStringView set, code_point_iterator const& from) const;
-    /// @}
-
-    /// @name Splitting
-    /// The parts are views of the same text.
-    /// @{
-    /// The parts between occurrences of a separator. An empty separator gives no parts; an empty view gives one empty
-    /// part when empty parts are kept.
-    [[nodiscard]] std::vector<TStringView> split(TStringView separator, EmptyParts empty = EmptyParts::Keep,
-                                                 CaseCompare cs = CaseCompare::Sensitive) const;
-    /// The parts between units of a set. An empty set gives no parts.
-    [[nodiscard]] std::vector<TStringView> splitOnAny(TStringView set, EmptyParts empty = EmptyParts::Keep) const;
-    /// The non-empty runs of units outside a set of delimiters.
-    [[nodiscard]] std::vector<TStringView> tokenize(TStringView delimiters) const;
+    /// -1, 0 or 1: by code unit, 0 units too; of two texts one of which begins with the other the shorter one is the
+    /// smaller. A strict order, unlike the operators.
+    template<qvxsys::detail::TextArgument A = TStringView>
+    [[nodiscard]] int compare(A const& text, CaseCompare cs = CaseCompare::Sensitive) const
+    {
+        return Compare(qvxsys::detail::ToView(text), cs);
+    }
     /// @}
 
     /// @name Trimming
-    /// Drops white space (TCType::isSpace32) or code points of a set from the ends. The first three change the view and
-    /// return it; `trimmed` returns a trimmed view.
+    /// Drops white space (TCType::isSpace32), or code points of a set (a text or a character), from the ends of this
+    /// view. `trimmed` gives a trimmed view instead.
     /// @{
-    TStringView& trimLeft() noexcept;
-    TStringView& trimRight() noexcept;
-    TStringView& trim() noexcept;
-    TStringView& trimLeft(TStringView set) noexcept;
-    TStringView& trimRight(TStringView set) noexcept;
-    TStringView& trim(TStringView set) noexcept;
-    [[nodiscard]] TStringView trimmed() const noexcept;
-    [[nodiscard]] TStringView trimmed(TStringView set) const noexcept;
-    /// @}
-
-    // Wide text and single characters for the members above: each stands for the view of its units.
-    template<qvxsys::detail::ViewArgument A>
-    [[nodiscard]] int count(A const& a, CaseCompare cs = CaseCompare::Sensitive) const
-    {
-        if constexpr (TCType::Character<A>) {
-            return count32(TCType::detail::CodePointOf(a), cs);
-        } else {
-            return count(TStringView(qvxsys::detail::ToView(a)), cs);
-        }
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] bool startsWith(A const& a, Rest const&... rest) const
-    {
-        return startsWith(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] bool endsWith(A const& a, Rest const&... rest) const
-    {
-        return endsWith(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] bool contains(A const& a, Rest const&... rest) const
-    {
-        return contains(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] int indexOf(A const& a, Rest const&... rest) const
-    {
-        return indexOf(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] int lastIndexOf(A const& a, Rest const&... rest) const
-    {
-        return lastIndexOf(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] auto find(A const& a, Rest const&... rest) const
-    {
-        return find(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] auto findLast(A const& a, Rest const&... rest) const
-    {
-        return findLast(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] auto findOneOf(A const& a, Rest const&... rest) const
-    {
-        return findOneOf(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] auto findOneNotOf(A const& a, Rest const&... rest) const
-    {
-        return findOneNotOf(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] std::vector<TStringView> split(A const& a, Rest const&... rest) const
-    {
-        return split(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] std::vector<TStringView> splitOnAny(A const& a, Rest const&... rest) const
-    {
-        return splitOnAny(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A, class... Rest>
-    [[nodiscard]] std::vector<TStringView> tokenize(A const& a, Rest const&... rest) const
-    {
-        return tokenize(TStringView(qvxsys::detail::ToView(a)), rest...);
-    }
-    template<qvxsys::detail::ViewArgument A>
+    TStringView& trimLeft() noexcept { return *this = qvxsys::detail::Trimmed(*this, true, false); }
+    TStringView& trimRight() noexcept { return *this = qvxsys::detail::Trimmed(*this, false, true); }
+    TStringView& trim() noexcept { return *this = qvxsys::detail::Trimmed(*this, true, true); }
+    template<qvxsys::detail::TextArgument A = TStringView>
     TStringView& trimLeft(A const& set)
     {
-        return trimLeft(TStringView(qvxsys::detail::ToView(set)));
+        return *this = qvxsys::detail::Trimmed(*this, qvxsys::detail::ToView(set), true, false);
     }
-    template<qvxsys::detail::ViewArgument A>
+    template<qvxsys::detail::TextArgument A = TStringView>
     TStringView& trimRight(A const& set)
     {
-        return trimRight(TStringView(qvxsys::detail::ToView(set)));
+        return *this = qvxsys::detail::Trimmed(*this, qvxsys::detail::ToView(set), false, true);
     }
-    template<qvxsys::detail::ViewArgument A>
+    template<qvxsys::detail::TextArgument A = TStringView>
     TStringView& trim(A const& set)
     {
-        return trim(TStringView(qvxsys::detail::ToView(set)));
+        return *this = qvxsys::detail::Trimmed(*this, qvxsys::detail::ToView(set), true, true);
     }
-    template<qvxsys::detail::ViewArgument A>
-    [[nodiscard]] TStringView trimmed(A const& set) const
-    {
-        return trimmed(TStringView(qvxsys::detail::ToView(set)));
-    }
+    TStringView& trimLeft32(char32_t c) { return trimLeft(c); }
+    TStringView& trimRight32(char32_t c) { return trimRight(c); }
+    TStringView& trim32(char32_t c) { return trim(c); }
+    /// @}
 
     /// @name Numbers
     /// Documented at the members of TStringCore of these names.
@@ -327,6 +211,8 @@ public:
     /// @}
 
 private:
+    [[nodiscard]] int Compare(TStringView other, CaseCompare cs) const noexcept;
+
     char16_t const* m_data = nullptr;
     std::size_t m_length = 0;
 };

@@ -80,15 +80,35 @@ concept PointerTo = std::is_pointer_v<std::decay_t<T>> && std::same_as<Pointee<T
 template<class T>
 concept WidePointer = PointerTo<T, wchar_t>;
 
-/// What a function on views takes besides views.
 template<class T>
-concept ViewArgument = WidePointer<T> || TCType::Character<T>;
+concept WideContainer = std::same_as<T, std::wstring> || std::same_as<T, std::wstring_view>;
+
+/// Wide text: a terminated pointer or a standard container.
+template<class T>
+concept WideTextLike = WidePointer<T> || WideContainer<T>;
 
 template<class T>
-concept ViewOperand = std::same_as<T, TStringView> || std::convertible_to<T const&, TStringView> || WidePointer<T>;
+concept Utf8Container = std::same_as<T, std::string> || std::same_as<T, std::string_view> ||
+    std::same_as<T, std::u8string> || std::same_as<T, std::u8string_view>;
+
+/// UTF-8: a terminated pointer or a standard container.
+template<class T>
+concept Utf8Like = PointerTo<T, char> || PointerTo<T, char8_t> || Utf8Container<T>;
 
 template<class T>
 concept StandardText = std::same_as<T, std::u16string> || std::same_as<T, std::u16string_view>;
+
+/// The standard library's own strings and views, of any encoding.
+template<class T>
+concept StandardString = StandardText<T> || WideContainer<T> || Utf8Container<T>;
+
+/// What text is passed as: a string, a view, text in UTF-16, wide or UTF-8, or a character.
+template<class T>
+concept TextArgument =
+    std::convertible_to<T const&, TStringView> || WideTextLike<T> || Utf8Like<T> || TCType::Character<T>;
+
+template<class T>
+concept ViewOperand = std::same_as<T, TStringView> || std::convertible_to<T const&, TStringView> || WidePointer<T>;
 
 /// A view compared with a view or with anything that becomes one, or a string with standard text.
 template<class A, class B>
@@ -102,14 +122,9 @@ template<class I>
 concept OtherIndex = std::integral<I> && !std::same_as<I, int> && !std::same_as<I, std::size_t> &&
                      !std::same_as<I, bool> && !TCType::Character<I>;
 
-/// Text as a pointer: UTF-16 or wide, and with UTF-8 as well.
+/// Terminated text as a pointer: UTF-16 or wide.
 template<class T>
 concept StringPointer = PointerTo<T, char16_t> || PointerTo<T, wchar_t>;
-template<class T>
-concept TextPointer = StringPointer<T> || PointerTo<T, char>;
-
-template<class T>
-concept TextOrCharacter = TCType::Character<T> || TextPointer<T> || std::convertible_to<T const&, TStringView>;
 
 /// What integers come in: the integer types and enumerations that convert to them.
 template<class T>
@@ -121,13 +136,32 @@ concept Appendable = requires(S& s, T const& t)
     s.append(t);
 };
 
+/// A standard string or view as a view of char, char16_t or wchar_t.
+template<StandardString T>
+constexpr auto UnitsOfStandard(T const& text) noexcept
+{
+    using Unit = typename T::value_type;
+    if constexpr (std::same_as<Unit, char8_t>) {
+        return std::string_view(reinterpret_cast<char const*>(text.data()), text.size());
+    } else {
+        return std::basic_string_view<Unit>(text);
+    }
+}
+
+/// The length as an int; throws TStringCore::Exception "Appended string is too long" when it is above 0x7FFFFFFF.
+QVXSYS_API int CheckedLength(std::size_t length);
+
 /// The units before the terminator; `text` is not null.
 [[nodiscard]] QVXSYS_API std::size_t TerminatedLength(char16_t const* text) noexcept;
 
-// Wide text as a view, see WideText.h.
+// What a text argument is passed on as: something that converts to a view and may hold the converted text, so keep it
+// while the view is in use.
 class WideText;
-template<WidePointer W>
+class Utf8Text;
+template<WideTextLike W>
 WideText ToView(W const& text);
+template<Utf8Like U>
+Utf8Text ToView(U const& text);
 constexpr TStringView ToView(TStringView view) noexcept;
 
 } // namespace qvxsys::detail

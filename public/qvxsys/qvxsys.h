@@ -8,6 +8,7 @@
 #include <qvxsys/Format.h>
 #include <qvxsys/FormatScan.h>
 #include <qvxsys/InlineVector.h>
+#include <qvxsys/KMP.h>
 #include <qvxsys/LogicException.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/Processor.h>
@@ -22,9 +23,14 @@
 #include <qvxsys/TMemory.h>
 #include <qvxsys/TScanStringCore.h>
 #include <qvxsys/TStringCore.h>
+#include <qvxsys/TStringEditing.h>
 #include <qvxsys/TStringException.h>
+#include <qvxsys/TStringOperators.h>
+#include <qvxsys/TStringStorage.h>
 #include <qvxsys/TStringView.h>
 #include <qvxsys/TTextDecoder.h>
+#include <qvxsys/TTextReading.h>
 #include <qvxsys/TextArguments.h>
+#include <qvxsys/TextComparison.h>
 #include <qvxsys/WideText.h>
 #include <qvxsys/std.h>

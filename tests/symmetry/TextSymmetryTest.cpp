@@ -158,6 +158,138 @@ TEST(TextSymmetry, BuildingFromEveryType)
     CheckBuilding(U'\U0001F600', u"\U0001F600");
 }
 
+// Where wchar_t is a UTF-16 unit, wide text goes in and out without a copy.
+TEST(TextSymmetry, WideTextIsSharedWhereItIsUtf16)
+{
+    auto const check = [](auto const& text) {
+        if constexpr (qvxsys::kWideIsUtf16) {
+            testing_support::LeakCheck const blocks;
+            wchar_t const* const wide = text;
+            TStringView const view(wide);
+            EXPECT_EQ(static_cast<void const*>(wide), text.constData());
+            EXPECT_EQ(view.data(), text.constData());
+            EXPECT_EQ(view.size(), text.size());
+            EXPECT_TRUE(text == wide && view == wide && text.compare(wide) == 0);
+            EXPECT_TRUE(view.startsWith(wide) && view.contains(wide) && view.indexOf(wide) == 0);
+            EXPECT_EQ(blocks.Allocations(), 0u);
+        } else {
+            GTEST_SKIP() << "wchar_t is a code point of 32 bits here";
+        }
+    };
+    check(TStringCore(u'\u65E5', 100));
+}
+
+// Every reading member, on strings and views, with the argument in one type gives what it gives with the argument as a
+// view; the needle occurs in the text, and in the other case.
+template<class Text, class Argument>
+void CheckReading(Text const& text, Argument const& argument, TStringView means)
+{
+    constexpr auto kCase = [] {
+        if constexpr (kIsView<Text>) {
+            return CaseCompare::Insensitive;
+        } else {
+            return TStringCore::CaseInsensitive;
+        }
+    }();
+    EXPECT_EQ(text.startsWith(argument), text.startsWith(means));
+    EXPECT_EQ(text.endsWith(argument, kCase), text.endsWith(means, kCase));
+    EXPECT_EQ(text.contains(argument) && text.contains(argument, kCase), text.contains(means));
+    EXPECT_EQ(text.count(argument, kCase), text.count(means, kCase));
+    EXPECT_EQ(text.indexOf(argument, 1), text.indexOf(means, 1));
+    EXPECT_EQ(text.indexOf(argument, kCase), text.indexOf(means, 0, kCase));
+    EXPECT_EQ(text.lastIndexOf(argument, -2, kCase), text.lastIndexOf(means, -2, kCase));
+    EXPECT_EQ(text.lastIndexOf(argument, kCase), text.lastIndexOf(means, -1, kCase));
+    auto const start = text.codepoint_cbegin();
+    EXPECT_EQ(text.find(argument), text.find(means));
+    EXPECT_EQ(text.find(argument, start, kCase), text.find(means, start, kCase));
+    EXPECT_EQ(text.findLast(argument, kCase), text.findLast(means, kCase));
+    EXPECT_EQ(text.findLast(argument, start), text.findLast(means, start));
+    EXPECT_EQ(text.findOneOf(argument, 1), text.findOneOf(means, 1));
+    EXPECT_EQ(text.findOneNotOf(argument), text.findOneNotOf(means));
+    EXPECT_EQ(text.findOneOf(argument, start), text.findOneOf(means, start));
+    EXPECT_EQ(text.findOneNotOf(argument, start), text.findOneNotOf(means, start));
+    EXPECT_EQ(text.spanIncluding(argument) + text.spanExcluding(argument),
+              text.spanIncluding(means) + text.spanExcluding(means));
+    EXPECT_EQ(text.split(argument), text.split(means));
+    EXPECT_EQ(text.splitCopy(argument), text.splitCopy(means));
+    EXPECT_EQ(text.splitOnAny(argument), text.splitOnAny(means));
+    EXPECT_EQ(text.splitCopyOnAny(argument), text.splitCopyOnAny(means));
+    EXPECT_EQ(text.tokenize(argument), text.tokenize(means));
+    EXPECT_EQ(text.section(argument, 1), text.section(means, 1));
+    EXPECT_EQ(text.trimmed(argument), text.trimmed(means));
+    Text trimmed = text;
+    Text sameAs = text;
+    EXPECT_EQ(trimmed.trimLeft(argument), sameAs.trimLeft(means));
+    EXPECT_EQ(trimmed.trimRight(argument), sameAs.trimRight(means));
+    EXPECT_EQ(trimmed.trim(argument), sameAs.trim(means));
+}
+
+// The same for the members that edit.
+template<class Argument>
+void CheckEditing(TStringCore const& text, Argument const& argument, TStringView means)
+{
+    constexpr auto kFolded = TStringCore::CaseInsensitive;
+    EXPECT_EQ(TStringCore(text).removeAll(argument, kFolded), TStringCore(text).removeAll(means, kFolded));
+    EXPECT_EQ(TStringCore(text).removeAnyOf(argument), TStringCore(text).removeAnyOf(means));
+    EXPECT_EQ(TStringCore(text).replace(1, 2, argument), TStringCore(text).replace(1, 2, means));
+    EXPECT_EQ(TStringCore(text).replace(argument, u"new"), TStringCore(text).replace(means, u"new"));
+    EXPECT_EQ(TStringCore(text).replace(U'e', argument, kFolded), TStringCore(text).replace(U'e', means, kFolded));
+    EXPECT_EQ(TStringCore(text).replaceCount(argument, argument), TStringCore(text).replaceCount(means, means));
+    EXPECT_EQ(TStringCore(text).replaceAnyOf(argument, argument), TStringCore(text).replaceAnyOf(means, means));
+    EXPECT_EQ(TStringCore::join(text.splitCopy(u' '), argument), TStringCore::join(text.split(u' '), means));
+    EXPECT_EQ(TStringCore(text).insert(3, argument), TStringCore(text).insert(3, means));
+    EXPECT_EQ(TStringCore(argument), means);
+    EXPECT_EQ(TStringCore(text).append(argument), TStringCore(text).append(means));
+    EXPECT_EQ(TStringCore(text) + argument, text + means);
+    EXPECT_EQ(argument + TStringCore(text), means + text);
+}
+
+TEST(TextSymmetry, ReadingAndEditingWithEveryTypeOfText)
+{
+    TStringCore const text =
+        u"E\u00E9\U0001F600 text with E\u00E9\U0001F600, e\u00E9\U0001F600 and \u00E9\U0001F600 E\u00E9";
+    TStringView const view = text;
+    auto const check = [&](auto const& argument, TStringView means) {
+        CheckReading(text, argument, means);
+        CheckReading(view, argument, means);
+        CheckEditing(text, argument, means);
+    };
+    for (char16_t const* const needle : {u"E\u00E9", u" ", u"\U0001F600", u"", u"not there"}) {
+        Texts const texts{needle};
+        texts.ForEach([&](auto const& argument) { check(argument, needle); });
+        check(texts.utf8.c_str(), needle);
+        check(texts.utf8, needle);
+        check(std::string_view(texts.utf8), needle);
+        check(texts.wide, needle);
+        check(std::wstring_view(texts.wide), needle);
+        check(texts.units, needle);
+        check(std::u16string_view(texts.units), needle);
+        std::u8string const utf8(texts.utf8.begin(), texts.utf8.end());
+        check(utf8, needle);
+        check(utf8.c_str(), needle);
+    }
+    check('\xE9', u"\u00E9");
+    check(u'E', u"E");
+    check(L'\u00E9', u"\u00E9");
+    check(U'\U0001F600', u"\U0001F600");
+    check(u"E", u"E"); // an array
+    EXPECT_EQ(view.indexOf({u" text", 2}), text.indexOf(u" t"));
+}
+
+// The twins that take a code point do what the others do with one.
+TEST(TextSymmetry, CodePointTwins)
+{
+    TStringCore const text = u"\U0001F600a\U0001F600";
+    constexpr char32_t c = 0x1F600;
+    EXPECT_TRUE(text.startsWith32(c) && text.view().endsWith32(c) && text.contains32(c));
+    EXPECT_EQ(text.count32(c) + text.view().indexOf32(c, 1), 2 + 3);
+    EXPECT_EQ(TStringCore(text).removeAll32(c), u"a");
+    EXPECT_EQ(TStringCore(text).replaceAnyOf32(u"a", c), TStringCore(c, 3));
+    EXPECT_EQ(TStringCore(text).trimLeft32(c).trimRight32(c), TStringCore(text).trim32(c));
+    TStringView view = text;
+    EXPECT_EQ(view.trimLeft32(c).trimRight32(c), u"a");
+}
+
 // Strings convert to pointers; the standard library must compare texts all the same, not addresses.
 TEST(TextSymmetry, StandardAlgorithmsAndContainers)
 {

@@ -43,7 +43,9 @@ TEST(TCType, MappingsAreIcusCutToAUnit)
     EXPECT_EQ(TCType::FoldCase(U'\U00010400'), U'\U00010428');
     EXPECT_EQ(TCType::FoldCase('\xC9'), 0xE9);
     EXPECT_EQ(TCType::ToLower(L'\u00C4'), L'\u00E4');
-    EXPECT_EQ(TCType::ToUpper(L'\U00010428'), qvxsys::kWideIsUtf16 ? L'\U00010428' : L'\U00010400');
+    if constexpr (!qvxsys::kWideIsUtf16) {
+        EXPECT_EQ(TCType::ToUpper(static_cast<wchar_t>(0x10428)), static_cast<wchar_t>(0x10400));
+    }
 }
 
 TEST(TCType, EveryCharacterTypeIsTaken)

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <unicode/ucnv.h>
@@ -127,8 +128,30 @@ TEST(TStringConvert, Utf8)
     EXPECT_EQ(reused.constData(), block);
 }
 
+// The local encoding is that of ICU's default converter; for a code page of Windows its 0x1A is what cannot be encoded.
+TEST(TStringConvert, Local8BitInACodePage)
+{
+    if (std::string_view(ucnv_getDefaultName()) == "UTF-8") {
+        GTEST_SKIP() << "the local encoding is UTF-8 here";
+    }
+    std::string bytes;
+    for (int c = 0x20; c < 0x100; ++c) {
+        bytes += static_cast<char>(c);
+    }
+    std::u16string const decoded = IcuDecode(nullptr, bytes);
+    EXPECT_EQ(TStringCore::fromLocal8Bit(bytes.c_str()), decoded.c_str());
+    bool lossy = true;
+    EXPECT_EQ(TStringCore(decoded.c_str()).toLocal8Bit(&lossy), bytes);
+    EXPECT_FALSE(lossy);
+    EXPECT_EQ(TStringCore(u"a\U0001F600 b").toLocal8Bit(&lossy), "a\x1A b");
+    EXPECT_TRUE(lossy);
+}
+
 TEST(TStringConvert, Local8Bit)
 {
+    if (std::string_view(ucnv_getDefaultName()) != "UTF-8") {
+        GTEST_SKIP() << "the local encoding is not UTF-8 here but " << ucnv_getDefaultName();
+    }
     bool lossy = true;
     std::string const utf8 = "Gr\xC3\xBC\xC3\x9F"
                              "e \xF0\x9F\x98\x80";

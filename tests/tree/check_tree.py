@@ -21,6 +21,7 @@ LAYERS = {
 
 # Which layer a file belongs to: the first pattern that matches.
 FILES = [
+    (r"main/platform/", "memory"),
     (r"main/diagnostics/tmemory", "memory"),
     (r"public/qvxsys/TMemory\.h", "memory"),
     (r"public/qvxsys/Platform\.h", "memory"),
@@ -34,7 +35,8 @@ FILES = [
 ]
 
 CONDITIONALS_ALLOWED = {"public/qvxsys/Platform.h"}
-PLATFORM_SOURCE = re.compile(r"_(win|posix|linux)\.cpp$")
+WINDOWS_GATE = "main/platform/WindowsApi.h"
+WINDOWS_SOURCE = re.compile(r"_win\.cpp$")
 ICU_ALLOWED = re.compile(r"^main/(icu/|qvxsys/text/QvxICU\.cpp$)")
 SIZE_LIMIT = 1000
 
@@ -96,8 +98,10 @@ def check_file(root, path):
         quoted, included = match[1] == '"', match[2]
         if included.startswith("unicode/") and not ICU_ALLOWED.match(name):
             yield f"{where}: ICU is included outside its door"
-        if included.lower() == "windows.h" and not PLATFORM_SOURCE.search(name):
-            yield f"{where}: <windows.h> outside the platform sources"
+        if included.lower() == "windows.h" and name != WINDOWS_GATE:
+            yield f"{where}: <windows.h> outside {WINDOWS_GATE}"
+        if included == "WindowsApi.h" and not WINDOWS_SOURCE.search(name):
+            yield f"{where}: WindowsApi.h outside the sources for Windows"
         target = resolve(root, path, quoted, included)
         if target is None:
             if quoted:

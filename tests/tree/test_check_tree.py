@@ -12,6 +12,8 @@ OFFENCES = {
     "main/qvxsys/text/Conditional.cpp": ("#if defined(__linux__)\n#endif\n", "conditional"),
     "main/qvxsys/text/Icu.cpp": ("#include <unicode/uchar.h>\n", "ICU"),
     "main/qvxsys/text/Windows.cpp": ("#include <Windows.h>\n", "windows.h"),
+    "main/qvxsys/text/Seam_win.cpp": ("#include <windows.h>\n", "windows.h"),
+    "main/qvxsys/text/Gate.cpp": ('#include "WindowsApi.h"\n', "sources for Windows"),
     "main/qvxsys/text/Missing.cpp": ('#include "NoSuchFile.h"\n', "no file"),
     "main/elsewhere/Lost.cpp": ("", "no layer"),
     "public/qvxsys/TPrivate.h": ('#include "../../main/qvxsys/text/Inner.h"\n', "private one"),
@@ -23,7 +25,8 @@ CLEAN = {
     "main/qvxsys/text/Good.cpp": '#include "Inner.h"\n#include <qvxsys/TStringCore.h>\n',
     "public/qvxsys/TMemory.h": "#include <qvxsys/Platform.h>\n",
     "public/qvxsys/Platform.h": "#if defined(_WIN32)\n#endif\n",
-    "main/qvxsys/text/Seam_win.cpp": "#include <windows.h>\n",
+    "main/platform/WindowsApi.h": "#include <windows.h>\n",
+    "main/qvxsys/text/Other_win.cpp": '#include "WindowsApi.h"\n',
     "tools/qvx/main.cpp": "#include <qvxsys/TStringCore.h>\n",
 }
 

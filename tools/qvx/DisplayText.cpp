@@ -40,19 +40,59 @@ int CharacterWidth(char32_t c)
     }
 }
 
+void ReplaceControls(TStringCore& text, char16_t kept)
+{
+    auto const isControl = [kept](char16_t unit) {
+        return (unit < 0x20 || (unit >= 0x7F && unit < 0xA0)) && unit != kept;
+    };
+    if (std::any_of(text.cbegin(), text.cend(), isControl)) {
+        std::replace_if(text.begin(), text.end(), isControl, u'\uFFFD');
+    }
+}
+
+[[maybe_unused]] bool IsText(std::string const& name, TStringCore const& text)
+{
+    return text.toStdString() == name;
+}
+
+[[maybe_unused]] bool IsText(std::wstring const& name, TStringCore const& text)
+{
+    return text == TStringCore(name.c_str());
+}
+
 } // namespace
 
-std::string NameBytes(std::filesystem::path const& path)
+TStringCore NameText(std::filesystem::path const& path)
 {
-    std::u8string const bytes = path.u8string();
-    return {bytes.begin(), bytes.end()};
+    // To UTF-8 and back, so that lone surrogates are replaced wherever names are UTF-16.
+    return TStringCore::fromStdString(TStringCore(path.c_str()).toStdString());
+}
+
+std::string RawName(std::filesystem::path const& path)
+{
+    std::filesystem::path::string_type const& name = path.native();
+    if (IsText(name, NameText(path))) {
+        return {};
+    }
+    std::string hex;
+    auto const* const bytes = reinterpret_cast<unsigned char const*>(name.data());
+    for (std::size_t i = 0; i < name.size() * sizeof name[0]; ++i) {
+        hex += "0123456789abcdef"[bytes[i] >> 4];
+        hex += "0123456789abcdef"[bytes[i] & 15];
+    }
+    return hex;
+}
+
+TStringCore Printable(TStringCore text)
+{
+    ReplaceControls(text, u'\t');
+    return text;
 }
 
 TStringCore DisplayName(std::filesystem::path const& path)
 {
-    TStringCore name = TStringCore::fromStdString(NameBytes(path));
-    auto const isControl = [](char16_t unit) { return unit < 0x20 || (unit >= 0x7F && unit < 0xA0); };
-    std::replace_if(name.begin(), name.end(), isControl, u'\uFFFD');
+    TStringCore name = NameText(path);
+    ReplaceControls(name, u' ');
     return name;
 }
 

@@ -9,10 +9,17 @@
 
 namespace qvx {
 
-/// The bytes of a name as the file system has it (where names are UTF-16: in UTF-8).
-[[nodiscard]] std::string NameBytes(std::filesystem::path const& path);
+/// The name as text, with U+FFFD for what is not UTF-8 (or UTF-16, where names are that).
+[[nodiscard]] TStringCore NameText(std::filesystem::path const& path);
 
-/// The name with U+FFFD for what is not UTF-8 and for control characters, which could rewrite the screen.
+/// The name as the file system has it, its bytes in hexadecimal (a unit of UTF-16 as two, the low one first); empty
+/// when NameText has lost nothing.
+[[nodiscard]] std::string RawName(std::filesystem::path const& path);
+
+/// A text with U+FFFD for control characters, which could rewrite the screen; tabs stay.
+[[nodiscard]] TStringCore Printable(TStringCore text);
+
+/// NameText with U+FFFD for control characters, tabs included.
 [[nodiscard]] TStringCore DisplayName(std::filesystem::path const& path);
 
 /// The columns that the text takes on a terminal: 2 for wide characters of East Asian scripts and emoji, 0 for

@@ -8,9 +8,12 @@
 #include <system_error>
 #include <utility>
 
+#include <qvxsys/TFormatStringCore.h>
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TTextDecoder.h>
 
+#include "Failures.h"
+#include "Host.h"
 #include "Progress.h"
 
 namespace fs = std::filesystem;
@@ -39,11 +42,19 @@ char const* KindOf(fs::file_type type) noexcept
     }
 }
 
+// In the words of the C library where it has them, which are the same on every system and in ASCII.
+TStringCore Reason(std::error_code error)
+{
+    std::error_condition const condition = error.default_error_condition();
+    bool const isGeneric = condition.category() == std::generic_category();
+    return TStringCore::fromStdString(isGeneric ? condition.message() : error.message());
+}
+
 class Scanner
 {
 public:
-    Scanner(ScanOptions const& options, Progress& progress, std::function<void(ScanError const&)> const& onError)
-        : m_options(options), m_progress(progress), m_onError(onError), m_chunk(new char[kChunk])
+    Scanner(ScanOptions const& options, Progress& progress, ScanListener const& listener)
+        : m_options(options), m_progress(progress), m_listener(listener), m_chunk(new char[kChunk])
     {}
 
     void Find(fs::path const& path, bool isNamed);
@@ -51,25 +62,26 @@ public:
 
 private:
     void FindInFolder(fs::path const& folder);
-    void ScanFile(fs::path const& path);
-    bool Count(std::filebuf& file, ScannedFile& result);
-    void Fail(fs::path const& path, std::string reason);
+    ScannedFile ScanFile(fs::path const& path);
+    void Count(std::filebuf& file, std::size_t n, ScannedFile& result);
+    std::size_t Read(std::filebuf& file);
+    void Fail(fs::path const& path, QuorvexException const& error);
 
     // Small enough for chunk and decoded text to stay in the second-level cache.
     static constexpr std::size_t kChunk = std::size_t{256} * 1024;
 
     ScanOptions const& m_options;
     Progress& m_progress;
-    std::function<void(ScanError const&)> const& m_onError;
+    ScanListener const& m_listener;
     std::unique_ptr<char[]> m_chunk;
     std::vector<FoundFile> m_found;
     ScanResult m_result;
 };
 
-void Scanner::Fail(fs::path const& path, std::string reason)
+void Scanner::Fail(fs::path const& path, QuorvexException const& error)
 {
-    m_result.errors.push_back({path, std::move(reason)});
-    m_onError(m_result.errors.back());
+    m_result.errors.push_back({path, error});
+    m_listener.onError(m_result.errors.back());
 }
 
 // Only what is a regular file is ever opened: opening a FIFO would wait for a writer. A symbolic link to a folder is
@@ -82,16 +94,16 @@ void Scanner::Find(fs::path const& path, bool isNamed)
         error = std::make_error_code(std::errc::no_such_file_or_directory);
     }
     if (error) {
-        Fail(path, error.message());
+        Fail(path, MakeFailure(Failure::CannotAccess, Reason(error)));
     } else if (fs::is_directory(status)) {
-        if (isNamed || !fs::is_symlink(fs::symlink_status(path, error))) {
+        if (isNamed || !host::IsLink(path)) {
             FindInFolder(path);
         }
     } else if (fs::is_regular_file(status)) {
         std::uintmax_t const size = fs::file_size(path, error);
         m_found.push_back({path, error ? 0 : size});
     } else {
-        Fail(path, KindOf(status.type()));
+        Fail(path, MakeFailure(Failure::NotAFile, KindOf(status.type())));
     }
 }
 
@@ -103,10 +115,9 @@ void Scanner::FindInFolder(fs::path const& folder)
         entries.push_back(at->path());
     }
     if (error) {
-        Fail(folder, error.message());
+        Fail(folder, MakeFailure(Failure::CannotAccess, Reason(error)));
     }
-    std::sort(entries.begin(), entries.end(),
-              [](fs::path const& a, fs::path const& b) { return a.native() < b.native(); });
+    std::sort(entries.begin(), entries.end(), host::ComesBefore);
     for (fs::path const& entry : entries) {
         Find(entry, false);
     }
@@ -120,64 +131,84 @@ ScanResult Scanner::ScanAll()
     }
     m_progress.SetTotal(bytes);
     for (FoundFile const& file : m_found) {
-        ScanFile(file.path);
+        try {
+            ScannedFile result = ScanFile(file.path);
+            m_result.total += result.counts;
+            m_result.matches += result.found.matches;
+            m_result.matchingLines += result.found.lines;
+            m_listener.onFile(result);
+            m_result.files.push_back(std::move(result));
+        } catch (QuorvexException const& error) {
+            Fail(file.path, error);
+        }
     }
     return std::move(m_result);
 }
 
-void Scanner::ScanFile(fs::path const& path)
+ScannedFile Scanner::ScanFile(fs::path const& path)
 {
     std::filebuf file;
     file.pubsetbuf(nullptr, 0); // reads go straight to the chunk
     errno = 0;
     if (file.open(path, std::ios::in | std::ios::binary) == nullptr) {
-        Fail(path, std::generic_category().message(errno));
-        return;
+        throw MakeFailure(Failure::CannotAccess, Reason(std::error_code(errno, std::generic_category())));
     }
-    try {
-        ScannedFile result{path, m_options.encoding, {}};
-        if (Count(file, result)) {
-            m_result.total += result.counts;
-            m_result.files.push_back(std::move(result));
-        } else {
-            Fail(path, "is a binary file");
-        }
-    } catch (std::ios_base::failure const& failure) {
-        Fail(path, failure.code().message());
-    } catch (TStringCore::Exception const& exception) {
-        Fail(path, exception.toStdString());
-    }
-}
-
-// False when the encoding is to be found out and the file turns out to be none of text.
-bool Scanner::Count(std::filebuf& file, ScannedFile& result)
-{
-    auto const read = [&] { return static_cast<std::size_t>(file.sgetn(m_chunk.get(), kChunk)); };
-    std::size_t n = read();
+    ScannedFile result{path, m_options.encoding, {}, {}};
+    std::size_t const n = Read(file);
     if (result.encoding == "auto") {
         TTextDecoder::Detection const detection = TTextDecoder::Detect(m_chunk.get(), n);
         if (detection.looksBinary) {
-            return false;
+            throw MakeFailure(Failure::NotText, u"is a binary file");
         }
         result.encoding = detection.encoding;
     }
+    try {
+        Count(file, n, result);
+    } catch (...) {
+        StackExceptionAndRethrow(TFormatStringCore(u"in %1 text, behind %2 bytes")
+                                     .arg(TStringCore::fromStdString(result.encoding))
+                                     .arg(result.counts.bytes));
+    }
+    return result;
+}
+
+std::size_t Scanner::Read(std::filebuf& file)
+{
+    try {
+        return static_cast<std::size_t>(file.sgetn(m_chunk.get(), kChunk));
+    } catch (std::ios_base::failure const& failure) {
+        throw MakeFailure(Failure::CannotRead, Reason(failure.code()));
+    }
+}
+
+// The first n bytes of the file are in the chunk.
+void Scanner::Count(std::filebuf& file, std::size_t n, ScannedFile& result)
+{
     TTextDecoder decoder(result.encoding.c_str());
     result.encoding = decoder.Encoding();
     Counts& counts = result.counts;
-    for (bool last = false; !last; n = last ? 0 : read()) {
-        last = n < kChunk;
-        TStringView text = decoder.Decode(m_chunk.get(), n, last);
-        if (counts.units == 0 && text.startsWith(char32_t{0xFEFF})) {
-            text = text.mid(1);
+    Finder finder(m_options.find);
+    try {
+        for (bool last = false; !last; n = last ? 0 : Read(file)) {
+            last = n < kChunk;
+            TStringView text = decoder.Decode(m_chunk.get(), n, last);
+            if (counts.units == 0 && text.startsWith(char32_t{0xFEFF})) {
+                text = text.mid(1);
+            }
+            counts.bytes += n;
+            counts.units += text.size();
+            counts.codePoints += static_cast<std::uint64_t>(text.lengthInCodePoints());
+            counts.lines += static_cast<std::uint64_t>(text.count(u'\n'));
+            if (!m_options.find.text.empty()) {
+                finder.Feed(text, last);
+            }
+            m_progress.Add(n);
         }
-        counts.bytes += n;
-        counts.units += text.size();
-        counts.codePoints += static_cast<std::uint64_t>(text.lengthInCodePoints());
-        counts.lines += static_cast<std::uint64_t>(text.count(u'\n'));
-        m_progress.Add(n);
+    } catch (TStringCore::Exception const& error) {
+        throw MakeFailure(Failure::CannotDecode, error);
     }
     counts.malformed = decoder.Malformed();
-    return true;
+    result.found = std::move(finder).Result();
 }
 
 } // namespace
@@ -193,9 +224,9 @@ Counts& Counts::operator+=(Counts const& other) noexcept
 }
 
 ScanResult Scan(std::vector<fs::path> const& paths, ScanOptions const& options, Progress& progress,
-                std::function<void(ScanError const&)> const& onError)
+                ScanListener const& listener)
 {
-    Scanner scanner(options, progress, onError);
+    Scanner scanner(options, progress, listener);
     for (fs::path const& path : paths) {
         scanner.Find(path, true);
     }

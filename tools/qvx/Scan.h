@@ -7,6 +7,10 @@
 #include <string>
 #include <vector>
 
+#include <qvxsys/QuorvexException.h>
+
+#include "Find.h"
+
 namespace qvx {
 
 class Progress;
@@ -27,12 +31,13 @@ struct ScannedFile
     std::filesystem::path path;
     std::string encoding;
     Counts counts;
+    FindResult found;
 };
 
 struct ScanError
 {
     std::filesystem::path path;
-    std::string reason;
+    QuorvexException error; ///< with what was being done as further messages
 };
 
 struct ScanResult
@@ -40,17 +45,27 @@ struct ScanResult
     std::vector<ScannedFile> files;
     std::vector<ScanError> errors;
     Counts total;
+    std::uint64_t matches = 0;
+    std::uint64_t matchingLines = 0;
 };
 
 struct ScanOptions
 {
     std::string encoding = "auto"; ///< or a name that TTextDecoder knows
+    FindOptions find;
 };
 
-/// Scans files, and folders with all below them in the order of the names' bytes. Whatever cannot be scanned is an
-/// entry of `errors`, is told to `onError` at once, and does not keep the others from being scanned. Files are read in
-/// pieces: the memory needed grows with their number, not their size.
+/// What is told at once, in the order of the files.
+struct ScanListener
+{
+    std::function<void(ScanError const&)> onError;
+    std::function<void(ScannedFile&)> onFile; ///< may take out what is not needed later
+};
+
+/// Scans files, and folders with all below them in the order of the names' code points. Whatever cannot be scanned is
+/// an entry of `errors`, is told to `onError` at once, and does not keep the others from being scanned. Files are read
+/// in pieces: the memory needed grows with their number, not their size.
 [[nodiscard]] ScanResult Scan(std::vector<std::filesystem::path> const& paths, ScanOptions const& options,
-                              Progress& progress, std::function<void(ScanError const&)> const& onError);
+                              Progress& progress, ScanListener const& listener);
 
 } // namespace qvx

@@ -1,14 +1,15 @@
 #include "ScanReport.h"
 
 #include <algorithm>
-#include <array>
 #include <ostream>
 
 #include <nlohmann/json.hpp>
 
-#include <qvxsys/TStringCore.h>
+#include <qvxsys/Format.h>
+#include <qvxsys/std.h>
 
 #include "DisplayText.h"
+#include "Failures.h"
 
 namespace qvx {
 namespace {
@@ -17,30 +18,28 @@ using Json = nlohmann::ordered_json;
 
 // ---- the table
 
-constexpr std::size_t kColumns = 7;
 constexpr std::size_t kLeftAligned = 2; // the first columns, which are text
-using Row = std::array<TStringCore, kColumns>;
-
-TStringCore Number(std::uint64_t value)
-{
-    return TStringCore::fromStdString(std::to_string(value));
-}
+using Row = std::vector<TStringCore>;
 
 Row MakeRow(TStringCore const& name, std::string const& encoding, Counts const& counts)
 {
-    return {name,
-            TStringCore::fromStdString(encoding),
-            Number(counts.bytes),
-            Number(counts.units),
-            Number(counts.codePoints),
-            Number(counts.lines),
-            Number(counts.malformed)};
+    Row row{name, TStringCore::fromStdString(encoding)};
+    for (std::uint64_t const count : {counts.bytes, counts.units, counts.codePoints, counts.lines, counts.malformed}) {
+        row.push_back(TStringCore::number(count));
+    }
+    return row;
 }
 
-TStringCore Line(Row const& row, std::array<int, kColumns> const& widths)
+void AddMatches(Row& row, std::uint64_t matches, std::uint64_t lines)
+{
+    row.push_back(TStringCore::number(matches));
+    row.push_back(TStringCore::number(lines));
+}
+
+TStringCore Line(Row const& row, std::vector<int> const& widths)
 {
     TStringCore line;
-    for (std::size_t i = 0; i < kColumns; ++i) {
+    for (std::size_t i = 0; i < row.size(); ++i) {
         TStringCore const padding(u' ', widths[i] - DisplayWidth(row[i]));
         line.append(i == 0 ? u"" : u"  ");
         line.append(i < kLeftAligned ? row[i] + padding : padding + row[i]);
@@ -52,17 +51,9 @@ TStringCore Line(Row const& row, std::array<int, kColumns> const& widths)
 
 void SetPath(Json& entry, std::filesystem::path const& path)
 {
-    std::string const bytes = NameBytes(path);
-    std::string const valid = TStringCore::fromStdString(bytes).toStdString();
-    entry["path"] = valid;
-    if (valid != bytes) {
-        std::string hex;
-        for (char const c : bytes) {
-            auto const byte = static_cast<unsigned char>(c);
-            hex += "0123456789abcdef"[byte >> 4];
-            hex += "0123456789abcdef"[byte & 15];
-        }
-        entry["pathBytes"] = hex;
+    entry["path"] = NameText(path).toStdString();
+    if (std::string const raw = RawName(path); !raw.empty()) {
+        entry["pathBytes"] = raw;
     }
 }
 
@@ -75,19 +66,57 @@ void SetCounts(Json& entry, Counts const& counts)
     entry["malformed"] = counts.malformed;
 }
 
+void SetMatches(Json& entry, FindResult const& found)
+{
+    entry["matches"] = found.matches;
+    entry["matchingLines"] = found.lines;
+    Json& first = entry["first"] = Json::array();
+    for (Match const& match : found.kept) {
+        first.push_back({{"line", match.line},
+                         {"column", match.column},
+                         {"before", match.before.toStdString()},
+                         {"match", match.text.toStdString()},
+                         {"behind", match.behind.toStdString()}});
+    }
+}
+
+void SetError(Json& entry, QuorvexException const& error)
+{
+    std::vector<TStringCore> const messages = error.GetMessagesVector();
+    entry["reason"] = error.GetMessagesFront().toStdString();
+    entry["context"] = Json::array();
+    for (std::size_t i = 1; i < messages.size(); ++i) {
+        entry["context"].push_back(messages[i].toStdString());
+    }
+    entry["code"] = error.GetErrorCode();
+    entry["name"] = error.GetErrorName().toStdString();
+}
+
 } // namespace
 
-void PrintTable(ScanResult const& result, std::ostream& out)
+void PrintTable(ScanResult const& result, bool withMatches, std::ostream& out)
 {
     std::vector<Row> rows{{u"name", u"encoding", u"bytes", u"units", u"code points", u"lines", u"malformed"}};
     rows.reserve(result.files.size() + 2);
+    if (withMatches) {
+        rows.front().push_back(u"matches");
+        rows.front().push_back(u"in lines");
+    }
     for (ScannedFile const& file : result.files) {
-        rows.push_back(MakeRow(DisplayName(file.path), file.encoding, file.counts));
+        if (!withMatches || file.found.matches != 0) {
+            rows.push_back(MakeRow(DisplayName(file.path), file.encoding, file.counts));
+            if (withMatches) {
+                AddMatches(rows.back(), file.found.matches, file.found.lines);
+            }
+        }
     }
     rows.push_back(MakeRow(u"total", "", result.total));
-    std::array<int, kColumns> widths{};
+    if (withMatches) {
+        AddMatches(rows.back(), result.matches, result.matchingLines);
+    }
+    std::vector<int> widths(rows.front().size());
     for (Row const& row : rows) {
-        for (std::size_t i = 0; i < kColumns; ++i) {
+        for (std::size_t i = 0; i < widths.size(); ++i) {
             widths[i] = std::max(widths[i], DisplayWidth(row[i]));
         }
     }
@@ -96,7 +125,7 @@ void PrintTable(ScanResult const& result, std::ostream& out)
     }
 }
 
-void PrintJson(ScanResult const& result, std::ostream& out)
+void PrintJson(ScanResult const& result, bool withMatches, std::ostream& out)
 {
     Json json{{"files", Json::array()}, {"errors", Json::array()}, {"total", Json::object()}};
     for (ScannedFile const& file : result.files) {
@@ -104,20 +133,62 @@ void PrintJson(ScanResult const& result, std::ostream& out)
         SetPath(entry, file.path);
         entry["encoding"] = file.encoding;
         SetCounts(entry, file.counts);
+        if (withMatches) {
+            SetMatches(entry, file.found);
+        }
     }
     for (ScanError const& error : result.errors) {
         Json& entry = json["errors"].emplace_back();
         SetPath(entry, error.path);
-        entry["reason"] = error.reason;
+        SetError(entry, error.error);
     }
     json["total"]["files"] = result.files.size();
     SetCounts(json["total"], result.total);
+    if (withMatches) {
+        json["total"]["matches"] = result.matches;
+        json["total"]["matchingLines"] = result.matchingLines;
+    }
     out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+void PrintMatches(ScannedFile const& file, bool highlight, std::ostream& out)
+{
+    if (file.found.matches == 0) {
+        return;
+    }
+    TStringCore const name = DisplayName(file.path);
+    for (Match const& match : file.found.kept) {
+        TStringCore const text = highlight ? u"\x1B[1;31m" + Printable(match.text) + u"\x1B[0m" : Printable(match.text);
+        out << qvxsys::Format(u"%1:%2:%3: %4%5%6\n", name, match.line, match.column, Printable(match.before), text,
+                              Printable(match.behind));
+    }
+    if (file.found.matches > file.found.kept.size()) {
+        out << qvxsys::Format(u"%1: %2 more\n", name, file.found.matches - file.found.kept.size());
+    }
+}
+
+void PrintRecord(ScannedFile const& file, TFormatStringCore& format, std::ostream& out)
+{
+    Counts const& counts = file.counts;
+    format.clearParms();
+    format.args(DisplayName(file.path), TStringCore::fromStdString(file.encoding), counts.bytes, counts.units,
+                counts.codePoints, counts.lines, counts.malformed, file.found.matches, file.found.lines);
+    out << format.result() << '\n';
+}
+
+void PrintMatchRecords(ScannedFile const& file, TFormatStringCore& format, std::ostream& out)
+{
+    for (Match const& match : file.found.kept) {
+        format.clearParms();
+        format.args(DisplayName(file.path), match.line, match.column,
+                    Printable(match.before + match.text + match.behind), Printable(match.text));
+        out << format.result() << '\n';
+    }
 }
 
 void PrintError(ScanError const& error, std::ostream& out)
 {
-    out << (u"qvx: " + DisplayName(error.path) + ": ").append(error.reason.c_str()).append(u'\n').toStdString();
+    out << qvxsys::Format(u"qvx: %1: %2\n", DisplayName(error.path), Describe(error.error));
 }
 
 } // namespace qvx

@@ -3,18 +3,33 @@
 
 #include <iosfwd>
 
+#include <qvxsys/TFormatStringCore.h>
+
 #include "Scan.h"
 
 namespace qvx {
 
-/// A line for each file under a line of headings, and a line of totals; columns aligned as a terminal shows them.
-void PrintTable(ScanResult const& result, std::ostream& out);
+/// A line for each file under a line of headings, and a line of totals; columns aligned as a terminal shows them. When
+/// a text was looked for, the files with matches only, and their matches in two columns more; the totals are always
+/// those of all files.
+void PrintTable(ScanResult const& result, bool withMatches, std::ostream& out);
 
 /// An object with `files`, `errors` and `total`. Names that are not valid UTF-8 have their bytes as `pathBytes`, too,
 /// in hexadecimal digits.
-void PrintJson(ScanResult const& result, std::ostream& out);
+void PrintJson(ScanResult const& result, bool withMatches, std::ostream& out);
 
-/// "qvx: PATH: REASON"
+/// "PATH:LINE:COLUMN: TEXT" for each match that was kept, with the match highlighted if wanted, and a line that tells
+/// how many there are besides.
+void PrintMatches(ScannedFile const& file, bool highlight, std::ostream& out);
+
+/// A line made from a format for the file: %1 path, %2 encoding, %3 bytes, %4 units, %5 code points, %6 lines,
+/// %7 malformed sequences, %8 matches, %9 lines with matches.
+void PrintRecord(ScannedFile const& file, TFormatStringCore& format, std::ostream& out);
+
+/// A line made from a format for each match that was kept: %1 path, %2 line, %3 column, %4 the line's text, %5 the match.
+void PrintMatchRecords(ScannedFile const& file, TFormatStringCore& format, std::ostream& out);
+
+/// "qvx: PATH: MESSAGES (NAME)"
 void PrintError(ScanError const& error, std::ostream& out);
 
 } // namespace qvx

@@ -5,15 +5,20 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <limits>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
-#include <qvxsys/TStringCore.h>
+#include <qvxsys/Format.h>
 #include <qvxsys/TTextDecoder.h>
+#include <qvxsys/std.h>
 
-#include "Console.h"
+#include "Failures.h"
+#include "Host.h"
 #include "Progress.h"
 #include "Scan.h"
 #include "ScanReport.h"
@@ -43,18 +48,25 @@ constexpr char const* kScanNotes =
     "when\n"
     "they are a PATH themselves. What cannot be scanned is reported on stderr and does not stop the others.\n"
     "\n"
+    "--find counts the matches in each file, that do not overlap, and shows the first ones with their line and column.\n"
+    "TEXT must lie within one line. --ignore-case folds every character by Unicode's simple case folding.\n"
+    "\n"
+    "--print prints a line for each file instead of the table. Its format has the markers %1 path, %2 encoding, %3 "
+    "bytes,\n"
+    "%4 units, %5 code points, %6 lines, %7 malformed, %8 matches, %9 lines with matches, and %% for a percent sign. With\n"
+    "--find it prints a line for each match: %1 path, %2 line, %3 column, %4 the line, %5 the match.\n"
+    "\n"
     "Exit status: 0 if all was scanned, 1 if something was not, 2 if the command line is wrong.";
 
 // CLI11 takes an argument in brackets for a list of values, and it knows "--" only before a subcommand's first
 // positional. What is to be taken as it stands therefore gets a NUL in front, which no argument has of itself.
 constexpr char kGuard = '\0';
 
-std::vector<std::string> GuardedArguments(int argc, char** argv)
+std::vector<std::string> Guarded(std::vector<std::string> const& given)
 {
     std::vector<std::string> arguments;
     bool onlyPaths = false;
-    for (int i = 1; i < argc; ++i) {
-        std::string const argument = argv[i];
+    for (std::string const& argument : given) {
         if (argument == "--" && !onlyPaths) {
             onlyPaths = true;
             continue;
@@ -76,6 +88,8 @@ struct ScanCommand
 {
     std::vector<std::string> paths;
     qvx::ScanOptions options;
+    std::string find;
+    std::optional<std::string> print;
     bool asJson = false;
 };
 
@@ -91,26 +105,94 @@ void AddScan(CLI::App& app, ScanCommand& command)
         ->check(CLI::Validator(known, ""))
         ->type_name("NAME")
         ->capture_default_str();
-    scan->add_flag("--json", command.asJson, "Print JSON instead of a table");
+    auto const isFindable = [](std::string const& text) {
+        std::string const plain = Unguarded(text);
+        bool const isInOneLine = !plain.empty() && plain.find('\n') == std::string::npos;
+        return isInOneLine ? std::string() : std::string("the text must not be empty, nor have line feeds");
+    };
+    CLI::Option* const find = scan->add_option("--find", command.find, "Look for a text")
+                                  ->check(CLI::Validator(isFindable, ""))
+                                  ->type_name("TEXT");
+    scan->add_flag("--ignore-case", command.options.find.ignoreCase, "Find it whatever its case")->needs(find);
+    scan->add_option("--show", command.options.find.kept, "How many matches of a file to show")
+        ->needs(find)
+        ->type_name("N")
+        ->capture_default_str();
+    CLI::Option* const json = scan->add_flag("--json", command.asJson, "Print JSON instead of a table");
+    scan->add_option("--print", command.print, "Print a line of this format for each file or match")
+        ->excludes(json)
+        ->type_name("FORMAT");
     scan->footer(kScanNotes);
 }
 
-int RunScan(ScanCommand const& command)
+// The format, tried out: what is wrong with it shows before anything is scanned.
+std::optional<TFormatStringCore> RecordFormat(ScanCommand const& command)
 {
-    bool const showsProgress = qvx::console::StderrIsTerminal();
-    qvx::Progress progress(showsProgress, showsProgress ? qvx::console::StderrWidth() : 0);
-    auto const onError = [&](qvx::ScanError const& error) {
+    if (!command.print) {
+        return std::nullopt;
+    }
+    try {
+        TFormatStringCore format(TStringCore::fromStdString(Unguarded(*command.print)));
+        std::ostringstream nowhere;
+        qvx::ScannedFile file{{}, {}, {}, {}};
+        if (command.find.empty()) {
+            qvx::PrintRecord(file, format, nowhere);
+        } else {
+            file.found.kept.resize(1);
+            qvx::PrintMatchRecords(file, format, nowhere);
+        }
+        return format;
+    } catch (...) {
+        StackExceptionAndRethrow("in the format of --print");
+    }
+}
+
+int RunScan(ScanCommand command)
+{
+    qvx::FindOptions& find = command.options.find;
+    find.text = TStringCore::fromStdString(Unguarded(command.find));
+    std::optional<TFormatStringCore> format;
+    try {
+        format = RecordFormat(command);
+    } catch (QuorvexException const& error) {
+        std::cerr << qvxsys::Format(u"qvx: %1\n", qvx::Describe(error));
+        return kUsageError;
+    }
+    if (format) {
+        find.kept = std::numeric_limits<std::size_t>::max();
+    }
+
+    bool const showsProgress = qvx::host::StderrIsTerminal();
+    bool const highlights = qvx::host::StdoutHasColours();
+    qvx::Progress progress(showsProgress, showsProgress ? qvx::host::StderrWidth() : 0);
+    qvx::ScanListener listener;
+    listener.onError = [&](qvx::ScanError const& error) {
         progress.Erase();
         qvx::PrintError(error, std::cerr);
     };
+    listener.onFile = [&](qvx::ScannedFile& file) {
+        if (command.asJson || (!format && file.found.matches == 0)) {
+            return;
+        }
+        progress.Erase();
+        if (!format) {
+            qvx::PrintMatches(file, highlights, std::cout);
+        } else if (command.find.empty()) {
+            qvx::PrintRecord(file, *format, std::cout);
+        } else {
+            qvx::PrintMatchRecords(file, *format, std::cout);
+        }
+        file.found.kept.clear();
+    };
     std::vector<std::filesystem::path> paths;
-    std::transform(command.paths.begin(), command.paths.end(), std::back_inserter(paths), Unguarded);
-    qvx::ScanResult const result = qvx::Scan(paths, command.options, progress, onError);
+    std::transform(command.paths.begin(), command.paths.end(), std::back_inserter(paths),
+                   [](std::string const& argument) { return qvx::host::PathOf(Unguarded(argument)); });
+    qvx::ScanResult const result = qvx::Scan(paths, command.options, progress, listener);
     progress.Erase();
     if (command.asJson) {
-        qvx::PrintJson(result, std::cout);
-    } else {
-        qvx::PrintTable(result, std::cout);
+        qvx::PrintJson(result, !command.find.empty(), std::cout);
+    } else if (!format) {
+        qvx::PrintTable(result, !command.find.empty(), std::cout);
     }
     std::cout.flush();
     if (!std::cout) {
@@ -120,9 +202,9 @@ int RunScan(ScanCommand const& command)
     return result.errors.empty() ? kSuccess : kSomeFailed;
 }
 
-int Run(int argc, char** argv)
+int Run(std::vector<std::string> const& arguments)
 {
-    qvx::console::Prepare();
+    qvx::host::Prepare();
     CLI::App app("Looks into text files.", "qvx");
     app.set_version_flag("--version", "qvx " QVX_VERSION);
     app.require_subcommand(1);
@@ -132,7 +214,7 @@ int Run(int argc, char** argv)
     ScanCommand scan;
     AddScan(app, scan);
     try {
-        app.parse(GuardedArguments(argc, argv));
+        app.parse(Guarded(arguments));
     } catch (CLI::ParseError const& error) {
         return app.exit(error) == 0 ? kSuccess : kUsageError;
     }
@@ -141,10 +223,12 @@ int Run(int argc, char** argv)
 
 } // namespace
 
-int main(int argc, char** argv)
+int qvx::Main(std::vector<std::string> arguments)
 {
     try {
-        return Run(argc, argv);
+        return Run(arguments);
+    } catch (QuorvexException const& exception) {
+        std::cerr << qvxsys::Format(u"qvx: %1\n", qvx::Describe(exception));
     } catch (TStringCore::Exception const& exception) {
         std::cerr << "qvx: " << exception.toStdString() << '\n';
     } catch (std::exception const& exception) {

@@ -85,6 +85,18 @@ inline void WriteDecimal(char16_t* out, std::uint64_t v, int length) noexcept
     }
 }
 
+/// Writes `length` digits of v, with leading zeros.
+inline void WriteZeroPadded(char16_t* out, std::uint32_t v, int length) noexcept
+{
+    for (; length >= 2; length -= 2) {
+        detail::StorePair(out + length - 2, v % 100);
+        v /= 100;
+    }
+    if (length != 0) {
+        out[0] = static_cast<char16_t>(u'0' + v % 10);
+    }
+}
+
 /// The 16 hexadecimal digits of v.
 inline void HexDigits(char16_t* out, std::uint64_t v) noexcept
 {

@@ -10,6 +10,7 @@
 #include <unicode/ucnv.h>
 #include <unicode/ucnv_cb.h>
 #include <unicode/ucsdet.h>
+#include <unicode/uloc.h>
 #include <unicode/ustring.h>
 #include <unicode/utf16.h>
 #include <unicode/utf8.h>
@@ -264,6 +265,11 @@ std::int32_t t_u_strncasecmp(char16_t const* a, char16_t const* b, std::int32_t 
 std::int32_t t_u_strncmp(char16_t const* a, char16_t const* b, std::int32_t n) noexcept
 {
     return u_strncmp(a, b, n);
+}
+
+char const* t_uloc_getDefault() noexcept
+{
+    return uloc_getDefault();
 }
 
 void t_u_cleanup() noexcept

@@ -10,14 +10,15 @@
 #include <qvxsys/CharacterUtils.h>
 #include <qvxsys/TCType.h>
 
-#include "UnitCompare.h"
-
 namespace qvxsys::detail {
 namespace {
 
 // As many units as are compared, or folded and hashed, in one go.
 constexpr std::size_t kBlock = 8;
 constexpr std::size_t kHashed = 64;
+
+constexpr auto kSame = [](char16_t c) noexcept { return c; };
+constexpr auto kFolded = [](char16_t c) noexcept { return TCType::FoldCase(c); };
 
 template<class Fold>
 int OrderUnits(TStringView a, TStringView b, Fold fold) noexcept
@@ -56,7 +57,7 @@ std::size_t HashFolded(TStringView text) noexcept
     for (std::size_t i = 0; i < units.size(); i += kHashed) {
         char16_t folded[kHashed];
         std::u16string_view const some = units.substr(i, kHashed);
-        std::transform(some.begin(), some.end(), folded, text::FoldedUnit());
+        std::transform(some.begin(), some.end(), folded, kFolded);
         // The odd factor keeps the order of the pieces in the result.
         hash = hash * 0x9E3779B97F4A7C15u + std::hash<std::u16string_view>()({folded, some.size()});
     }
@@ -65,12 +66,12 @@ std::size_t HashFolded(TStringView text) noexcept
 
 int Order(TStringView a, TStringView b) noexcept
 {
-    return OrderUnits(a, b, text::SameUnit());
+    return OrderUnits(a, b, kSame);
 }
 
 int OrderFolded(TStringView a, TStringView b) noexcept
 {
-    return OrderUnits(a, b, text::FoldedUnit());
+    return OrderUnits(a, b, kFolded);
 }
 
 void Write(std::ostream& out, TStringView text)

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include <qvxsys/TextComparison.h>
+
 #include "UnitCompare.h"
 
 namespace text = qvxsys::text;
@@ -41,7 +43,24 @@ int TStringCore::compareN(char16_t const* a, char16_t const* b, int n, CaseSensi
         return 0;
     }
     auto const most = static_cast<std::size_t>(n);
-    return cs == CaseSensitive ? text::CompareUnits(a, b, most) : text::CompareUnitsFolded(a, b, most);
+    return cs == CaseSensitive ? text::CompareTerminated(a, b, most) : text::CompareTerminatedFolded(a, b, most);
+}
+
+int TStringView::Compare(TStringView other, CaseCompare cs) const noexcept
+{
+    std::size_t const common = std::min(m_length, other.m_length);
+    for (std::size_t i = 0; i < common; ++i) {
+        char16_t a = m_data[i];
+        char16_t b = other.m_data[i];
+        if (a != b && cs != CaseCompare::Sensitive) {
+            a = TCType::FoldCase(a);
+            b = TCType::FoldCase(b);
+        }
+        if (a != b) {
+            return a < b ? -1 : 1;
+        }
+    }
+    return m_length == other.m_length ? 0 : m_length < other.m_length ? -1 : 1;
 }
 
 namespace qvxsys::detail {
@@ -55,6 +74,13 @@ bool ViewsEqual(TStringView a, TStringView b) noexcept
 int CompareCommon(TStringView a, TStringView b) noexcept
 {
     return text::CompareUnits(a.data(), b.data(), std::min(a.size(), b.size()));
+}
+
+int CompareStrings(char16_t const* a, std::size_t lengthA, char16_t const* b, std::size_t lengthB, bool folded) noexcept
+{
+    // Of texts of different lengths the shorter one's terminator decides, if nothing before does.
+    std::size_t const n = lengthA == lengthB ? lengthA : std::min(lengthA, lengthB) + 1;
+    return folded ? text::CompareUnitsFolded(a, b, n) : text::CompareUnits(a, b, n);
 }
 
 } // namespace qvxsys::detail

@@ -20,15 +20,6 @@ using namespace QvxICU;
 
 namespace {
 
-template<class Unit>
-int CheckedLength(std::basic_string<Unit> const& s)
-{
-    if (s.size() > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        text::Throw("Appended string is too long");
-    }
-    return static_cast<int>(s.size());
-}
-
 char16_t FromLatin1(unsigned char byte) noexcept
 {
     return byte;
@@ -70,11 +61,8 @@ template<class FromByte>
 TStringCore FromBytes(char const* s, int n, FromByte fromByte)
 {
     std::size_t const count = s == nullptr ? 0 : n < 0 ? std::strlen(s) : static_cast<std::size_t>(n);
-    if (count > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
-        text::Throw("Appended string is too long");
-    }
     TStringCore result;
-    result.resize(static_cast<int>(count));
+    result.resize(qvxsys::detail::CheckedLength(count));
     std::transform(s, s + count, result.begin(), [&](char c) { return fromByte(static_cast<unsigned char>(c)); });
     return result;
 }
@@ -107,19 +95,27 @@ void NoteLoss(void const* context, ICUFromUnicodeArgs* args, char16_t const* uni
 
 } // namespace
 
+int qvxsys::detail::CheckedLength(std::size_t length)
+{
+    if (length > static_cast<std::size_t>(std::numeric_limits<int>::max())) {
+        text::Throw("Appended string is too long");
+    }
+    return static_cast<int>(length);
+}
+
 TStringCore TStringCore::fromStdString(std::string const& s)
 {
-    return TStringCore(s.data(), CheckedLength(s));
+    return TStringCore(s);
 }
 
 TStringCore TStringCore::fromStdWString(std::wstring const& s)
 {
-    return TStringCore(s.data(), CheckedLength(s));
+    return TStringCore(s);
 }
 
 TStringCore TStringCore::fromStdUString(std::u16string const& s)
 {
-    return TStringCore(s.data(), CheckedLength(s));
+    return TStringCore(s);
 }
 
 TStringCore TStringCore::fromLatin1(char const* s, int n)
@@ -230,29 +226,4 @@ std::vector<wchar_t> TStringCore::toWCharVector() const
 std::vector<TStringCore> TStringCore::viewsToStrings(std::vector<TStringView> const& views)
 {
     return std::vector<TStringCore>(views.begin(), views.end());
-}
-
-int TStringCore::length(char16_t const* s) noexcept
-{
-    return s == nullptr ? 0 : static_cast<int>(qvxsys::detail::TerminatedLength(s));
-}
-
-int TStringCore::WideLength(wchar_t const* s) noexcept
-{
-    if (s == nullptr) {
-        return 0;
-    }
-    std::size_t const count = std::char_traits<wchar_t>::length(s);
-    auto const pair = [](wchar_t c) { return static_cast<char32_t>(c) - 0x10000u < 0x100000u; };
-    return static_cast<int>(count) + static_cast<int>(qvxsys::kWideIsUtf16 ? 0 : std::count_if(s, s + count, pair));
-}
-
-std::size_t TStringCore::lengthInBytes(char16_t const* s) noexcept
-{
-    return static_cast<std::size_t>(length(s)) * sizeof(char16_t);
-}
-
-int TStringCore::lengthInCodePoints(char16_t const* s) noexcept
-{
-    return TStringView(s).lengthInCodePoints();
 }

@@ -1,36 +1,23 @@
-// Storage: blocks, capacity, copying, assigning and appending.
+// Making, assigning and appending.
 
 #include <qvxsys/TStringCore.h>
 
 #include <algorithm>
-#include <bit>
-#include <functional>
-#include <limits>
 #include <utility>
 
 #include <emmintrin.h>
 
-#include <qvxsys/TMemory.h>
-
 #include "Stretch.h"
+#include "StringLimits.h"
 #include "TextErrors.h"
 #include "kernels/Kernels.h"
 
 namespace text = qvxsys::text;
+using text::Bytes;
+using text::CopyUnits;
+using text::kMaxLength;
 
 namespace {
-
-constexpr int kMaxLength = std::numeric_limits<int>::max();
-
-std::size_t Bytes(int units) noexcept
-{
-    return static_cast<std::size_t>(units) * sizeof(char16_t);
-}
-
-void CopyUnits(char16_t* to, char16_t const* from, int n) noexcept
-{
-    std::memcpy(to, from, Bytes(n));
-}
 
 template<class Word>
 Word LoadWord(char const* from) noexcept
@@ -80,217 +67,14 @@ bool WidenShortAscii(char16_t* to, char const* from, std::size_t n) noexcept
 
 } // namespace
 
-// A block sized to the next of the points 2^k and 3/4 x 2^(k+1), less 7 units: with the header and the allocator's own
-// bookkeeping it then sits just under a round size.
-int TStringCore::GrownCapacity(int n) noexcept
-{
-    if (n >= 0x7FFFFFF9) {
-        // Out of range for an int: negative, which Reallocate refuses.
-        return static_cast<int>(static_cast<unsigned>(n) + 7u);
-    }
-    std::uint64_t const m = static_cast<std::uint64_t>(n) + 7;
-    std::uint64_t const power = std::bit_floor(m) * 2;
-    std::uint64_t const between = power / 4 * 3;
-    return static_cast<int>((m < between ? between : power) - 7);
-}
-
-int TStringCore::AddLengths(int a, int b)
-{
-    if (b > kMaxLength - a) {
-        text::ThrowOverflow();
-    }
-    return a + b;
-}
-
-// Gives a new block, or `block` itself moved to the capacity. When it throws, `block` is as it was.
-TStringBlock* TStringCore::Reallocate(TStringBlock* block, int capacity)
-{
-    if (capacity < 0) {
-        text::ThrowOverflow();
-    }
-    if (block != nullptr && block->capacity == capacity) {
-        return block;
-    }
-    auto* const result = static_cast<TStringBlock*>(TRealloc(block, sizeof(TStringBlock) + Bytes(capacity)));
-    if (result == nullptr) {
-        text::Throw("Out of memory");
-    }
-    if (block == nullptr) {
-        result->references = 1;
-        result->length = 0;
-        result->Text()[0] = 0;
-    } else if (capacity <= result->length) {
-        result->length = capacity - 1;
-        result->Text()[capacity - 1] = 0;
-    }
-    result->capacity = capacity;
-    return result;
-}
-
-void TStringCore::FreeBlock(TStringBlock* block) noexcept
-{
-    TFree(block);
-}
-
-void TStringCore::Detach(int capacity)
-{
-    TStringBlock* const shared = Block();
-    TStringBlock* const own = Reallocate(nullptr, capacity);
-    own->length = std::min(shared->length, capacity - 1);
-    CopyUnits(own->Text(), shared->Text(), own->length);
-    own->Text()[own->length] = 0;
-    Release(shared);
-    SetBlock(own);
-}
-
-void TStringCore::MoveToBlock(int capacity)
-{
-    if (capacity > kInlineCapacity || capacity < 0) {
-        TStringBlock* const own = Reallocate(nullptr, capacity);
-        own->length = length();
-        CopyUnits(own->Text(), m_units, own->length + 1);
-        SetBlock(own);
-    }
-}
-
-char16_t* TStringCore::SetLength(int n)
-{
-    n = std::max(n, 0);
-    if (!IsBlock()) {
-        if (n <= kInlineLength) {
-            SetInlineLength(n);
-            return m_units;
-        }
-        MoveToBlock(GrownCapacity(n));
-    } else {
-        TStringBlock* const block = Block();
-        int const target = n >= block->capacity ? GrownCapacity(n) : block->capacity;
-        if (IsShared(block)) {
-            Detach(target);
-        } else if (target != block->capacity) {
-            // Larger, or negative where no int holds it: refused there.
-            SetBlock(Reallocate(block, target));
-        }
-    }
-    StoreLength(n);
-    return Block()->Text();
-}
-
-// The length of a text that has room for it and is not shared.
-void TStringCore::StoreLength(int n) noexcept
-{
-    if (IsBlock()) {
-        TStringBlock* const block = Block();
-        block->length = n;
-        block->Text()[n] = 0;
-    } else {
-        SetInlineLength(n);
-    }
-}
-
-// Makes the text longer by `by` units and returns where they are to be written.
-char16_t* TStringCore::Grow(int by)
-{
-    int const old = length();
-    return SetLength(AddLengths(old, by)) + old;
-}
-
-void TStringCore::SetCapacity(int target)
-{
-    if (target == capacity() && (!IsBlock() || !IsShared(Block()))) {
-        return;
-    }
-    if (!IsBlock()) {
-        MoveToBlock(target);
-        return;
-    }
-    TStringBlock* const block = Block();
-    if (IsShared(block)) {
-        Detach(target);
-    } else if (target < 0 || target > kInlineCapacity) {
-        SetBlock(Reallocate(block, target));
-    } else {
-        int const kept = std::min(block->length, kInlineLength);
-        BecomeEmpty();
-        CopyUnits(m_units, block->Text(), kept);
-        SetInlineLength(kept);
-        Release(block);
-    }
-}
-
-void TStringCore::reserve(int n)
-{
-    if (n < 0) {
-        text::Throw("Negative allocation size; probable overflow");
-    }
-    // One more than the largest int is negative, which the allocation refuses.
-    SetCapacity(n >= capacity() ? static_cast<int>(static_cast<unsigned>(n) + 1u) : capacity());
-}
-
-void TStringCore::squeeze()
-{
-    int const n = length();
-    SetCapacity(n < kInlineCapacity ? kInlineCapacity : n + 1);
-}
-
-void TStringCore::ThrowOutOfRange(char const* message)
-{
-    text::Throw(message);
-}
-
 // ---- construction
 
 TStringCore::TStringCore(wchar_t const* s, int n)
 {
-    BecomeEmpty();
     append(s, n);
 }
 
 // ---- assignment
-
-void TStringCore::AssignShared(TStringCore const& other) noexcept
-{
-    if (this == &other) {
-        return;
-    }
-    if (other.IsBlock()) {
-        // Taken before ours is let go: both may be the same block.
-        References(other.Block()).fetch_add(1, std::memory_order_relaxed);
-        if (IsBlock()) {
-            Release(Block());
-        }
-        std::memcpy(m_units, other.m_units, sizeof m_units);
-        return;
-    }
-    TStringBlock* const block = Block();
-    if (IsShared(block)) {
-        Release(block);
-        std::memcpy(m_units, other.m_units, sizeof m_units);
-    } else {
-        // An unshared block is kept for what comes next; it always has room for inline text.
-        block->length = other.length();
-        CopyUnits(block->Text(), other.m_units, block->length + 1);
-    }
-}
-
-void TStringCore::AssignMoved(TStringCore& other) noexcept
-{
-    if (other.IsBlock()) {
-        if (IsBlock()) {
-            Release(Block());
-        }
-        std::memcpy(m_units, other.m_units, sizeof m_units);
-    } else {
-        *this = other;
-    }
-    other.BecomeEmpty();
-}
-
-bool TStringCore::inSelf(char16_t const* p) const noexcept
-{
-    char16_t const* const own = constData();
-    return !std::less<>()(p, own) && !std::less<>()(own + length(), p);
-}
 
 // Handles a source inside the own text; false when it is not.
 bool TStringCore::_assignHandleSelf(char16_t const* s, int n)
@@ -341,24 +125,6 @@ TStringCore& TStringCore::assign(wchar_t const* s, int n)
 TStringCore& TStringCore::assign(char const* utf8, int n)
 {
     ConvertUtf8(0, utf8, n);
-    return *this;
-}
-
-TStringCore& TStringCore::AssignCopies(qvxsys::detail::UnitsOf units, int n)
-{
-    n = std::max(n, 0);
-    if (n > kMaxLength / units.count) {
-        text::ThrowOverflow();
-    }
-    char16_t* out = SetLength(n * units.count);
-    if (units.count == 1) {
-        std::fill_n(out, n, units.units[0]);
-    } else {
-        for (int i = 0; i < n; ++i) {
-            *out++ = units.units[0];
-            *out++ = units.units[1];
-        }
-    }
     return *this;
 }
 
@@ -529,49 +295,6 @@ TStringCore TStringCore::ConcatenatedInBlock(TStringCore const& a, TStringView b
     CopyUnits(out + left, b.data(), right);
     result.StoreLength(sum);
     return result;
-}
-
-// ---- inserting
-
-// Replaces `count` units at `pos` by n units that do not lie in the own text.
-void TStringCore::ReplaceUnits(int pos, int count, char16_t const* units, int n)
-{
-    int const old = length();
-    int const tail = old - pos - count;
-    int const sum = AddLengths(old - count, n);
-    if (sum > old) {
-        SetLength(sum);
-    }
-    char16_t* const at = data() + pos;
-    std::memmove(at + n, at + count, Bytes(tail));
-    if (n > 0) {
-        CopyUnits(at, units, n);
-    }
-    SetLength(sum);
-}
-
-TStringCore& TStringCore::insert(int pos, TStringView v)
-{
-    if (v.length() > 0) {
-        if (inSelf(v.data())) {
-            TStringCore const copy(v.data(), v.length());
-            return insert(pos, copy.view());
-        }
-        ReplaceUnits(std::clamp(pos, 0, length()), 0, v.data(), v.length());
-    }
-    return *this;
-}
-
-TStringCore& TStringCore::InsertUnits(int pos, char16_t const* s, int n)
-{
-    if (s == nullptr) {
-        return *this;
-    }
-    int count = n < 0 ? length(s) : n;
-    if (inSelf(s)) {
-        count = std::min(count, length() - static_cast<int>(s - constData()));
-    }
-    return insert(pos, TStringView(s, static_cast<std::size_t>(count)));
 }
 
 // ---- exception

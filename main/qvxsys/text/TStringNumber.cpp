@@ -197,6 +197,37 @@ TStringCore ShortestText(Float v)
     return Ascii(buffer, std::to_chars(buffer, std::end(buffer), v).ptr);
 }
 
+// The value times 10^precision, rounded to the nearest whole number, ties to even, for precisions up to
+// kExactPrecision. It is found exactly: a double is m x 2^e, and m x 10^precision has no more than 53 + 30 bits. False
+// for values of 2^63 and more, and for results that large.
+constexpr int kExactPrecision = 9;
+
+bool RoundedExactly(double v, int precision, std::uint64_t& result) noexcept
+{
+    __extension__ using Wide = unsigned __int128;
+    auto const bits = std::bit_cast<std::uint64_t>(v);
+    auto const biased = static_cast<int>(bits >> 52 & 0x7FF);
+    std::uint64_t const fraction = bits & ((std::uint64_t{1} << 52) - 1);
+    std::uint64_t const m = biased == 0 ? fraction : fraction | std::uint64_t{1} << 52;
+    int const e = std::max(biased, 1) - 1075;
+    if (e > 10) {
+        return false;
+    }
+    Wide scaled = Wide{m} * text::detail::kPowersOfTen[static_cast<std::size_t>(precision)];
+    if (e >= 0) {
+        scaled <<= e;
+    } else if (e < -100) {
+        scaled = 0; // less than a half by far
+    } else {
+        Wide const unit = Wide{1} << -e;
+        Wide const rest = scaled & (unit - 1);
+        scaled >>= -e;
+        scaled += rest > unit / 2 || (rest == unit / 2 && (scaled & 1) != 0) ? 1 : 0;
+    }
+    result = static_cast<std::uint64_t>(scaled);
+    return scaled >> 63 == 0;
+}
+
 // Puts ".0" behind the digits where there is no point; returns the new end. The buffer has room for it.
 char* AddPoint(char* begin, char* end) noexcept
 {
@@ -212,17 +243,32 @@ char* AddPoint(char* begin, char* end) noexcept
 
 } // namespace
 
-TStringCore TStringCore::DoubleText(double v, char format, int precision, bool withPoint)
+// digits / 10^precision, with a precision up to kExactPrecision.
+TStringCore TStringCore::FixedText(std::uint64_t digits, int precision, bool negative)
 {
-    if (char const* const word = NoNumber(v)) {
-        return word;
+    std::uint64_t const power = text::detail::kPowersOfTen[static_cast<std::size_t>(precision)];
+    std::uint64_t const whole = digits / power;
+    int const before = text::DecimalLength(whole);
+    TStringCore result;
+    char16_t* out = result.NewText((negative ? 1 : 0) + before + (precision > 0 ? 1 + precision : 0));
+    if (negative) {
+        *out++ = u'-';
     }
-    char const lower = static_cast<char>(format | 0x20);
-    bool const general = lower == 'g';
-    auto const notation = general        ? std::chars_format::general
-                          : lower == 'e' ? std::chars_format::scientific
-                                         : std::chars_format::fixed;
-    precision = precision < 0 ? 6 : general ? std::min(precision, kMostSignificant) : precision;
+    text::WriteDecimal(out, whole, before);
+    if (precision > 0) {
+        out[before] = u'.';
+        text::WriteZeroPadded(out + before + 1, static_cast<std::uint32_t>(digits - whole * power), precision);
+    }
+    return result;
+}
+
+TStringCore TStringCore::PrintedText(double v, char format, int precision, bool withPoint)
+{
+    bool const general = (format | 0x20) == 'g';
+    auto const notation = general                  ? std::chars_format::general
+                          : (format | 0x20) == 'e' ? std::chars_format::scientific
+                                                   : std::chars_format::fixed;
+    precision = general ? std::min(precision, kMostSignificant) : precision;
     if (precision >= kPrinted) {
         return {};
     }
@@ -238,6 +284,21 @@ TStringCore TStringCore::DoubleText(double v, char format, int precision, bool w
         end = AddPoint(buffer, end);
     }
     return Ascii(buffer, end);
+}
+
+TStringCore TStringCore::DoubleText(double v, char format, int precision, bool withPoint)
+{
+    if (char const* const word = NoNumber(v)) {
+        return word;
+    }
+    precision = precision < 0 ? 6 : precision;
+    char const lower = static_cast<char>(format | 0x20);
+    std::uint64_t digits = 0;
+    if (lower != 'e' && lower != 'g' && precision <= kExactPrecision && (precision > 0 || !withPoint) &&
+        RoundedExactly(v, precision, digits)) {
+        return FixedText(digits, precision, std::signbit(v));
+    }
+    return PrintedText(v, format, precision, withPoint);
 }
 
 TStringCore TStringCore::numberShortest(double value)

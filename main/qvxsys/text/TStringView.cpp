@@ -6,54 +6,21 @@
 #include <qvxsys/TStringCore.h>
 
 #include "TextErrors.h"
-#include "UnitCompare.h"
-#include "UnitSearch.h"
 #include "kernels/Kernels.h"
 
 namespace text = qvxsys::text;
-using qvxsys::detail::UnitsOf;
 
 namespace {
 
-// Where a search starts: a negative `from` counts from the end; -1 for a start outside the text.
-int StartOf(int from, int length) noexcept
+int PositionOf(TStringView of, TStringView::code_point_iterator const& it)
 {
-    std::int64_t const start = from < 0 ? std::int64_t{from} + length : from;
-    return start < 0 || start >= length ? -1 : static_cast<int>(start);
+    return qvxsys::detail::PositionOf(of, it.text(), it.codeUnitIndex(), "TStringView");
 }
 
 // A count of units cut to [0, length].
 std::size_t Clamped(int n, std::size_t length) noexcept
 {
     return n < 1 ? 0 : std::min(static_cast<std::size_t>(n), length);
-}
-
-bool IsFolded(CaseCompare cs) noexcept
-{
-    return cs != CaseCompare::Sensitive;
-}
-
-// The position of an iterator of any view over `of`'s text.
-int PositionOf(TStringView of, TStringView::code_point_iterator const& it)
-{
-    if (it.text() != of.data()) {
-        qvxsys::detail::ThrowForeignIteratorFrom("TStringView");
-    }
-    return it.codeUnitIndex() < 0 ? of.length() : std::min(it.codeUnitIndex(), of.length());
-}
-
-TStringView::code_point_iterator At(TStringView const& view, int position)
-{
-    return {position == 0 ? 0 : -1, position < view.length() ? position : -1, view};
-}
-
-bool HasPrefix(TStringView text, TStringView prefix, CaseCompare cs) noexcept
-{
-    if (prefix.empty() || prefix.size() > text.size()) {
-        return false;
-    }
-    return (IsFolded(cs) ? text::CompareUnitsFolded(text.data(), prefix.data(), prefix.size())
-                         : text::CompareUnits(text.data(), prefix.data(), prefix.size())) == 0;
 }
 
 char32_t LastCodePoint(TStringView view, int& units) noexcept
@@ -70,68 +37,6 @@ char32_t FirstCodePoint(TStringView view, int& units) noexcept
     char32_t const c = qvxsys::detail::CodePointAt(view.data(), view.length(), 0);
     units = CharacterUtils::CountCodeUnits(c);
     return c;
-}
-
-template<class Drop>
-TStringView TrimmedLeft(TStringView view, Drop drop) noexcept
-{
-    int units = 0;
-    while (!view.empty() && drop(FirstCodePoint(view, units))) {
-        view = view.mid(units);
-    }
-    return view;
-}
-
-template<class Drop>
-TStringView TrimmedRight(TStringView view, Drop drop) noexcept
-{
-    int units = 0;
-    while (!view.empty() && drop(LastCodePoint(view, units))) {
-        view.truncate(view.length() - units);
-    }
-    return view;
-}
-
-bool IsIn(TStringView set, char32_t c) noexcept
-{
-    int units = 0;
-    for (; !set.empty(); set = set.mid(units)) {
-        if (FirstCodePoint(set, units) == c) {
-            return true;
-        }
-    }
-    return false;
-}
-
-int FindMember(TStringView view, TStringView set, int from, bool wanted) noexcept
-{
-    int const start = StartOf(from, view.length());
-    if (start < 0) {
-        return -1;
-    }
-    std::u16string_view const units = view;
-    std::size_t const at = wanted ? units.find_first_of(set, static_cast<std::size_t>(start))
-                                  : units.find_first_not_of(set, static_cast<std::size_t>(start));
-    return at == std::u16string_view::npos ? -1 : static_cast<int>(at);
-}
-
-// Cuts at what `next(rest)` finds, which is `width` units wide.
-template<class Next>
-std::vector<TStringView> Split(TStringView view, int width, EmptyParts empty, Next next)
-{
-    std::vector<TStringView> parts;
-    for (int pos = 0;;) {
-        TStringView const rest = view.mid(pos);
-        int const at = next(rest);
-        TStringView const part = at < 0 ? rest : rest.left(at);
-        if (empty == EmptyParts::Keep || !part.empty()) {
-            parts.push_back(part);
-        }
-        if (at < 0) {
-            return parts;
-        }
-        pos += at + width;
-    }
 }
 
 } // namespace
@@ -234,183 +139,4 @@ TStringView::code_point_iterator TStringView::iteratorFrom(code_point_iterator c
 {
     int const position = PositionOf(*this, other);
     return position < length() ? code_point_iterator(other.codePointIndex(), position, *this) : codepoint_cend();
-}
-
-// ---- searching
-
-bool TStringView::startsWith(TStringView prefix, CaseCompare cs) const noexcept
-{
-    return HasPrefix(*this, prefix, cs);
-}
-
-bool TStringView::endsWith(TStringView suffix, CaseCompare cs) const noexcept
-{
-    return HasPrefix(right(suffix.length()), suffix, cs);
-}
-
-bool TStringView::contains(TStringView needle, CaseCompare cs) const
-{
-    return indexOf(needle, 0, cs) >= 0;
-}
-
-int TStringView::count(TStringView needle, CaseCompare cs) const
-{
-    int found = 0;
-    for (int at = indexOf(needle, 0, cs); at >= 0; at = indexOf(needle, at + 1, cs)) {
-        ++found;
-    }
-    return found;
-}
-
-int TStringView::count32(char32_t c, CaseCompare cs) const
-{
-    UnitsOf const units(c);
-    if (units.count != 1) {
-        return count(units.View(), cs);
-    }
-    if (!IsFolded(cs)) {
-        return static_cast<int>(text::kernels().countUnit(m_data, m_length, units.units[0]));
-    }
-    char16_t const folded = TCType::FoldCase(units.units[0]);
-    auto const same = [folded](char16_t unit) { return TCType::FoldCase(unit) == folded; };
-    return static_cast<int>(std::count_if(begin(), end(), same));
-}
-
-int TStringView::indexOf(TStringView needle, int from, CaseCompare cs) const
-{
-    int const start = StartOf(from, length());
-    if (start < 0 || needle.empty()) {
-        return start;
-    }
-    auto const skipped = static_cast<std::size_t>(start);
-    std::size_t const at =
-        text::FindFirst(m_data + skipped, m_length - skipped, needle.data(), needle.size(), IsFolded(cs));
-    return at == text::kNotFound ? -1 : static_cast<int>(skipped + at);
-}
-
-int TStringView::lastIndexOf(TStringView needle, int from, CaseCompare cs) const
-{
-    int const start = StartOf(from, length());
-    if (start < 0 || needle.empty()) {
-        return start;
-    }
-    std::size_t const reach = std::min(static_cast<std::size_t>(start) + needle.size(), m_length);
-    std::size_t const at = text::FindLast(m_data, reach, needle.data(), needle.size(), IsFolded(cs));
-    return at == text::kNotFound ? -1 : static_cast<int>(at);
-}
-
-TStringView::code_point_iterator TStringView::find(TStringView needle, CaseCompare cs) const
-{
-    int const at = indexOf(needle, 0, cs);
-    return at < 0 ? codepoint_cend() : At(*this, at);
-}
-
-TStringView::code_point_iterator TStringView::find(TStringView needle, code_point_iterator const& from,
-                                                   CaseCompare cs) const
-{
-    int const at = indexOf(needle, PositionOf(*this, from), cs);
-    return at < 0 ? codepoint_cend() : At(*this, at);
-}
-
-TStringView::code_point_iterator TStringView::findLast(TStringView needle, CaseCompare cs) const
-{
-    int const at = lastIndexOf(needle, -1, cs);
-    return at < 0 ? codepoint_cend() : At(*this, at);
-}
-
-TStringView::code_point_iterator TStringView::findLast(TStringView needle, code_point_iterator const& from,
-                                                       CaseCompare cs) const
-{
-    int const position = PositionOf(*this, from);
-    int const at = lastIndexOf(needle, position < length() ? position : -1, cs);
-    return at < 0 ? codepoint_cend() : At(*this, at);
-}
-
-int TStringView::findOneOf(TStringView set, int from) const noexcept
-{
-    return FindMember(*this, set, from, true);
-}
-
-int TStringView::findOneNotOf(TStringView set, int from) const noexcept
-{
-    return FindMember(*this, set, from, false);
-}
-
-TStringView::code_point_iterator TStringView::findOneOf(TStringView set, code_point_iterator const& from) const
-{
-    int const at = findOneOf(set, PositionOf(*this, from));
-    return at < 0 ? codepoint_cend() : At(*this, at);
-}
-
-TStringView::code_point_iterator TStringView::findOneNotOf(TStringView set, code_point_iterator const& from) const
-{
-    int const at = findOneNotOf(set, PositionOf(*this, from));
-    return at < 0 ? codepoint_cend() : At(*this, at);
-}
-
-// ---- splitting
-
-std::vector<TStringView> TStringView::split(TStringView separator, EmptyParts empty, CaseCompare cs) const
-{
-    if (separator.empty()) {
-        return {};
-    }
-    return Split(*this, separator.length(), empty, [&](TStringView rest) { return rest.indexOf(separator, 0, cs); });
-}
-
-std::vector<TStringView> TStringView::splitOnAny(TStringView set, EmptyParts empty) const
-{
-    if (set.empty()) {
-        return {};
-    }
-    return Split(*this, 1, empty, [&](TStringView rest) { return rest.findOneOf(set); });
-}
-
-std::vector<TStringView> TStringView::tokenize(TStringView delimiters) const
-{
-    return Split(*this, 1, EmptyParts::Skip, [&](TStringView rest) { return rest.findOneOf(delimiters); });
-}
-
-// ---- trimming
-
-TStringView& TStringView::trimLeft() noexcept
-{
-    return *this = TrimmedLeft(*this, TCType::isSpace32);
-}
-
-TStringView& TStringView::trimRight() noexcept
-{
-    return *this = TrimmedRight(*this, TCType::isSpace32);
-}
-
-TStringView& TStringView::trim() noexcept
-{
-    return trimLeft().trimRight();
-}
-
-TStringView& TStringView::trimLeft(TStringView set) noexcept
-{
-    return *this = TrimmedLeft(*this, [set](char32_t c) { return IsIn(set, c); });
-}
-
-TStringView& TStringView::trimRight(TStringView set) noexcept
-{
-    return *this = TrimmedRight(*this, [set](char32_t c) { return IsIn(set, c); });
-}
-
-TStringView& TStringView::trim(TStringView set) noexcept
-{
-    return trimLeft(set).trimRight(set);
-}
-
-TStringView TStringView::trimmed() const noexcept
-{
-    TStringView copy = *this;
-    return copy.trim();
-}
-
-TStringView TStringView::trimmed(TStringView set) const noexcept
-{
-    TStringView copy = *this;
-    return copy.trim(set);
 }

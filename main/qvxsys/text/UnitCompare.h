@@ -1,59 +1,53 @@
 #pragma once
 // Unit-by-unit comparison under the string classes. Results are -1, 0 or 1; a common 0 unit ends the comparison as
-// equal.
+// equal. "Folded" is by TCType::FoldCase, unit by unit.
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <limits>
-
-#include <qvxsys/TCType.h>
 
 namespace qvxsys::text {
 
-struct SameUnit
-{
-    char16_t operator()(char16_t c) const noexcept { return c; }
-};
+/// Texts of n units, all of which may be read.
+[[nodiscard]] int CompareUnits(char16_t const* a, char16_t const* b, std::size_t n) noexcept;
+[[nodiscard]] int CompareUnitsFolded(char16_t const* a, char16_t const* b, std::size_t n) noexcept;
 
-struct FoldedUnit
-{
-    char16_t operator()(char16_t c) const noexcept { return TCType::FoldCase(c); }
-};
+/// Terminated texts, at most so many units of them. Where the lengths are known, it is faster to compare as many units
+/// as the shorter one has, terminator included.
+[[nodiscard]] int CompareTerminated(char16_t const* a, char16_t const* b,
+                                    std::size_t most = std::numeric_limits<std::size_t>::max()) noexcept;
+[[nodiscard]] int CompareTerminatedFolded(char16_t const* a, char16_t const* b,
+                                          std::size_t most = std::numeric_limits<std::size_t>::max()) noexcept;
 
-template<class Fold>
-int CompareUnits(char16_t const* a, char16_t const* b, std::size_t n, Fold fold) noexcept
+namespace detail {
+
+/// Two loads of a whole T that overlap where they must.
+template<class T>
+bool EqualEnds(char16_t const* a, char16_t const* b, std::size_t n) noexcept
 {
-    for (std::size_t i = 0; i < n; ++i) {
-        if (a[i] != b[i]) {
-            char16_t const left = fold(a[i]);
-            char16_t const right = fold(b[i]);
-            if (left != right) {
-                return left < right ? -1 : 1;
-            }
-        } else if (a[i] == 0) {
-            return 0;
-        }
+    auto const at = [](char16_t const* p) {
+        T value;
+        std::memcpy(&value, p, sizeof value);
+        return value;
+    };
+    std::size_t const last = n - sizeof(T) / sizeof(char16_t);
+    return ((at(a) ^ at(b)) | (at(a + last) ^ at(b + last))) == 0;
+}
+
+} // namespace detail
+
+/// Whether n units are equal, 0 units being as good as any other.
+[[nodiscard]] inline bool EqualUnits(char16_t const* a, char16_t const* b, std::size_t n) noexcept
+{
+    if (n > 8) {
+        return std::memcmp(a, b, n * sizeof(char16_t)) == 0;
     }
-    return 0;
+    if (n >= 4) {
+        return detail::EqualEnds<std::uint64_t>(a, b, n);
+    }
+    return n == 0 || (n == 1 ? *a == *b : detail::EqualEnds<std::uint32_t>(a, b, n));
 }
-
-/// At most n units.
-inline int CompareUnits(char16_t const* a, char16_t const* b, std::size_t n) noexcept
-{
-    return CompareUnits(a, b, n, SameUnit());
-}
-inline int CompareUnitsFolded(char16_t const* a, char16_t const* b, std::size_t n) noexcept
-{
-    return CompareUnits(a, b, n, FoldedUnit());
-}
-
-/// Terminated texts.
-inline int CompareTerminated(char16_t const* a, char16_t const* b) noexcept
-{
-    return CompareUnits(a, b, std::numeric_limits<std::size_t>::max());
-}
-inline int CompareTerminatedFolded(char16_t const* a, char16_t const* b) noexcept
-{
-    return CompareUnitsFolded(a, b, std::numeric_limits<std::size_t>::max());
-}
+[[nodiscard]] bool EqualUnitsFolded(char16_t const* a, char16_t const* b, std::size_t n) noexcept;
 
 } // namespace qvxsys::text

@@ -25,40 +25,13 @@
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
 
+#include "kernels/EncodeConstants.h"
 #include "kernels/EncodeScalar.h"
 #include "kernels/Kernels.h"
 
 #include <immintrin.h>
 
 namespace qvxsys::text::avx512 {
-
-/// Constants of the encoders, for each 32 bits of a vector, read from memory. They are weak so that the compiler may
-/// not rely on their values: what GCC 12 knows, it builds in a general register and moves over anew for every block, on
-/// the execution port that the shuffles need.
-struct EncodeConstants
-{
-    unsigned notAscii = 0xFF80FF80;
-    unsigned notSmall = 0xF800F800; // bits of units of three bytes, and of surrogates
-    unsigned surrogate = 0xD800D800;
-    unsigned isLow = 0x04000400;
-    unsigned replacement = 0xFFFDFFFD;
-    unsigned highBase = 0xD7C0D7C0;
-    unsigned highRest = 0x00030003;
-    unsigned lowBits = 0x03FF03FF;
-    unsigned sixBits = 0x3F3F3F3F;
-    unsigned firstBytes = 0x00FF00FF;
-    unsigned lastByte = 0xFF000000;
-    unsigned wordTags2 = 0x80C080C0; // the first byte of a unit is the lower one
-    unsigned wordTagsHigh = 0x80F080F0;
-    unsigned wordTagsTrail = 0x80808080;
-    unsigned tags2 = 0x80C00000;
-    unsigned tags3 = 0x8080E000;
-    unsigned tags4 = 0x808080F0;
-    unsigned lead3 = 0x0000E000;
-};
-
-[[gnu::weak]] extern EncodeConstants const encodeConstants;
-EncodeConstants const encodeConstants{};
 
 namespace {
 

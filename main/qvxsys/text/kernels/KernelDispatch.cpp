@@ -11,9 +11,12 @@ namespace {
 using quorvex::cpu::InstructionSet;
 
 #define QVX_KERNEL_TABLE(set)                                                                                          \
-    {set::Utf8ToUtf16,     set::Utf16LengthOfUtf8, set::Utf8PrefixToUtf32, set::Utf16ToUtf8, set::Utf8LengthOfUtf16,   \
-     set::Utf16ToUtf32,    set::Utf32ToUtf16,      set::Utf32ToUtf16Raw,   set::Utf32ToUtf8Raw,                        \
-     set::CopyWellFormed, set::CountCodePoints,   set::CountUnit}
+    {                                                                                                                  \
+        set::Utf8ToUtf16, set::Utf16LengthOfUtf8, set::Utf8PrefixToUtf32, set::Utf16ToUtf8, set::Utf8LengthOfUtf16,    \
+            set::Utf16ToUtf32, set::Utf32ToUtf16, set::Utf32ToUtf16Raw, set::Utf32ToUtf8Raw, set::CopyWellFormed,      \
+            set::CountCodePoints, set::CountUnit, set::FirstStop, set::FirstStopFolded, set::NextHits,                 \
+            set::PreviousHits                                                                                          \
+    }
 
 // Indexed by InstructionSet.
 constexpr Kernels kTables[] = {QVX_KERNEL_TABLE(portable), QVX_KERNEL_TABLE(avx2), QVX_KERNEL_TABLE(avx512)};

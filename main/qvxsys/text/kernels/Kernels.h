@@ -1,7 +1,8 @@
 #pragma once
-// The transcoding kernels: bulk conversion between UTF-8, UTF-16 and UTF-32 on raw memory, one set per instruction
-// set, chosen at run time. This is the one place that knows how text is converted quickly; the functions of
-// StringUtils and the string class add lengths, capacities, terminators and messages around it.
+// The kernels: bulk conversion between UTF-8, UTF-16 and UTF-32 on raw memory, and the scans under comparison and
+// search, one set per instruction set, chosen at run time. This is the one place that knows how text is converted and
+// scanned quickly; the functions of StringUtils and the string class add lengths, capacities, terminators and messages
+// around it, UnitCompare and UnitSearch the meaning of folding and of a match.
 //
 // Rules that hold for every kernel:
 // - Source and destination do not overlap. A null source is allowed only with a length of 0.
@@ -18,8 +19,40 @@
 // other on every input.
 
 #include <cstddef>
+#include <cstdint>
 
 namespace qvxsys::text {
+
+/// Neighbouring pairs of units that fold alike: c and c + distance for each c in [low, low + count).
+struct CaseRun
+{
+    char16_t low;
+    char16_t count;
+    char16_t distance;
+};
+
+inline constexpr CaseRun kAsciiLetters{u'A', 26, u'a' - u'A'};
+
+/// What a scan looks for at a position p: one of the units `first` at p and, if it is a pair, one of `second` at
+/// p + gap. Alternatives that are not needed repeat another one.
+struct Anchors
+{
+    static constexpr unsigned kMost = 4;
+
+    char16_t first[kMost];
+    char16_t second[kMost];
+    std::size_t gap;
+    unsigned alternatives; ///< how many to look at: 1, 2 or 4
+    bool pair;
+};
+
+/// Where a scan is. It yields up to 64 positions at a time, as bits: bit k stands for the position at + k.
+struct ScanBlock
+{
+    std::size_t at = 0;
+    std::size_t next =
+        0; ///< where the next call goes on; the positions still to be scanned begin (backwards: end) here
+};
 
 struct Kernels
 {
@@ -63,13 +96,28 @@ struct Kernels
 
     /// The number of units equal to `unit`.
     std::size_t (*countUnit)(char16_t const* src, std::size_t n, char16_t unit) noexcept;
+
+    /// The first index at which the texts differ or both have a 0 unit, n if there is none.
+    std::size_t (*firstStop)(char16_t const* a, char16_t const* b, std::size_t n) noexcept;
+
+    /// The same, but units that fold alike by kAsciiLetters or by `run` do not differ.
+    std::size_t (*firstStopFolded)(char16_t const* a, char16_t const* b, std::size_t n, CaseRun run) noexcept;
+
+    /// The next positions in [block.next, count) with the anchors; 0 if there are none up to the end. Reads units up
+    /// to count, and from gap to gap + count for a pair.
+    std::uint64_t (*nextHits)(char16_t const* text, std::size_t count, Anchors const& anchors,
+                              ScanBlock& block) noexcept;
+
+    /// The same from the end: the last positions in [0, block.next), where block.next is at most count.
+    std::uint64_t (*previousHits)(char16_t const* text, std::size_t count, Anchors const& anchors,
+                                  ScanBlock& block) noexcept;
 };
 
 /// The kernels for this processor: the best set it has, or the one set by LimitInstructionSet (Processor.h).
 /// Thread-safe; costs one load once chosen.
 Kernels const& kernels() noexcept;
 
-// What each instruction set provides. `decode...` and `encode...` are separate files; KernelDispatch.cpp builds the
+// What each instruction set provides. Decoding, encoding and scanning are separate files; KernelDispatch.cpp builds the
 // tables from them.
 #define QVX_DECLARE_KERNELS                                                                                            \
     std::size_t Utf8ToUtf16(char const* src, std::size_t n, char16_t* dst, std::size_t& substitutions) noexcept;       \
@@ -84,7 +132,13 @@ Kernels const& kernels() noexcept;
     std::size_t Utf32ToUtf8Raw(char32_t const* src, std::size_t n, char* dst) noexcept;                                \
     void CopyWellFormed(char16_t const* src, std::size_t n, char16_t* dst, std::size_t& substitutions) noexcept;       \
     std::size_t CountCodePoints(char16_t const* src, std::size_t n) noexcept;                                          \
-    std::size_t CountUnit(char16_t const* src, std::size_t n, char16_t unit) noexcept;
+    std::size_t CountUnit(char16_t const* src, std::size_t n, char16_t unit) noexcept;                                 \
+    std::size_t FirstStop(char16_t const* a, char16_t const* b, std::size_t n) noexcept;                               \
+    std::size_t FirstStopFolded(char16_t const* a, char16_t const* b, std::size_t n, CaseRun run) noexcept;            \
+    std::uint64_t NextHits(char16_t const* text, std::size_t count, Anchors const& anchors,                            \
+                           ScanBlock& block) noexcept;                                                                 \
+    std::uint64_t PreviousHits(char16_t const* text, std::size_t count, Anchors const& anchors,                        \
+                               ScanBlock& block) noexcept;
 
 /// Any x86-64 (SSE2): no run-time test needed.
 namespace portable {

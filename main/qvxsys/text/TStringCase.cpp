@@ -1,0 +1,267 @@
+// toLower and toUpper: ICU's full case mapping, with tables for what is simple.
+//
+// Most characters map to one unit whatever stands around them and whatever the language. For those a table of 64 K
+// entries per direction, filled from ICU entry by entry at first use, has the result; ASCII is mapped in vectors. All
+// else makes the whole text go through ICU:
+// - characters whose mapping in the root locale is not one unit (U+00DF, U+0130, ligatures ...),
+// - U+03A3, whose small form depends on what stands around it,
+// - high surrogates of a block with cased letters (Deseret and others); the surrogates of all other blocks map to
+//   themselves, so that emoji need no ICU,
+// - text with cased characters where ICU's default locale has mappings of its own: Turkish, Azerbaijani, Lithuanian,
+//   Greek, Armenian (ICU's ucase.h). The default locale is looked at when the first character turns up that one of
+//   these maps in its own way; ASCII without the letter i or I never needs it.
+
+#include <qvxsys/TTextReading.h>
+
+#include <algorithm>
+#include <atomic>
+#include <string_view>
+
+#include <emmintrin.h>
+
+#include <qvxsys/QvxICU.h>
+#include <qvxsys/TStringCore.h>
+
+#include "StringLimits.h"
+
+namespace {
+
+using namespace QvxICU;
+
+using MapFunction = std::int32_t (*)(char16_t*, std::int32_t, char16_t const*, std::int32_t, char const*,
+                                     ICUErrorCode*) noexcept;
+
+// An entry is the mapped unit plus one; 0 is not known yet. Less one, those two and U+FFFF, which therefore takes the
+// long way, are the two highest values.
+constexpr char16_t kSpecial = 0xFFFF;
+constinit std::atomic<char16_t> s_lower[0x10000] = {};
+constinit std::atomic<char16_t> s_upper[0x10000] = {};
+
+struct Lower
+{
+    static constexpr char16_t kFirst = u'A';        // of the ASCII letters that change
+    static constexpr char16_t kLocaleLetter = u'I'; // whose mapping depends on the locale
+    static constexpr MapFunction kMap = t_u_strToLower;
+    static std::atomic<char16_t>* Table() noexcept { return s_lower; }
+    static bool DependsOnContext(char16_t c) noexcept { return c == 0x03A3; }
+};
+
+struct Upper
+{
+    static constexpr char16_t kFirst = u'a';
+    static constexpr char16_t kLocaleLetter = u'i';
+    static constexpr MapFunction kMap = t_u_strToUpper;
+    static std::atomic<char16_t>* Table() noexcept { return s_upper; }
+    static bool DependsOnContext(char16_t) noexcept { return false; }
+};
+
+// Whether the root locale maps a text to itself.
+template<class Direction>
+bool MapsToItself(char16_t const* units, int n) noexcept
+{
+    char16_t mapped[8];
+    auto status = ICUErrorCode::ZeroError;
+    int const length = Direction::kMap(mapped, 8, units, n, "", &status);
+    return length == n && std::equal(units, units + n, mapped);
+}
+
+template<class Direction>
+char16_t Mapped(char16_t c) noexcept
+{
+    if (CharacterUtils::IsHighSurrogate(c)) {
+        for (int low = 0xDC00; low < 0xE000; ++low) {
+            char16_t const pair[] = {c, static_cast<char16_t>(low)};
+            if (!MapsToItself<Direction>(pair, 2)) {
+                return kSpecial;
+            }
+        }
+        return static_cast<char16_t>(c + 1);
+    }
+    char16_t mapped[8];
+    auto status = ICUErrorCode::ZeroError;
+    int const length = Direction::kMap(mapped, 8, &c, 1, "", &status);
+    bool const simple = length == 1 && ICU_SUCCESS(status) && !Direction::DependsOnContext(c) && mapped[0] < 0xFFFE;
+    return simple ? static_cast<char16_t>(mapped[0] + 1) : kSpecial;
+}
+
+// Whether a locale's name has this language.
+bool HasLanguage(char const* name, std::string_view language) noexcept
+{
+    for (char const c : language) {
+        if (*name++ != c) {
+            return false;
+        }
+    }
+    return *name == '\0' || *name == '_' || *name == '-' || *name == '@' || *name == '.';
+}
+
+// True when ICU's default locale maps case in its own way.
+bool DefaultLocaleIsSpecial() noexcept
+{
+    char const* const name = t_uloc_getDefault();
+    switch (name[0] == '\0' ? 0 : name[0] << 8 | name[1]) {
+    case 't' << 8 | 'r':
+    case 'a' << 8 | 'z':
+    case 'l' << 8 | 't':
+    case 'e' << 8 | 'l':
+    case 'h' << 8 | 'y':
+    case 't' << 8 | 'u':
+    case 'l' << 8 | 'i':
+        break;
+    default:
+        return false;
+    }
+    auto const is = [name](std::string_view language) { return HasLanguage(name, language); };
+    return is("tr") || is("tur") || is("az") || is("aze") || is("lt") || is("lit") || is("el") || is("ell") ||
+           is("hy") || is("hye");
+}
+
+enum class Outcome { Mapped, NeedsLocale, NotAscii };
+
+// Maps Vectors x 8 units when all of them are ASCII and, until the locale is known, none is the letter that depends on
+// it; else writes nothing.
+template<class Direction, int Vectors>
+Outcome MapAscii(char16_t const* from, char16_t* to, bool localeIsKnown) noexcept
+{
+    __m128i units[Vectors];
+    __m128i all = _mm_setzero_si128();
+    __m128i locale = _mm_setzero_si128();
+    for (int i = 0; i < Vectors; ++i) {
+        units[i] = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from + 8 * i));
+        all = _mm_or_si128(all, units[i]);
+        locale = _mm_or_si128(locale, _mm_cmpeq_epi16(units[i], _mm_set1_epi16(Direction::kLocaleLetter)));
+    }
+    __m128i const high = _mm_and_si128(all, _mm_set1_epi16(static_cast<short>(0xFF80)));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(high, _mm_setzero_si128())) != 0xFFFF) {
+        return Outcome::NotAscii;
+    }
+    if (!localeIsKnown && _mm_movemask_epi8(locale) != 0) {
+        return Outcome::NeedsLocale;
+    }
+    for (int i = 0; i < Vectors; ++i) {
+        __m128i const fromFirst = _mm_sub_epi16(units[i], _mm_set1_epi16(Direction::kFirst));
+        __m128i const isLetter = _mm_cmpeq_epi16(_mm_subs_epu16(fromFirst, _mm_set1_epi16(25)), _mm_setzero_si128());
+        __m128i const mapped = _mm_xor_si128(units[i], _mm_and_si128(isLetter, _mm_set1_epi16(0x20)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 8 * i), mapped);
+    }
+    return Outcome::Mapped;
+}
+
+char16_t Load(std::atomic<char16_t> const* table, char16_t c) noexcept
+{
+    return static_cast<char16_t>(table[c].load(std::memory_order_relaxed) - 1);
+}
+
+// Maps units by the table; false when one is special. First all of them, as if all were known, then, if some were not,
+// all of them again.
+template<class Direction>
+bool MapByTable(char16_t const* from, std::size_t n, char16_t* to) noexcept
+{
+    std::atomic<char16_t>* const table = Direction::Table();
+    bool known = true;
+    for (std::size_t i = 0; i < n; ++i) {
+        to[i] = Load(table, from[i]);
+        known &= to[i] < 0xFFFE;
+    }
+    for (std::size_t i = 0; i < n && !known; ++i) {
+        if (Load(table, from[i]) >= 0xFFFE) {
+            // Threads that fill an entry at once write the same value, and nothing else is published by it.
+            char16_t const entry = Mapped<Direction>(from[i]);
+            table[from[i]].store(entry, std::memory_order_relaxed);
+            if (entry == kSpecial) {
+                return false;
+            }
+        }
+        to[i] = Load(table, from[i]);
+    }
+    return true;
+}
+
+// Where the text is mapped one unit to one; false when it needs ICU, `to` has been written to then.
+template<class Direction>
+class SimpleMapping
+{
+public:
+    bool Map(char16_t const* from, std::size_t n, char16_t* to) noexcept
+    {
+        std::size_t i = 0;
+        for (; n - i >= 32; i += 32) {
+            if (!Block<4>(from + i, 32, to + i)) {
+                return false;
+            }
+        }
+        for (; n - i >= 8; i += 8) {
+            if (!Block<1>(from + i, 8, to + i)) {
+                return false;
+            }
+        }
+        // The rest: with the units before it as one vector, or by the table.
+        std::size_t const rest = n - i;
+        std::size_t const start = n >= 8 ? n - 8 : i;
+        return rest == 0 || (n >= 8 ? Block<1>(from + start, 8, to + start) : Rest(from + i, rest, to + i));
+    }
+
+private:
+    template<int Vectors>
+    bool Block(char16_t const* from, std::size_t n, char16_t* to) noexcept
+    {
+        auto outcome = MapAscii<Direction, Vectors>(from, to, m_localeIsKnown);
+        if (outcome == Outcome::Mapped) [[likely]] {
+            return true;
+        }
+        if (!LearnLocale()) {
+            return false;
+        }
+        return outcome == Outcome::NeedsLocale ? MapAscii<Direction, Vectors>(from, to, true) == Outcome::Mapped
+                                               : MapByTable<Direction>(from, n, to);
+    }
+    bool Rest(char16_t const* from, std::size_t n, char16_t* to) noexcept
+    {
+        auto const needsLocale = [](char16_t c) { return c >= 0x80 || c == Direction::kLocaleLetter; };
+        return (!std::any_of(from, from + n, needsLocale) || LearnLocale()) && MapByTable<Direction>(from, n, to);
+    }
+    bool LearnLocale() noexcept
+    {
+        m_localeIsKnown = m_localeIsKnown || !DefaultLocaleIsSpecial();
+        return m_localeIsKnown;
+    }
+
+    bool m_localeIsKnown = false; // and has no mappings of its own
+};
+
+template<class Direction>
+TStringCore MapCase(TStringView text)
+{
+    int const length = qvxsys::text::CheckedUnits(text.size());
+    TStringCore result;
+    result.reserve(length);
+    result.resize(length);
+    if (SimpleMapping<Direction>().Map(text.data(), text.size(), result.data())) {
+        return result;
+    }
+    auto status = ICUErrorCode::ZeroError;
+    int mapped = Direction::kMap(result.data(), result.capacity(), text.data(), length, nullptr, &status);
+    if (mapped >= result.capacity()) {
+        result.reserve(mapped);
+        status = ICUErrorCode::ZeroError;
+        mapped = Direction::kMap(result.data(), result.capacity(), text.data(), length, nullptr, &status);
+    }
+    result.resize(mapped);
+    return result;
+}
+
+} // namespace
+
+namespace qvxsys::detail {
+
+TStringCore ToLower(TStringView text)
+{
+    return MapCase<Lower>(text);
+}
+
+TStringCore ToUpper(TStringView text)
+{
+    return MapCase<Upper>(text);
+}
+
+} // namespace qvxsys::detail

@@ -1,0 +1,72 @@
+#pragma once
+// A set of units, for asking often.
+
+#include <algorithm>
+#include <cstdint>
+
+#include <qvxsys/CharacterUtils.h>
+#include <qvxsys/TStringView.h>
+
+namespace qvxsys::text {
+
+/// The units of a text as a set: a bit each for those below 256, the others in a list as they stand in the text.
+class UnitSet
+{
+public:
+    explicit UnitSet(TStringView units) noexcept : m_units(units)
+    {
+        for (char16_t const c : units) {
+            if (c < 256) {
+                m_bits[c / 64] |= std::uint64_t{1} << (c % 64);
+            } else {
+                m_hasLarge = true;
+                m_hasSurrogates = m_hasSurrogates || CharacterUtils::IsSurrogate(c);
+            }
+        }
+    }
+
+    [[nodiscard]] bool Contains(char16_t c) const noexcept
+    {
+        if (c < 256) {
+            return ((m_bits[c / 64] >> (c % 64)) & 1) != 0;
+        }
+        return m_hasLarge && std::find(m_units.begin(), m_units.end(), c) != m_units.end();
+    }
+
+    /// The units of the code point at the front of a text that is not empty, when it is in the set; else 0. A pair
+    /// counts as one code point here, in the text and in the set.
+    [[nodiscard]] int Match(char16_t const* at, char16_t const* end) const noexcept
+    {
+        if (!CharacterUtils::IsSurrogate(*at)) {
+            return Contains(*at) ? 1 : 0;
+        }
+        if (!m_hasSurrogates) {
+            return 0;
+        }
+        bool const pair = IsPair(at, end);
+        for (char16_t const* s = m_units.begin(); s != m_units.end(); ++s) {
+            bool const setPair = IsPair(s, m_units.end());
+            if (setPair == pair && s[0] == at[0] && (!pair || s[1] == at[1])) {
+                return pair ? 2 : 1;
+            }
+            s += setPair ? 1 : 0;
+        }
+        return 0;
+    }
+
+    /// The units of the code point there: 2 for a pair.
+    static int UnitsAt(char16_t const* at, char16_t const* end) noexcept { return IsPair(at, end) ? 2 : 1; }
+
+private:
+    static bool IsPair(char16_t const* at, char16_t const* end) noexcept
+    {
+        return CharacterUtils::IsHighSurrogate(*at) && end - at > 1 && CharacterUtils::IsLowSurrogate(at[1]);
+    }
+
+    TStringView m_units;
+    std::uint64_t m_bits[4] = {};
+    bool m_hasLarge = false;
+    bool m_hasSurrogates = false;
+};
+
+} // namespace qvxsys::text

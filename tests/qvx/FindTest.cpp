@@ -1,0 +1,167 @@
+// Looking for a text with `qvx scan --find`, and printing records by a format.
+
+#include "qvx/ScanFixture.h"
+
+#include <random>
+#include <sstream>
+
+#include <unicode/uchar.h>
+
+using namespace scan_test;
+
+namespace {
+
+// Matches and lines with matches, looked for code point by code point. What does not fold is compared as it is.
+struct Reference
+{
+    int matches = 0;
+    int lines = 0;
+    int firstLine = 0;
+    int firstColumn = 0;
+};
+
+Reference Search(std::u32string const& text, std::u32string const& needle, bool ignoreCase)
+{
+    auto const fold = [&](char32_t c) {
+        return ignoreCase ? static_cast<char32_t>(u_foldCase(static_cast<UChar32>(c), U_FOLD_CASE_DEFAULT)) : c;
+    };
+    Reference result;
+    int line = 1;
+    int lastFound = 0;
+    std::size_t lineStart = 0;
+    for (std::size_t at = 0; at < text.size();) {
+        std::size_t k = 0;
+        while (k < needle.size() && at + k < text.size() && fold(text[at + k]) == fold(needle[k])) {
+            ++k;
+        }
+        if (k == needle.size()) {
+            if (result.matches++ == 0) {
+                result.firstLine = line;
+                result.firstColumn = static_cast<int>(at - lineStart) + 1;
+            }
+            result.lines += lastFound != line ? 1 : 0;
+            lastFound = line;
+            at += k;
+        } else {
+            if (text[at] == U'\n') {
+                ++line;
+                lineStart = at + 1;
+            }
+            ++at;
+        }
+    }
+    return result;
+}
+
+std::string ToUtf8(std::u32string const& text)
+{
+    std::string bytes;
+    for (char32_t const c : text) {
+        char units[4];
+        int n = 0;
+        U8_APPEND_UNSAFE(units, n, static_cast<UChar32>(c));
+        bytes.append(units, static_cast<std::size_t>(n));
+    }
+    return bytes;
+}
+
+} // namespace
+
+// Texts larger than the pieces they are read in, of few different characters so that much is found, with lines short
+// and long.
+TEST_F(Scan, FindAgreesWithASearchOfTheWholeText)
+{
+    std::mt19937 random(7);
+    std::u32string const alphabets[] = {U"ab", U"aAbB", U"sS\u017F\u00DF", U"\u03C3\u03C2\u03A3a", U"kK\u212A\U0001F600",
+                                        U"\U00010400\U00010428\U00010401"};
+    for (std::u32string const& alphabet : alphabets) {
+        for (unsigned const lineLength : {7u, 5000u, 3'000'000u}) {
+            std::u32string text;
+            while (text.size() < 1'200'000) {
+                text += random() % lineLength == 0 ? U'\n' : alphabet[random() % alphabet.size()];
+            }
+            std::string const file = Write("text", ToUtf8(text));
+            for (int n = 1; n <= 9; n += 4) {
+                std::u32string needle;
+                for (int i = 0; i < n; ++i) {
+                    needle += alphabet[random() % alphabet.size()];
+                }
+                bool const ignoreCase = random() % 2 == 0;
+                std::vector<std::string> arguments{"scan", "--json", "--encoding", "UTF-8", "--find", ToUtf8(needle), file};
+                if (ignoreCase) {
+                    arguments.push_back("--ignore-case");
+                }
+                Reference const expected = Search(text, needle, ignoreCase);
+                json const found = json::parse(Qvx(arguments).out)["files"][0];
+                ASSERT_EQ(found["matches"], expected.matches) << ToUtf8(needle) << ' ' << lineLength << ' ' << ignoreCase;
+                ASSERT_EQ(found["matchingLines"], expected.lines) << ToUtf8(needle) << ' ' << lineLength;
+                if (expected.matches != 0) {
+                    EXPECT_EQ(found["first"][0]["line"], expected.firstLine);
+                    EXPECT_EQ(found["first"][0]["column"], expected.firstColumn);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(Scan, FindShowsTheFirstMatches)
+{
+    std::string const file = Write("a", "one\r\nTwo two\ttwo\r\n\u00E9t\u00E9 two\x1B\n");
+    ChildResult const run = Qvx({"scan", "--find", "two", "--ignore-case", "--show", "2", file, Write("b", "none\n")});
+    EXPECT_EQ(run.out.substr(0, run.out.find("name ")), file + ":2:1: Two two\ttwo\n" + file +
+                                                            ":2:5: Two two\ttwo\n" + file + ": 2 more\n");
+    EXPECT_NE(run.out.find("matches  in lines\n"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("        4         2\n"), std::string::npos) << run.out;
+    EXPECT_EQ(run.out.find(In("b")), std::string::npos) << "files without matches are not listed";
+}
+
+TEST_F(Scan, PrintFormats)
+{
+    std::string const file = Write("a", "one\ntwo \xFF\n");
+    struct
+    {
+        std::vector<std::string> arguments;
+        std::string out;
+    } const table[] = {
+        {{"--print", "%1: %2 %3 %4 %5 %6 %7 100%%"}, file + ": UTF-8 10 10 10 2 1 100%\n"},
+        {{"--print", "%2/%4 [%5]", "--find", "o"}, "1/one [o]\n2/two \uFFFD [o]\n"},
+        {{"--print", "[x]"}, "[x]\n"},
+        {{"--print", "", "--find", "t"}, "\n"},
+    };
+    for (auto const& [arguments, out] : table) {
+        std::vector<std::string> all{"scan", file};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        ChildResult const run = Qvx(all);
+        EXPECT_EQ(run.out, out) << run.err;
+        EXPECT_EQ(run.status, 0);
+    }
+}
+
+// Errors of the library come with what was being done and the name of their code.
+TEST_F(Scan, MistakesInFindAndPrint)
+{
+    std::string const file = Write("a", "a");
+    struct
+    {
+        std::vector<std::string> arguments;
+        std::string shown;
+    } const table[] = {
+        {{"--find", ""}, "must not be empty"},
+        {{"--find", "a\nb"}, "line feeds"},
+        {{"--ignore-case"}, "--find"},
+        {{"--print", "%1", "--json"}, "--json"},
+        {{"--print", "%a"},
+         "qvx: Invalid numberless marker in format string.; in the format of --print "
+         "(QuorvexException_AutoGen_0xF7AF5E37)\n"},
+        {{"--print", "%10"}, "(have 9, need 10: format string = \"%10\"); in the format of --print"},
+        {{"--print", "%6", "--find", "a"}, "(have 5, need 6"},
+    };
+    for (auto const& [arguments, shown] : table) {
+        std::vector<std::string> all{"scan", file};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        ChildResult const run = Qvx(all);
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.out, "");
+        EXPECT_NE(run.err.find(shown), std::string::npos) << run.err;
+    }
+}

@@ -1,0 +1,112 @@
+// What file names and files can be on POSIX systems.
+
+#include "qvx/ScanFixture.h"
+
+#include "support/Samples.h"
+
+#include <sys/stat.h>
+
+using namespace scan_test;
+
+TEST_F(Scan, ErrorsDoNotStopIt)
+{
+    Write("a", "text");
+    Write("b-binary", std::string("te\0xt", 5));
+    ASSERT_EQ(mkfifo(In("c-fifo").c_str(), 0666), 0);
+    Write("d-unreadable", "text");
+    fs::permissions(In("d-unreadable"), fs::perms::none);
+    fs::create_directory(In("e-folder"));
+    fs::permissions(In("e-folder"), fs::perms::none);
+    fs::create_symlink("f-loop", In("f-loop"));
+    fs::create_symlink("nowhere", In("g-dangling"));
+    Write("z", "text\n");
+    fs::permissions(Folder(), fs::perms(0755));
+    ChildOptions options;
+    options.unprivileged = true;
+    ChildResult const run = Qvx({"scan", "--json", "/dev/null", In("missing"), Utf8(Folder())}, options);
+    if (run.status == 127) {
+        GTEST_SKIP() << "the program cannot be run by an unprivileged user here";
+    }
+    EXPECT_EQ(run.status, 1);
+    json const result = json::parse(run.out);
+    EXPECT_EQ(Paths(result["files"]), (std::vector<std::string>{In("a"), In("z")}));
+    std::map<std::string, std::string> const expected = {
+        {"/dev/null", "is a device"},
+        {In("missing"), "No such file or directory"},
+        {In("b-binary"), "is a binary file"},
+        {In("c-fifo"), "is a FIFO"},
+        {In("d-unreadable"), "Permission denied"},
+        {In("e-folder"), "Permission denied"},
+        {In("f-loop"), "Too many levels of symbolic links"},
+        {In("g-dangling"), "No such file or directory"},
+    };
+    EXPECT_EQ(Errors(run), expected);
+}
+
+// A file that can be opened but not read.
+TEST_F(Scan, ReadError)
+{
+    if (!fs::exists("/proc/self/mem")) {
+        GTEST_SKIP() << "no such file here";
+    }
+    ChildResult const run = Qvx({"scan", "/proc/self/mem"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "qvx: /proc/self/mem: Input/output error (Qvx_CannotRead)\n");
+}
+
+TEST_F(Scan, NamesThatAreNotText)
+{
+    Write("x\xFF\xE2\x82", "a");
+    Write("[1,2]", "b");
+    Write("-dash", "c");
+    Write("scan", "d");
+    ChildResult const run =
+        Qvx({"scan", "--json", "[1,2]", "--", "x\xFF\xE2\x82", "-dash", "scan", "no\xFE"}, InFolder());
+    ChildResult const table = Qvx({"scan", "x\xFF\xE2\x82"}, InFolder());
+    json const result = json::parse(run.out);
+    EXPECT_EQ(Paths(result["files"]), (std::vector<std::string>{"[1,2]", "x\uFFFD\uFFFD", "-dash", "scan"}));
+    EXPECT_EQ(result["files"][1]["pathBytes"], "78ffe282");
+    EXPECT_FALSE(result["files"][0].contains("pathBytes"));
+    EXPECT_EQ(result["errors"][0]["pathBytes"], "6e6ffe");
+    EXPECT_EQ(run.err, "qvx: no\uFFFD: No such file or directory (Qvx_CannotAccess)\n");
+    EXPECT_NE(table.out.find("\nx\uFFFD\uFFFD  "), std::string::npos) << table.out;
+}
+
+TEST_F(Scan, Links)
+{
+    fs::create_directories(In("b"));
+    Write("a", "");
+    Write("b/y", "");
+    fs::create_symlink(".", In("b/self"));
+    fs::create_symlink("b", In("link"));
+    fs::create_symlink("a", In("to-a"));
+    auto const scan = [](std::string const& path) {
+        return Paths(json::parse(Qvx({"scan", "--json", path}).out)["files"]);
+    };
+    EXPECT_EQ(scan(Utf8(Folder())), (std::vector<std::string>{In("a"), In("b/y"), In("to-a")}));
+    EXPECT_EQ(scan(In("link")), (std::vector<std::string>{In("link/y")}));
+}
+
+// The words that both understand alike: exact text within a line.
+TEST_F(Scan, FoundLinesAreThoseOfGrep)
+{
+    std::vector<std::string> texts;
+    for (samples::Row const& row : samples::Table()) {
+        if (!row.broken && row.Encoding() == "UTF-8") {
+            texts.push_back(row.path.string());
+        }
+    }
+    ASSERT_GT(texts.size(), 20u);
+    for (char const* const needle : {"a", "e", "the", "\u00E9", "\u0438", "\u3002", "\U0001F600", ".", "[", "nowhere"}) {
+        std::vector<std::string> grep{"/usr/bin/env", "LC_ALL=C", "grep", "-c", "-h", "-F", "-e", needle};
+        grep.insert(grep.end(), texts.begin(), texts.end());
+        std::vector<std::string> arguments{"scan", "--json", "--find", needle};
+        arguments.insert(arguments.end(), texts.begin(), texts.end());
+        std::string lines;
+        json const result = json::parse(Qvx(arguments).out);
+        for (json const& file : result["files"]) {
+            lines += std::to_string(file["matchingLines"].get<int>()) + "\n";
+        }
+        EXPECT_EQ(lines, RunChild(grep).out) << needle;
+    }
+}

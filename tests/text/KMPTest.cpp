@@ -1,0 +1,130 @@
+#include <qvxsys/KMP.h>
+
+#include <algorithm>
+#include <random>
+#include <stdexcept>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <unicode/uchar.h>
+
+namespace {
+
+using KMP::searchString;
+using KMP::StringTable;
+
+struct Found
+{
+    char16_t const* text;
+    char16_t const* pattern;
+    CaseCompare cs;
+    int at;
+};
+
+TEST(KMP, FindsPatterns)
+{
+    constexpr auto exact = CaseCompare::Sensitive;
+    constexpr auto folded = CaseCompare::Insensitive;
+    Found const table[] = {
+        {u"aaab", u"aab", exact, 1},
+        {u"a strasse", u"STRASSE", folded, 2},
+        {u"a strasse", u"STRASSE", exact, -1},
+        {u"a stra\u00DFe", u"STRASSE", folded, -1},
+        {u"ab\U0001F600c", u"\U0001F600C", folded, 2},
+        {u"\U00010400\U00010401", u"\U00010429", folded, 2},
+        {u"\U00010400\U00010401", u"\U00010429", exact, -1},
+        {u"10 \u212A", u"k", folded, 3},
+        {u"abababac", u"abac", exact, 4},
+        {u"abc", u"", exact, -1},
+        {u"", u"a", exact, -1},
+        {u"", u"", exact, -1},
+        {u"ab", u"abc", exact, -1},
+        // A lone surrogate takes the unit behind it along, as everywhere in the iterators.
+        {u"x\xD800z\uFFFDy", u"\uFFFD\uFFFDY", folded, 1},
+    };
+    for (Found const& row : table) {
+        TStringView const text = row.text;
+        StringTable const pattern(row.pattern, row.cs);
+        EXPECT_EQ(searchString(text, pattern), row.at) << TStringCore(text).toStdString();
+        auto const it = searchString(text, text.codepoint_cbegin(), pattern);
+        EXPECT_EQ(it.codeUnitIndex(), row.at);
+        EXPECT_EQ(it == text.codepoint_cend(), row.at < 0);
+    }
+}
+
+TEST(KMP, TablesAreTheDefinitions)
+{
+    StringTable const table(u"aB\U0001F600aBa", CaseCompare::Insensitive);
+    StringTable const copy(table);
+    int const prefix[] = {-1, 0, 0, 0, 1, 2, 1};
+    int const index[] = {0, 1, 2, 4, 5, 6};
+    ASSERT_EQ(copy.size(), std::size(index));
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(copy.prefix(i), prefix[i]) << i;
+    }
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(copy.stringIndex(i), index[i]) << i;
+        EXPECT_EQ(copy.getFoldedCodePoint(i), U"ab\U0001F600aba"[i]) << i;
+    }
+    EXPECT_EQ(copy.caseCompare(), CaseCompare::Insensitive);
+    EXPECT_EQ(StringTable(u"x", CaseCompare::Sensitive).prefix(1), 0);
+    EXPECT_EQ(StringTable(u"", CaseCompare::Sensitive).size(), 0u);
+}
+
+TEST(KMP, SearchGoesOnFromAnIteratorAndKnowsOrdinals)
+{
+    TStringView const text = u"\U0001F600ab\U0001F600aB";
+    StringTable const table(u"AB", CaseCompare::Insensitive);
+    auto it = searchString(text, text.codepoint_cbegin(), table);
+    EXPECT_EQ(it, text.iteratorFrom(2));
+    EXPECT_EQ(it.codePointIndex(), 1);
+    it = searchString(text, ++it, table);
+    EXPECT_EQ(it, text.iteratorFrom(6));
+    EXPECT_EQ(it.codePointIndex(), 4);
+    EXPECT_EQ(searchString(text, ++it, table), text.codepoint_cend());
+    EXPECT_EQ(searchString(text, text.codepoint_cend(), table), text.codepoint_cend());
+    TStringView const other = u"ababab";
+    try {
+        static_cast<void>(searchString(text, other.codepoint_cbegin(), table));
+        FAIL();
+    } catch (std::runtime_error const& e) {
+        EXPECT_STREQ(e.what(), "TConstCodePointIterator<class TStringView>::operator != iterators do not reference the "
+                               "same underlying string.");
+    }
+}
+
+// Random text, well-formed and not, against std::search over the code points that the iterators yield.
+TEST(KMP, AgreesWithStdSearch)
+{
+    std::mt19937 random(7);
+    auto const fold = [](char32_t c, bool folded) {
+        return folded ? static_cast<char32_t>(u_foldCase(static_cast<UChar32>(c), U_FOLD_CASE_DEFAULT)) : c;
+    };
+    constexpr char16_t units[] = u"aAb\xD801\xDC00\xDC28\u212Ak";
+    auto const make = [&](std::size_t length) {
+        std::u16string text(length, u' ');
+        std::generate(text.begin(), text.end(), [&] { return units[random() % 8]; });
+        return text;
+    };
+    for (int round = 0; round < 20000; ++round) {
+        std::u16string const text = make(random() % 40);
+        std::u16string const pattern = make(1 + random() % 4);
+        bool const folded = random() % 2 != 0;
+        std::vector<int> places;
+        std::u32string points;
+        std::u32string sought;
+        TStringView const view(text);
+        for (auto it = view.codepoint_cbegin(); it != view.codepoint_cend(); ++it) {
+            places.push_back(it.codeUnitIndex());
+            points += fold(*it, folded);
+        }
+        for (char32_t const c : TStringView(pattern).codePoints()) {
+            sought += fold(c, folded);
+        }
+        std::size_t const at = text.size() < pattern.size() ? points.npos : points.find(sought);
+        StringTable const table(pattern, folded ? CaseCompare::Insensitive : CaseCompare::Sensitive);
+        ASSERT_EQ(searchString(view, table), at == points.npos ? -1 : places[at]) << "round " << round;
+    }
+}
+
+} // namespace

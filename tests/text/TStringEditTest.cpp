@@ -1,0 +1,327 @@
+// Slicing, searching, editing, splitting and case mapping of strings, and of views where they have the same members.
+
+#include <algorithm>
+#include <climits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <unicode/uloc.h>
+#include <unicode/ustring.h>
+
+#include "support/EditModel.h"
+#include "support/TextPrinters.h"
+
+namespace {
+
+using testing_support::FailingReallocation;
+using testing_support::RuntimeError;
+using testing_support::TextError;
+using S = TStringCore;
+using Strings = std::vector<TStringCore>;
+using Views = std::vector<TStringView>;
+
+constexpr char const* kOverflow = "Allocation size less than zero; probable overflow";
+S const kLong = u"a text that is longer than an object holds";
+
+bool Share(S const& a, S const& b)
+{
+    return a.constData() == b.constData();
+}
+
+TEST(TStringEdit, AgreesWithANaiveModel)
+{
+    std::mt19937 random(20240608);
+    for (int run = 0; run < 3000; ++run) {
+        std::vector<std::uint8_t> program(200);
+        std::generate(program.begin(), program.end(), [&] { return static_cast<std::uint8_t>(random()); });
+        ASSERT_EQ(testing_support::EditModel(program.data(), program.size()).Run(), "") << run;
+    }
+}
+
+TEST(TStringEdit, FindStr)
+{
+    struct Case
+    {
+        char16_t const* haystack;
+        int length;
+        char16_t const* needle;
+        int needleLength, from;
+        S::CaseSensitivity cs;
+        int found;
+    };
+    for (auto const& c :
+         {Case{u"abc", 3, u"", 0, 1, S::CaseSensitive, 1}, Case{u"abc", 3, u"", 0, -1, S::CaseSensitive, 2},
+          Case{u"abc", 3, nullptr, 5, 0, S::CaseSensitive, 0},
+          Case{u"abc", 3, u"\0c", 2, 1, S::CaseSensitive, 1}, // begins with 0: empty
+          Case{u"abc", 3, u"bc", 1, 0, S::CaseSensitive, 1}, Case{u"abc", 3, u"bc", -1, 0, S::CaseSensitive, 1},
+          Case{u"abc", 3, u"BC", 2, 0, S::CaseSensitive, -1}, Case{u"abc", 3, u"BC", 2, 0, S::CaseInsensitive, 1},
+          Case{u"abc", 3, u"", 0, 3, S::CaseSensitive, -1}, Case{u"abc", 3, u"a", 1, -4, S::CaseSensitive, -1},
+          Case{u"", 0, u"", 0, 0, S::CaseSensitive, -1}, Case{u"abc", -1, u"a", 1, 0, S::CaseSensitive, -1},
+          Case{nullptr, 3, u"a", 1, 0, S::CaseSensitive, -1},
+          Case{u"stra\u00DFe", 6, u"STRASSE", 7, 0, S::CaseInsensitive, -1},
+          Case{u"a\0b", 3, u"b", 1, 0, S::CaseSensitive, 2}}) {
+        EXPECT_EQ(S::findStr(c.haystack, c.length, c.needle, c.needleLength, c.from, c.cs), c.found);
+    }
+    EXPECT_EQ(S::findStr(u"abcabc", u"ca", 1), 2);
+    EXPECT_EQ(S::findStr(u"abcABC", 6, u"ABC", 3, S::CaseInsensitive), 0);
+    EXPECT_EQ(S::findStr(L"abcabc", L"ca", 1) + S::findStr(L"abcabc", 6, L"bc", 2, 2), 2 + 4);
+    EXPECT_EQ(S(u"abcABC").indexOf(u"ABC", S::CaseInsensitive) + S(u"abcABC").lastIndexOf(u"abc", S::CaseInsensitive),
+              3);
+    EXPECT_EQ(S(u"a\0b", 3).indexOf(u'\0'), 1); // a unit like any other
+    EXPECT_EQ(S(u"abc").findChar(U'b'), 1);
+}
+
+TEST(TStringEdit, PrefixesOfStringsAndViewsDifferForTheEmptyText)
+{
+    S const s = u"Text";
+    EXPECT_TRUE(s.startsWith(u"") && S().startsWith(S()) && !s.endsWith(u"") && !s.view().startsWith(u""));
+    EXPECT_TRUE(s.startsWith(u"tE", S::CaseInsensitive) && s.endsWith32(U't') && s.startsWith32(U'T'));
+}
+
+TEST(TStringEdit, CompareOfViewsIsAStrictOrder)
+{
+    Views const sorted{u"", TStringView(u"\0", 1), u"a", TStringView(u"a\0b", 3), TStringView(u"a\0c", 3), u"aa", u"b"};
+    for (std::size_t i = 0; i < sorted.size(); ++i) {
+        for (std::size_t j = 0; j < sorted.size(); ++j) {
+            EXPECT_EQ(sorted[i].compare(sorted[j]), i < j ? -1 : i > j ? 1 : 0) << i << ' ' << j;
+        }
+    }
+    EXPECT_EQ(TStringView(u"ABC").compare(L"abd", CaseCompare::Insensitive), -1);
+    EXPECT_EQ(S::compare(L"a", L"B", S::CaseInsensitive) + S::compareN(L"ab", L"abc", -1), -2);
+    EXPECT_EQ(S(u"a").compare(std::u16string(u"a")), 0);
+}
+
+TEST(TStringEdit, Slices)
+{
+    S const s = u"abcdef";
+    EXPECT_EQ(s.mid(3, 10), u"def");
+    EXPECT_TRUE(s.mid(7, 1).empty() && s.mid(6, 1).empty() && s.mid(-1, 3).empty() && s.mid(2, 0).empty());
+    EXPECT_EQ(s.mid(2), u"cdef");
+    S const zero(u"ab\0cd", 5);
+    EXPECT_EQ(zero.mid(1, -1).length(), 1);
+    EXPECT_EQ(zero.mid(0, -1).length(), 5);
+    EXPECT_TRUE(Share(kLong.mid(0, -1), kLong) && Share(kLong.left(99), kLong) && Share(kLong.mid(0, 99), kLong));
+    EXPECT_TRUE(s.left(-1).empty() && s.right(0).empty() && s.right(2) == u"ef");
+    S const pairs = u"a\U0001F600b\U0001F601";
+    EXPECT_EQ(pairs.leftCodePoints(2), u"a\U0001F600");
+    EXPECT_EQ(pairs.rightCodePoints(2), u"b\U0001F601");
+    EXPECT_TRUE(Share(kLong.leftCodePoints(99), kLong) && kLong.view().rightCodePoints(-1).empty());
+    auto const pair = pairs.iteratorFrom(1);
+    EXPECT_EQ(pairs.mid(pair, 2), u"\U0001F600b");
+    EXPECT_EQ(pairs.mid(pair, -1), u"\U0001F600b\U0001F601");
+    EXPECT_EQ(pairs.mid(pairs.codepoint_cbegin(), pair), u"a");
+    EXPECT_TRUE(pairs.mid(pair, pairs.codepoint_cbegin()).empty() && pairs.mid(pairs.codepoint_cend(), 3).empty());
+    EXPECT_EQ(RuntimeError([&] { static_cast<void>(s.mid(pair, 1)); }),
+              "TStringCore::iteratorFrom iterators do not reference the same underlying string.");
+    EXPECT_EQ(RuntimeError([&] { static_cast<void>(s.find(u"a", pair)); }),
+              "TStringCore::iteratorFrom iterators do not reference the same underlying string.");
+    EXPECT_EQ(*pairs.find(U'b', pair), U'b');
+}
+
+TEST(TStringEdit, Justifying)
+{
+    S const s = u"abcd";
+    EXPECT_EQ(s.leftJustified(2, u'*', false), u"abcd");
+    EXPECT_EQ(s.leftJustified(2, u'*', true), u"ab");
+    EXPECT_EQ(s.leftJustified(6, '*'), u"abcd**");
+    EXPECT_EQ(s.rightJustified(6, L'*'), u"**abcd");
+    EXPECT_EQ(s.rightJustified(2, u'*', true), u"ab");
+    EXPECT_EQ(s.view().leftJustified(-3, u'*', true), u"");
+    EXPECT_EQ(s.rightJustified32(6, 0x1F600), u"\U0001F600\U0001F600abcd");
+    EXPECT_EQ(S(u"\U0001F600b").leftJustified32(3, U'.'), u"\U0001F600b.");
+    EXPECT_EQ(S(u"\U0001F600b").leftJustified32(1, U'.', true), u"\U0001F600");
+    EXPECT_TRUE(Share(kLong.leftJustified(3), kLong));
+    EXPECT_EQ(TextError([&] { static_cast<void>(s.leftJustified32(INT_MAX, 0x1F600)); }), kOverflow);
+    EXPECT_EQ(TextError([&] { static_cast<void>(kLong.repeated(INT_MAX)); }), kOverflow);
+    EXPECT_EQ(S(u"ab").repeated(3) + S(u"ab").repeated(-1), u"ababab");
+}
+
+TEST(TStringEdit, Trimming)
+{
+    EXPECT_EQ(S(u"\u3000\t a b\u00A0\u2028").trim(), u"a b");
+    EXPECT_EQ(S(u"  a  ").trimLeft() + S(u"  a  ").trimRight(), u"a    a");
+    EXPECT_EQ(S(u"xxaxx").trim('x') + S(u"xyaxy").trimLeft(L"xy") + S(u"xax").trimRight32(U'x'), u"aaxyxa");
+    // A pair is one member of a set, and neither of its units is.
+    EXPECT_EQ(S(u"\U0001F600\U0001F601").trim(u"\U0001F600"), u"\U0001F601");
+    EXPECT_EQ(S(u"\U0001F600a\U0001F600").trim32(0x1F600), u"a");
+    S const blanks(u' ', 4096);
+    EXPECT_EQ((blanks + u"a b\u2003" + blanks).trimmed(), u"a b");
+    EXPECT_TRUE(S(blanks).trim().empty() && blanks.trimmed().empty());
+    // What changes nothing copies nothing; a block stays one.
+    S s = kLong;
+    s.trim().trimRight(u"x").trimLeft(u'x').replace(u'\u00DF', u'y').removeAll(u"zz").removeAt(-1).truncate(99).chop(0);
+    s.insert(3, u"")
+        .dosToUnix()
+        .unixToDos()
+        .removeBOM()
+        .truncateAtFirstNull()
+        .replace(u'a', u'a')
+        .replace(u"at", u"at");
+    EXPECT_TRUE(Share(s, kLong) && Share(kLong.trimmed(), kLong));
+    EXPECT_EQ(s.truncate(3).capacity(), kLong.capacity());
+}
+
+TEST(TStringEdit, Replacing)
+{
+    EXPECT_EQ(S(u"one two").replace(4, 3, "three"), u"one three");
+    EXPECT_EQ(S(u"abc").replace(3, 5, u'd') + S(u"abc").replace(4, 1, u"x") + S(u"abc").replace(1, -1, u"-"),
+              u"abcdabca-bc");
+    EXPECT_EQ(S(u"aXAx").replace(u'x', u'-', S::CaseInsensitive), u"a-A-");
+    EXPECT_EQ(S(u"aaa").replace(u"aa", L"b").replace("b", 'c'), u"ca");
+    EXPECT_EQ(S(u"x.y").replace(U'.', U'\U0001F600').replace32(0x1F600, U'-'), u"x-y");
+    EXPECT_EQ(S(u"abab").replaceCount(u"b", u"") + S(u"abab").replaceCount(u"", u"x"), 2);
+    EXPECT_EQ(S(u"a,b;c").replaceAnyOf(u",;", u" - ").replaceAnyOf32(u"abc", 0x1F600).lengthInCodePoints(), 9);
+    EXPECT_EQ(S(u"\U0001F600\U0001F601").removeAnyOf(u"\U0001F600"), u"\U0001F601");
+    // Long enough for the counters of the vector loop to be emptied on the way.
+    S many(u'a', 600000);
+    EXPECT_EQ(many.replaceCount(u'a', u'b'), 600000);
+    EXPECT_EQ(many, S(u'b', 600000));
+    // Its own text as the argument.
+    S s = u"abcabc";
+    s.replace(s.view().left(1), s.view());
+    EXPECT_EQ(s, u"abcabcbcabcabcbc");
+    EXPECT_EQ(S(u"abc").fill(u'x') + S(u"abc").fill(U'\U0001F600', 1) + S().fill(u'x'), u"xxx\U0001F600");
+}
+
+TEST(TStringEdit, ReversingKeepsPairs)
+{
+    EXPECT_EQ(S(u"a\U0001F600b").reversed(), u"b\U0001F600a");
+    EXPECT_EQ(S(u"\xDE00\xD83D").reversed(), u"\xD83D\xDE00");
+    EXPECT_EQ(S(u"\xD83D\xD83D\xDE00").reverse(), u"\xD83D\xDE00\xD83D");
+}
+
+TEST(TStringEdit, SplittingAndJoining)
+{
+    S const s = u"a,,b,";
+    EXPECT_EQ(s.split(u','), (Views{u"a", u"", u"b", u""}));
+    EXPECT_EQ(s.split(L",", S::SkipEmptyParts), (Views{u"a", u"b"}));
+    EXPECT_EQ(s.splitCopy(","), (Strings{u"a", u"", u"b", u""}));
+    EXPECT_EQ(S(u"1x2X3").splitCopy(u"x", S::KeepEmptyParts, S::CaseInsensitive), (Strings{u"1", u"2", u"3"}));
+    EXPECT_EQ(S(u"a;b,c").splitCopyOnAny(",;"), (Strings{u"a", u"b", u"c"}));
+    EXPECT_TRUE(s.split(u"").empty() && s.splitOnAny(u"").empty() && S().splitCopy(u',').size() == 1 &&
+                S().splitCopy(u',', S::SkipEmptyParts).empty());
+    EXPECT_EQ(S(u"a\0b\0", 4).splitCopy(u'\0'), (Strings{u"a", u"b", u""}));
+    EXPECT_EQ(s.tokenize(u","), (Views{u"a", u"b"}));
+    // Separators on every place of a vector.
+    for (int i = 0; i < 40; ++i) {
+        S const text = S(u'x', i) + u',' + S(u'y', 40 - i);
+        EXPECT_EQ(text.split(u','), (Views{S(u'x', i), S(u'y', 40 - i)}));
+    }
+    EXPECT_EQ(S::join(s.split(u','), u'+') + S::join(Strings{}, u"+") + S::join(Strings{u"x"}, L"+"), u"a++b+x");
+    EXPECT_EQ(S::join32(Strings{u"a", u"b"}, 0x1F600), u"a\U0001F600b");
+}
+
+// What a user of QString expects; the separators in between are the text's own.
+TEST(TStringEdit, Sections)
+{
+    struct Case
+    {
+        char16_t const* text;
+        int first, last, flags;
+        char16_t const* section;
+    };
+    for (auto const& [text, first, last, flags, section] :
+         {Case{u"a,b,,c", 0, 0, 0, u"a"}, Case{u"a,b,,c", 1, 2, 0, u"b,"}, Case{u"a,b,,c", -1, -1, 0, u"c"},
+          Case{u"a,b,,c", -2, -1, 0, u",c"}, Case{u"a,b,,c", 2, -1, S::SectionSkipEmpty, u"c"},
+          Case{u",,a,b,,c,", 0, 1, S::SectionSkipEmpty, u"a,b"}, Case{u",,a,b,,c,", 1, 2, S::SectionSkipEmpty, u"b,,c"},
+          Case{u"a,b,c", 1, 1, S::SectionIncludeLeadingSep, u",b"},
+          Case{u"a,b,c", 1, 1, S::SectionIncludeLeadingSep | S::SectionIncludeTrailingSep, u",b,"},
+          Case{u"a,b,c", 0, 2, S::SectionIncludeLeadingSep | S::SectionIncludeTrailingSep, u"a,b,c"},
+          Case{u"a,b", 1, 9, 0, u"b"}, Case{u"a,b", 2, 3, 0, u""}, Case{u"a,b", 1, 0, 0, u""},
+          Case{u"a,b", -9, 0, 0, u"a"}, Case{u"a,b", 0, -3, 0, u""}, Case{u"", 0, -1, 0, u""},
+          Case{u",,", 0, -1, S::SectionSkipEmpty, u""}}) {
+        EXPECT_EQ(S(text).section(u',', first, last, flags), section) << first << ' ' << last << ' ' << flags;
+        EXPECT_EQ(TStringView(text).section(u",", first, last, flags), TStringView(section));
+    }
+    EXPECT_EQ(S(u"1x2X3").section(u'X', 1, 2, S::SectionCaseInsensitiveSeps), u"2X3");
+    EXPECT_EQ(S(u"/usr/local/bin").section(u"/", -1), u"bin");
+}
+
+TEST(TStringEdit, ByteOrderMarksAndLineEndings)
+{
+    S s = u"text";
+    EXPECT_FALSE(s.hasBOM());
+    EXPECT_TRUE(s.prependBOM().prependBOM().hasBOM() && s.length() == 5);
+    EXPECT_EQ(s.removeBOM().removeBOM(), u"text");
+    EXPECT_EQ(S(u"a\r\nb\rc\n").dosToUnix(), u"a\nb\nc\n");
+    EXPECT_EQ(S(u"a\nb\r\nc").unixToDos(), u"a\r\nb\r\nc");
+    EXPECT_EQ(S(u"a\nb\r\n").toNativeLineEndings(), qvxsys::kLinesEndInCrLf ? u"a\r\nb\r\n" : u"a\nb\n");
+}
+
+// A failing allocation leaves text, length and sharing as they were.
+TEST(TStringEdit, FailedEditsLeaveTheStringAlone)
+{
+    using Edit = void (*)(S&);
+    for (Edit const edit :
+         {Edit([](S& s) { s.replace(u"t", u"ten times as long"); }), Edit([](S& s) { s.replace(u't', u'x'); }),
+          Edit([](S& s) { s.removeAll(u"t"); }), Edit([](S& s) { s.removeAt(2, 3); }),
+          Edit([](S& s) { s.removeAt(0); }), Edit([](S& s) { s.truncate(3); }), Edit([](S& s) { s.trim(u'a'); }),
+          Edit([](S& s) { s.reverse(); }), Edit([](S& s) { s.fill(u'x', 1000); }),
+          Edit([](S& s) { s.replaceAnyOf(u"at", u"long"); }), Edit([](S& s) { s.prependBOM(); }),
+          Edit([](S& s) { s.replace(1, 2, s.view()); })}) {
+        S s = kLong;
+        std::string const error = [&] {
+            FailingReallocation const failing(1);
+            return TextError([&] { edit(s); });
+        }();
+        EXPECT_EQ(error, "Out of memory");
+        EXPECT_TRUE(Share(s, kLong));
+        EXPECT_EQ(kLong.view(), u"a text that is longer than an object holds");
+    }
+}
+
+std::u16string ByIcu(bool upper, std::u16string const& text)
+{
+    std::u16string result(3 * text.size() + 16, u'\0');
+    UErrorCode status = U_ZERO_ERROR;
+    auto const map = upper ? u_strToUpper : u_strToLower;
+    int const length = map(result.data(), static_cast<int>(result.size()), text.data(), static_cast<int>(text.size()),
+                           nullptr, &status);
+    result.resize(static_cast<std::size_t>(length));
+    return result;
+}
+
+TEST(TStringCase, IsIcusFullMapping)
+{
+    EXPECT_EQ(S(u"stra\u00DFe").toUpper(), u"STRASSE");
+    EXPECT_EQ(S(u"\u039F\u03A3 \u03A3\u039F").toLower(), u"\u03BF\u03C2 \u03C3\u03BF");
+    std::string const before = uloc_getDefault();
+    std::u16string const pieces[] = {u"plain ascii text, Only ASCII",
+                                     u"iI",
+                                     u"Gr\u00FC\u00DFe",
+                                     u"\u0130\u0131",
+                                     u"\u041F\u0440\u0438\u0432\u0435\u0442",
+                                     u"\u039F\u03A3",
+                                     u"\U0001F600",
+                                     u"\U00010428\U00010400",
+                                     u"\xD801",
+                                     u"\xDC00",
+                                     u"\u0301\u0307",
+                                     u"\u0587 \uFB03"};
+    std::mt19937 random(20240609);
+    for (char const* const locale : {"en_US", "tr", "az_AZ", "lt", "el_GR", "hy", "de"}) {
+        UErrorCode status = U_ZERO_ERROR;
+        uloc_setDefault(locale, &status);
+        for (int run = 0; run < 300; ++run) {
+            std::u16string text;
+            for (auto n = random() % 6; n > 0; --n) {
+                text += pieces[random() % std::size(pieces)];
+            }
+            ASSERT_EQ(S(text).toUpper().toStdUString(), ByIcu(true, text)) << locale << S(text).toStdString();
+            ASSERT_EQ(TStringView(text).toLower().toStdUString(), ByIcu(false, text))
+                << locale << S(text).toStdString();
+        }
+        for (int unit = 0; unit <= 0xFFFF; unit += *locale == 'e' ? 1 : 7) {
+            // Twice: the first time a unit is asked for, and the next.
+            auto const c = static_cast<char16_t>(unit);
+            std::u16string const text{u'a', c, u'B', c};
+            ASSERT_EQ(S(text).toUpper().toStdUString(), ByIcu(true, text)) << unit;
+            ASSERT_EQ(S(text).toLower().toStdUString(), ByIcu(false, text)) << unit;
+        }
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    uloc_setDefault(before.c_str(), &status);
+}
+
+} // namespace

@@ -1,0 +1,40 @@
+#include "Failures.h"
+
+#include <qvxsys/Format.h>
+
+namespace qvx {
+namespace {
+
+char16_t const* NameOf(Failure failure) noexcept
+{
+    switch (failure) {
+    case Failure::CannotAccess:
+        return u"Qvx_CannotAccess";
+    case Failure::CannotRead:
+        return u"Qvx_CannotRead";
+    case Failure::NotAFile:
+        return u"Qvx_NotAFile";
+    case Failure::NotText:
+        return u"Qvx_NotText";
+    case Failure::CannotDecode:
+        break;
+    }
+    return u"Qvx_CannotDecode";
+}
+
+} // namespace
+
+QuorvexUserErrorException MakeFailure(Failure failure, TStringCore const& message)
+{
+    constexpr auto source = static_cast<TError::ErrorSource>(6);
+    QuorvexError const error = QuorvexError::MakeError(static_cast<unsigned>(failure), NameOf(failure));
+    return {message, TError::ErrorInfo(error, source)};
+}
+
+TStringCore Describe(QuorvexException const& error)
+{
+    TStringCore const messages = TStringCore::join(error.GetMessagesVector(), u"; ");
+    return error.GetErrorName().empty() ? messages : qvxsys::Format(u"%1 (%2)", messages, error.GetErrorName());
+}
+
+} // namespace qvx

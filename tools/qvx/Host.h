@@ -1,0 +1,40 @@
+#pragma once
+// What the tool asks of the operating system. One source file for each system; each has the program's entry point, too,
+// which calls Main.
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace qvx {
+
+/// The program, with its arguments without the program's name. Where arguments are UTF-16 they come as UTF-8, lone
+/// surrogates as U+FFFD. Returns the exit status.
+int Main(std::vector<std::string> arguments);
+
+namespace host {
+
+/// Call once, before anything is printed. std::cout and std::cerr take UTF-8; where a console's own encoding can be
+/// another one, they are made to write to a console in UTF-16 instead. Files and pipes get UTF-8 everywhere.
+void Prepare();
+
+[[nodiscard]] bool StderrIsTerminal() noexcept;
+
+/// True when stdout is a terminal that understands the escape sequences for colours, and the user has not said no to
+/// colours (a variable NO_COLOR that is not empty).
+[[nodiscard]] bool StdoutHasColours() noexcept;
+
+/// In columns; 80 when the terminal does not tell.
+[[nodiscard]] int StderrWidth() noexcept;
+
+/// The path that an argument names, in the system's own spelling.
+[[nodiscard]] std::filesystem::path PathOf(std::string const& argument);
+
+/// A symbolic link, or whatever else on this system makes one folder appear inside another.
+[[nodiscard]] bool IsLink(std::filesystem::path const& path) noexcept;
+
+/// The order of the names' code points.
+[[nodiscard]] bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept;
+
+} // namespace host
+} // namespace qvx

@@ -1,0 +1,56 @@
+#include "Host.h"
+
+#include <cstdlib>
+#include <string_view>
+#include <system_error>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace qvx::host {
+
+void Prepare()
+{}
+
+bool StderrIsTerminal() noexcept
+{
+    return isatty(STDERR_FILENO) == 1;
+}
+
+bool StdoutHasColours() noexcept
+{
+    auto const value = [](char const* name) -> std::string_view {
+        char const* const set = std::getenv(name);
+        return set != nullptr ? set : "";
+    };
+    return isatty(STDOUT_FILENO) == 1 && value("NO_COLOR").empty() && !value("TERM").empty() && value("TERM") != "dumb";
+}
+
+int StderrWidth() noexcept
+{
+    winsize size{};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : 80;
+}
+
+std::filesystem::path PathOf(std::string const& argument)
+{
+    return argument;
+}
+
+bool IsLink(std::filesystem::path const& path) noexcept
+{
+    std::error_code error;
+    return std::filesystem::is_symlink(std::filesystem::symlink_status(path, error));
+}
+
+bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept
+{
+    return a.native() < b.native(); // bytes of UTF-8 are in the order of the code points
+}
+
+} // namespace qvx::host
+
+int main(int argc, char** argv)
+{
+    return qvx::Main({argv + (argc > 0 ? 1 : 0), argv + argc});
+}

@@ -1,0 +1,145 @@
+#include "Host.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <memory>
+#include <streambuf>
+
+#include <qvxsys/TStringCore.h>
+#include <qvxsys/TTextDecoder.h>
+
+#include "WindowsApi.h"
+
+// The C run-time expands * and ? in arguments, as users of this system expect: its shells leave that to programs.
+extern "C" int _dowildcard;
+int _dowildcard = -1;
+
+namespace qvx::host {
+namespace {
+
+// Takes UTF-8 and writes UTF-16 to a console, so that the console's code page does not matter.
+class ConsoleBuffer : public std::streambuf
+{
+public:
+    explicit ConsoleBuffer(HANDLE console) : m_console(console) {}
+
+protected:
+    int_type overflow(int_type c) override
+    {
+        if (c != traits_type::eof()) {
+            m_pending += static_cast<char>(c);
+        }
+        return m_pending.size() < kPiece || sync() == 0 ? traits_type::not_eof(c) : traits_type::eof();
+    }
+
+    std::streamsize xsputn(char const* text, std::streamsize n) override
+    {
+        m_pending.append(text, static_cast<std::size_t>(n));
+        return m_pending.size() < kPiece || sync() == 0 ? n : 0;
+    }
+
+    // A sequence that is not complete yet stays in the decoder.
+    int sync() override
+    {
+        TStringView rest = m_decoder.Decode(m_pending.data(), m_pending.size(), false);
+        while (!rest.empty()) {
+            TStringView const piece = rest.left(kPiece);
+            DWORD written = 0;
+            if (WriteConsoleW(m_console, piece.data(), static_cast<DWORD>(piece.size()), &written, nullptr) == 0 ||
+                written == 0) {
+                return -1;
+            }
+            rest = rest.mid(static_cast<int>(written));
+        }
+        m_pending.clear();
+        return 0;
+    }
+
+private:
+    static constexpr int kPiece = 8192; // what every console takes at once
+
+    HANDLE m_console;
+    std::string m_pending;
+    TTextDecoder m_decoder{"UTF-8"};
+};
+
+bool IsConsole(HANDLE handle) noexcept
+{
+    DWORD mode = 0;
+    return GetConsoleMode(handle, &mode) != 0;
+}
+
+void WriteTo(std::ostream& stream, DWORD which)
+{
+    HANDLE const handle = GetStdHandle(which);
+    if (IsConsole(handle)) {
+        // Lives as long as the stream, which is flushed after everything else.
+        stream.rdbuf(std::make_unique<ConsoleBuffer>(handle).release());
+    }
+}
+
+// Puts surrogates above all other units, as code points of two units are above those of one.
+constexpr unsigned Rank(wchar_t unit) noexcept
+{
+    return unit >= 0xE000 ? unit - 0x800u : unit >= 0xD800 ? unit + 0x2000u : unit;
+}
+
+} // namespace
+
+void Prepare()
+{
+    WriteTo(std::cout, STD_OUTPUT_HANDLE);
+    WriteTo(std::cerr, STD_ERROR_HANDLE);
+}
+
+bool StderrIsTerminal() noexcept
+{
+    return IsConsole(GetStdHandle(STD_ERROR_HANDLE));
+}
+
+bool StdoutHasColours() noexcept
+{
+    HANDLE const console = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD mode = 0;
+    wchar_t const* const refused = _wgetenv(L"NO_COLOR");
+    return GetConsoleMode(console, &mode) != 0 && (refused == nullptr || *refused == 0) &&
+           SetConsoleMode(console, mode | ENABLE_VIRTUAL_TERMINAL_PROCESSING) != 0;
+}
+
+int StderrWidth() noexcept
+{
+    CONSOLE_SCREEN_BUFFER_INFO info{};
+    bool const known = GetConsoleScreenBufferInfo(GetStdHandle(STD_ERROR_HANDLE), &info) != 0;
+    return known ? info.srWindow.Right - info.srWindow.Left + 1 : 80;
+}
+
+std::filesystem::path PathOf(std::string const& argument)
+{
+    TStringCore const text = TStringCore::fromStdString(argument);
+    std::filesystem::path path = std::wstring(static_cast<wchar_t const*>(text), text.size());
+    return path.make_preferred();
+}
+
+// Junctions and mounted folders are reparse points as well as symbolic links.
+bool IsLink(std::filesystem::path const& path) noexcept
+{
+    DWORD const attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept
+{
+    return std::ranges::lexicographical_compare(a.native(), b.native(), {}, Rank, Rank);
+}
+
+} // namespace qvx::host
+
+int wmain(int argc, wchar_t** argv)
+{
+    std::vector<std::string> arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments.push_back(TStringCore(argv[i]).toStdString());
+    }
+    return qvx::Main(std::move(arguments));
+}
