@@ -61,8 +61,11 @@ public:
     /// Throw what TFormatStringCore::result() throws.
     LogicException(TFormatStringCore const& details, TError::ErrorInfo const& info);
     LogicException(TFormatStringCore const& details, QuorvexError const& error);
-    template<qvxsys::detail::MessageText P, class Error>
-    LogicException(P const& details, Error const& error) : LogicException(TStringCore(details), error)
+    template<qvxsys::detail::MessageText P>
+    LogicException(P const& details, TError::ErrorInfo const& info) : LogicException(TStringCore(details), info)
+    {}
+    template<qvxsys::detail::MessageText P>
+    LogicException(P const& details, QuorvexError const& error) : LogicException(TStringCore(details), error)
     {}
     /// The looked-up message in front of the given ones; no error. Empty details stay empty here.
     LogicException(std::list<TStringCore> const& messages, TStringCore const& details);

@@ -70,8 +70,12 @@ public:
     template<qvxsys::detail::MessageText P>
     QuorvexException(P const& message) : QuorvexException(TStringCore(message))
     {}
-    template<qvxsys::detail::MessageText P, class Info>
-    QuorvexException(P const& message, Info const& info) : QuorvexException(TStringCore(message), info)
+    template<qvxsys::detail::MessageText P>
+    QuorvexException(P const& message, TError::ErrorInfo const& info) : QuorvexException(TStringCore(message), info)
+    {}
+    template<qvxsys::detail::MessageText P>
+    QuorvexException(P const& message, std::shared_ptr<TError::ErrorInfo> info)
+        : QuorvexException(TStringCore(message), static_cast<std::shared_ptr<TError::ErrorInfo>&&>(info))
     {}
     /// Copies both stacks and shares the ErrorInfo.
     QuorvexException(QuorvexException const& other);

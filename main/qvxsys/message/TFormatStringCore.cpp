@@ -235,11 +235,8 @@ TFormatStringCore& TFormatStringCore::AddJustified(TStringCore const& a, int fie
 {
     // The most negative width has no positive counterpart; no string is as long as either.
     int const width = fieldWidth >= 0 ? fieldWidth : fieldWidth == INT_MIN ? INT_MAX : -fieldWidth;
-    TStringCore padding;
-    for (int i = a.length(); i < width; ++i) {
-        padding.append(TStringView(fill));
-    }
-    return Add(fieldWidth > 0 ? padding + a : a + padding);
+    char32_t const c = fill.count == 1 ? fill.units[0] : TStringView(fill).front();
+    return Add(fieldWidth > 0 ? a.rightJustified(width, c, false) : a.leftJustified(width, c, false));
 }
 
 TStringCore TFormatStringCore::result() const
