@@ -49,6 +49,7 @@
 #include <qvxsys/TStringView.h>
 #include <qvxsys/TTextReading.h>
 #include <qvxsys/TextArguments.h>
+#include <qvxsys/TextComparison.h>
 
 template<class Container>
 class TCodePointIterator;
@@ -292,7 +293,8 @@ public:
     [[nodiscard]] static int compare(char16_t const* a, char16_t const* b, CaseSensitivity cs = CaseSensitive) noexcept;
     [[nodiscard]] int compare(TStringCore const& other, CaseSensitivity cs = CaseSensitive) const noexcept
     {
-        return compare(constData(), other.constData(), cs);
+        return qvxsys::detail::CompareStrings(constData(), size(), other.constData(), other.size(),
+                                              cs != CaseSensitive);
     }
     [[nodiscard]] int compare(char16_t const* other, CaseSensitivity cs = CaseSensitive) const noexcept
     {

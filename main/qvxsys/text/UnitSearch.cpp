@@ -19,6 +19,7 @@
 
 #include "UnitCompare.h"
 #include "UnitFolding.h"
+#include "UnitSet.h"
 
 namespace qvxsys::text {
 namespace {
@@ -246,34 +247,6 @@ Anchors AnchorsOf(char16_t const* set, std::size_t n) noexcept
     return anchors;
 }
 
-// Membership in a set of units: a table by the lower eight bits, and a look at the set where that does not decide.
-class UnitSet
-{
-public:
-    UnitSet(char16_t const* units, std::size_t n) noexcept : m_units(units), m_n(n)
-    {
-        for (std::size_t i = 0; i < n; ++i) {
-            m_table[units[i] & 0xFF] = true;
-            m_high |= units[i] > 0xFF;
-        }
-    }
-
-    bool Has(char16_t c) const noexcept
-    {
-        if (!m_table[c & 0xFF]) {
-            return false;
-        }
-        ScanBlock block;
-        return m_high ? kernels().nextHits(m_units, m_n, AnchorsOf(&c, 1), block) != 0 : c <= 0xFF;
-    }
-
-private:
-    char16_t const* m_units;
-    std::size_t m_n;
-    bool m_high = false; // units above U+00FF are in the set
-    bool m_table[256] = {};
-};
-
 std::size_t LowestHit(std::uint64_t hits, ScanBlock const& block) noexcept
 {
     return block.at + static_cast<std::size_t>(std::countr_zero(hits));
@@ -467,9 +440,9 @@ std::size_t FindFirstOf(char16_t const* text, std::size_t length, char16_t const
         std::uint64_t const hits = n == 0 ? 0 : kernels().nextHits(text, length, AnchorsOf(set, n), block);
         return hits != 0 ? LowestHit(hits, block) : kNotFound;
     }
-    UnitSet const units(set, n);
+    UnitSet const units({set, n});
     for (std::size_t i = 0; i < length; ++i) {
-        if (units.Has(text[i]) == member) {
+        if (units.Contains(text[i]) == member) {
             return i;
         }
     }
@@ -484,9 +457,9 @@ std::size_t FindLastOf(char16_t const* text, std::size_t length, char16_t const*
         std::uint64_t const hits = n == 0 ? 0 : kernels().previousHits(text, length, AnchorsOf(set, n), block);
         return hits != 0 ? HighestHit(hits, block) : kNotFound;
     }
-    UnitSet const units(set, n);
+    UnitSet const units({set, n});
     for (std::size_t i = length; i-- > 0;) {
-        if (units.Has(text[i]) == member) {
+        if (units.Contains(text[i]) == member) {
             return i;
         }
     }

@@ -9,17 +9,17 @@
 
 namespace qvxsys::text {
 
-/// The units of a text as a set: a bit each for those below 256, the others in a list as they stand in the text.
+/// The units of a text as a set: a bit each for those below 256, a bit for the lower byte of each of the others, which
+/// are looked for in the text when that bit is set.
 class UnitSet
 {
 public:
     explicit UnitSet(TStringView units) noexcept : m_units(units)
     {
         for (char16_t const c : units) {
-            if (c < 256) {
-                m_bits[c / 64] |= std::uint64_t{1} << (c % 64);
-            } else {
-                m_hasLarge = true;
+            auto& bits = c < 256 ? m_small : m_lowBytes;
+            bits[(c & 0xFF) / 64] |= std::uint64_t{1} << (c % 64);
+            if (c >= 256) {
                 m_hasSurrogates = m_hasSurrogates || CharacterUtils::IsSurrogate(c);
             }
         }
@@ -27,10 +27,9 @@ public:
 
     [[nodiscard]] bool Contains(char16_t c) const noexcept
     {
-        if (c < 256) {
-            return ((m_bits[c / 64] >> (c % 64)) & 1) != 0;
-        }
-        return m_hasLarge && std::find(m_units.begin(), m_units.end(), c) != m_units.end();
+        auto const& bits = c < 256 ? m_small : m_lowBytes;
+        bool const mayBe = ((bits[(c & 0xFF) / 64] >> (c % 64)) & 1) != 0;
+        return mayBe && (c < 256 || std::find(m_units.begin(), m_units.end(), c) != m_units.end());
     }
 
     /// The units of the code point at the front of a text that is not empty, when it is in the set; else 0. A pair
@@ -64,8 +63,8 @@ private:
     }
 
     TStringView m_units;
-    std::uint64_t m_bits[4] = {};
-    bool m_hasLarge = false;
+    std::uint64_t m_small[4] = {};
+    std::uint64_t m_lowBytes[4] = {};
     bool m_hasSurrogates = false;
 };
 
