@@ -12,6 +12,8 @@ endif()
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/qvxsysConfig.cmake.in
     ${CMAKE_CURRENT_BINARY_DIR}/qvxsysConfig.cmake INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/qvxsys)
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/qvxsysConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+# Relative, so that an installation can be moved.
+file(RELATIVE_PATH QVXSYS_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/qvxsys.pc.in ${CMAKE_CURRENT_BINARY_DIR}/qvxsys.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/qvxsysConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/qvxsysConfigVersion.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/qvxsys)

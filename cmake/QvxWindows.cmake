@@ -25,6 +25,9 @@ foreach(name icudt icuin icuuc libgcc_s_seh-1 libstdc++-6 libwinpthread-1)
 endforeach()
 file(COPY ${QVX_WINDOWS_DLLS} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 install(FILES ${QVX_WINDOWS_DLLS} DESTINATION bin)
+foreach(name icu mingw-w64 gcc-runtime)
+    install(FILES ${QVXSYS_WIN64_PREFIX}/licenses/${name}.txt DESTINATION licenses)
+endforeach()
 
 # For tests that run programs: a Wine server stays for the time of the tests (tests/windows).
 set(QVX_TEST_PROPERTIES FIXTURES_REQUIRED wine)

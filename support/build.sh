@@ -61,6 +61,12 @@ add_skipped() {
     } >>build/check/CTestTestfile.cmake
 }
 
+# add_failed NAME REASON: a test that fails.
+add_failed() {
+    echo "check: $1: $2" >&2
+    echo "add_test($1 sh -c \"echo '$1: failed: $2'; exit 1\")" >>build/check/CTestTestfile.cmake
+}
+
 # What the library and the tool are built with and from.
 build_packages="g++ cmake ninja-build libicu-dev libcli11-dev nlohmann-json3-dev"
 # What the tests need besides.

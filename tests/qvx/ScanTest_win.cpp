@@ -46,6 +46,25 @@ TEST_F(Scan, Slashes)
     }
 }
 
+// Longer than the 260 characters that many functions take.
+TEST_F(Scan, LongPaths)
+{
+    fs::path folder = Folder();
+    std::error_code error;
+    for (int i = 0; i < 8 && !error; ++i) {
+        folder /= std::string(60, static_cast<char>('a' + i));
+        fs::create_directory(folder, error);
+    }
+    std::ofstream(folder / "file") << "text\n";
+    if (!fs::exists(folder / "file", error)) {
+        GTEST_SKIP() << "long paths are not enabled on this system";
+    }
+    for (fs::path const& start : {folder, Folder()}) {
+        ChildResult const run = Qvx({"scan", "--json", Utf8(start)});
+        EXPECT_EQ(Paths(json::parse(run.out)["files"]), std::vector<std::string>{Utf8(folder / "file")}) << run.err;
+    }
+}
+
 // The shells leave it to programs to look for the files that a pattern means.
 TEST_F(Scan, Patterns)
 {

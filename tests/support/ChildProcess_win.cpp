@@ -1,5 +1,6 @@
 #include "support/ChildProcess.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <thread>
 
@@ -10,6 +11,7 @@
 namespace {
 
 constexpr DWORD kMostMilliseconds = 60'000;
+constexpr DWORD kInterval = 5;
 
 class Handle
 {
@@ -43,8 +45,12 @@ std::wstring Wide(std::string const& utf8)
 }
 
 // Quoted so that the C run-time of the program takes it apart again: backslashes count only before a quotation mark.
+// What needs no quotation marks gets none, as a user writes it: patterns are expanded only then.
 std::string Quoted(std::string const& argument)
 {
+    if (!argument.empty() && argument.find_first_of(" \t\n\"") == std::string::npos) {
+        return argument;
+    }
     std::string quoted = "\"";
     std::size_t backslashes = 0;
     for (char const c : argument) {
@@ -68,6 +74,13 @@ std::string ReadAll(HANDLE pipe)
         text.erase(at, 1);
     }
     return text;
+}
+
+long PeakKiB(HANDLE process)
+{
+    PROCESS_MEMORY_COUNTERS memory{};
+    GetProcessMemoryInfo(process, &memory, sizeof memory);
+    return static_cast<long>(memory.PeakWorkingSetSize / 1024);
 }
 
 HANDLE OpenFile(wchar_t const* name, DWORD access)
@@ -119,18 +132,19 @@ ChildResult RunChild(std::vector<std::string> const& command, ChildOptions const
     errEnd.Close();
     std::thread reader([&] { result.err = ReadAll(err); });
     std::thread other([&] { result.out = ReadAll(out); });
-    if (WaitForSingleObject(child, kMostMilliseconds) != WAIT_OBJECT_0) {
-        TerminateProcess(child, 124);
+    // The peak is looked at while the program runs: not every system tells it afterwards.
+    for (DWORD waited = 0; WaitForSingleObject(child, kInterval) == WAIT_TIMEOUT; waited += kInterval) {
+        result.peakKiB = std::max(result.peakKiB, PeakKiB(child));
+        if (waited >= kMostMilliseconds) {
+            TerminateProcess(child, 124);
+        }
     }
+    result.peakKiB = std::max(result.peakKiB, PeakKiB(child));
     reader.join();
     other.join();
-    WaitForSingleObject(child, INFINITE);
     DWORD status = 0;
     GetExitCodeProcess(child, &status);
     result.status = static_cast<int>(status);
-    PROCESS_MEMORY_COUNTERS memory{};
-    GetProcessMemoryInfo(child, &memory, sizeof memory);
-    result.peakKiB = static_cast<long>(memory.PeakWorkingSetSize / 1024);
     return result;
 }
 

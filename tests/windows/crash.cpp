@@ -36,7 +36,7 @@ int End(std::string_view how)
     } else if (how == "trap") {
         __builtin_trap();
     }
-    return how == "none" ? 0 : 1;
+    return 0;
 }
 
 } // namespace

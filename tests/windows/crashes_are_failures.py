@@ -19,7 +19,8 @@ def main():
     ctest, *command = sys.argv[1:]
     with tempfile.TemporaryDirectory() as folder:
         tests = [("none", 0)] + [(way, n) for way in WAYS for n in range(TIMES)]
-        lines = [f"add_test({way}.{n} {' '.join(command)} {way})\n" for way, n in tests]
+        quoted = " ".join(f"[==[{part}]==]" for part in command)
+        lines = [f"add_test({way}.{n} {quoted} {way})\n" for way, n in tests]
         pathlib.Path(folder, "CTestTestfile.cmake").write_text("".join(lines))
         run = subprocess.run([ctest, "--test-dir", folder, "--timeout", "60"], capture_output=True, text=True)
     failed = set(re.findall(r"^\s*\d+ - (\S+) \(", run.stdout.partition("did not pass")[2] or run.stdout.partition(

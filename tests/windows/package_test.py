@@ -15,12 +15,12 @@ import tempfile
 import zipfile
 
 EXPECTED = ["bin/qvxsys.dll", "bin/qvx.exe", "bin/libstdc++-6.dll", "bin/libgcc_s_seh-1.dll", "bin/libwinpthread-1.dll",
-            "lib/libqvxsys.dll.a", "include/qvxsys/qvxsys.h", "include/qvxsys/TStringCore.h",
+            "licenses/icu.txt", "lib/libqvxsys.dll.a", "include/qvxsys/qvxsys.h", "include/qvxsys/TStringCore.h",
             "lib/cmake/qvxsys/qvxsysConfig.cmake", "lib/cmake/qvxsys/qvxsysConfigVersion.cmake"]
 
 
 def run(*command, **more):
-    result = subprocess.run([str(part) for part in command], capture_output=True, text=True, **more)
+    result = subprocess.run([str(part) for part in command], capture_output=True, encoding="utf-8", **more)
     return result.returncode, result.stdout, result.stderr
 
 

@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <string_view>
-#include <system_error>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -35,6 +34,15 @@ int StderrWidth() noexcept
 std::filesystem::path PathOf(std::string const& argument)
 {
     return argument;
+}
+
+std::vector<std::filesystem::path> EntriesOf(std::filesystem::path const& folder, std::error_code& error)
+{
+    std::vector<std::filesystem::path> entries;
+    for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        entries.push_back(at->path());
+    }
+    return entries;
 }
 
 bool IsLink(std::filesystem::path const& path) noexcept

@@ -43,8 +43,9 @@ protected:
     int sync() override
     {
         TStringView rest = m_decoder.Decode(m_pending.data(), m_pending.size(), false);
+        m_pending.clear();
         while (!rest.empty()) {
-            TStringView const piece = rest.left(kPiece);
+            TStringView const piece = Piece(rest);
             DWORD written = 0;
             if (WriteConsoleW(m_console, piece.data(), static_cast<DWORD>(piece.size()), &written, nullptr) == 0 ||
                 written == 0) {
@@ -52,12 +53,19 @@ protected:
             }
             rest = rest.mid(static_cast<int>(written));
         }
-        m_pending.clear();
         return 0;
     }
 
 private:
     static constexpr int kPiece = 8192; // what every console takes at once
+
+    // A pair must not be written in halves.
+    static TStringView Piece(TStringView text)
+    {
+        TStringView const piece = text.left(kPiece);
+        bool const splits = piece.size() < text.size() && CharacterUtils::IsHighSurrogate(piece[piece.size() - 1]);
+        return splits ? piece.left(kPiece - 1) : piece;
+    }
 
     HANDLE m_console;
     std::string m_pending;
@@ -77,6 +85,17 @@ void WriteTo(std::ostream& stream, DWORD which)
         // Lives as long as the stream, which is flushed after everything else.
         stream.rdbuf(std::make_unique<ConsoleBuffer>(handle).release());
     }
+}
+
+// The path in the form that has no limit of length: absolute, with a prefix.
+std::filesystem::path Extended(std::filesystem::path const& path, std::error_code& error)
+{
+    std::filesystem::path absolute = std::filesystem::absolute(path, error).make_preferred();
+    std::wstring const& name = absolute.native();
+    if (name.starts_with(LR"(\\?\)") || name.starts_with(LR"(\\.\)")) {
+        return absolute;
+    }
+    return name.starts_with(LR"(\\)") ? LR"(\\?\UNC)" + name.substr(1) : LR"(\\?\)" + absolute.lexically_normal().native();
 }
 
 // Puts surrogates above all other units, as code points of two units are above those of one.
@@ -121,11 +140,42 @@ std::filesystem::path PathOf(std::string const& argument)
     return path.make_preferred();
 }
 
-// Junctions and mounted folders are reparse points as well as symbolic links.
+// Not by std::filesystem, whose iterator takes a folder with a path of more than 260 characters for another one.
+std::vector<std::filesystem::path> EntriesOf(std::filesystem::path const& folder, std::error_code& error)
+{
+    std::vector<std::filesystem::path> entries;
+    WIN32_FIND_DATAW entry{};
+    HANDLE const search = FindFirstFileExW((Extended(folder, error) / L"*").c_str(), FindExInfoBasic, &entry,
+                                           FindExSearchNameMatch, nullptr, 0);
+    DWORD status = search != INVALID_HANDLE_VALUE ? ERROR_SUCCESS : GetLastError();
+    while (status == ERROR_SUCCESS) {
+        std::wstring_view const name = entry.cFileName;
+        if (name != L"." && name != L"..") {
+            entries.push_back(folder / name);
+        }
+        status = FindNextFileW(search, &entry) != 0 ? ERROR_SUCCESS : GetLastError();
+    }
+    if (search != INVALID_HANDLE_VALUE) {
+        FindClose(search);
+    }
+    error.clear();
+    if (status != ERROR_NO_MORE_FILES && status != ERROR_FILE_NOT_FOUND) { // the latter: an empty drive
+        error.assign(static_cast<int>(status), std::system_category());
+    }
+    return entries;
+}
+
+// Junctions and mounted folders stand for another folder as symbolic links do; other reparse points, as those of files
+// kept elsewhere, are what they look like.
 bool IsLink(std::filesystem::path const& path) noexcept
 {
-    DWORD const attributes = GetFileAttributesW(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    WIN32_FIND_DATAW entry{};
+    HANDLE const search = FindFirstFileW(path.c_str(), &entry);
+    if (search == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    FindClose(search);
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(entry.dwReserved0);
 }
 
 bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept

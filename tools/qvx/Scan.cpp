@@ -47,7 +47,8 @@ TStringCore Reason(std::error_code error)
 {
     std::error_condition const condition = error.default_error_condition();
     bool const isGeneric = condition.category() == std::generic_category();
-    return TStringCore::fromStdString(isGeneric ? condition.message() : error.message());
+    return isGeneric ? TStringCore::fromStdString(condition.message())
+                     : TStringCore::fromLocal8Bit(error.message().c_str());
 }
 
 class Scanner
@@ -110,10 +111,7 @@ void Scanner::Find(fs::path const& path, bool isNamed)
 void Scanner::FindInFolder(fs::path const& folder)
 {
     std::error_code error;
-    std::vector<fs::path> entries;
-    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-        entries.push_back(at->path());
-    }
+    std::vector<fs::path> entries = host::EntriesOf(folder, error);
     if (error) {
         Fail(folder, MakeFailure(Failure::CannotAccess, Reason(error)));
     }
