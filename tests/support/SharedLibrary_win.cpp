@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include <windows.h>
+#include "WindowsApi.h"
 
 SharedLibrary::SharedLibrary(std::string const& path) : m_handle(::LoadLibraryA(path.c_str()))
 {

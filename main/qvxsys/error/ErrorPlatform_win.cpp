@@ -1,6 +1,6 @@
 #include "ErrorPlatform.h"
 
-#include <windows.h>
+#include "WindowsApi.h"
 
 namespace qvxsys::error::platform {
 
