@@ -175,7 +175,9 @@ bool IsLink(std::filesystem::path const& path) noexcept
         return false;
     }
     FindClose(search);
-    return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && IsReparseTagNameSurrogate(entry.dwReserved0);
+    DWORD const tag = entry.dwReserved0; // 0 is none: Wine does not tell it
+    bool const isSurrogate = tag == 0 || IsReparseTagNameSurrogate(tag) != 0;
+    return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && isSurrogate;
 }
 
 bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept
