@@ -161,10 +161,12 @@ TEST(TextSymmetry, BuildingFromEveryType)
 // Where wchar_t is a UTF-16 unit, wide text goes in and out without a copy.
 TEST(TextSymmetry, WideTextIsSharedWhereItIsUtf16)
 {
-    auto const check = [](auto const& text) {
+    auto const check = []<class Text>(Text const& text) {
         if constexpr (qvxsys::kWideIsUtf16) {
             testing_support::LeakCheck const blocks;
-            wchar_t const* const wide = text;
+            // Depends on the template's argument: looked at only where it compiles.
+            using Wide = std::conditional_t<std::is_class_v<Text>, wchar_t, Text>;
+            Wide const* const wide = text;
             TStringView const view(wide);
             EXPECT_EQ(static_cast<void const*>(wide), text.constData());
             EXPECT_EQ(view.data(), text.constData());
