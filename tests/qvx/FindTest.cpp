@@ -76,7 +76,11 @@ std::string ToUtf8(std::u32string const& text)
 TEST_F(Scan, FindAgreesWithASearchOfTheWholeText)
 {
     std::mt19937 random(7);
-    std::u32string const alphabets[] = {U"ab", U"aAbB", U"sS\u017F\u00DF", U"\u03C3\u03C2\u03A3a", U"kK\u212A\U0001F600",
+    std::u32string const alphabets[] = {U"ab",
+                                        U"aAbB",
+                                        U"sS\u017F\u00DF",
+                                        U"\u03C3\u03C2\u03A3a",
+                                        U"kK\u212A\U0001F600",
                                         U"\U00010400\U00010428\U00010401"};
     for (std::u32string const& alphabet : alphabets) {
         for (unsigned const lineLength : {7u, 5000u, 4'000'000u}) {
@@ -91,13 +95,15 @@ TEST_F(Scan, FindAgreesWithASearchOfTheWholeText)
                     needle += alphabet[random() % alphabet.size()];
                 }
                 bool const ignoreCase = random() % 2 == 0;
-                std::vector<std::string> arguments{"scan", "--json", "--encoding", "UTF-8", "--find", ToUtf8(needle), file};
+                std::vector<std::string> arguments{"scan",   "--json",       "--encoding", "UTF-8",
+                                                   "--find", ToUtf8(needle), file};
                 if (ignoreCase) {
                     arguments.push_back("--ignore-case");
                 }
                 Reference const expected = Search(text, needle, ignoreCase);
                 json const found = json::parse(Qvx(arguments).out)["files"][0];
-                ASSERT_EQ(found["matches"], expected.matches) << ToUtf8(needle) << ' ' << lineLength << ' ' << ignoreCase;
+                ASSERT_EQ(found["matches"], expected.matches)
+                    << ToUtf8(needle) << ' ' << lineLength << ' ' << ignoreCase;
                 ASSERT_EQ(found["matchingLines"], expected.lines) << ToUtf8(needle) << ' ' << lineLength;
                 if (expected.matches != 0) {
                     EXPECT_EQ(found["first"][0]["line"], expected.firstLine);
@@ -108,12 +114,38 @@ TEST_F(Scan, FindAgreesWithASearchOfTheWholeText)
     }
 }
 
+// Lines of more than a part's length: matches that could overlap at a part's border, and columns across it.
+TEST_F(Scan, FindInLongLines)
+{
+    struct
+    {
+        std::string needle;
+        std::string unit;
+        int matches;
+    } const table[] = {{"aa", "a", 1500000}, {"aba", "ab", 750000}, {"x", "a", 1}, {"\U0001F600", "a", 0}};
+    for (auto const& [needle, unit, matches] : table) {
+        std::string text;
+        while (text.size() < 3'000'000) {
+            text += unit;
+        }
+        std::string const file = Write("long", "\n\u00E9" + text + "x\n");
+        json const found =
+            json::parse(Qvx({"scan", "--json", "--encoding", "UTF-8", "--find", needle, file}).out)["files"][0];
+        EXPECT_EQ(found["matches"], matches) << needle;
+        if (needle == "x") {
+            EXPECT_EQ(found["first"][0]["line"], 2);
+            EXPECT_EQ(found["first"][0]["column"], 3'000'002);
+            EXPECT_EQ(found["first"][0]["before"], std::string(120, 'a'));
+        }
+    }
+}
+
 TEST_F(Scan, FindShowsTheFirstMatches)
 {
     std::string const file = Write("a", "one\r\nTwo two\ttwo\r\n\u00E9t\u00E9 two\x1B\n");
     ChildResult const run = Qvx({"scan", "--find", "two", "--ignore-case", "--show", "2", file, Write("b", "none\n")});
-    EXPECT_EQ(run.out.substr(0, run.out.find("name ")), file + ":2:1: Two two\ttwo\n" + file +
-                                                            ":2:5: Two two\ttwo\n" + file + ": 2 more\n");
+    EXPECT_EQ(run.out.substr(0, run.out.find("name ")),
+              file + ":2:1: Two two\ttwo\n" + file + ":2:5: Two two\ttwo\n" + file + ": 2 more\n");
     EXPECT_NE(run.out.find("matches  in lines\n"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("        4         2\n"), std::string::npos) << run.out;
     EXPECT_EQ(run.out.find(In("b")), std::string::npos) << "files without matches are not listed";
@@ -131,6 +163,9 @@ TEST_F(Scan, PrintFormats)
         {{"--print", "%2/%4 [%5]", "--find", "o"}, "1/one [o]\n2/two \u00FF [o]\n"},
         {{"--print", "[x]"}, "[x]\n"},
         {{"--print", "", "--find", "t"}, "\n"},
+        {{"--print=--%2", "--find=o", "--show", "1"}, "--1\n"},
+        {{"--find", "--", "--print", "%1"}, ""},
+        {{"--print=-", "--find", "-x"}, ""},
     };
     for (auto const& [arguments, out] : table) {
         std::vector<std::string> all{"scan", file};
@@ -151,6 +186,10 @@ TEST_F(Scan, MistakesInFindAndPrint)
         std::string shown;
     } const table[] = {
         {{"--find", ""}, "must not be empty"},
+        {{"--find="}, "must not be empty"},
+        {{"--find", "\xFF"}, "UTF-8"},
+        {{"--find", "a", "--show", "-1"}, "--show"},
+        {{"--find", "a", "--show", "99999999999999999999"}, "--show"},
         {{"--find", "a\nb"}, "line feeds"},
         {{"--ignore-case"}, "--find"},
         {{"--print", "%1", "--json"}, "--json"},

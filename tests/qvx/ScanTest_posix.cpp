@@ -97,7 +97,8 @@ TEST_F(Scan, FoundLinesAreThoseOfGrep)
         }
     }
     ASSERT_GT(texts.size(), 20u);
-    for (char const* const needle : {"a", "e", "the", "\u00E9", "\u0438", "\u3002", "\U0001F600", ".", "[", "nowhere"}) {
+    for (char const* const needle :
+         {"a", "e", "the", "\u00E9", "\u0438", "\u3002", "\U0001F600", ".", "[", "nowhere"}) {
         std::vector<std::string> grep{"/usr/bin/env", "LC_ALL=C", "grep", "-c", "-h", "-F", "-e", needle};
         grep.insert(grep.end(), texts.begin(), texts.end());
         std::vector<std::string> arguments{"scan", "--json", "--find", needle};

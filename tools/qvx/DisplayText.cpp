@@ -43,7 +43,8 @@ int CharacterWidth(char32_t c)
 void ReplaceControls(TStringCore& text, char16_t kept)
 {
     auto const isControl = [kept](char16_t unit) {
-        return (unit < 0x20 || (unit >= 0x7F && unit < 0xA0)) && unit != kept;
+        bool const isDirection = (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
+        return (unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || isDirection) && unit != kept;
     };
     if (std::any_of(text.cbegin(), text.cend(), isControl)) {
         std::replace_if(text.begin(), text.end(), isControl, u'\uFFFD');

@@ -16,10 +16,11 @@ namespace qvx {
 /// when NameText has lost nothing.
 [[nodiscard]] std::string RawName(std::filesystem::path const& path);
 
-/// A text with U+FFFD for control characters, which could rewrite the screen; tabs stay.
+/// A text with U+FFFD for control characters, which could rewrite the screen, and for those that turn the direction of
+/// what follows them; tabs stay.
 [[nodiscard]] TStringCore Printable(TStringCore text);
 
-/// NameText with U+FFFD for control characters, tabs included.
+/// NameText with U+FFFD for the same characters, and for tabs.
 [[nodiscard]] TStringCore DisplayName(std::filesystem::path const& path);
 
 /// The columns that the text takes on a terminal: 2 for wide characters of East Asian scripts and emoji, 0 for

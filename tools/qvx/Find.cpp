@@ -16,28 +16,20 @@ TStringView Tail(TStringView text, int n)
 TStringView Head(TStringView text, int n)
 {
     TStringView const head = text.left(n);
-    bool const cut = head.size() < text.size() && !head.empty() && CharacterUtils::IsHighSurrogate(head[head.size() - 1]);
+    bool const cut =
+        head.size() < text.size() && !head.empty() && CharacterUtils::IsHighSurrogate(head[head.size() - 1]);
     return cut ? head.left(head.length() - 1) : head;
 }
 
 } // namespace
 
 // Strings fold unit by unit; a text with characters of two units has to be looked for by code point.
-Finder::Finder(FindOptions const& options) : m_options(options)
+Finder::Finder(FindOptions const& options, std::function<void(Match const&)> onMatch)
+    : m_options(options), m_onMatch(std::move(onMatch))
 {
     if (options.ignoreCase && options.text.lengthInCodePoints() < options.text.length()) {
         m_table.emplace(options.text, CaseCompare::Insensitive);
     }
-}
-
-int Finder::Next(TStringView text, int from) const
-{
-    if (!m_table) {
-        return text.indexOf(m_options.text, from,
-                            m_options.ignoreCase ? CaseCompare::Insensitive : CaseCompare::Sensitive);
-    }
-    int const at = KMP::searchString(text.mid(from), *m_table);
-    return at < 0 ? at : from + at;
 }
 
 // Whole lines are searched where they stand. A line that the end of a piece cuts waits for its rest.
@@ -52,11 +44,14 @@ void Finder::Feed(TStringView piece, bool last)
             return;
         }
         TStringCore const line = std::exchange(m_rest, TStringCore());
-        Search(line);
+        int const behindMatches = Search(line);
         if (end < 0 && !last) {
-            // No match lies wholly in what is kept, so none is found twice.
-            TStringView const kept = Tail(line, m_options.text.length() - 1);
-            m_columnsBefore += static_cast<std::uint64_t>(line.lengthInCodePoints() - kept.lengthInCodePoints());
+            // Too short for a whole match, and without what belongs to one already: none is found twice.
+            TStringView const kept = Tail(line.view().mid(behindMatches), m_options.text.length() - 1);
+            TStringView const dropped = line.view().mid(m_columnAt, line.length() - kept.length() - m_columnAt);
+            m_columns += static_cast<std::uint64_t>(dropped.lengthInCodePoints());
+            m_lineStart = 0;
+            m_columnAt = 0;
             m_rest = kept;
             return;
         }
@@ -66,35 +61,57 @@ void Finder::Feed(TStringView piece, bool last)
     m_rest = piece.mid(whole);
 }
 
-void Finder::Search(TStringView text)
+int Finder::Next(TStringView text, int from) const
 {
-    int lineStart = 0;
-    auto const passLines = [&](int to) {
-        TStringView const passed = text.mid(lineStart, to - lineStart);
-        if (int const lines = passed.count(u'\n'); lines != 0) {
-            m_line += static_cast<std::uint64_t>(lines);
-            lineStart += passed.lastIndexOf(u'\n') + 1;
-            m_lineCounted = false;
-            m_columnsBefore = 0;
-        }
-    };
-    for (int at = Next(text, 0); at >= 0; at = Next(text, at)) {
-        passLines(at);
-        ++m_result.matches;
-        m_result.lines += m_lineCounted ? 0 : 1;
-        m_lineCounted = true;
-        if (m_result.kept.size() < m_options.kept) {
-            Keep(text, lineStart, at);
-        }
-        at += m_options.text.length(); // a case has as many units as the other
+    if (!m_table) {
+        return text.indexOf(m_options.text, from,
+                            m_options.ignoreCase ? CaseCompare::Insensitive : CaseCompare::Sensitive);
     }
-    passLines(text.length());
+    int const at = KMP::searchString(text.mid(from), *m_table);
+    return at < 0 ? at : from + at;
 }
 
-void Finder::Keep(TStringView text, int lineStart, int at)
+// Returns where the last match ends.
+int Finder::Search(TStringView text)
 {
-    TStringView const before = text.mid(lineStart, at - lineStart);
-    TStringView behind = text.mid(at + m_options.text.length());
+    int passed = 0; // up to where lines are counted
+    auto const passLines = [&](int to) {
+        TStringView const lines = text.mid(passed, to - passed);
+        if (int const ends = lines.count(u'\n'); ends != 0) {
+            m_line += static_cast<std::uint64_t>(ends);
+            m_lineStart = m_columnAt = passed + lines.lastIndexOf(u'\n') + 1;
+            m_columns = 0;
+            m_lineCounted = false;
+        }
+        passed = to;
+    };
+    m_lineStart = m_columnAt = 0;
+    int behind = 0;
+    for (int at = Next(text, 0); at >= 0; at = Next(text, behind)) {
+        passLines(at);
+        m_result.lines += m_lineCounted ? 0 : 1;
+        m_lineCounted = true;
+        if (++m_result.matches <= m_options.shown) {
+            Match match = MatchAt(text, at);
+            if (m_onMatch) {
+                m_onMatch(match);
+            } else {
+                m_result.kept.push_back(std::move(match));
+            }
+        }
+        behind = at + m_options.text.length(); // a case has as many units as the other
+    }
+    passLines(text.length());
+    return behind;
+}
+
+Match Finder::MatchAt(TStringView text, int at)
+{
+    m_columns += static_cast<std::uint64_t>(text.mid(m_columnAt, at - m_columnAt).lengthInCodePoints());
+    m_columnAt = at;
+    TStringView const before = text.mid(m_lineStart, at - m_lineStart);
+    // The line's end is looked for as far as it is shown only.
+    TStringView behind = text.mid(at + m_options.text.length(), m_options.context + 2);
     int const end = behind.indexOf(u'\n');
     behind = behind.left(end < 0 ? behind.length() : end);
     if (behind.endsWith(u'\r')) {
@@ -102,11 +119,13 @@ void Finder::Keep(TStringView text, int lineStart, int at)
     }
     Match match;
     match.line = m_line;
-    match.column = m_columnsBefore + static_cast<std::uint64_t>(before.lengthInCodePoints()) + 1;
-    match.before = Tail(before, Match::kContext);
+    match.column = m_columns + 1;
+    match.before = Tail(before, m_options.context);
     match.text = text.mid(at, m_options.text.length());
-    match.behind = Head(behind, Match::kContext);
-    m_result.kept.push_back(std::move(match));
+    match.behind = Head(behind, m_options.context);
+    match.cutBefore = match.before.size() < before.size();
+    match.cutBehind = match.behind.size() < behind.size();
+    return match;
 }
 
 } // namespace qvx

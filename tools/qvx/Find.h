@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -16,18 +17,19 @@ struct FindOptions
 {
     TStringCore text; ///< without line feeds; nothing is searched for when it is empty
     bool ignoreCase = false;
-    std::size_t kept = 3; ///< how many matches are kept with their lines
+    std::size_t shown = 3; ///< how many matches are kept or told of
+    int context = 120;     ///< the most units of the line that are given on either side of a match
 };
 
 struct Match
 {
     std::uint64_t line = 0;   ///< from 1
     std::uint64_t column = 0; ///< in code points, from 1
-    TStringCore before;       ///< what stands in the line before the match, cut to kContext units
+    TStringCore before;       ///< what stands in the line before the match
     TStringCore text;         ///< as it stands in the line
-    TStringCore behind;       ///< the rest of the line, cut as well
-
-    static constexpr int kContext = 120;
+    TStringCore behind;       ///< the rest of the line
+    bool cutBefore = false;   ///< there is more of the line than `before` has
+    bool cutBehind = false;
 };
 
 struct FindResult
@@ -40,10 +42,11 @@ struct FindResult
 class Finder
 {
 public:
-    explicit Finder(FindOptions const& options);
+    /// With `onMatch` the first matches are told of as they are found instead of kept.
+    Finder(FindOptions const& options, std::function<void(Match const&)> onMatch);
 
     /// The next piece; the text ends with the one that is `last`. Lines longer than kLongestLine are searched in parts:
-    /// every match is found, but what is kept of its line may begin or end at a part's border.
+    /// every match is found, but what is given of its line may begin or end at a part's border.
     void Feed(TStringView piece, bool last);
 
     [[nodiscard]] FindResult Result() && { return std::move(m_result); }
@@ -52,15 +55,20 @@ public:
 
 private:
     [[nodiscard]] int Next(TStringView text, int from) const;
-    void Search(TStringView text);
-    void Keep(TStringView text, int lineStart, int at);
+    int Search(TStringView text);
+    Match MatchAt(TStringView text, int at);
 
     FindOptions const& m_options;
+    std::function<void(Match const&)> m_onMatch;
     std::optional<KMP::StringTable> m_table; // for what can only be folded as whole code points
-    TStringCore m_rest;                  // a line of which the end has not come yet
-    std::uint64_t m_line = 1;            // the number of the line that the searched text has come to,
-    std::uint64_t m_columnsBefore = 0;   // how many code points of it were dropped,
-    bool m_lineCounted = false;          // and whether a match was found in it
+    TStringCore m_rest;                      // a line of which the end has not come yet
+
+    // Where the search has come to.
+    std::uint64_t m_line = 1;
+    bool m_lineCounted = false;  // a match was found in it
+    int m_lineStart = 0;         // in the searched text
+    int m_columnAt = 0;          // up to where the line's code points are counted
+    std::uint64_t m_columns = 0; // how many there are before that, those of earlier parts included
     FindResult m_result;
 };
 

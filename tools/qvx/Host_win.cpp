@@ -95,7 +95,8 @@ std::filesystem::path Extended(std::filesystem::path const& path, std::error_cod
     if (name.starts_with(LR"(\\?\)") || name.starts_with(LR"(\\.\)")) {
         return absolute;
     }
-    return name.starts_with(LR"(\\)") ? LR"(\\?\UNC)" + name.substr(1) : LR"(\\?\)" + absolute.lexically_normal().native();
+    return name.starts_with(LR"(\\)") ? LR"(\\?\UNC)" + name.substr(1)
+                                      : LR"(\\?\)" + absolute.lexically_normal().native();
 }
 
 // Puts surrogates above all other units, as code points of two units are above those of one.

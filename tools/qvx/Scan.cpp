@@ -185,7 +185,8 @@ void Scanner::Count(std::filebuf& file, std::size_t n, ScannedFile& result)
     TTextDecoder decoder(result.encoding.c_str());
     result.encoding = decoder.Encoding();
     Counts& counts = result.counts;
-    Finder finder(m_options.find);
+    auto const tell = [&](Match const& match) { m_listener.onMatch(result.path, match); };
+    Finder finder(m_options.find, m_listener.onMatch ? std::function<void(Match const&)>(tell) : nullptr);
     try {
         for (bool last = false; !last; n = last ? 0 : Read(file)) {
             last = n < kChunk;

@@ -60,6 +60,8 @@ struct ScanListener
 {
     std::function<void(ScanError const&)> onError;
     std::function<void(ScannedFile&)> onFile; ///< may take out what is not needed later
+    /// When it is set, matches are told as they are found, before onFile, and not kept.
+    std::function<void(std::filesystem::path const&, Match const&)> onMatch;
 };
 
 /// Scans files, and folders with all below them in the order of the names' code points. Whatever cannot be scanned is

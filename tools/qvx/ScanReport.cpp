@@ -159,8 +159,11 @@ void PrintMatches(ScannedFile const& file, bool highlight, std::ostream& out)
     TStringCore const name = DisplayName(file.path);
     for (Match const& match : file.found.kept) {
         TStringCore const text = highlight ? u"\x1B[1;31m" + Printable(match.text) + u"\x1B[0m" : Printable(match.text);
-        out << qvxsys::Format(u"%1:%2:%3: %4%5%6\n", name, match.line, match.column, Printable(match.before), text,
-                              Printable(match.behind));
+        TStringCore before = Printable(match.before);
+        TStringCore behind = Printable(match.behind);
+        before.prepend(match.cutBefore ? u"\u2026" : u"");
+        behind.append(match.cutBehind ? u"\u2026" : u"");
+        out << qvxsys::Format(u"%1:%2:%3: %4%5%6\n", name, match.line, match.column, before, text, behind);
     }
     if (file.found.matches > file.found.kept.size()) {
         out << qvxsys::Format(u"%1: %2 more\n", name, file.found.matches - file.found.kept.size());
@@ -176,14 +179,13 @@ void PrintRecord(ScannedFile const& file, TFormatStringCore& format, std::ostrea
     out << format.result() << '\n';
 }
 
-void PrintMatchRecords(ScannedFile const& file, TFormatStringCore& format, std::ostream& out)
+void PrintMatchRecord(std::filesystem::path const& path, Match const& match, TFormatStringCore& format,
+                      std::ostream& out)
 {
-    for (Match const& match : file.found.kept) {
-        format.clearParms();
-        format.args(DisplayName(file.path), match.line, match.column,
-                    Printable(match.before + match.text + match.behind), Printable(match.text));
-        out << format.result() << '\n';
-    }
+    format.clearParms();
+    format.args(DisplayName(path), match.line, match.column, Printable(match.before + match.text + match.behind),
+                Printable(match.text));
+    out << format.result() << '\n';
 }
 
 void PrintError(ScanError const& error, std::ostream& out)

@@ -19,15 +19,17 @@ void PrintTable(ScanResult const& result, bool withMatches, std::ostream& out);
 void PrintJson(ScanResult const& result, bool withMatches, std::ostream& out);
 
 /// "PATH:LINE:COLUMN: TEXT" for each match that was kept, with the match highlighted if wanted, and a line that tells
-/// how many there are besides.
+/// how many there are besides. Where a line is cut stands an ellipsis.
 void PrintMatches(ScannedFile const& file, bool highlight, std::ostream& out);
 
 /// A line made from a format for the file: %1 path, %2 encoding, %3 bytes, %4 units, %5 code points, %6 lines,
 /// %7 malformed sequences, %8 matches, %9 lines with matches.
 void PrintRecord(ScannedFile const& file, TFormatStringCore& format, std::ostream& out);
 
-/// A line made from a format for each match that was kept: %1 path, %2 line, %3 column, %4 the line's text, %5 the match.
-void PrintMatchRecords(ScannedFile const& file, TFormatStringCore& format, std::ostream& out);
+/// A line made from a format for a match: %1 path, %2 line, %3 column, %4 the line's text as far as the match has it,
+/// %5 the match.
+void PrintMatchRecord(std::filesystem::path const& path, Match const& match, TFormatStringCore& format,
+                      std::ostream& out);
 
 /// "qvx: PATH: MESSAGES (NAME)"
 void PrintError(ScanError const& error, std::ostream& out);

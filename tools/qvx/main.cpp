@@ -9,6 +9,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -48,27 +49,50 @@ constexpr char const* kScanNotes =
     "when\n"
     "they are a PATH themselves. What cannot be scanned is reported on stderr and does not stop the others.\n"
     "\n"
-    "--find counts the matches in each file, that do not overlap, and shows the first ones with their line and column.\n"
-    "TEXT must lie within one line. --ignore-case folds every character by Unicode's simple case folding.\n"
+    "--find counts the matches in each file, that do not overlap, and shows the first ones with their line and "
+    "column.\n"
+    "TEXT must lie within one line. --ignore-case folds every character by Unicode's simple case folding. Long lines "
+    "are\n"
+    "cut, which an ellipsis shows.\n"
     "\n"
     "--print prints a line for each file instead of the table. Its format has the markers %1 path, %2 encoding, %3 "
     "bytes,\n"
-    "%4 units, %5 code points, %6 lines, %7 malformed, %8 matches, %9 lines with matches, and %% for a percent sign. With\n"
-    "--find it prints a line for each match: %1 path, %2 line, %3 column, %4 the line, %5 the match.\n"
+    "%4 units, %5 code points, %6 lines, %7 malformed, %8 matches, %9 lines with matches, and %% for a percent sign. "
+    "With\n"
+    "--find it prints a line for each match (the first N of a file with --show N): %1 path, %2 line, %3 column, %4 the "
+    "line,\n"
+    "up to 1000 units on either side of the match, %5 the match.\n"
     "\n"
     "Exit status: 0 if all was scanned, 1 if something was not, 2 if the command line is wrong.";
 
-// CLI11 takes an argument in brackets for a list of values, and it knows "--" only before a subcommand's first
-// positional. What is to be taken as it stands therefore gets a NUL in front, which no argument has of itself.
+// CLI11 takes an argument in brackets for a list of values, one that begins with a dash for an option, an option that
+// ends with "=" for one whose value follows, and it knows "--" only before a subcommand's first positional. What is to
+// be taken as it stands therefore gets a NUL in front, which no argument has of itself.
 constexpr char kGuard = '\0';
 
 std::vector<std::string> Guarded(std::vector<std::string> const& given)
 {
     std::vector<std::string> arguments;
     bool onlyPaths = false;
+    bool valueFollows = false;
     for (std::string const& argument : given) {
+        if (std::exchange(valueFollows, false)) {
+            arguments.push_back(kGuard + argument);
+            continue;
+        }
         if (argument == "--" && !onlyPaths) {
             onlyPaths = true;
+            continue;
+        }
+        if (!onlyPaths && (argument == "--find" || argument == "--print")) {
+            arguments.push_back(argument);
+            valueFollows = true;
+            continue;
+        }
+        if (!onlyPaths && (argument.starts_with("--find=") || argument.starts_with("--print="))) {
+            std::size_t const equals = argument.find('=');
+            arguments.push_back(argument.substr(0, equals));
+            arguments.push_back(kGuard + argument.substr(equals + 1));
             continue;
         }
         bool const isList = argument.starts_with('[') && argument.ends_with(']');
@@ -90,6 +114,7 @@ struct ScanCommand
     qvx::ScanOptions options;
     std::string find;
     std::optional<std::string> print;
+    CLI::Option* show = nullptr;
     bool asJson = false;
 };
 
@@ -107,17 +132,21 @@ void AddScan(CLI::App& app, ScanCommand& command)
         ->capture_default_str();
     auto const isFindable = [](std::string const& text) {
         std::string const plain = Unguarded(text);
-        bool const isInOneLine = !plain.empty() && plain.find('\n') == std::string::npos;
-        return isInOneLine ? std::string() : std::string("the text must not be empty, nor have line feeds");
+        if (plain.empty() || plain.find('\n') != std::string::npos) {
+            return std::string("the text must not be empty, nor have line feeds");
+        }
+        bool const isUtf8 = TStringCore::fromStdString(plain).toStdString() == plain;
+        return isUtf8 ? std::string() : std::string("the text is not UTF-8");
     };
     CLI::Option* const find = scan->add_option("--find", command.find, "Look for a text")
                                   ->check(CLI::Validator(isFindable, ""))
                                   ->type_name("TEXT");
     scan->add_flag("--ignore-case", command.options.find.ignoreCase, "Find it whatever its case")->needs(find);
-    scan->add_option("--show", command.options.find.kept, "How many matches of a file to show")
-        ->needs(find)
-        ->type_name("N")
-        ->capture_default_str();
+    command.show = scan->add_option("--show", command.options.find.shown, "How many matches of a file to show")
+                       ->needs(find)
+                       ->check(CLI::Range(std::int64_t{0}, std::int64_t{1'000'000'000}))
+                       ->type_name("N")
+                       ->capture_default_str();
     CLI::Option* const json = scan->add_flag("--json", command.asJson, "Print JSON instead of a table");
     scan->add_option("--print", command.print, "Print a line of this format for each file or match")
         ->excludes(json)
@@ -134,12 +163,11 @@ std::optional<TFormatStringCore> RecordFormat(ScanCommand const& command)
     try {
         TFormatStringCore format(TStringCore::fromStdString(Unguarded(*command.print)));
         std::ostringstream nowhere;
-        qvx::ScannedFile file{{}, {}, {}, {}};
+        qvx::ScannedFile const file{{}, {}, {}, {}};
         if (command.find.empty()) {
             qvx::PrintRecord(file, format, nowhere);
         } else {
-            file.found.kept.resize(1);
-            qvx::PrintMatchRecords(file, format, nowhere);
+            qvx::PrintMatchRecord({}, {}, format, nowhere);
         }
         return format;
     } catch (...) {
@@ -159,7 +187,8 @@ int RunScan(ScanCommand command)
         return kUsageError;
     }
     if (format) {
-        find.kept = std::numeric_limits<std::size_t>::max();
+        find.context = 1000;
+        find.shown = command.show->count() != 0 ? find.shown : std::numeric_limits<std::size_t>::max();
     }
 
     bool const showsProgress = qvx::host::StderrIsTerminal();
@@ -171,19 +200,24 @@ int RunScan(ScanCommand command)
         qvx::PrintError(error, std::cerr);
     };
     listener.onFile = [&](qvx::ScannedFile& file) {
-        if (command.asJson || (!format && file.found.matches == 0)) {
+        if (command.asJson) {
             return;
         }
-        progress.Erase();
-        if (!format) {
-            qvx::PrintMatches(file, highlights, std::cout);
-        } else if (command.find.empty()) {
+        if (format && find.text.empty()) {
+            progress.Erase();
             qvx::PrintRecord(file, *format, std::cout);
-        } else {
-            qvx::PrintMatchRecords(file, *format, std::cout);
+        } else if (!format && file.found.matches != 0) {
+            progress.Erase();
+            qvx::PrintMatches(file, highlights, std::cout);
+            file.found.kept.clear();
         }
-        file.found.kept.clear();
     };
+    if (format && !find.text.empty()) {
+        listener.onMatch = [&](std::filesystem::path const& path, qvx::Match const& match) {
+            progress.Erase();
+            qvx::PrintMatchRecord(path, match, *format, std::cout);
+        };
+    }
     std::vector<std::filesystem::path> paths;
     std::transform(command.paths.begin(), command.paths.end(), std::back_inserter(paths),
                    [](std::string const& argument) { return qvx::host::PathOf(Unguarded(argument)); });

@@ -366,7 +366,11 @@ TTextDecoder::Detection TTextDecoder::Detect(char const* data, std::size_t n)
         }
     }
     result.looksBinary = hasZeros;
-    result.encoding = LooksLikeUtf8(sample) ? "UTF-8" : GuessCharset(sample);
+    if (LooksLikeUtf8(sample)) {
+        result.encoding = "UTF-8";
+    } else if (!hasZeros) { // the guess takes a millisecond and is worth nothing for a binary file
+        result.encoding = GuessCharset(sample);
+    }
     if (result.encoding.empty()) {
         result.encoding = "ISO-8859-1";
     }
