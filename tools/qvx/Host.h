@@ -31,8 +31,14 @@ void Prepare();
 /// The path that an argument names, in the system's own spelling.
 [[nodiscard]] std::filesystem::path PathOf(std::string const& argument);
 
-/// The names in a folder, as paths that begin with the folder's, in no order. On an error what was found before it.
-[[nodiscard]] std::vector<std::filesystem::path> EntriesOf(std::filesystem::path const& folder, std::error_code& error);
+struct Entry
+{
+    std::filesystem::path path; ///< begins with the folder's
+    bool isFile;                ///< a regular file, or a link to one; else it has to be asked what it is
+};
+
+/// What is in a folder, in no order. On an error what was found before it.
+[[nodiscard]] std::vector<Entry> EntriesOf(std::filesystem::path const& folder, std::error_code& error);
 
 /// A symbolic link, or whatever else on this system makes one folder appear inside another.
 [[nodiscard]] bool IsLink(std::filesystem::path const& path) noexcept;

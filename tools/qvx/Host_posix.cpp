@@ -36,11 +36,12 @@ std::filesystem::path PathOf(std::string const& argument)
     return argument;
 }
 
-std::vector<std::filesystem::path> EntriesOf(std::filesystem::path const& folder, std::error_code& error)
+std::vector<Entry> EntriesOf(std::filesystem::path const& folder, std::error_code& error)
 {
-    std::vector<std::filesystem::path> entries;
+    std::vector<Entry> entries;
     for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-        entries.push_back(at->path());
+        std::error_code ignored;
+        entries.push_back({at->path(), at->is_regular_file(ignored)}); // most file systems tell with the name
     }
     return entries;
 }

@@ -142,9 +142,10 @@ std::filesystem::path PathOf(std::string const& argument)
 }
 
 // Not by std::filesystem, whose iterator takes a folder with a path of more than 260 characters for another one.
-std::vector<std::filesystem::path> EntriesOf(std::filesystem::path const& folder, std::error_code& error)
+std::vector<Entry> EntriesOf(std::filesystem::path const& folder, std::error_code& error)
 {
-    std::vector<std::filesystem::path> entries;
+    constexpr DWORD kNotAFile = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
+    std::vector<Entry> entries;
     WIN32_FIND_DATAW entry{};
     HANDLE const search = FindFirstFileExW((Extended(folder, error) / L"*").c_str(), FindExInfoBasic, &entry,
                                            FindExSearchNameMatch, nullptr, 0);
@@ -152,7 +153,7 @@ std::vector<std::filesystem::path> EntriesOf(std::filesystem::path const& folder
     while (status == ERROR_SUCCESS) {
         std::wstring_view const name = entry.cFileName;
         if (name != L"." && name != L"..") {
-            entries.push_back(folder / name);
+            entries.push_back({folder / name, (entry.dwFileAttributes & kNotAFile) == 0});
         }
         status = FindNextFileW(search, &entry) != 0 ? ERROR_SUCCESS : GetLastError();
     }

@@ -15,6 +15,7 @@ public:
     Progress& operator=(Progress const&) = delete;
     ~Progress() { Erase(); }
 
+    [[nodiscard]] bool IsShown() const { return m_shown; }
     void SetTotal(std::uint64_t bytes) { m_total = bytes; }
     /// Draws the bar again when the last time is long enough ago.
     void Add(std::uint64_t bytes);

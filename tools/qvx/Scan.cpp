@@ -62,6 +62,7 @@ public:
     ScanResult ScanAll();
 
 private:
+    void AddFile(fs::path const& path);
     void FindInFolder(fs::path const& folder);
     ScannedFile ScanFile(fs::path const& path);
     void Count(std::filebuf& file, std::size_t n, ScannedFile& result);
@@ -101,23 +102,35 @@ void Scanner::Find(fs::path const& path, bool isNamed)
             FindInFolder(path);
         }
     } else if (fs::is_regular_file(status)) {
-        std::uintmax_t const size = fs::file_size(path, error);
-        m_found.push_back({path, error ? 0 : size});
+        AddFile(path);
     } else {
         Fail(path, MakeFailure(Failure::NotAFile, KindOf(status.type())));
     }
 }
 
+// The size is for the progress bar only.
+void Scanner::AddFile(fs::path const& path)
+{
+    std::error_code error;
+    std::uintmax_t const size = m_progress.IsShown() ? fs::file_size(path, error) : 0;
+    m_found.push_back({path, error ? 0 : size});
+}
+
 void Scanner::FindInFolder(fs::path const& folder)
 {
     std::error_code error;
-    std::vector<fs::path> entries = host::EntriesOf(folder, error);
+    std::vector<host::Entry> entries = host::EntriesOf(folder, error);
     if (error) {
         Fail(folder, MakeFailure(Failure::CannotAccess, Reason(error)));
     }
-    std::sort(entries.begin(), entries.end(), host::ComesBefore);
-    for (fs::path const& entry : entries) {
-        Find(entry, false);
+    std::sort(entries.begin(), entries.end(),
+              [](host::Entry const& a, host::Entry const& b) { return host::ComesBefore(a.path, b.path); });
+    for (host::Entry const& entry : entries) {
+        if (entry.isFile) {
+            AddFile(entry.path);
+        } else {
+            Find(entry.path, false);
+        }
     }
 }
 
