@@ -242,6 +242,7 @@ protected:
     static constexpr int kFormSlot = 15;
 
     // The form: slot 15 is the inline length, or negative (as a signed 16-bit value) when the first slots hold a block.
+    // Blocks have a capacity of 16 or more, so 16 units can be read in either form (TextComparison.h).
     [[nodiscard]] bool IsBlock() const noexcept { return static_cast<std::int16_t>(m_units[kFormSlot]) < 0; }
     [[nodiscard]] TStringBlock* Block() const noexcept
     {
