@@ -327,6 +327,7 @@ protected:
     static int GrownCapacity(int n) noexcept;
     static int AddLengths(int a, int b);
     static TStringBlock* Reallocate(TStringBlock* block, int capacity);
+    static TStringBlock* NewBlock(int n);
     void Detach(int capacity);
     void MoveToBlock(int capacity);
     void SetCapacity(int target);
