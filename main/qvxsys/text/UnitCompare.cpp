@@ -302,6 +302,11 @@ int CompareTerminatedFolded(char16_t const* a, char16_t const* b, std::size_t mo
 
 bool EqualUnitsFolded(char16_t const* a, char16_t const* b, std::size_t n) noexcept
 {
+    // Short ones are decided here.
+    Alike const known{s_lastRun.load(std::memory_order_relaxed)};
+    if (n <= kBlock && n >= kBlock / 2 && known.Stops(TwoHalves(a, n), TwoHalves(b, n)) == 0) {
+        return true;
+    }
     return CompareFolded<false>(
                a, b, n, [=](std::size_t i, Alike alike) { return i + FirstStop(a + i, b + i, n - i, alike); }) == 0;
 }
