@@ -293,8 +293,16 @@ public:
     [[nodiscard]] static int compare(char16_t const* a, char16_t const* b, CaseSensitivity cs = CaseSensitive) noexcept;
     [[nodiscard]] int compare(TStringCore const& other, CaseSensitivity cs = CaseSensitive) const noexcept
     {
-        return qvxsys::detail::CompareStrings(constData(), size(), other.constData(), other.size(),
-                                              cs != CaseSensitive);
+        char16_t const* const a = constData();
+        char16_t const* const b = other.constData();
+        if (cs != CaseSensitive) {
+            return qvxsys::detail::CompareStringsFolded(a, size(), b, other.size());
+        }
+        unsigned const stop = qvxsys::detail::FirstStop(a, b);
+        if (stop < qvxsys::detail::kFirstUnits) {
+            return a[stop] < b[stop] ? -1 : a[stop] > b[stop] ? 1 : 0;
+        }
+        return qvxsys::detail::CompareStrings(a, size(), b, other.size());
     }
     [[nodiscard]] int compare(char16_t const* other, CaseSensitivity cs = CaseSensitive) const noexcept
     {

@@ -242,6 +242,7 @@ protected:
     static constexpr int kFormSlot = 15;
 
     // The form: slot 15 is the inline length, or negative (as a signed 16-bit value) when the first slots hold a block.
+    // Blocks have a capacity of 16 or more, so 16 units can be read in either form (TextComparison.h).
     [[nodiscard]] bool IsBlock() const noexcept { return static_cast<std::int16_t>(m_units[kFormSlot]) < 0; }
     [[nodiscard]] TStringBlock* Block() const noexcept
     {
@@ -326,6 +327,7 @@ protected:
     static int GrownCapacity(int n) noexcept;
     static int AddLengths(int a, int b);
     static TStringBlock* Reallocate(TStringBlock* block, int capacity);
+    static TStringBlock* NewBlock(int n);
     void Detach(int capacity);
     void MoveToBlock(int capacity);
     void SetCapacity(int target);

@@ -289,7 +289,12 @@ public:
     /// Without white space (TCType::isSpace32), or code points of a set (a text or a character), at both ends. Of a
     /// view a view, of a string a string, which shares the block when nothing is dropped.
     /// @{
-    [[nodiscard]] Self trimmed() const { return WithEnds(qvxsys::detail::Trimmed(Text(), true, true)); }
+    [[nodiscard]] Self trimmed() const
+    {
+        View const text = Text();
+        bool const asItIs = !text.empty() && IsGraphic(text.data()[0]) && IsGraphic(text.data()[text.size() - 1]);
+        return asItIs ? This() : WithEnds(qvxsys::detail::Trimmed(text, true, true));
+    }
     template<qvxsys::detail::TextArgument A = View>
     [[nodiscard]] Self trimmed(A const& set) const
     {
@@ -368,6 +373,8 @@ private:
         }
         return parts;
     }
+    /// Of ASCII.
+    static constexpr bool IsGraphic(char16_t c) noexcept { return c - 0x21u < 0x5E; }
     [[nodiscard]] Self WithEnds(View part) const { return part.size() == Text().size() ? This() : Self(part); }
     template<class C>
     [[nodiscard]] Owner Justified(int width, C fill, bool truncate, bool inFront, bool codePoints) const

@@ -2,7 +2,9 @@
 // Digits of whole numbers as UTF-16 units, on raw memory.
 //
 // Decimal digits are produced in pairs: the two units of a pair are one 32-bit store, and eight digits at a time are
-// split off with 32-bit divisions by constants, which the compiler turns into multiplications.
+// split off with 32-bit divisions by constants, which the compiler turns into multiplications. Sixteen digits, where
+// there are more than that, are split in vectors: into halves of eight, fours, pairs and digits, each time with a
+// multiplication by the inverse that is exact for values of that size.
 
 #include <array>
 #include <bit>
@@ -51,6 +53,26 @@ inline void StoreEight(char16_t* at, std::uint32_t v) noexcept
     StorePair(at + 6, low % 100);
 }
 
+inline void StoreSixteen(char16_t* at, std::uint64_t v) noexcept
+{
+    auto const high = static_cast<std::uint32_t>(v / 100000000);
+    auto const low = static_cast<std::uint32_t>(v % 100000000);
+    __m128i const eights = _mm_set_epi64x(low, high);
+    // x / 10000 of 32 bits, x / 100 below 10000, x / 10 below 100.
+    __m128i const inverse = _mm_set1_epi64x(3518437209);
+    __m128i const upperFours = _mm_srli_epi64(_mm_mul_epu32(eights, inverse), 45);
+    __m128i const lowerFours = _mm_sub_epi64(eights, _mm_mul_epu32(upperFours, _mm_set1_epi64x(10000)));
+    __m128i const fours = _mm_or_si128(upperFours, _mm_slli_epi64(lowerFours, 32));
+    __m128i const upperPairs = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi16(5243)), 3);
+    __m128i const lowerPairs = _mm_sub_epi16(fours, _mm_mullo_epi16(upperPairs, _mm_set1_epi16(100)));
+    __m128i const pairs = _mm_or_si128(upperPairs, _mm_slli_epi32(lowerPairs, 16));
+    __m128i const tens = _mm_srli_epi16(_mm_mullo_epi16(pairs, _mm_set1_epi16(103)), 10);
+    __m128i const ones = _mm_sub_epi16(pairs, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
+    __m128i const zero = _mm_set1_epi16(u'0');
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(at), _mm_add_epi16(_mm_unpacklo_epi16(tens, ones), zero));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(at + 8), _mm_add_epi16(_mm_unpackhi_epi16(tens, ones), zero));
+}
+
 } // namespace detail
 
 /// The decimal digits of v, 1 for 0.
@@ -65,7 +87,14 @@ inline int DecimalLength(std::uint64_t v) noexcept
 /// Writes the `length` == DecimalLength(v) digits of v.
 inline void WriteDecimal(char16_t* out, std::uint64_t v, int length) noexcept
 {
+    constexpr std::uint64_t kSixteen = 10000000000000000;
     char16_t* end = out + length;
+    if (v >= kSixteen) {
+        std::uint64_t const rest = v / kSixteen;
+        end -= 16;
+        detail::StoreSixteen(end, v - rest * kSixteen);
+        v = rest;
+    }
     while (v >= 100000000) {
         std::uint64_t const rest = v / 100000000;
         end -= 8;

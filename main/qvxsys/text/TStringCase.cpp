@@ -118,16 +118,18 @@ bool DefaultLocaleIsSpecial() noexcept
 
 enum class Outcome { Mapped, NeedsLocale, NotAscii };
 
-// Maps Vectors x 8 units when all of them are ASCII and, until the locale is known, none is the letter that depends on
-// it; else writes nothing.
+// Maps Vectors x 8 units, the vectors `stride` units apart, when all of them are ASCII and, until the locale is known,
+// none is the letter that depends on it; else writes nothing.
 template<class Direction, int Vectors>
-Outcome MapAscii(char16_t const* from, char16_t* to, bool localeIsKnown) noexcept
+[[gnu::always_inline]] inline Outcome MapAscii(char16_t const* from, char16_t* to, std::size_t stride,
+                                               bool localeIsKnown) noexcept
 {
     __m128i units[Vectors];
     __m128i all = _mm_setzero_si128();
     __m128i locale = _mm_setzero_si128();
-    for (int i = 0; i < Vectors; ++i) {
-        units[i] = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from + 8 * i));
+#pragma GCC unroll 4
+    for (unsigned i = 0; i < Vectors; ++i) {
+        units[i] = _mm_loadu_si128(reinterpret_cast<__m128i const*>(from + i * stride));
         all = _mm_or_si128(all, units[i]);
         locale = _mm_or_si128(locale, _mm_cmpeq_epi16(units[i], _mm_set1_epi16(Direction::kLocaleLetter)));
     }
@@ -138,11 +140,13 @@ Outcome MapAscii(char16_t const* from, char16_t* to, bool localeIsKnown) noexcep
     if (!localeIsKnown && _mm_movemask_epi8(locale) != 0) {
         return Outcome::NeedsLocale;
     }
-    for (int i = 0; i < Vectors; ++i) {
-        __m128i const fromFirst = _mm_sub_epi16(units[i], _mm_set1_epi16(Direction::kFirst));
-        __m128i const isLetter = _mm_cmpeq_epi16(_mm_subs_epu16(fromFirst, _mm_set1_epi16(25)), _mm_setzero_si128());
+#pragma GCC unroll 4
+    for (unsigned i = 0; i < Vectors; ++i) {
+        // The last 26 values of the signed range.
+        __m128i const place = _mm_add_epi16(units[i], _mm_set1_epi16(0x7FFF - 25 - Direction::kFirst));
+        __m128i const isLetter = _mm_cmpgt_epi16(place, _mm_set1_epi16(0x7FFF - 26));
         __m128i const mapped = _mm_xor_si128(units[i], _mm_and_si128(isLetter, _mm_set1_epi16(0x20)));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + 8 * i), mapped);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i * stride), mapped);
     }
     return Outcome::Mapped;
 }
@@ -152,18 +156,12 @@ char16_t Load(std::atomic<char16_t> const* table, char16_t c) noexcept
     return static_cast<char16_t>(table[c].load(std::memory_order_relaxed) - 1);
 }
 
-// Maps units by the table; false when one is special. First all of them, as if all were known, then, if some were not,
-// all of them again.
+// Maps units one by one, filling in what the table does not know; false when one is special.
 template<class Direction>
-bool MapByTable(char16_t const* from, std::size_t n, char16_t* to) noexcept
+[[gnu::noinline]] bool MapByFilling(char16_t const* from, std::size_t n, char16_t* to) noexcept
 {
     std::atomic<char16_t>* const table = Direction::Table();
-    bool known = true;
     for (std::size_t i = 0; i < n; ++i) {
-        to[i] = Load(table, from[i]);
-        known &= to[i] < 0xFFFE;
-    }
-    for (std::size_t i = 0; i < n && !known; ++i) {
         if (Load(table, from[i]) >= 0xFFFE) {
             // Threads that fill an entry at once write the same value, and nothing else is published by it.
             char16_t const entry = Mapped<Direction>(from[i]);
@@ -177,6 +175,25 @@ bool MapByTable(char16_t const* from, std::size_t n, char16_t* to) noexcept
     return true;
 }
 
+// Maps Vectors x 8 units by the table, as if it knew them all; false when it did not, or one is special.
+template<class Direction, int Vectors>
+[[gnu::always_inline]] inline bool MapByTable(char16_t const* from, char16_t* to, std::size_t stride) noexcept
+{
+    std::atomic<char16_t> const* const table = Direction::Table();
+    __m128i failed = _mm_setzero_si128();
+    for (unsigned i = 0; i < Vectors; ++i) {
+        char16_t const* const p = from + i * stride;
+        auto const entry = [=](unsigned k) { return static_cast<short>(table[p[k]].load(std::memory_order_relaxed)); };
+        __m128i const entries =
+            _mm_setr_epi16(entry(0), entry(1), entry(2), entry(3), entry(4), entry(5), entry(6), entry(7));
+        __m128i const mapped = _mm_sub_epi16(entries, _mm_set1_epi16(1));
+        // At least 0xFFFE: all that exceeds 0xFFFD.
+        failed = _mm_or_si128(failed, _mm_subs_epu16(mapped, _mm_set1_epi16(static_cast<short>(0xFFFD))));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(to + i * stride), mapped);
+    }
+    return _mm_movemask_epi8(_mm_cmpeq_epi16(failed, _mm_setzero_si128())) == 0xFFFF;
+}
+
 // Where the text is mapped one unit to one; false when it needs ICU, `to` has been written to then.
 template<class Direction>
 class SimpleMapping
@@ -184,41 +201,48 @@ class SimpleMapping
 public:
     bool Map(char16_t const* from, std::size_t n, char16_t* to) noexcept
     {
+        if (n < 8) {
+            return Few(from, n, to);
+        }
         std::size_t i = 0;
         for (; n - i >= 32; i += 32) {
-            if (!Block<4>(from + i, 32, to + i)) {
+            if (!Block<4>(from + i, to + i, 8)) {
                 return false;
             }
         }
-        for (; n - i >= 8; i += 8) {
-            if (!Block<1>(from + i, 8, to + i)) {
+        // The rest: two vectors that overlap where they must, with the units before where there are not as many.
+        for (; n - i > 16; i += 16) {
+            if (!Block<2>(from + i, to + i, 8)) {
                 return false;
             }
         }
-        // The rest: with the units before it as one vector, or by the table.
-        std::size_t const rest = n - i;
-        std::size_t const start = n >= 8 ? n - 8 : i;
-        return rest == 0 || (n >= 8 ? Block<1>(from + start, 8, to + start) : Rest(from + i, rest, to + i));
+        std::size_t const start = std::min(i, n - 8);
+        return i == n || Block<2>(from + start, to + start, n - 8 - start);
     }
 
 private:
     template<int Vectors>
-    bool Block(char16_t const* from, std::size_t n, char16_t* to) noexcept
+    [[gnu::always_inline]] bool Block(char16_t const* from, char16_t* to, std::size_t stride) noexcept
     {
-        auto outcome = MapAscii<Direction, Vectors>(from, to, m_localeIsKnown);
-        if (outcome == Outcome::Mapped) [[likely]] {
-            return true;
-        }
+        auto const outcome = MapAscii<Direction, Vectors>(from, to, stride, m_localeIsKnown);
+        return outcome == Outcome::Mapped || Other<Vectors>(outcome, from, to, stride);
+    }
+    template<int Vectors>
+    [[gnu::noinline]] bool Other(Outcome outcome, char16_t const* from, char16_t* to, std::size_t stride) noexcept
+    {
         if (!LearnLocale()) {
             return false;
         }
-        return outcome == Outcome::NeedsLocale ? MapAscii<Direction, Vectors>(from, to, true) == Outcome::Mapped
-                                               : MapByTable<Direction>(from, n, to);
+        if (outcome == Outcome::NeedsLocale) {
+            return MapAscii<Direction, Vectors>(from, to, stride, true) == Outcome::Mapped;
+        }
+        return MapByTable<Direction, Vectors>(from, to, stride) ||
+               MapByFilling<Direction>(from, 8 + (Vectors - 1) * stride, to);
     }
-    bool Rest(char16_t const* from, std::size_t n, char16_t* to) noexcept
+    bool Few(char16_t const* from, std::size_t n, char16_t* to) noexcept
     {
         auto const needsLocale = [](char16_t c) { return c >= 0x80 || c == Direction::kLocaleLetter; };
-        return (!std::any_of(from, from + n, needsLocale) || LearnLocale()) && MapByTable<Direction>(from, n, to);
+        return (!std::any_of(from, from + n, needsLocale) || LearnLocale()) && MapByFilling<Direction>(from, n, to);
     }
     bool LearnLocale() noexcept
     {
@@ -234,7 +258,9 @@ TStringCore MapCase(TStringView text)
 {
     int const length = qvxsys::text::CheckedUnits(text.size());
     TStringCore result;
-    result.reserve(length);
+    if (length > TStringCore::kInlineLength) {
+        result.reserve(length);
+    }
     result.resize(length);
     if (SimpleMapping<Direction>().Map(text.data(), text.size(), result.data())) {
         return result;

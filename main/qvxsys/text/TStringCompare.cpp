@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include <qvxsys/TextComparison.h>
-
 #include "UnitCompare.h"
 
 namespace text = qvxsys::text;
@@ -74,13 +72,6 @@ bool ViewsEqual(TStringView a, TStringView b) noexcept
 int CompareCommon(TStringView a, TStringView b) noexcept
 {
     return text::CompareUnits(a.data(), b.data(), std::min(a.size(), b.size()));
-}
-
-int CompareStrings(char16_t const* a, std::size_t lengthA, char16_t const* b, std::size_t lengthB, bool folded) noexcept
-{
-    // Of texts of different lengths the shorter one's terminator decides, if nothing before does.
-    std::size_t const n = lengthA == lengthB ? lengthA : std::min(lengthA, lengthB) + 1;
-    return folded ? text::CompareUnitsFolded(a, b, n) : text::CompareUnits(a, b, n);
 }
 
 } // namespace qvxsys::detail

@@ -171,9 +171,8 @@ void TStringCore::AppendForeign(char16_t const* s, int n)
     int const count = n < 0 ? length(s) : n;
     if (count > kInlineLength && !IsBlock() && m_units[kFormSlot] == 0) {
         // The usual way of long strings into being.
-        SetBlock(Reallocate(nullptr, GrownCapacity(count)));
+        SetBlock(NewBlock(count));
         CopyUnits(Block()->Text(), s, count);
-        StoreLength(count);
     } else if (count > 0) {
         CopyUnits(Grow(count), s, count);
     }

@@ -55,8 +55,7 @@ char16_t* TStringCore::NewText(int n)
         SetInlineLength(n);
         return m_units;
     }
-    SetBlock(Reallocate(nullptr, GrownCapacity(n)));
-    StoreLength(n);
+    SetBlock(NewBlock(n));
     return Block()->Text();
 }
 

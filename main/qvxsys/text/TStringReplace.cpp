@@ -30,6 +30,7 @@ int BlendUnits(char16_t* at, char16_t const* end, char16_t before, char16_t afte
     while (end - at >= 8) {
         // Each lane counts down by one at a match: stop before it could wrap.
         __m128i counts = _mm_setzero_si128();
+#pragma GCC unroll 4
         for (int steps = static_cast<int>(std::min<std::ptrdiff_t>((end - at) / 8, 0x7FFF)); steps > 0; --steps) {
             auto* const units = reinterpret_cast<__m128i*>(at);
             __m128i const old = _mm_loadu_si128(units);

@@ -40,71 +40,41 @@ unsigned BlankBits(char16_t const* units) noexcept
     return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(space, control)));
 }
 
-// What is dropped: whether one code point is, and how many units of a run at the front or at the back certainly are.
-struct WhiteSpace
+bool IsBlank(char16_t c) noexcept
 {
-    static bool Drops(char16_t const* at, char16_t const* end) noexcept
-    {
-        char16_t const c = *at;
-        if (c < 0x80) {
-            return c == 0x20 || c - 9u < 5;
-        }
-        return TCType::isSpace32(qvxsys::detail::CodePointAt(at, static_cast<int>(end - at), 0));
-    }
-    static std::ptrdiff_t Front(char16_t const* begin, char16_t const* end) noexcept
-    {
-        char16_t const* at = begin;
-        for (; end - at >= 8; at += 8) {
-            unsigned const bits = BlankBits(at);
-            if (bits != kAllBlank) {
-                return at - begin + std::countr_one(bits) / 2;
+    return c < 0x80 ? c == 0x20 || c - 9u < 5 : TCType::isSpace(c);
+}
+
+// The ends of a text without its white space. All white space is in the basic plane, so units serve. Most of it is
+// ASCII, which vectors skip.
+char16_t const* FirstOtherThanBlank(char16_t const* begin, char16_t const* end) noexcept
+{
+    for (;; ++begin) {
+        for (; end - begin >= 8; begin += 8) {
+            if (unsigned const bits = BlankBits(begin); bits != kAllBlank) {
+                begin += std::countr_one(bits) / 2;
+                break;
             }
         }
-        return at - begin;
+        if (begin == end || !IsBlank(*begin)) {
+            return begin;
+        }
     }
-    static std::ptrdiff_t Back(char16_t const* begin, char16_t const* end) noexcept
-    {
-        char16_t const* at = end;
-        for (; at - begin >= 8; at -= 8) {
-            unsigned const bits = BlankBits(at - 8);
-            if (bits != kAllBlank) {
-                return end - at + std::countl_one(bits << 16) / 2;
+}
+
+char16_t const* EndOfOtherThanBlank(char16_t const* begin, char16_t const* end) noexcept
+{
+    for (;; --end) {
+        for (; end - begin >= 8; end -= 8) {
+            if (unsigned const bits = BlankBits(end - 8); bits != kAllBlank) {
+                end -= std::countl_one(bits << 16) / 2;
+                break;
             }
         }
-        return end - at;
-    }
-};
-
-struct InSet
-{
-    text::UnitSet set;
-    bool Drops(char16_t const* at, char16_t const* end) const noexcept { return set.Match(at, end) != 0; }
-    static std::ptrdiff_t Front(char16_t const*, char16_t const*) noexcept { return 0; }
-    static std::ptrdiff_t Back(char16_t const*, char16_t const*) noexcept { return 0; }
-};
-
-template<class Drop>
-TStringView TrimmedBy(TStringView view, bool left, bool right, Drop const& drop) noexcept
-{
-    char16_t const* begin = view.begin();
-    char16_t const* end = view.end();
-    while (left && begin != end) {
-        int const units = FirstUnits(begin, end);
-        if (!drop.Drops(begin, begin + units)) {
-            break;
+        if (begin == end || !IsBlank(end[-1])) {
+            return end;
         }
-        begin += units;
-        begin += drop.Front(begin, end);
     }
-    while (right && begin != end) {
-        int const units = LastUnits(begin, end);
-        if (!drop.Drops(end - units, end)) {
-            break;
-        }
-        end -= units;
-        end -= drop.Back(begin, end);
-    }
-    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 // A string of n units to be written; throws the overflow where no int holds n.
@@ -121,12 +91,27 @@ namespace qvxsys::detail {
 
 TStringView Trimmed(TStringView text, bool left, bool right) noexcept
 {
-    return TrimmedBy(text, left, right, WhiteSpace());
+    char16_t const* const begin = left ? FirstOtherThanBlank(text.begin(), text.end()) : text.begin();
+    char16_t const* const end = right ? EndOfOtherThanBlank(begin, text.end()) : text.end();
+    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 TStringView Trimmed(TStringView text, TStringView set, bool left, bool right) noexcept
 {
-    return TrimmedBy(text, left, right, InSet{text::UnitSet(set)});
+    text::UnitSet const members(set);
+    char16_t const* begin = text.begin();
+    char16_t const* end = text.end();
+    while (left && begin != end && members.Match(begin, end) != 0) {
+        begin += FirstUnits(begin, end);
+    }
+    while (right && begin != end) {
+        int const units = LastUnits(begin, end);
+        if (members.Match(end - units, end) == 0) {
+            break;
+        }
+        end -= units;
+    }
+    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 int UnitsOfFirst(TStringView text, int codePoints) noexcept

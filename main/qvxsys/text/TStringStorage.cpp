@@ -64,6 +64,15 @@ TStringBlock* TStringStorage::Reallocate(TStringBlock* block, int capacity)
     return result;
 }
 
+// A block for a text of n units, which is to be written, and room to grow.
+TStringBlock* TStringStorage::NewBlock(int n)
+{
+    TStringBlock* const block = Reallocate(nullptr, GrownCapacity(n));
+    block->length = n;
+    block->Text()[n] = 0;
+    return block;
+}
+
 void TStringStorage::FreeBlock(TStringBlock* block) noexcept
 {
     TFree(block);

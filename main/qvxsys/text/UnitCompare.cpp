@@ -13,6 +13,7 @@
 #include <cstdint>
 
 #include <qvxsys/TCType.h>
+#include <qvxsys/TextComparison.h>
 
 #include "kernels/Kernels.h"
 
@@ -97,22 +98,28 @@ struct Alike
     /// One step after the other: most text is equal, or ASCII.
     [[gnu::always_inline]] unsigned Stops(__m128i a, __m128i b) const noexcept
     {
-        __m128i const equal = _mm_cmpeq_epi16(a, b);
-        if (NotOrZero(equal, a) == 0) {
-            return 0;
-        }
-        __m128i const above = _mm_subs_epu16(a, b);
-        __m128i const distance = _mm_or_si128(above, _mm_subs_epu16(b, a));
-        __m128i const low = _mm_sub_epi16(a, above);
-        __m128i const letters = Pairs(distance, low, _mm_set1_epi16(kAsciiLetters.low),
-                                      _mm_set1_epi16(kAsciiLetters.count), _mm_set1_epi16(kAsciiLetters.distance));
+        return NotOrZero(_mm_cmpeq_epi16(a, b), a) == 0 ? 0 : StopsBeyondEqual(a, b);
+    }
+    [[gnu::always_inline]] unsigned StopsBeyondEqual(__m128i a, __m128i b) const noexcept
+    {
+        // The two cases of an ASCII letter differ in one bit.
+        __m128i const bit = _mm_set1_epi16(kAsciiLetters.distance);
+        __m128i const different = _mm_xor_si128(a, b);
+        __m128i const equal = _mm_cmpeq_epi16(different, _mm_setzero_si128());
+        __m128i const letters = _mm_and_si128(
+            _mm_cmpeq_epi16(different, bit),
+            InRun(_mm_andnot_si128(bit, a), _mm_set1_epi16(kAsciiLetters.low), _mm_set1_epi16(kAsciiLetters.count)));
         __m128i const ascii = _mm_or_si128(equal, letters);
         unsigned const stops = NotOrZero(ascii, a);
         if (stops == 0 || run == 0) {
             return stops;
         }
         __m128i const packed = _mm_cvtsi64_si128(static_cast<long long>(run));
-        __m128i const pairs = Pairs(distance, low, Everywhere<0>(packed), Everywhere<1>(packed), Everywhere<2>(packed));
+        __m128i const above = _mm_subs_epu16(a, b);
+        __m128i const distance = _mm_or_si128(above, _mm_subs_epu16(b, a));
+        __m128i const pairs =
+            _mm_and_si128(_mm_cmpeq_epi16(distance, Everywhere<2>(packed)),
+                          InRun(_mm_sub_epi16(a, above), Everywhere<0>(packed), Everywhere<1>(packed)));
         return NotOrZero(_mm_or_si128(ascii, pairs), a);
     }
 
@@ -124,23 +131,24 @@ private:
         __m128i const lower = _mm_shufflelo_epi16(v, Word * 0x55);
         return _mm_unpacklo_epi64(lower, lower);
     }
-    [[gnu::always_inline]] static __m128i Pairs(__m128i distance, __m128i low, __m128i runLow, __m128i runCount,
-                                                __m128i runDistance) noexcept
+    [[gnu::always_inline]] static __m128i InRun(__m128i units, __m128i low, __m128i count) noexcept
     {
         // Moved to the bottom of the signed range, where signed comparison serves.
         __m128i const bottom = _mm_set1_epi16(-0x8000);
-        __m128i const place = _mm_xor_si128(_mm_sub_epi16(low, runLow), bottom);
-        return _mm_and_si128(_mm_cmpeq_epi16(distance, runDistance),
-                             _mm_cmplt_epi16(place, _mm_xor_si128(runCount, bottom)));
+        return _mm_cmplt_epi16(_mm_xor_si128(_mm_sub_epi16(units, low), bottom), _mm_xor_si128(count, bottom));
     }
 };
+
+[[gnu::always_inline]] inline __m128i Eight(char16_t const* p) noexcept
+{
+    return _mm_loadu_si128(reinterpret_cast<__m128i const*>(p));
+}
 
 /// The stops in eight units.
 template<class Skipped>
 [[gnu::always_inline]] inline unsigned StopsInBlock(char16_t const* a, char16_t const* b, Skipped skipped) noexcept
 {
-    return skipped.Stops(_mm_loadu_si128(reinterpret_cast<__m128i const*>(a)),
-                         _mm_loadu_si128(reinterpret_cast<__m128i const*>(b)));
+    return skipped.Stops(Eight(a), Eight(b));
 }
 
 /// Four to eight units as two halves that overlap where they must.
@@ -294,8 +302,53 @@ int CompareTerminatedFolded(char16_t const* a, char16_t const* b, std::size_t mo
 
 bool EqualUnitsFolded(char16_t const* a, char16_t const* b, std::size_t n) noexcept
 {
+    // Short ones are decided here.
+    Alike const known{s_lastRun.load(std::memory_order_relaxed)};
+    if (n <= kBlock && n >= kBlock / 2 && known.Stops(TwoHalves(a, n), TwoHalves(b, n)) == 0) {
+        return true;
+    }
     return CompareFolded<false>(
                a, b, n, [=](std::size_t i, Alike alike) { return i + FirstStop(a + i, b + i, n - i, alike); }) == 0;
 }
 
 } // namespace qvxsys::text
+
+namespace qvxsys::detail {
+namespace {
+
+/// Of texts of different lengths the shorter one's terminator decides, if nothing before does.
+std::size_t UnitsThatCount(std::size_t lengthA, std::size_t lengthB) noexcept
+{
+    return lengthA == lengthB ? lengthA : std::min(lengthA, lengthB) + 1;
+}
+
+} // namespace
+
+int CompareStrings(char16_t const* a, std::size_t lengthA, char16_t const* b, std::size_t lengthB) noexcept
+{
+    std::size_t const n = UnitsThatCount(lengthA, lengthB);
+    if (n <= 4 * text::kBlock) {
+        return text::CompareUnits(a, b, n);
+    }
+    std::size_t const stop = text::kernels().firstStop(a, b, n);
+    return stop == n ? 0 : text::SignOf(a[stop], b[stop]);
+}
+
+int CompareStringsFolded(char16_t const* a, std::size_t lengthA, char16_t const* b, std::size_t lengthB) noexcept
+{
+    std::size_t const n = UnitsThatCount(lengthA, lengthB);
+    if (n > 4 * text::kBlock) {
+        return text::CompareUnitsFolded(a, b, n);
+    }
+    // Most comparisons are decided in the first units. There is room for them in every string.
+    text::Alike const alike{text::s_lastRun.load(std::memory_order_relaxed)};
+    std::size_t const stop = text::FirstOf(text::StopsInBlock(a, b, alike) | 1u << 16);
+    if (stop >= n) {
+        return 0;
+    }
+    char16_t const left = TCType::FoldCase(a[stop]);
+    char16_t const right = TCType::FoldCase(b[stop]);
+    return left != right || left == 0 ? text::SignOf(left, right) : text::CompareUnitsFolded(a, b, n);
+}
+
+} // namespace qvxsys::detail

@@ -23,9 +23,6 @@ constexpr Kernels kTables[] = {QVX_KERNEL_TABLE(portable), QVX_KERNEL_TABLE(avx2
 
 #undef QVX_KERNEL_TABLE
 
-// Null until first used: nothing runs before main.
-constinit std::atomic<Kernels const*> g_kernels{nullptr};
-
 InstructionSet Detect() noexcept
 {
     __builtin_cpu_init();
@@ -39,15 +36,15 @@ InstructionSet Detect() noexcept
 
 } // namespace
 
-Kernels const& kernels() noexcept
+// Null until first used: nothing runs before main.
+constinit std::atomic<Kernels const*> g_kernels{nullptr};
+
+Kernels const& ChooseKernels() noexcept
 {
-    Kernels const* chosen = g_kernels.load(std::memory_order_relaxed);
-    if (chosen == nullptr) [[unlikely]] {
-        // Racing threads find the same set; a limit set meanwhile is not overwritten.
-        Kernels const* const detected = &kTables[static_cast<int>(Detect())];
-        chosen = g_kernels.compare_exchange_strong(chosen, detected, std::memory_order_relaxed) ? detected : chosen;
-    }
-    return *chosen;
+    // Racing threads find the same set; a limit set meanwhile is not overwritten.
+    Kernels const* chosen = nullptr;
+    Kernels const* const detected = &kTables[static_cast<int>(Detect())];
+    return g_kernels.compare_exchange_strong(chosen, detected, std::memory_order_relaxed) ? *detected : *chosen;
 }
 
 } // namespace qvxsys::text

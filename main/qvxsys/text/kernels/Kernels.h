@@ -18,6 +18,7 @@
 // of Maximal Subparts"), which is what ICU does since version 60. Every implementation agrees with ICU and with each
 // other on every input.
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -113,9 +114,16 @@ struct Kernels
                                   ScanBlock& block) noexcept;
 };
 
+extern std::atomic<Kernels const*> g_kernels; ///< null until chosen
+Kernels const& ChooseKernels() noexcept;
+
 /// The kernels for this processor: the best set it has, or the one set by LimitInstructionSet (Processor.h).
-/// Thread-safe; costs one load once chosen.
-Kernels const& kernels() noexcept;
+/// Thread-safe; costs one load once chosen. Not for kernels: see docs/architecture.md.
+inline Kernels const& kernels() noexcept
+{
+    Kernels const* const chosen = g_kernels.load(std::memory_order_relaxed);
+    return chosen != nullptr ? *chosen : ChooseKernels();
+}
 
 // What each instruction set provides. Decoding, encoding and scanning are separate files; KernelDispatch.cpp builds the
 // tables from them.
