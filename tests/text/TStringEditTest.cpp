@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
@@ -148,6 +149,18 @@ TEST(TStringEdit, Trimming)
     S const blanks(u' ', 4096);
     EXPECT_EQ((blanks + u"a b\u2003" + blanks).trimmed(), u"a b");
     EXPECT_TRUE(S(blanks).trim().empty() && blanks.trimmed().empty());
+    std::mt19937 random(20261121);
+    for (int run = 0; run < 3000; ++run) {
+        S text;
+        for (auto n = random() % 40; n > 0; --n) {
+            text += u"   \t\n\r\u001F\u0085\u00A0\u2003\u3000!x\xD83D\xDE00"[random() % (run % 2 == 0 ? 15 : 7)];
+        }
+        auto const blank = [](char16_t c) { return TCType::isSpace(c); };
+        auto const begin = std::find_if_not(text.cbegin(), text.cend(), blank);
+        auto const end =
+            std::find_if_not(std::make_reverse_iterator(text.cend()), std::make_reverse_iterator(begin), blank);
+        ASSERT_EQ(text.trimmed(), S(begin, static_cast<int>(end.base() - begin))) << run;
+    }
     // What changes nothing copies nothing; a block stays one.
     S s = kLong;
     s.trim().trimRight(u"x").trimLeft(u'x').replace(u'\u00DF', u'y').removeAll(u"zz").removeAt(-1).truncate(99).chop(0);
@@ -315,9 +328,11 @@ TEST(TStringCase, IsIcusFullMapping)
         for (int unit = 0; unit <= 0xFFFF; unit += *locale == 'e' ? 1 : 7) {
             // Twice: the first time a unit is asked for, and the next.
             auto const c = static_cast<char16_t>(unit);
-            std::u16string const text{u'a', c, u'B', c};
-            ASSERT_EQ(S(text).toUpper().toStdUString(), ByIcu(true, text)) << unit;
-            ASSERT_EQ(S(text).toLower().toStdUString(), ByIcu(false, text)) << unit;
+            std::u16string const four{u'a', c, u'B', c};
+            for (std::u16string const& text : {four, four + u"vectors" + c}) {
+                ASSERT_EQ(S(text).toUpper().toStdUString(), ByIcu(true, text)) << unit;
+                ASSERT_EQ(S(text).toLower().toStdUString(), ByIcu(false, text)) << unit;
+            }
         }
     }
     UErrorCode status = U_ZERO_ERROR;

@@ -16,6 +16,8 @@
 #include <random>
 #include <string>
 
+#include <qvxsys/TStringCore.h>
+
 namespace {
 
 using namespace qvxsys::text;
@@ -147,6 +149,13 @@ TEST_P(UnitSearchTest, ComparesLikeTheReference)
         std::u16string_view const wholeText(a.c_str(), n + 1);
         ASSERT_EQ(CompareTerminated(whole, other), reference::Compare(wholeText, otherText, false));
         ASSERT_EQ(CompareTerminatedFolded(whole, other), reference::Compare(wholeText, otherText, true));
+        // As strings, one of them with the rest of a longer text behind its terminator.
+        TStringCore const ours(a.data(), static_cast<int>(n));
+        TStringCore theirs(b.data(), static_cast<int>(n));
+        theirs.reserve(40);
+        theirs.truncate(static_cast<int>(c.size()));
+        ASSERT_EQ(ours.compare(theirs), reference::Compare(wholeText, otherText, false));
+        ASSERT_EQ(theirs.compare(ours, TStringCore::CaseInsensitive), reference::Compare(otherText, wholeText, true));
     }
 }
 
