@@ -4,10 +4,14 @@
 //     TStringCore const text = qvxsys::Format(u"%1 of %2: %3", 3, 10, name);
 //
 // A malformed literal, or a marker without an argument, does not compile; the function that the compiler names in its
-// message says why (FormatStringEndsWithAnIncompleteMarker, InsufficientParametersToFormatString, ...). The markers are
-// found at compile time, so this is also the fastest way to a message. Formats, markers and arguments are those of
-// TFormatStringCore, which is the one for formats that are not literals and for padding and precision. As there,
-// arguments that no marker asks for are ignored.
+// message says why (FormatStringEndsWithAnIncompleteMarker, InsufficientParametersToFormatString, ...). A literal has
+// up to 32 markers, escapes included. With one exception: in a UTF-8 literal only ASCII digits are known as such when
+// it is compiled; a digit of another script behind a % or a marker is found when the message is made, which throws what
+// TFormatStringCore throws.
+//
+// The markers are found at compile time, so this is also the fastest way to a message. Formats, markers and arguments
+// are those of TFormatStringCore, which is the one for formats that are not literals and for padding and precision. As
+// there, arguments that no marker asks for are ignored.
 
 #include <array>
 #include <concepts>
@@ -74,6 +78,11 @@ public:
     {
         Scan(text, N);
     }
+    template<std::size_t N>
+    consteval FormatLiteral(char8_t const (&text)[N]) : m_utf8Units(text)
+    {
+        Scan(text, N);
+    }
 
     [[nodiscard]] TStringCore Result(std::array<TStringView, Count> const& arguments) const
     {
@@ -81,7 +90,9 @@ public:
             return detail::FillIn(TStringView(m_units, m_length), m_markers, m_count, arguments.data());
         }
         // Positions may differ in UTF-16: read it anew.
-        TFormatStringCore format = m_wide != nullptr ? TFormatStringCore(m_wide) : TFormatStringCore(m_utf8);
+        TFormatStringCore format(m_wide != nullptr   ? TStringCore(m_wide)
+                                 : m_utf8 != nullptr ? TStringCore(m_utf8)
+                                                     : TStringCore(m_utf8Units));
         for (TStringView const argument : arguments) {
             format.arg(argument);
         }
@@ -143,6 +154,7 @@ private:
     char16_t const* m_units = nullptr;
     wchar_t const* m_wide = nullptr;
     char const* m_utf8 = nullptr;
+    char8_t const* m_utf8Units = nullptr;
     std::size_t m_length = 0;
     std::size_t m_count = 0;
     detail::FormatMarker m_markers[kMost] = {};

@@ -26,6 +26,7 @@
 
 #include <concepts>
 #include <exception>
+#include <initializer_list>
 #include <list>
 #include <memory>
 #include <vector>
@@ -57,6 +58,12 @@ public:
     QuorvexException(std::list<TStringCore> const& messages);
     QuorvexException(std::list<TStringCore> const& messages, TError::ErrorInfo const& info);
     QuorvexException(std::list<TStringCore> const& messages, std::shared_ptr<TError::ErrorInfo> info);
+    QuorvexException(std::initializer_list<TStringCore> messages, TError::ErrorInfo const& info)
+        : QuorvexException(std::list<TStringCore>(messages), info)
+    {}
+    QuorvexException(std::initializer_list<TStringCore> messages, std::shared_ptr<TError::ErrorInfo> info)
+        : QuorvexException(std::list<TStringCore>(messages), static_cast<std::shared_ptr<TError::ErrorInfo>&&>(info))
+    {}
     QuorvexException(TStringCore const& message);
     QuorvexException(TStringCore const& message, TError::ErrorInfo const& info);
     QuorvexException(TStringCore const& message, std::shared_ptr<TError::ErrorInfo> info);
@@ -94,15 +101,24 @@ public:
     /// The text for logs: here GetConcatenatedMessages().
     [[nodiscard]] virtual TStringCore CollateMessagesForLog() const;
 
-    [[nodiscard]] QuorvexError const& GetError() const noexcept { return m_errorInfo->error; }
+    [[nodiscard]] QuorvexError const& GetError() const noexcept QVXSYS_LIFETIME_BOUND { return m_errorInfo->error; }
     [[nodiscard]] unsigned int GetErrorCode() const noexcept { return m_errorInfo->error.GetCode(); }
-    [[nodiscard]] TStringCore const& GetErrorName() const noexcept { return m_errorInfo->error.GetCodeName(); }
-    [[nodiscard]] TError::ErrorSource const& GetErrorSource() const noexcept { return m_errorInfo->source; }
-    [[nodiscard]] TError::ErrorInfo const& GetErrorInfo() const noexcept { return *m_errorInfo; }
+    [[nodiscard]] TStringCore const& GetErrorName() const noexcept QVXSYS_LIFETIME_BOUND
+    {
+        return m_errorInfo->error.GetCodeName();
+    }
+    [[nodiscard]] TError::ErrorSource const& GetErrorSource() const noexcept QVXSYS_LIFETIME_BOUND
+    {
+        return m_errorInfo->source;
+    }
+    [[nodiscard]] TError::ErrorInfo const& GetErrorInfo() const noexcept QVXSYS_LIFETIME_BOUND { return *m_errorInfo; }
 
     /// The message stack, front first.
     [[nodiscard]] std::vector<TStringCore> GetMessagesVector() const;
-    [[nodiscard]] std::list<TStringCore> const& GetRedactedMessages() const noexcept { return *m_redactedMessages; }
+    [[nodiscard]] std::list<TStringCore> const& GetRedactedMessages() const noexcept QVXSYS_LIFETIME_BOUND
+    {
+        return *m_redactedMessages;
+    }
 
     /// @name The message stack
     /// Empty messages are left out. Plain text never touches the redacted stack, except that SetMessage empties it. The
@@ -142,7 +158,10 @@ public:
 private:
     using Messages = std::list<TStringCore>;
 
-    QuorvexException(Messages&& messages, std::shared_ptr<TError::ErrorInfo>&& info);
+    // Keeps this constructor out of what users' arguments can choose.
+    struct FromParts
+    {};
+    QuorvexException(FromParts, Messages&& messages, std::shared_ptr<TError::ErrorInfo>&& info);
 
     // None of the three is ever null.
     std::unique_ptr<Messages> m_messages;
@@ -159,6 +178,9 @@ public:
     QuorvexOutOfMemoryException(TError::ErrorInfo const& info);
     QuorvexOutOfMemoryException(TStringCore const& message, TError::ErrorInfo const& info);
     QuorvexOutOfMemoryException(std::list<TStringCore> const& messages, TError::ErrorInfo const& info);
+    QuorvexOutOfMemoryException(std::initializer_list<TStringCore> messages, TError::ErrorInfo const& info)
+        : QuorvexOutOfMemoryException(std::list<TStringCore>(messages), info)
+    {}
     QuorvexOutOfMemoryException(QuorvexOutOfMemoryException const&) = default;
     QuorvexOutOfMemoryException& operator=(QuorvexOutOfMemoryException const&) = default;
     ~QuorvexOutOfMemoryException() override;

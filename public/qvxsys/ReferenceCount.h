@@ -17,6 +17,9 @@
 //
 // Counts are changed atomically: pointers to one object may be copied and dropped on any threads, and the thread that
 // drops the last one deletes the object. One pointer object must not be used from two threads when either writes it.
+// A constructor may give references to its object away. One that is taken and dropped again before the constructor has
+// returned is the last one, and deletes the object: leave that to a function that is called afterwards.
+//
 // As the count is in the object, a plain pointer may be made a RefCntPtr again at any time while it is referenced.
 
 #include <atomic>
@@ -156,7 +159,11 @@ public:
     [[nodiscard]] static RefCntPtr Make(Arguments&&... arguments)
     {
         T* const object = new T(std::forward<Arguments>(arguments)...);
-        Counted(object)->SetRefCountToOne();
+        if (Counted(object)->UseCount() == 0) [[likely]] {
+            Counted(object)->SetRefCountToOne();
+        } else {
+            Counted(object)->AddReference(); // the constructor has given some away
+        }
         return RefCntPtr(object, kAdoptReference);
     }
 

@@ -14,7 +14,9 @@
 // A value; as thread-safe as the strings in it. Room for 8 markers and 4 arguments is in the object.
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <utility>
 #include <vector>
 
@@ -55,10 +57,19 @@ public:
     TFormatStringCore(wchar_t const* format) : TFormatStringCore(TStringCore(format)) {}
     /// UTF-8.
     TFormatStringCore(char const* format) : TFormatStringCore(TStringCore(format)) {}
+    /// Empty, as null text of any kind is.
+    TFormatStringCore(std::nullptr_t) {}
     TFormatStringCore(TFormatStringCore const&) = default;
     /// Leaves an empty format without arguments.
     TFormatStringCore(TFormatStringCore&& other) noexcept;
-    TFormatStringCore& operator=(TFormatStringCore const&) = default;
+    /// All or nothing, when memory runs out.
+    TFormatStringCore& operator=(TFormatStringCore const& other)
+    {
+        if (this != &other) {
+            *this = TFormatStringCore(other);
+        }
+        return *this;
+    }
     TFormatStringCore& operator=(TFormatStringCore&& other) noexcept;
     /// A new format, the same arguments. When it throws, the format is the new one with some of its markers: assign
     /// another before using it.
@@ -66,6 +77,7 @@ public:
     TFormatStringCore& operator=(char16_t const* format) { return *this = TStringCore(format); }
     TFormatStringCore& operator=(wchar_t const* format) { return *this = TStringCore(format); }
     TFormatStringCore& operator=(char const* format) { return *this = TStringCore(format); }
+    TFormatStringCore& operator=(std::nullptr_t) { return *this = TStringCore(); }
     ~TFormatStringCore();
 
     [[nodiscard]] TStringCore formatString() const { return m_format; }
@@ -88,6 +100,13 @@ public:
         return *this;
     }
     TFormatStringCore& arg(std::vector<TStringCore> const& all);
+    TFormatStringCore& arg(std::initializer_list<TStringCore> all)
+    {
+        for (TStringCore const& a : all) {
+            Add(a);
+        }
+        return *this;
+    }
     /// A whole number in base 2 to 36 or 64, without sign for bases other than 10; throws what TStringCore::number
     /// throws.
     template<qvxsys::detail::WholeNumber I>
@@ -109,6 +128,9 @@ public:
     {
         return AddMade([=] { return TStringCore(c, 1); }, fieldWidth, fill);
     }
+    /// A character in second place would be taken for a field width: use args().
+    template<class A, TCType::Character C, class... More>
+    TFormatStringCore& arg(A const&, C, More const&...) = delete;
     /// arg() of each, of any kind.
     template<class... A>
     TFormatStringCore& args(A const&... all)

@@ -34,7 +34,10 @@ public:
     class Exception;
 
     /// Null text fails the logic assertion "m_input"; when its hook returns, the text is empty.
-    TScanStringCore(TStringCore const& text QVXSYS_LIFETIME_BOUND) : TScanStringCore(text.constData()) {}
+    /// Takes strings only: from other text a string would be made that ends with the statement.
+    template<std::derived_from<TStringCore> S>
+    TScanStringCore(S const& text QVXSYS_LIFETIME_BOUND) : TScanStringCore(text.constData())
+    {}
     TScanStringCore(char16_t const* text);
     template<qvxsys::detail::WidePointer W>
     requires qvxsys::kWideIsUtf16 TScanStringCore(W const& text)
@@ -89,7 +92,8 @@ public:
     /// "TScanStringCore::readInt: Integer value not found." with the position behind it. An unsigned type takes no
     /// negative number but -0.
     template<std::integral I>
-    requires(!std::same_as<I, bool> && !TCType::Character<I>) TScanStringCore& readInt(I& out, int base = 10)
+    requires(!std::same_as<I, bool> && !TCType::Character<I> &&
+             sizeof(I) <= sizeof(long long)) TScanStringCore& readInt(I& out, int base = 10)
     {
         constexpr auto most = static_cast<unsigned long long>(std::numeric_limits<I>::max());
         out = static_cast<I>(ReadInteger(most, std::is_signed_v<I> ? most + 1 : 0, base));

@@ -392,6 +392,11 @@ public:
     {
         return number(value, base, width, fill);
     }
+    template<qvxsys::detail::WholeNumber I, TCType::Character C>
+    [[nodiscard]] static TStringCore number32(I value, int base, int width, C fill)
+    {
+        return number(value, base, width, fill);
+    }
     /// A floating-point number as printf writes it with the conversion `format` (e, E, f, F, g or G; any other counts
     /// as f) and a precision, of which a negative one means 6. `withPoint` puts ".0" behind the digits of a text
     /// without a point ("1.0", "1.0e+20"). Infinities and NaN are "inf", "-inf" and "nan". What would be longer than
@@ -405,12 +410,17 @@ public:
     /// and e.
     [[nodiscard]] static TStringCore numberShortest(double value);
     [[nodiscard]] static TStringCore numberShortest(float value);
+    /// Other number types, as double.
+    template<class N>
+    requires(std::same_as<N, long double> || (qvxsys::detail::WholeNumber<N> && !TCType::Character<N>))
+        [[nodiscard]] static TStringCore numberShortest(N value)
+    {
+        return numberShortest(static_cast<double>(value));
+    }
     /// Becomes what number makes of the same arguments.
     template<class V, class... How>
-    TStringCore& setNum(V value, How... how)
-    {
-        return *this = number(value, how...);
-    }
+    requires requires(V v, How... how) { number(v, how...); }
+    TStringCore& setNum(V value, How... how) { return *this = number(value, how...); }
     /// An address in hexadecimal; `pad` to 16 digits with zeros, `prefix` with "0x".
     [[nodiscard]] static TStringCore pointer(void const* p, bool prefix = true, bool pad = true);
 
@@ -442,20 +452,12 @@ public:
     template<qvxsys::detail::StringPointer P>
     [[nodiscard]] static int leftIntegerLength(P s, int n = -1, int base = 10)
     {
-        if constexpr (std::convertible_to<P, char16_t const*>) {
-            return TStringView::leftIntegerLength(s, n, base);
-        } else {
-            return TStringCore(s, n).leftIntegerLength(base);
-        }
+        return TStringView::leftIntegerLength(s, n, base);
     }
     template<qvxsys::detail::StringPointer P>
     [[nodiscard]] static int leftDoubleLength(P s, int n = -1)
     {
-        if constexpr (std::convertible_to<P, char16_t const*>) {
-            return TStringView::leftDoubleLength(s, n);
-        } else {
-            return TStringCore(s, n).leftDoubleLength();
-        }
+        return TStringView::leftDoubleLength(s, n);
     }
     /// @}
 

@@ -208,6 +208,18 @@ public:
     /// Of n units, or up to the 0 unit; null is empty text.
     [[nodiscard]] static int leftIntegerLength(char16_t const* s, int n = -1, int base = 10);
     [[nodiscard]] static int leftDoubleLength(char16_t const* s, int n = -1) noexcept;
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] static int leftIntegerLength(W const& s, int n = -1, int base = 10)
+    {
+        auto const& text = qvxsys::detail::ToView(qvxsys::detail::CountedWide(s, n));
+        return TStringView(text).leftIntegerLength(base);
+    }
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] static int leftDoubleLength(W const& s, int n = -1)
+    {
+        auto const& text = qvxsys::detail::ToView(qvxsys::detail::CountedWide(s, n));
+        return TStringView(text).leftDoubleLength();
+    }
     /// @}
 
 private:

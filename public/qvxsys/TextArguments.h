@@ -107,6 +107,10 @@ template<class T>
 concept TextArgument =
     std::convertible_to<T const&, TStringView> || WideTextLike<T> || Utf8Like<T> || TCType::Character<T>;
 
+/// Text of any kind, but no character.
+template<class T>
+concept TextOperand = TextArgument<T> && !TCType::Character<T>;
+
 template<class T>
 concept ViewOperand = std::same_as<T, TStringView> || std::convertible_to<T const&, TStringView> || WidePointer<T>;
 
@@ -126,9 +130,10 @@ concept OtherIndex = std::integral<I> && !std::same_as<I, int> && !std::same_as<
 template<class T>
 concept StringPointer = PointerTo<T, char16_t> || PointerTo<T, wchar_t>;
 
-/// What integers come in: the integer types and enumerations that convert to them.
+/// What integers come in: the integer types of up to 64 bits and enumerations that convert to them.
 template<class T>
-concept WholeNumber = std::integral<T> ||(std::is_enum_v<T>&& std::convertible_to<T, long long>);
+concept WholeNumber = (std::integral<T> || (std::is_enum_v<T> && std::convertible_to<T, long long>)) &&
+                      sizeof(T) <= sizeof(long long);
 
 template<class S, class T>
 concept Appendable = requires(S& s, T const& t)
@@ -146,6 +151,17 @@ constexpr auto UnitsOfStandard(T const& text) noexcept
     } else {
         return std::basic_string_view<Unit>(text);
     }
+}
+
+/// n units of wide text, for a negative n those before the terminator; null is empty text.
+template<WidePointer W>
+std::wstring_view CountedWide(W const& text, int n)
+{
+    wchar_t const* const s = text;
+    if (s == nullptr) {
+        return {};
+    }
+    return n < 0 ? std::wstring_view(s) : std::wstring_view(s, static_cast<std::size_t>(n));
 }
 
 /// The length as an int; throws TStringCore::Exception "Appended string is too long" when it is above 0x7FFFFFFF.

@@ -8,9 +8,9 @@
 //     std::set<TStringCore, qvxsys::FoldedLess> names{"ada"_qs, "ADA"_qs};         // one element
 //     std::cout << std::setw(12) << std::left << ages.begin()->first << '|';       // padded by code points, UTF-8
 //
-// All function objects here are transparent: they take strings, views, std::u16string, and terminated char16_t and
-// wchar_t text (wide text is converted for the call where wchar_t has 32 bits), in any mixture, and all of them are
-// safe from any thread.
+// All function objects here are transparent: they take text of any kind (strings, views, terminated text in UTF-16,
+// wide and UTF-8, the standard library's strings and views of these; not characters), in any mixture, and all of them
+// are safe from any thread. UTF-8, and wide text where wchar_t has 32 bits, is converted for the call.
 //
 // Hashes. Strings are equal up to an embedded 0, views only when all units are. std::hash looks at the units before the
 // first 0 only, so that whatever compares equal by ==, mixed types included, has one hash.
@@ -53,7 +53,7 @@ QVXSYS_API void WriteForTests(std::ostream& out, TStringView text);
 struct TransparentHash
 {
     using is_transparent = void;
-    template<ViewOperand T>
+    template<TextOperand T>
     [[nodiscard]] std::size_t operator()(T const& text) const
     {
         auto const& view = ToView(text);
@@ -76,7 +76,7 @@ namespace qvxsys {
 struct OrdinalLess
 {
     using is_transparent = void;
-    template<detail::ViewOperand A, detail::ViewOperand B>
+    template<detail::TextOperand A, detail::TextOperand B>
     [[nodiscard]] bool operator()(A const& a, B const& b) const
     {
         return detail::WithViews(a, b, [](TStringView l, TStringView r) { return detail::Order(l, r) < 0; });
@@ -87,7 +87,7 @@ struct OrdinalLess
 struct FoldedLess
 {
     using is_transparent = void;
-    template<detail::ViewOperand A, detail::ViewOperand B>
+    template<detail::TextOperand A, detail::TextOperand B>
     [[nodiscard]] bool operator()(A const& a, B const& b) const
     {
         return detail::WithViews(a, b, [](TStringView l, TStringView r) { return detail::OrderFolded(l, r) < 0; });
@@ -98,7 +98,7 @@ struct FoldedLess
 struct FoldedEqual
 {
     using is_transparent = void;
-    template<detail::ViewOperand A, detail::ViewOperand B>
+    template<detail::TextOperand A, detail::TextOperand B>
     [[nodiscard]] bool operator()(A const& a, B const& b) const
     {
         return detail::WithViews(
@@ -108,7 +108,7 @@ struct FoldedEqual
 struct FoldedHash
 {
     using is_transparent = void;
-    template<detail::ViewOperand T>
+    template<detail::TextOperand T>
     [[nodiscard]] std::size_t operator()(T const& text) const
     {
         auto const& view = detail::ToView(text);

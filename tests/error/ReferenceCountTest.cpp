@@ -4,6 +4,7 @@
 #include <set>
 #include <type_traits>
 #include <unordered_set>
+#include <vector>
 
 #include "support/TextPrinters.h"
 
@@ -133,6 +134,27 @@ TEST_F(ReferenceCount, PointerOwnsOneReference)
     EXPECT_EQ(s, p);
     p = nullptr;
     EXPECT_EQ(s.use_count(), 1);
+}
+
+/// Gives references to itself away while it is made.
+class Registered : public Node
+{
+public:
+    explicit Registered(std::vector<Pointer>& registry)
+    {
+        registry.emplace_back(this);
+        registry.emplace_back(this);
+    }
+};
+
+TEST_F(ReferenceCount, ReferencesTakenInTheConstructorCount)
+{
+    std::vector<Pointer> registry;
+    Pointer made = MakeRefCnt<Registered>(registry);
+    EXPECT_EQ(made.use_count(), 3);
+    registry.clear();
+    EXPECT_EQ(made.use_count(), 1);
+    EXPECT_EQ(g_alive, 1);
 }
 
 TEST_F(ReferenceCount, ConvertsUpAndDownTheClassTree)

@@ -2,11 +2,38 @@
 
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
+#include <new>
 #include <random>
 #include <vector>
 
 #include "support/ReferenceFormat.h"
 #include "support/TextPrinters.h"
+
+namespace {
+
+int g_newsLeft = -1; // calls of operator new before one throws; negative: none does
+
+} // namespace
+
+void* operator new(std::size_t size)
+{
+    if (g_newsLeft >= 0 && g_newsLeft-- == 0) {
+        throw std::bad_alloc();
+    }
+    if (void* const p = std::malloc(size != 0 ? size : 1)) {
+        return p;
+    }
+    throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept
+{
+    std::free(p);
+}
+void operator delete(void* p, std::size_t) noexcept
+{
+    std::free(p);
+}
 
 namespace {
 
@@ -50,8 +77,10 @@ TEST(TFormatString, Formats)
         {u"", {u"a"}, u""},
         {u"%10%1", {u"1", u"2", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"ten"}, u"ten1"},
         {u"\U0001F600%1\U0001F600", {u"\U0001F601"}, u"\U0001F600\U0001F601\U0001F600"},
-        {u"a plain text that is longer than a string holds inside", {}, u"a plain text that is longer than a string "
-                                                                         u"holds inside"},
+        {u"a plain text that is longer than a string holds inside",
+         {},
+         u"a plain text that is longer than a string "
+         u"holds inside"},
     };
     for (auto const& c : cases) {
         TStringCore const format = c.format;
@@ -153,12 +182,33 @@ TEST(TFormatString, ArgumentsOfEveryKind)
     EXPECT_EQ(one(TStringView(u"view", 2)), u"[vi]");
     EXPECT_EQ(one(TFormatStringCore(u"%%")), u"[%]");
     // Several.
+    EXPECT_EQ(TFormatStringCore(u"%1%3").arg({u"a"}).arg({TStringCore(u"b"), u"c"}).result(), u"ac");
     EXPECT_EQ(TFormatStringCore(u"%1%2%3%4%5%6%7%8%9%10")
                   .arg(u"a", L"b", "c", TStringCore(u"d"), u"e", u"f", u"g", u"h", u"i", u"j")
                   .result(),
               u"abcdefghij");
     EXPECT_EQ(TFormatStringCore(u"%1 %2 %3").args(1, u"b", 2.5).args().result(), u"1 b 2.5");
     EXPECT_EQ(TFormatStringCore(u"%6%5%4%3%2%1").args(1, '2', 3u, 4.0, 5LL, 6).result(), u"654321");
+}
+
+// A character in second place is no field width.
+template<class... A>
+concept CanArg = requires(TFormatStringCore f, A const&... a)
+{
+    f.arg(a...);
+};
+static_assert(CanArg<TStringCore, int, char> && CanArg<int, int, int, char> && CanArg<double, int, char>);
+static_assert(!CanArg<TStringCore, char> && !CanArg<char16_t const*, char16_t> && !CanArg<TStringCore, char, char>);
+static_assert(!CanArg<int, char> && !CanArg<double, char> && !CanArg<char, char32_t> && !CanArg<int, wchar_t, int>);
+
+TEST(TFormatString, NullIsEmptyText)
+{
+    TFormatStringCore f(nullptr);
+    EXPECT_EQ(f.arg(nullptr).result(), u"");
+    f = u"[%1]";
+    EXPECT_EQ(f.result(), u"[]");
+    f = nullptr;
+    EXPECT_EQ(f.result(), u"");
 }
 
 TEST(TFormatString, IsAValue)
@@ -192,6 +242,26 @@ TEST(TFormatString, IsAValue)
         self.arg(self.result());
     }
     EXPECT_EQ(self.result(), u"a");
+}
+
+TEST(TFormatString, CopyAssignmentIsAllOrNothing)
+{
+    TFormatStringCore other(u"%1%2%3%4%5%6%7%8%9");
+    other.arg(Texts(9, u"x"));
+    TFormatStringCore f(u"[%1]");
+    f.arg(u"kept");
+    int failures = 0;
+    for (bool done = false; !done; ++failures) {
+        g_newsLeft = failures;
+        try {
+            f = other;
+            done = true;
+        } catch (std::bad_alloc const&) {
+        }
+        g_newsLeft = -1;
+        EXPECT_EQ(f.result(), done ? u"xxxxxxxxx" : u"[kept]") << failures;
+    }
+    EXPECT_GT(failures, 2); // the markers and the arguments both need memory
 }
 
 TEST(TFormatString, LongFormats)
@@ -249,6 +319,10 @@ TEST(Format, CheckedLiterals)
     EXPECT_EQ(Format(u"%1\u2026", 2.5), u"2.5\u2026");
     EXPECT_EQ(Format(L"%2 \U0001F600 %1", L"a", TStringView(u"b")), u"b \U0001F600 a");
     EXPECT_EQ(Format("\xC3\xA9%1", U'\U0001F600'), u"\u00E9\U0001F600");
+    EXPECT_EQ(Format(u8"\u00E9%1%%", 1), u"\u00E91%");
+    // A digit of another script in UTF-8 is found when the message is made.
+    EXPECT_EQ(FormatError([] { static_cast<void>(Format(u8"%1\u0661", 1)); }),
+              "0xCA249FEE Invalid marker number > 99 in format string.");
     EXPECT_EQ(Format(u"%1", name, u"not used"), u"name");
     EXPECT_EQ(Format(u"%1", std::u16string(u"standard")), u"standard");
 }

@@ -1,12 +1,25 @@
 // The scanner: what each operation takes, and where it stands afterwards, also when it throws.
 
+#include <cstddef>
 #include <limits>
+#include <string>
+#include <type_traits>
 
 #include "support/TextPrinters.h"
 
 namespace {
 
 using Scan = TScanStringCore;
+
+// From strings, and from terminated text where it can be read as it is; not from what a string would have to be made
+// of.
+template<class T>
+constexpr bool kScans = std::is_constructible_v<Scan, T>;
+static_assert(kScans<TStringCore&> && kScans<TStringCore const&> && kScans<TStringCore> && kScans<char16_t const*>);
+static_assert(kScans<TStringCore::Exception const&> && kScans<std::nullptr_t> && kScans<char16_t const (&)[2]>);
+static_assert(!kScans<char const*> && !kScans<std::string> && !kScans<std::u16string> && !kScans<std::wstring>);
+static_assert(!kScans<TStringView> && !kScans<TFormatStringCore> && !kScans<char16_t>);
+static_assert(kScans<wchar_t const*> == qvxsys::kWideIsUtf16 && kScans<wchar_t const (&)[2]> == qvxsys::kWideIsUtf16);
 
 /// What is left to read, by the scanner's own means.
 TStringCore Rest(Scan scan)

@@ -10,6 +10,9 @@ import tempfile
 CASES = {
     'u"%1 of %2", 1, 2': None,
     'u"%%"': None,
+    'u"' + 32 * "%1" + '", 1': None,
+    'u8"%1 %%", 1': None,
+    'u8"%2", 1': "InsufficientParametersToFormatString",
     'u"%99", 1': "InsufficientParametersToFormatString",
     'u"%1"': "InsufficientParametersToFormatString",
     'L"%2", 1': "InsufficientParametersToFormatString",

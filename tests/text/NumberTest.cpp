@@ -1,8 +1,10 @@
 // Numbers to text and back, held against the C++ and C libraries.
 
 #include <bit>
+#include <climits>
 #include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <locale>
 #include <random>
@@ -106,14 +108,41 @@ TEST(Number, WidthAndFill)
             ASSERT_EQ(TStringCore::number(v, 16, width, L'0').toStdString(), expected);
         }
     }
+    for (int const base : {2, 8, 10, 16, 36, 64}) {
+        EXPECT_EQ(TStringCore::number(-5, base, INT_MIN), TStringCore::number(-5, base)) << base;
+        EXPECT_EQ(TStringCore::number(5u, base, -INT_MAX, u'0'), TStringCore::number(5u, base)) << base;
+    }
     // A code point of two units counts once; every kind of character fills.
     EXPECT_EQ(TStringCore::number32(-7, 10, 4, 0x1F600), u"\U0001F600\U0001F600-7");
     EXPECT_EQ(TStringCore::number(7u, 2, 5, U'\U0001F600'), TStringCore::number32(7u, 2, 5, 0x1F600));
     EXPECT_EQ(TStringCore::number(7, 10, 3, u'\u00E9'), TStringCore::number(7, 10, 3, '\xE9'));
+    for (TStringCore const& padded :
+         {TStringCore::number32(7, 10, 3, '\xE9'), TStringCore::number32(7, 10, 3, u'\u00E9'),
+          TStringCore::number32(7, 10, 3, L'\u00E9'), TStringCore::number32(7, 10, 3, 0xE9)}) {
+        EXPECT_EQ(padded, u"\u00E9\u00E97");
+    }
     EXPECT_EQ(TStringCore::number(0u, 64, 3, '='), u"==A");
     EXPECT_EQ(TextError([] { (void)TStringCore::number(7, 10, 0x7FFFFFFF, U'\U0001F600'); }),
               "Allocation size less than zero; probable overflow");
 }
+
+template<class V, class... How>
+concept CanSet = requires(TStringCore s, V v, How... how)
+{
+    s.setNum(v, how...);
+};
+static_assert(CanSet<int> && CanSet<short, int, int, char> && CanSet<float, char, int> && CanSet<long double>);
+static_assert(!CanSet<char16_t const*> && !CanSet<TStringCore> && !CanSet<int, TStringCore>);
+// More than 64 bits would be cut. (std::integral includes these types in GNU mode, which this file is compiled in.)
+template<class I>
+concept CanRead = requires(TScanStringCore s, I& i)
+{
+    s.readInt(i);
+};
+__extension__ using Int128 = __int128;
+__extension__ using UInt128 = unsigned __int128;
+static_assert(CanSet<long long> && CanSet<unsigned long long> && CanRead<long long> && CanRead<unsigned char>);
+static_assert(!CanSet<Int128> && !CanSet<UInt128> && !CanRead<Int128> && !CanRead<UInt128>);
 
 TEST(Number, TypesAndBases)
 {
@@ -212,6 +241,9 @@ TEST(Number, ShortestTextsReadBack)
     }
     EXPECT_EQ(TStringCore::numberShortest(0.1), u"0.1");
     EXPECT_EQ(TStringCore::numberShortest(0.1f), u"0.1");
+    EXPECT_EQ(TStringCore::numberShortest(1), u"1");
+    EXPECT_EQ(TStringCore::numberShortest(1ull << 63), u"9223372036854775808");
+    EXPECT_EQ(TStringCore::numberShortest(1.5L), u"1.5");
     EXPECT_EQ(TStringCore::numberShortest(1e23), u"1e+23");
     EXPECT_EQ(TStringCore::numberShortest(-0.0), u"-0");
     EXPECT_EQ(TStringCore::numberShortest(-HUGE_VAL), u"-inf");
@@ -304,12 +336,11 @@ template<class Integer>
 void CheckLimits(Integer (TStringView::*read)(bool*, int) const)
 {
     // One past the limits of the type, as far as 64 bits with a sign reach.
-    __extension__ using Wide = __int128;
-    auto const low = Wide{std::numeric_limits<Integer>::min()};
-    auto const high = std::min(Wide{std::numeric_limits<Integer>::max()}, Wide{kMax});
-    for (Wide const limit : {low, high, Wide{0}}) {
+    auto const low = Int128{std::numeric_limits<Integer>::min()};
+    auto const high = std::min(Int128{std::numeric_limits<Integer>::max()}, Int128{kMax});
+    for (Int128 const limit : {low, high, Int128{0}}) {
         for (int off = -2; off <= 2; ++off) {
-            Wide const v = limit + off;
+            Int128 const v = limit + off;
             auto const magnitude = static_cast<std::uint64_t>(v < 0 ? -v : v);
             for (int const base : {2, 10, 16, 36}) {
                 std::string const text = (v < 0 ? "-" : "") + number_reference::Digits(magnitude, base);
@@ -449,6 +480,11 @@ TEST(NumberParsing, FloatingPointGrammar)
     EXPECT_FALSE(ok);
     EXPECT_EQ(TStringCore::leftDoubleLength(L"1.5e", -1), 3);
     EXPECT_EQ(TStringView::leftDoubleLength(u"1.5e5", 4), 3);
+    EXPECT_EQ(TStringView::leftDoubleLength(L"1.5e5", 4), 3);
+    EXPECT_EQ(TStringView::leftIntegerLength(L"12z"), 2);
+    EXPECT_EQ(TStringView::leftIntegerLength(L"12z", -1, 36), 3);
+    EXPECT_EQ(TStringView::leftIntegerLength(L"12z", 1, 36), 1);
+    EXPECT_EQ(TStringCore::leftIntegerLength(static_cast<wchar_t const*>(nullptr)), 0);
     EXPECT_EQ(TStringView::leftDoubleLength(nullptr), 0);
 }
 
@@ -518,10 +554,17 @@ struct CommaPoint : std::numpunct<char>
 TEST(Number, NoLocaleChangesADigit)
 {
     std::locale const before = std::locale::global(std::locale(std::locale::classic(), new CommaPoint));
-    for (char const* const name : {"C", "de_DE.UTF-8", "de_DE.utf8", "German_Germany.1252", "fr_FR.UTF-8"}) {
-        if (std::setlocale(LC_ALL, name) == nullptr) {
+#if defined(QVXSYS_COMMA_LOCALES)
+    ::setenv("LOCPATH", QVXSYS_COMMA_LOCALES, 1);
+    ASSERT_NE(std::setlocale(LC_NUMERIC, "comma"), nullptr)
+        << "localedef has made no locale: needs the package locales";
+#endif
+    int commas = 0;
+    for (char const* const name : {"C", "comma", "de_DE.UTF-8", "German_Germany.1252", "fr_FR.UTF-8"}) {
+        if (std::setlocale(LC_NUMERIC, name) == nullptr) {
             continue;
         }
+        commas += *std::localeconv()->decimal_point == ',' ? 1 : 0;
         EXPECT_EQ(TStringCore::number(1234567.25, 'f', 2), u"1234567.25");
         EXPECT_EQ(TStringCore::numberShortest(0.5), u"0.5");
         EXPECT_EQ(TStringCore::number(1234567), u"1234567");
@@ -531,8 +574,16 @@ TEST(Number, NoLocaleChangesADigit)
         EXPECT_EQ(TStringCore(u"1,5").toFloat(&ok), 1);
         EXPECT_FALSE(ok);
     }
-    std::setlocale(LC_ALL, "C");
+    std::setlocale(LC_NUMERIC, "C");
     std::locale::global(before);
+#if defined(QVXSYS_COMMA_LOCALES)
+    ::unsetenv("LOCPATH");
+    EXPECT_GT(commas, 0);
+#else
+    if (commas == 0) {
+        GTEST_SKIP() << "no locale with a decimal comma here";
+    }
+#endif
 }
 
 } // namespace

@@ -50,9 +50,12 @@ static_assert(std::ranges::bidirectional_range<TCodePointRange<TStringView>> &&
 static_assert(std::input_iterator<TCodePointIterator<TStringCore>> && std::ranges::view<TCodePointView>);
 template<class Less>
 constexpr bool kOrdersMixed = std::strict_weak_order<Less, TStringCore, TStringView>&& std::strict_weak_order<
-    Less, TStringView, char16_t const*>&& std::strict_weak_order<Less, wchar_t const*, std::u16string>;
+    Less, TStringView, char16_t const*>&& std::strict_weak_order<Less, wchar_t const*, std::u16string>&&
+    std::strict_weak_order<Less, char const*, std::wstring>&&
+        std::strict_weak_order<Less, std::string_view, std::u8string>;
 static_assert(kOrdersMixed<qvxsys::OrdinalLess> && kOrdersMixed<qvxsys::FoldedLess>);
 static_assert(std::equivalence_relation<qvxsys::FoldedEqual, TStringCore, wchar_t const*>);
+static_assert(!std::invocable<std::hash<TStringCore>, char> && !std::invocable<qvxsys::OrdinalLess, TStringView, char>);
 static_assert(u"a\0b"_qv.size() == 3);
 
 // ---- hashing and ordering
@@ -119,11 +122,17 @@ TEST(Std, ContainersAnswerWithoutAString)
                                                                                                {"z\u00E9ro"_qs, 0}};
     EXPECT_TRUE(hashed.contains(u"one") && hashed.contains(L"z\u00E9ro") && hashed.contains(u"one"_qv));
     EXPECT_TRUE(hashed.contains(std::u16string(u"one")) && !hashed.contains(u"ONE"));
+    EXPECT_TRUE(hashed.contains(std::wstring(L"z\u00E9ro")) && hashed.contains(std::wstring_view(L"one")));
+    EXPECT_TRUE(hashed.contains("z\xC3\xA9ro") && hashed.contains(std::string("one")) && hashed.contains(u8"one"));
     std::unordered_set<TStringCore, qvxsys::FoldedHash, qvxsys::FoldedEqual> const loose{u"Stra\u00DFe"_qs,
                                                                                          u"\u0416"_qs};
+    EXPECT_TRUE(loose.contains(std::string_view("sTRA\xC3\x9F"
+                                                "e")) &&
+                loose.contains(std::wstring(L"\u0416")));
     EXPECT_TRUE(loose.contains(L"STRA\u00DFE") && loose.contains(u"\u0436"_qv) && !loose.contains(u"strasse"));
     std::set<TStringCore, qvxsys::FoldedLess> const names{"ada"_qs, "ADA"_qs, "Bob"_qs};
     EXPECT_EQ(names.size(), 2u);
+    EXPECT_TRUE(names.contains("BOB") && names.contains(u8"bob") && names.contains(std::wstring(L"Ada")));
     EXPECT_TRUE(names.contains(L"BOB") && names.lower_bound(u"B"_qv) == std::next(names.begin()));
     std::map<TStringView, int, qvxsys::OrdinalLess> const ordered{
         {u"b"_qv, 1}, {u"aa"_qv, 2}, {u"b\0c"_qv, 3}, {u"b\0d"_qv, 4}};

@@ -26,39 +26,39 @@ TStringCore WhatOf(std::exception const& e)
 
 } // namespace
 
-QuorvexException::QuorvexException(Messages&& messages, std::shared_ptr<ErrorInfo>&& info)
+QuorvexException::QuorvexException(FromParts, Messages&& messages, std::shared_ptr<ErrorInfo>&& info)
     : m_messages(std::make_unique<Messages>(static_cast<Messages&&>(messages))),
       m_redactedMessages(std::make_unique<Messages>()),
       m_errorInfo(info != nullptr ? static_cast<std::shared_ptr<ErrorInfo>&&>(info) : NewRecord(ErrorInfo::NoError()))
 {}
 
-QuorvexException::QuorvexException() : QuorvexException(Messages(), nullptr)
+QuorvexException::QuorvexException() : QuorvexException(FromParts(), Messages(), nullptr)
 {}
 
-QuorvexException::QuorvexException(ErrorInfo const& info) : QuorvexException(Messages(), NewRecord(info))
+QuorvexException::QuorvexException(ErrorInfo const& info) : QuorvexException(FromParts(), Messages(), NewRecord(info))
 {}
 
 QuorvexException::QuorvexException(std::list<TStringCore> const& messages)
-    : QuorvexException(Messages(messages), nullptr)
+    : QuorvexException(FromParts(), Messages(messages), nullptr)
 {}
 
 QuorvexException::QuorvexException(std::list<TStringCore> const& messages, ErrorInfo const& info)
-    : QuorvexException(Messages(messages), NewRecord(info))
+    : QuorvexException(FromParts(), Messages(messages), NewRecord(info))
 {}
 
 QuorvexException::QuorvexException(std::list<TStringCore> const& messages, std::shared_ptr<ErrorInfo> info)
-    : QuorvexException(Messages(messages), static_cast<std::shared_ptr<ErrorInfo>&&>(info))
+    : QuorvexException(FromParts(), Messages(messages), static_cast<std::shared_ptr<ErrorInfo>&&>(info))
 {}
 
-QuorvexException::QuorvexException(TStringCore const& message) : QuorvexException(ListOf(message), nullptr)
+QuorvexException::QuorvexException(TStringCore const& message) : QuorvexException(FromParts(), ListOf(message), nullptr)
 {}
 
 QuorvexException::QuorvexException(TStringCore const& message, ErrorInfo const& info)
-    : QuorvexException(ListOf(message), NewRecord(info))
+    : QuorvexException(FromParts(), ListOf(message), NewRecord(info))
 {}
 
 QuorvexException::QuorvexException(TStringCore const& message, std::shared_ptr<ErrorInfo> info)
-    : QuorvexException(ListOf(message), static_cast<std::shared_ptr<ErrorInfo>&&>(info))
+    : QuorvexException(FromParts(), ListOf(message), static_cast<std::shared_ptr<ErrorInfo>&&>(info))
 {}
 
 QuorvexException::QuorvexException(TFormatStringCore const& message) : QuorvexException()
@@ -72,7 +72,7 @@ QuorvexException::QuorvexException(TFormatStringCore const& message, ErrorInfo c
 }
 
 QuorvexException::QuorvexException(TFormatStringCore const& message, std::shared_ptr<ErrorInfo> info)
-    : QuorvexException(Messages(), static_cast<std::shared_ptr<ErrorInfo>&&>(info))
+    : QuorvexException(FromParts(), Messages(), static_cast<std::shared_ptr<ErrorInfo>&&>(info))
 {
     StackMessage(message);
 }

@@ -93,7 +93,7 @@ TStringCore TStringCore::PaddedText(std::uint64_t v, bool negative, int base, in
     char16_t* const end = digits + text::kMaxDigits;
     int const n = DigitsInBase(end, v, static_cast<unsigned>(base));
     int const body = n + (negative ? 1 : 0);
-    int const padding = std::max(width - body, 0);
+    int const padding = width > body ? width - body : 0;
     std::int64_t const units = std::int64_t{padding} * fill.count + body;
     if (units > std::numeric_limits<int>::max()) {
         text::ThrowOverflow();
