@@ -309,19 +309,29 @@ public:
         return compare(constData(), other, cs);
     }
     [[nodiscard]] int compare(wchar_t const* other, CaseSensitivity cs = CaseSensitive) const;
+    [[nodiscard]] int compare(std::nullptr_t, CaseSensitivity cs = CaseSensitive) const noexcept
+    {
+        return compare(constData(), nullptr, cs);
+    }
     /// At most n units, ending at a common 0 unit; a negative n means the longer of the two terminated lengths.
     [[nodiscard]] static int compareN(char16_t const* a, char16_t const* b, int n,
                                       CaseSensitivity cs = CaseSensitive) noexcept;
-    /// Wide texts; n counts the UTF-16 units they stand for.
-    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V>
-    [[nodiscard]] static int compare(W const& a, V const& b, CaseSensitivity cs = CaseSensitive)
+    /// Wide texts, or one and a UTF-16 text; n counts the UTF-16 units they stand for.
+    template<class A, class B>
+    requires qvxsys::detail::WideRawPair<A, B>
+    [[nodiscard]] static int compare(A const& a, B const& b, CaseSensitivity cs = CaseSensitive)
     {
-        return TStringCore(a).compare(TStringCore(b), cs);
+        auto const& left = qvxsys::detail::ToRaw(a);
+        auto const& right = qvxsys::detail::ToRaw(b);
+        return compare(left.Units(), right.Units(), cs);
     }
-    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V>
-    [[nodiscard]] static int compareN(W const& a, V const& b, int n, CaseSensitivity cs = CaseSensitive)
+    template<class A, class B>
+    requires qvxsys::detail::WideRawPair<A, B>
+    [[nodiscard]] static int compareN(A const& a, B const& b, int n, CaseSensitivity cs = CaseSensitive)
     {
-        return compareN(TStringCore(a).constData(), TStringCore(b).constData(), n, cs);
+        auto const& left = qvxsys::detail::ToRawStart(a, n);
+        auto const& right = qvxsys::detail::ToRawStart(b, n);
+        return compareN(left.Units(), right.Units(), n, cs);
     }
     /// @}
 
@@ -343,18 +353,26 @@ public:
     {
         return findStr(haystack, length(haystack), needle, -1, from, cs);
     }
-    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V, class... Rest>
-    [[nodiscard]] static int findStr(W const& haystack, int haystackLength, V const& needle, int needleLength,
+    [[nodiscard]] static int findStr(char16_t const* haystack, char16_t const* needle, CaseSensitivity cs)
+    {
+        return findStr(haystack, needle, 0, cs);
+    }
+    template<class A, class B, class... Rest>
+    requires qvxsys::detail::WideRawPair<A, B>
+    [[nodiscard]] static int findStr(A const& haystack, int haystackLength, B const& needle, int needleLength,
                                      Rest... rest)
     {
-        TStringCore const text(haystack, haystackLength < 0 ? 0 : haystackLength);
-        TStringCore const wanted(needle, needleLength);
-        return findStr(text.constData(), text.length(), wanted.constData(), wanted.length(), rest...);
+        auto const& text = qvxsys::detail::ToRaw(haystack, haystackLength < 0 ? 0 : haystackLength);
+        auto const& wanted = qvxsys::detail::ToRaw(needle, needleLength);
+        return findStr(text.Units(), text.Length(), wanted.Units(), wanted.Length(), rest...);
     }
-    template<qvxsys::detail::WidePointer W, qvxsys::detail::WidePointer V, class... Rest>
-    [[nodiscard]] static int findStr(W const& haystack, V const& needle, Rest... rest)
+    template<class A, class B, class... Rest>
+    requires qvxsys::detail::WideRawPair<A, B>
+    [[nodiscard]] static int findStr(A const& haystack, B const& needle, Rest... rest)
     {
-        return findStr(TStringCore(haystack).constData(), TStringCore(needle).constData(), rest...);
+        auto const& text = qvxsys::detail::ToRaw(haystack);
+        auto const& wanted = qvxsys::detail::ToRaw(needle);
+        return findStr(text.Units(), wanted.Units(), rest...);
     }
     /// @}
 
@@ -574,6 +592,12 @@ template<qvxsys::detail::TextArgument A>
 TStringCore TStringEditing::join(std::vector<TStringView> const& parts, A const& separator)
 {
     return Join(parts, qvxsys::detail::ToView(separator));
+}
+
+template<qvxsys::detail::TextArgument A>
+TStringCore TStringEditing::join(std::initializer_list<TStringView> parts, A const& separator)
+{
+    return Join(std::vector<TStringView>(parts), qvxsys::detail::ToView(separator));
 }
 
 /// Flags can be combined.

@@ -7,10 +7,11 @@
 //     TStringCore const name = text.mid(1, 3).toUpper();                     // the rest gives a new string
 //
 // Arguments are those of TTextReading.h and may point into the string itself. Positions are code units and never throw;
-// each member says what it makes of one outside the text. What changes nothing detaches nothing: the string goes on
-// sharing its block. A call that fails ("Out of memory", "Allocation size less than zero; probable overflow") leaves
-// text, length and sharing as they were.
+// each member says what it makes of one outside the text. An edit that finds nothing to do detaches nothing: the string
+// goes on sharing its block. A call that fails ("Out of memory", "Allocation size less than zero; probable overflow")
+// leaves text, length and sharing as they were.
 
+#include <initializer_list>
 #include <vector>
 
 #include <qvxsys/Platform.h>
@@ -51,6 +52,10 @@ public:
     TStringCore& insert(int pos, char16_t const* s, int n);
     TStringCore& insert(int pos, wchar_t const* s, int n);
     TStringCore& insert(int pos, char const* utf8, int n);
+    TStringCore& insert(int pos, char8_t const* utf8, int n)
+    {
+        return insert(pos, reinterpret_cast<char const*>(utf8), n);
+    }
 
     template<qvxsys::detail::TextArgument A = TStringView>
     TStringCore& prepend(A const& text)
@@ -60,6 +65,7 @@ public:
     TStringCore& prepend(char16_t const* s, int n) { return insert(0, s, n); }
     TStringCore& prepend(wchar_t const* s, int n) { return insert(0, s, n); }
     TStringCore& prepend(char const* utf8, int n) { return insert(0, utf8, n); }
+    TStringCore& prepend(char8_t const* utf8, int n) { return insert(0, utf8, n); }
     TStringCore& prepend32(char32_t c) { return insert(0, c); }
     template<qvxsys::detail::TextArgument A = TStringView>
     void push_front(A const& text)
@@ -194,7 +200,8 @@ public:
     /// another text (CodePointIterator.h).
     [[nodiscard]] TStringCore mid(TConstCodePointIterator<TStringCore> const& first,
                                   TConstCodePointIterator<TStringCore> const& last) const;
-    /// n code points from first, as many as there are; a negative n means up to the first 0 unit.
+    /// n code points from first, as many as there are; a negative n means up to the first 0 unit, and from the first
+    /// code point the whole string.
     [[nodiscard]] TStringCore mid(TConstCodePointIterator<TStringCore> const& first, int n) const;
     /// @}
 
@@ -205,6 +212,9 @@ public:
     [[nodiscard]] static TStringCore join(std::vector<TStringCore> const& parts, A const& separator);
     template<qvxsys::detail::TextArgument A = TStringView>
     [[nodiscard]] static TStringCore join(std::vector<TStringView> const& parts, A const& separator);
+    /// Of texts in braces: join({u"a", name, view}, u", ").
+    template<qvxsys::detail::TextArgument A = TStringView>
+    [[nodiscard]] static TStringCore join(std::initializer_list<TStringView> parts, A const& separator);
     [[nodiscard]] static TStringCore join32(std::vector<TStringCore> const& parts, char32_t separator);
     [[nodiscard]] static TStringCore join32(std::vector<TStringView> const& parts, char32_t separator);
     /// @}
@@ -223,13 +233,8 @@ protected:
     TStringCore& InsertText(int pos, TStringView v);
     TStringCore& ReplaceRange(int pos, int n, TStringView v);
     int ReplaceText(TStringView before, TStringView after, CaseSensitivity cs);
-    /// A stretch of the text that is to be replaced.
-    struct Place
-    {
-        int at;
-        int count;
-    };
-    void ReplacePlaces(std::vector<Place> const& places, TStringView after);
+    template<class Places>
+    int ReplacePlaces(Places places, TStringView after, bool streaming);
     int ReplaceUnit(char16_t before, char16_t after, bool folded);
     TStringCore& ReplaceEach(TStringView before, TStringView after, CaseSensitivity cs);
     TStringCore& RemoveText(TStringView v, CaseSensitivity cs);

@@ -258,7 +258,8 @@ bool WithViews(A const& a, B const& b, F f)
 } // namespace qvxsys::detail
 
 /// @name Comparison of views
-/// With a view, a string or a terminated text (char16_t or wchar_t) on the other side.
+/// With a view, a string, a terminated text or a standard string of any encoding on the other side; where that has to
+/// be converted, the comparison allocates.
 /// @{
 template<class A, class B>
 requires qvxsys::detail::ViewPair<A, B>

@@ -79,6 +79,7 @@ class TTextReading
     static constexpr bool kIsView = std::same_as<Self, View>;
     static constexpr Case kExact = static_cast<Case>(1);
     static constexpr Empty kKeep = static_cast<Empty>(0);
+    static constexpr Empty kSkip = static_cast<Empty>(1);
 
 public:
     /// @name Prefixes and suffixes
@@ -132,6 +133,7 @@ public:
         return indexOf(text, 0, cs);
     }
     [[nodiscard]] int indexOf32(char32_t c, int from = 0, Case cs = kExact) const { return indexOf(c, from, cs); }
+    [[nodiscard]] int indexOf32(char32_t c, Case cs) const { return indexOf(c, 0, cs); }
 
     /// The position of the last match that begins at or before `from`, or -1.
     template<qvxsys::detail::TextArgument A = View>
@@ -150,6 +152,11 @@ public:
     [[nodiscard]] int findChar(C c, int from = 0, Case cs = kExact) const
     {
         return indexOf(c, from, cs);
+    }
+    template<TCType::Character C>
+    [[nodiscard]] int findChar(C c, Case cs) const
+    {
+        return indexOf(c, 0, cs);
     }
 
     /// The first and the last match as an iterator, codepoint_cend() when there is none. With an iterator: at or after
@@ -179,7 +186,8 @@ public:
     /// @}
 
     /// @name Searching for units of a set
-    /// A set is a text, each unit of which is a member.
+    /// A set is a text, each unit of which is a member, so a supplementary character in it stands for its two units,
+    /// each by itself. (The sets of trimming, removeAnyOf and replaceAnyOf are sets of code points.)
     /// @{
     /// The position of the first unit, at or after `from`, that is (is not) in the set; -1 when there is none.
     template<qvxsys::detail::TextArgument A = View>
@@ -214,6 +222,11 @@ public:
     {
         return At(findOneNotOf(set, Position(from)));
     }
+    // Sets are looked at exactly; a string's CaseSensitivity would pass for a start.
+    template<qvxsys::detail::TextArgument A>
+    int findOneOf(A const& set, Case cs) const = delete;
+    template<qvxsys::detail::TextArgument A>
+    int findOneNotOf(A const& set, Case cs) const = delete;
     /// @}
 
     /// @name Splitting
@@ -232,7 +245,8 @@ public:
     {
         return Parts<Owner>(separator, empty, cs);
     }
-    /// The parts between units of a set. An empty set gives no parts.
+    /// The parts between units of a set; a supplementary character in it stands for its two units, each by itself. An
+    /// empty set gives no parts.
     template<qvxsys::detail::TextArgument A = View>
     [[nodiscard]] std::vector<View> splitOnAny(A const& set, Empty empty = kKeep) const& QVXSYS_LIFETIME_BOUND
     {
@@ -243,12 +257,13 @@ public:
     {
         return PartsOnAny<Owner>(set, empty);
     }
-    /// The non-empty runs of units outside a set of delimiters.
+    /// The runs of units outside a set of delimiters (units, as for splitOnAny), the empty ones left out unless they
+    /// are asked for. With an empty set the whole text is one run.
     template<qvxsys::detail::TextArgument A = View>
-    [[nodiscard]] std::vector<View> tokenize(A const& delimiters) const& QVXSYS_LIFETIME_BOUND
+    [[nodiscard]] std::vector<View> tokenize(A const& delimiters, Empty empty = kSkip) const& QVXSYS_LIFETIME_BOUND
     {
         std::vector<View> parts;
-        qvxsys::detail::SplitOnAny(Text(), qvxsys::detail::ToView(delimiters), true, parts);
+        qvxsys::detail::SplitOnAny(Text(), qvxsys::detail::ToView(delimiters), empty != kKeep, parts);
         return parts;
     }
     // Views of a temporary string would outlive it: take the ...Copy... forms, or keep the string.
@@ -258,8 +273,8 @@ public:
     template<class A, class... Rest>
     requires(!kIsView) std::vector<View> splitOnAny(A const&, Rest const&...)
     const&& = delete;
-    template<class A>
-    requires(!kIsView) std::vector<View> tokenize(A const&)
+    template<class A, class... Rest>
+    requires(!kIsView) std::vector<View> tokenize(A const&, Rest const&...)
     const&& = delete;
 
     /// Sections number `first` to `last` with the separators between them, the parts of split being numbered from 0,
@@ -303,7 +318,7 @@ public:
     /// @}
 
     /// @name Changed copies
-    /// A copy of a string that needs no change shares its block.
+    /// New strings. Justifying a string that needs no change, and repeated(1), give a copy that shares its block.
     /// @{
     /// With copies of `fill` added behind (leftJustified) or in front (rightJustified), as many as `width` has more
     /// units than the text. A longer text keeps its first `width` units when `truncate` is set, else all. A width below

@@ -114,10 +114,17 @@ concept TextOperand = TextArgument<T> && !TCType::Character<T>;
 template<class T>
 concept ViewOperand = std::same_as<T, TStringView> || std::convertible_to<T const&, TStringView> || WidePointer<T>;
 
-/// A view compared with a view or with anything that becomes one, or a string with standard text.
+/// What a view is compared with: besides what becomes one, wide containers and UTF-8. One constraint, not a
+/// disjunction: ordering candidates by so many alternatives takes Clang more memory than there is.
+template<class T>
+inline constexpr bool kComparedWithView = ViewOperand<T> || WideContainer<T> || Utf8Like<T>;
+template<class T>
+concept ComparedWithView = kComparedWithView<T>;
+
+/// A view compared with text, or a string with standard text.
 template<class A, class B>
-concept ViewPair = (std::same_as<A, TStringView> && ViewOperand<B>) ||
-                   (std::same_as<B, TStringView> && ViewOperand<A>) ||
+concept ViewPair = (std::same_as<A, TStringView> && ComparedWithView<B>) ||
+                   (std::same_as<B, TStringView> && ComparedWithView<A>) ||
                    (std::same_as<A, TStringCore> && StandardText<B>) ||
                    (std::same_as<B, TStringCore> && StandardText<A>);
 
@@ -129,6 +136,14 @@ concept OtherIndex = std::integral<I> && !std::same_as<I, int> && !std::same_as<
 /// Terminated text as a pointer: UTF-16 or wide.
 template<class T>
 concept StringPointer = PointerTo<T, char16_t> || PointerTo<T, wchar_t>;
+
+/// Raw text for the static functions: UTF-16 or wide text, a string (which is terminated), or a null pointer.
+template<class T>
+concept RawText = StringPointer<T> || std::same_as<T, std::nullptr_t> || std::derived_from<T, TStringCore>;
+
+/// Raw texts of which one at least is wide.
+template<class A, class B>
+concept WideRawPair = RawText<A> && RawText<B> &&(WidePointer<A> || WidePointer<B>);
 
 /// What integers come in: the integer types of up to 64 bits and enumerations that convert to them.
 template<class T>
@@ -173,11 +188,35 @@ QVXSYS_API int CheckedLength(std::size_t length);
 // What a text argument is passed on as: something that converts to a view and may hold the converted text, so keep it
 // while the view is in use.
 class WideText;
+class WideUnits;
 class Utf8Text;
 template<WideTextLike W>
 WideText ToView(W const& text);
 template<Utf8Like U>
 Utf8Text ToView(U const& text);
 constexpr TStringView ToView(TStringView view) noexcept;
+
+/// Raw text as UTF-16: what its units are, and the length in them that stands for the length given.
+struct RawUnits
+{
+    char16_t const* units;
+    int length;
+
+    [[nodiscard]] char16_t const* Units() const noexcept { return units; }
+    [[nodiscard]] int Length() const noexcept { return length; }
+};
+inline RawUnits ToRaw(char16_t const* text, int length = -1) noexcept
+{
+    return {text, length};
+}
+template<WidePointer W>
+WideUnits ToRaw(W const& text, int length = -1);
+/// At most n units of terminated text; all of it for a negative n.
+inline RawUnits ToRawStart(char16_t const* text, int) noexcept
+{
+    return {text, -1};
+}
+template<WidePointer W>
+WideUnits ToRawStart(W const& text, int n);
 
 } // namespace qvxsys::detail

@@ -205,10 +205,13 @@ private:
             Text const set = Units(3);
             Text const after = folded ? Units(3) : Text();
             Text result;
+            bool found = false;
             for (Text const& point : CodePoints(m_model)) {
-                result += Has(set, point) ? after : point;
+                bool const member = Has(set, point);
+                result += member ? after : point;
+                found |= member;
             }
-            m_mayDetach = result == m_model;
+            m_mayDetach = found;
             m_model = result;
             folded ? m_string.replaceAnyOf(set, after) : m_string.removeAnyOf(set);
             break;

@@ -78,6 +78,13 @@ TEST(TextSymmetry, ComparisonsOfEveryPair)
                 });
             });
             EXPECT_EQ(a.string == b.utf8.c_str(), a.units == b.units);
+            // What has to be converted compares with views as well.
+            TStringView const view = a.string;
+            EXPECT_EQ(OutcomeOf(view, b.utf8), asViews);
+            EXPECT_EQ(OutcomeOf(view, b.utf8.c_str()), asViews);
+            EXPECT_EQ(OutcomeOf(view, std::wstring_view(b.wide)), asViews);
+            EXPECT_EQ(b.wide == view, asViews.starts_with("=="));
+            EXPECT_EQ(OutcomeOf(b.utf8, view), OutcomeOf(TStringView(b.string), view));
             EXPECT_EQ(b.utf8.c_str() < a.string, b.string < a.string);
         }
     }
@@ -172,6 +179,10 @@ TEST(TextSymmetry, WideTextIsSharedWhereItIsUtf16)
             EXPECT_EQ(view.data(), text.constData());
             EXPECT_EQ(view.size(), text.size());
             EXPECT_TRUE(text == wide && view == wide && text.compare(wide) == 0);
+            EXPECT_EQ(TStringCore::compare(wide, wide) + TStringCore::compareN(wide, wide, 5), 0);
+            EXPECT_EQ(TStringCore::findStr(wide, wide) + TStringCore::findStr(wide, 9, wide, 2), 0);
+            EXPECT_EQ(TStringCore::leftIntegerLength(wide) + TStringCore::leftDoubleLength(wide, 3), 0);
+            EXPECT_EQ(TStringCore::lengthInCodePoints(wide), text.length());
             EXPECT_TRUE(view.startsWith(wide) && view.contains(wide) && view.indexOf(wide) == 0);
             EXPECT_EQ(blocks.Allocations(), 0u);
         } else {

@@ -83,6 +83,12 @@ TEST(KMP, SearchGoesOnFromAnIteratorAndKnowsOrdinals)
     EXPECT_EQ(it.codePointIndex(), 4);
     EXPECT_EQ(searchString(text, ++it, table), text.codepoint_cend());
     EXPECT_EQ(searchString(text, text.codepoint_cend(), table), text.codepoint_cend());
+    // An iterator of a longer view with the same start may stand behind the text.
+    TStringView const longer = u"abcdef";
+    TStringView const shorter = longer.left(3);
+    StringTable const last(u"f", CaseCompare::Sensitive);
+    EXPECT_EQ(searchString(shorter, longer.iteratorFrom(5), last), shorter.codepoint_cend());
+    EXPECT_EQ(searchString(shorter, longer.iteratorFrom(3), last), shorter.codepoint_cend());
     TStringView const other = u"ababab";
     try {
         static_cast<void>(searchString(text, other.codepoint_cbegin(), table));

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdlib>
 #include <iterator>
+#include <new>
 #include <random>
 #include <string>
 #include <vector>
@@ -11,6 +13,7 @@
 #include <unicode/ustring.h>
 
 #include "support/EditModel.h"
+#include "support/GuardedMemory.h"
 #include "support/TextPrinters.h"
 
 namespace {
@@ -23,12 +26,45 @@ using Strings = std::vector<TStringCore>;
 using Views = std::vector<TStringView>;
 
 constexpr char const* kOverflow = "Allocation size less than zero; probable overflow";
+// While it lives, this thread's operator new fails, in the library too where it takes the program's.
+class NoFreeStore
+{
+public:
+    NoFreeStore() { s_fails = true; }
+    ~NoFreeStore() { s_fails = false; }
+    NoFreeStore(NoFreeStore const&) = delete;
+    NoFreeStore& operator=(NoFreeStore const&) = delete;
+
+    static thread_local bool s_fails;
+};
+thread_local bool NoFreeStore::s_fails = false;
+
 S const kLong = u"a text that is longer than an object holds";
 
 bool Share(S const& a, S const& b)
 {
     return a.constData() == b.constData();
 }
+
+} // namespace
+
+void* operator new(std::size_t bytes)
+{
+    void* const memory = NoFreeStore::s_fails ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
+    return memory != nullptr ? memory : throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+namespace {
 
 TEST(TStringEdit, AgreesWithANaiveModel)
 {
@@ -59,7 +95,8 @@ TEST(TStringEdit, FindStr)
           Case{u"abc", 3, u"BC", 2, 0, S::CaseSensitive, -1}, Case{u"abc", 3, u"BC", 2, 0, S::CaseInsensitive, 1},
           Case{u"abc", 3, u"", 0, 3, S::CaseSensitive, -1}, Case{u"abc", 3, u"a", 1, -4, S::CaseSensitive, -1},
           Case{u"", 0, u"", 0, 0, S::CaseSensitive, -1}, Case{u"abc", -1, u"a", 1, 0, S::CaseSensitive, -1},
-          Case{nullptr, 3, u"a", 1, 0, S::CaseSensitive, -1},
+          Case{nullptr, 3, u"a", 1, 0, S::CaseSensitive, -1}, Case{nullptr, 3, u"", 0, 1, S::CaseSensitive, 1},
+          Case{nullptr, 3, nullptr, 2, -1, S::CaseSensitive, 2}, Case{nullptr, 3, u"", 0, 3, S::CaseSensitive, -1},
           Case{u"stra\u00DFe", 6, u"STRASSE", 7, 0, S::CaseInsensitive, -1},
           Case{u"a\0b", 3, u"b", 1, 0, S::CaseSensitive, 2}}) {
         EXPECT_EQ(S::findStr(c.haystack, c.length, c.needle, c.needleLength, c.from, c.cs), c.found);
@@ -67,6 +104,10 @@ TEST(TStringEdit, FindStr)
     EXPECT_EQ(S::findStr(u"abcabc", u"ca", 1), 2);
     EXPECT_EQ(S::findStr(u"abcABC", 6, u"ABC", 3, S::CaseInsensitive), 0);
     EXPECT_EQ(S::findStr(L"abcabc", L"ca", 1) + S::findStr(L"abcabc", 6, L"bc", 2, 2), 2 + 4);
+    EXPECT_EQ(S::findStr(u"abcABC", u"ABC", S::CaseInsensitive) + S::findStr(L"abcABC", L"ABC", S::CaseInsensitive), 0);
+    EXPECT_EQ(S::findStr(static_cast<wchar_t const*>(nullptr), 3, L"", 0, 1), 1);
+    EXPECT_EQ(S::findStr(S(u"abc"), L"c") + S::findStr(L"abc", u"c", 1) + S::findStr(L"abc", nullptr, 1), 5);
+    EXPECT_EQ(S(u"abcABC").findChar(u'A', S::CaseInsensitive) + S(u"abcABC").indexOf32(U'B', S::CaseInsensitive), 1);
     EXPECT_EQ(S(u"abcABC").indexOf(u"ABC", S::CaseInsensitive) + S(u"abcABC").lastIndexOf(u"abc", S::CaseInsensitive),
               3);
     EXPECT_EQ(S(u"a\0b", 3).indexOf(u'\0'), 1); // a unit like any other
@@ -91,6 +132,14 @@ TEST(TStringEdit, CompareOfViewsIsAStrictOrder)
     EXPECT_EQ(TStringView(u"ABC").compare(L"abd", CaseCompare::Insensitive), -1);
     EXPECT_EQ(S::compare(L"a", L"B", S::CaseInsensitive) + S::compareN(L"ab", L"abc", -1), -2);
     EXPECT_EQ(S(u"a").compare(std::u16string(u"a")), 0);
+    // Null is empty text, and one of two texts may be wide.
+    EXPECT_EQ(S(u"a").compare(nullptr) + S::compare(L"a", nullptr) + S::compareN(L"a", nullptr, 3), 3);
+    EXPECT_EQ(S().compare(nullptr) + S::compare(u"a", L"x") + S::compare(S(u"a"), L"x"), -2);
+    EXPECT_EQ(S::compareN(L"ax", u"ab", 1) + S::compareN(u"a", L"A", 2, S::CaseInsensitive), 0);
+    // Only as many wide characters are looked at as are compared.
+    GuardedMemory const memory(3 * sizeof(wchar_t));
+    wchar_t* const open = std::copy_n(L"abc", 3, memory.Last<wchar_t>(3)) - 3;
+    EXPECT_EQ(S::compareN(open, L"abc", 3) + S::compareN(L"abd", open, 3) + S::compareN(open, u"ab", 2), 1);
 }
 
 TEST(TStringEdit, Slices)
@@ -146,6 +195,10 @@ TEST(TStringEdit, Trimming)
     // A pair is one member of a set, and neither of its units is.
     EXPECT_EQ(S(u"\U0001F600\U0001F601").trim(u"\U0001F600"), u"\U0001F601");
     EXPECT_EQ(S(u"\U0001F600a\U0001F600").trim32(0x1F600), u"a");
+    // Nor in a set large enough for a table, which knows lone surrogates from those of pairs.
+    S const large = u"\u3042\u3044\u3046\u3048\u304A\u304B\u304D\u304F\U0001F600\U0001F601\U0001F602\xD83D\u3051\u3053";
+    EXPECT_EQ(S(u"\u304B\U0001F602\U0001F603\xDE00\xD83D").trim(large), u"\U0001F603\xDE00");
+    EXPECT_EQ(S(u"a\u3053\U0001F601\U0001F605\xD83Dx\xDE01\u3055").removeAnyOf(large), u"a\U0001F605x\xDE01\u3055");
     S const blanks(u' ', 4096);
     EXPECT_EQ((blanks + u"a b\u2003" + blanks).trimmed(), u"a b");
     EXPECT_TRUE(S(blanks).trim().empty() && blanks.trimmed().empty());
@@ -215,6 +268,9 @@ TEST(TStringEdit, SplittingAndJoining)
     EXPECT_TRUE(s.split(u"").empty() && s.splitOnAny(u"").empty() && S().splitCopy(u',').size() == 1 &&
                 S().splitCopy(u',', S::SkipEmptyParts).empty());
     EXPECT_EQ(S(u"a\0b\0", 4).splitCopy(u'\0'), (Strings{u"a", u"b", u""}));
+    S const separators = S(u',', 4000) + u"a";
+    Views const sparse = separators.split(u',', S::SkipEmptyParts);
+    EXPECT_TRUE(sparse == Views{u"a"} && sparse.capacity() <= 2001);
     EXPECT_EQ(s.tokenize(u","), (Views{u"a", u"b"}));
     // Separators on every place of a vector.
     for (int i = 0; i < 40; ++i) {
@@ -222,7 +278,26 @@ TEST(TStringEdit, SplittingAndJoining)
         EXPECT_EQ(text.split(u','), (Views{S(u'x', i), S(u'y', 40 - i)}));
     }
     EXPECT_EQ(S::join(s.split(u','), u'+') + S::join(Strings{}, u"+") + S::join(Strings{u"x"}, L"+"), u"a++b+x");
+    EXPECT_EQ(s.tokenize(u",b", S::KeepEmptyParts), (Views{u"a", u"", u"", u"", u""}));
+    EXPECT_EQ(s.view().tokenize(u",", EmptyParts::Keep), s.split(u','));
+    EXPECT_EQ(S::join({u"a", s, s.view()}, L"|") + S::join({s, S(u"b")}, u'-') + S::join({}, u"x"),
+              u"a|a,,b,|a,,b,a,,b,-b");
+    EXPECT_EQ(S(u"xy").insert(1, u8"\u00E9?", 2).prepend(u8"\u20AC!", 3), u"\u20ACx\u00E9y");
     EXPECT_EQ(S::join32(Strings{u"a", u"b"}, 0x1F600), u"a\U0001F600b");
+}
+
+// No position passes an int: of longer views the length is cut to one, and none is taken into a string.
+TEST(TStringEdit, ViewsLongerThanAnInt)
+{
+    char16_t const* const units = u"abcdef";
+    for (std::size_t const length : {(std::size_t{1} << 32) + 3, std::size_t{INT_MAX} + 1}) {
+        TStringView const view(units, length);
+        EXPECT_EQ(view.indexOf(u'f'), -1);
+        EXPECT_EQ(view.findOneOf(u"ef"), -1);
+        EXPECT_EQ(view.spanExcluding(u"ef"), std::max(view.length(), 0));
+        EXPECT_EQ(view.count(u'b') + view.lastIndexOf(u'a'), view.length() == 3 ? 1 : -1);
+        EXPECT_EQ(TextError([&] { S(u"x").insert(0, view); }), kOverflow);
+    }
 }
 
 // What a user of QString expects; the separators in between are the text's own.
@@ -243,12 +318,13 @@ TEST(TStringEdit, Sections)
           Case{u"a,b,c", 0, 2, S::SectionIncludeLeadingSep | S::SectionIncludeTrailingSep, u"a,b,c"},
           Case{u"a,b", 1, 9, 0, u"b"}, Case{u"a,b", 2, 3, 0, u""}, Case{u"a,b", 1, 0, 0, u""},
           Case{u"a,b", -9, 0, 0, u"a"}, Case{u"a,b", 0, -3, 0, u""}, Case{u"", 0, -1, 0, u""},
-          Case{u",,", 0, -1, S::SectionSkipEmpty, u""}}) {
+          Case{u",,", 0, -1, S::SectionSkipEmpty, u""}, Case{u",,", -1, 0, S::SectionSkipEmpty, u""}}) {
         EXPECT_EQ(S(text).section(u',', first, last, flags), section) << first << ' ' << last << ' ' << flags;
         EXPECT_EQ(TStringView(text).section(u",", first, last, flags), TStringView(section));
     }
     EXPECT_EQ(S(u"1x2X3").section(u'X', 1, 2, S::SectionCaseInsensitiveSeps), u"2X3");
     EXPECT_EQ(S(u"/usr/local/bin").section(u"/", -1), u"bin");
+    EXPECT_TRUE(S(u"abc").section(u"", -1, 0).empty() && S().section(u"", -1, 0).empty());
 }
 
 TEST(TStringEdit, ByteOrderMarksAndLineEndings)
@@ -281,6 +357,37 @@ TEST(TStringEdit, FailedEditsLeaveTheStringAlone)
         EXPECT_EQ(error, "Out of memory");
         EXPECT_TRUE(Share(s, kLong));
         EXPECT_EQ(kLong.view(), u"a text that is longer than an object holds");
+    }
+}
+
+// Edits that make no text longer work in place, with no memory besides; the others say what they lack.
+TEST(TStringEdit, PlacesAreNotKeptWhereTextIsReplacedInPlace)
+{
+    using Edit = void (*)(S&);
+    struct Case
+    {
+        Edit edit;
+        char16_t const* result;
+    };
+    for (auto const& [edit, result] :
+         {Case{[](S& s) { s.removeAll(u"t"); }, u"a ex ha is longer han an objec holds"},
+          Case{[](S& s) { s.removeAll(u"TH", S::CaseInsensitive); }, u"a text at is longer an an object holds"},
+          Case{[](S& s) { s.replace(u"th", u"*"); }, u"a text *at is longer *an an object holds"},
+          Case{[](S& s) { s.replaceAnyOf(u"aeiou", u"-"); }, u"- t-xt th-t -s l-ng-r th-n -n -bj-ct h-lds"},
+          Case{[](S& s) { s.removeAnyOf(u"aeiou "); }, u"txtthtslngrthnnbjcthlds"}}) {
+        S own = S(kLong.view());
+        NoFreeStore const none;
+        edit(own);
+        EXPECT_EQ(own, result);
+    }
+    if constexpr (!qvxsys::kLinesEndInCrLf) { // a DLL has an operator new of its own
+        S s = kLong;
+        std::string const error = [&] {
+            NoFreeStore const none;
+            return TextError([&] { s.replace(u"th", u"longer"); });
+        }();
+        EXPECT_EQ(error, "Out of memory");
+        EXPECT_TRUE(Share(s, kLong));
     }
 }
 

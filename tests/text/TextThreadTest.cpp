@@ -65,6 +65,9 @@ TEST(TextThreads, FirstUseFromManyThreads)
         TStringCore const text = "caf\xC3\xA9 \xE2\x82\xAC";
         ASSERT_EQ(text, u"caf\u00E9 \u20AC");
         ASSERT_EQ(QvxICU::t_getIgnoreDigitsRule().length(), 55);
+        ASSERT_EQ(text.indexOf(u"\u00C9", TStringCore::CaseInsensitive), 3);
+        ASSERT_EQ(text.toUpper(), u"CAF\u00C9 \u20AC");
+        ASSERT_EQ(text.toUpper().toLower(), text);
         quorvex::cpu::LimitInstructionSet(static_cast<quorvex::cpu::InstructionSet>(id % 3));
         ASSERT_EQ(text.toStdString(), "caf\xC3\xA9 \xE2\x82\xAC");
     });

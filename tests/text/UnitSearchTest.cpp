@@ -141,6 +141,11 @@ TEST_P(UnitSearchTest, ComparesLikeTheReference)
         ASSERT_EQ(CompareTerminatedFolded(left, right, n), reference::Compare(a, b, true));
         ASSERT_EQ(EqualUnits(left, right, n), a == b);
         ASSERT_EQ(EqualUnitsFolded(left, right, n), reference::Compare(a, b, true, false) == 0);
+        std::size_t const shorter = n - std::min(n, Below(3));
+        for (bool const folded : {false, true}) {
+            int const order = reference::Compare(a.substr(0, shorter), b.substr(0, shorter), folded, false);
+            ASSERT_EQ(OrderUnits(left, shorter, right, n, folded), order == 0 && shorter < n ? -1 : order);
+        }
         // Terminated texts of different lengths, each terminator the last unit before the border (or not).
         std::u16string const c = b.substr(0, n - Below(n / 2 + 1));
         char16_t const* const other = Place(m_right, std::u16string(c.c_str(), c.size() + 1), atEnd);
@@ -281,6 +286,10 @@ TEST_P(UnitSearchTest, FindsMembersOfSetsLikeTheStandardLibrary)
             RandomText(Below(2) == 0 ? alphabet : u"-", Below(100)) + RandomText(alphabet, Below(9));
         std::u16string set = RandomText(alphabet, Below(4));
         set += std::u16string(u"01234567\u0130\u0161\u3042").substr(Below(12)); // low bytes that meet others', too
+        if (round % 3 == 0) {
+            set +=
+                u"\u4E00\u4E8C\u4E09\u56DB\u4E94\u516D\u4E03\u516B\u4E5D\u5341\u767E\u5343\u4E07\u5104\u5146\u4EAC"; // a table
+        }
         char16_t const* const p = Place(m_left, text, (round & 1) != 0);
         std::size_t const none = kNotFound;
         static_assert(none == std::u16string::npos);

@@ -97,7 +97,8 @@ TConstCodePointIterator<TStringView>
 searchString(TStringView const& text, TConstCodePointIterator<TStringView> const& start, StringTable const& table)
 {
     auto const end = text.codepoint_cend();
-    if (!MayMatch(text, table) || !(start != end)) { // the comparison throws for an iterator over another text
+    // The comparison throws for an iterator over another text. One over a longer text with the same start passes it.
+    if (!MayMatch(text, table) || !(start != end) || start.codeUnitIndex() >= text.length()) {
         return end;
     }
     Place const found = Search(text, {start.codeUnitIndex(), 0}, table);

@@ -3,44 +3,21 @@
 #include <qvxsys/std.h>
 
 #include <algorithm>
-#include <cstring>
 #include <ostream>
 #include <string>
 
 #include <qvxsys/CharacterUtils.h>
 #include <qvxsys/TCType.h>
 
+#include "UnitCompare.h"
+
 namespace qvxsys::detail {
 namespace {
 
-// As many units as are compared, or folded and hashed, in one go.
-constexpr std::size_t kBlock = 8;
+// As many units as are folded and hashed in one go.
 constexpr std::size_t kHashed = 64;
 
-constexpr auto kSame = [](char16_t c) noexcept { return c; };
 constexpr auto kFolded = [](char16_t c) noexcept { return TCType::FoldCase(c); };
-
-template<class Fold>
-int OrderUnits(TStringView a, TStringView b, Fold fold) noexcept
-{
-    std::size_t const n = std::min(a.size(), b.size());
-    char16_t const* const left = a.data();
-    char16_t const* const right = b.data();
-    for (std::size_t i = 0; i < n;) {
-        if (n - i >= kBlock && std::memcmp(left + i, right + i, kBlock * sizeof(char16_t)) == 0) {
-            i += kBlock;
-            continue;
-        }
-        for (std::size_t const stop = std::min(n, i + kBlock); i < stop; ++i) {
-            char16_t const l = fold(left[i]);
-            char16_t const r = fold(right[i]);
-            if (l != r) {
-                return l < r ? -1 : 1;
-            }
-        }
-    }
-    return a.size() == b.size() ? 0 : a.size() < b.size() ? -1 : 1;
-}
 
 } // namespace
 
@@ -66,12 +43,12 @@ std::size_t HashFolded(TStringView text) noexcept
 
 int Order(TStringView a, TStringView b) noexcept
 {
-    return OrderUnits(a, b, kSame);
+    return text::OrderUnits(a.data(), a.size(), b.data(), b.size(), false);
 }
 
 int OrderFolded(TStringView a, TStringView b) noexcept
 {
-    return OrderUnits(a, b, kFolded);
+    return text::OrderUnits(a.data(), a.size(), b.data(), b.size(), true);
 }
 
 void Write(std::ostream& out, TStringView text)

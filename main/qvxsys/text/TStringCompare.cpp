@@ -25,9 +25,8 @@ int TStringCore::compare(char16_t const* a, char16_t const* b, CaseSensitivity c
 
 int TStringCore::compare(wchar_t const* other, CaseSensitivity cs) const
 {
-    qvxsys::detail::WideText const wide(other);
-    TStringView const view = wide;
-    return compare(constData(), view.data(), cs);
+    qvxsys::detail::WideUnits const wide(other, -1);
+    return compare(constData(), wide.Units(), cs);
 }
 
 int TStringCore::compareN(char16_t const* a, char16_t const* b, int n, CaseSensitivity cs) noexcept
@@ -46,19 +45,7 @@ int TStringCore::compareN(char16_t const* a, char16_t const* b, int n, CaseSensi
 
 int TStringView::Compare(TStringView other, CaseCompare cs) const noexcept
 {
-    std::size_t const common = std::min(m_length, other.m_length);
-    for (std::size_t i = 0; i < common; ++i) {
-        char16_t a = m_data[i];
-        char16_t b = other.m_data[i];
-        if (a != b && cs != CaseCompare::Sensitive) {
-            a = TCType::FoldCase(a);
-            b = TCType::FoldCase(b);
-        }
-        if (a != b) {
-            return a < b ? -1 : 1;
-        }
-    }
-    return m_length == other.m_length ? 0 : m_length < other.m_length ? -1 : 1;
+    return text::OrderUnits(m_data, m_length, other.m_data, other.m_length, cs != CaseCompare::Sensitive);
 }
 
 namespace qvxsys::detail {

@@ -82,12 +82,13 @@ TStringCore TStringEditing::Fresh(int n) const
 
 TStringCore& TStringEditing::InsertText(int pos, TStringView v)
 {
-    if (v.length() > 0) {
+    int const n = text::CheckedUnits(v.size());
+    if (n > 0) {
         if (inSelf(v.data())) {
-            TStringCore const copy(v.data(), v.length());
+            TStringCore const copy(v.data(), n);
             return InsertText(pos, copy);
         }
-        ReplaceUnits(std::clamp(pos, 0, length()), 0, v.data(), v.length());
+        ReplaceUnits(std::clamp(pos, 0, length()), 0, v.data(), n);
     }
     return Self();
 }

@@ -1,12 +1,15 @@
 // Replacing in strings.
 //
-// A text is replaced in two steps: first all places are found, then the result, whose length is known by then, is made
-// by copying the stretches between them. Nothing is changed before all room is there.
+// Where nothing moves towards the end, the text is ours alone and the arguments lie elsewhere, a text is replaced in
+// place while it is searched: writing never comes before the search. Otherwise in two steps: first all places are
+// found, then the result, whose length is known by then, is made by copying the stretches between them. Either way
+// nothing is changed before all room is there.
 
 #include <qvxsys/TStringEditing.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <new>
 #include <vector>
 
 #include <emmintrin.h>
@@ -101,60 +104,161 @@ TStringCore& TStringEditing::ReplaceRange(int pos, int n, TStringView v)
     return Self();
 }
 
-// Each place by `after`. In place where nothing moves towards the end and the block is ours alone, else into a new one.
-void TStringEditing::ReplacePlaces(std::vector<Place> const& places, TStringView after)
+namespace {
+
+// A stretch of the text that is to be replaced; count is 0 when there is no more.
+struct Place
 {
-    int const n = text::CheckedUnits(after.size());
-    std::int64_t result = length();
-    bool grows = false;
-    for (Place const& place : places) {
-        result += n - place.count;
-        grows = grows || n > place.count;
+    std::size_t at;
+    std::size_t count;
+};
+
+// Where a text occurs, the occurrences not overlapping.
+class Occurrences
+{
+public:
+    Occurrences(TStringView text, TStringView needle, bool folded) noexcept
+        : m_matches(text.data(), text.size(), needle.data(), needle.size(), folded), m_count(needle.size())
+    {}
+    Place Next()
+    {
+        std::size_t const at = m_matches.Next(m_from);
+        m_from = at + m_count;
+        return at == text::kNotFound ? Place{} : Place{at, m_count};
     }
-    int const total = text::CheckedUnits(static_cast<std::uint64_t>(result));
-    bool const inPlace = !grows && !inSelf(after.data()) && (!IsBlock() || !IsShared(Block()));
-    TStringCore fresh = inPlace ? TStringCore() : Fresh(total);
-    char16_t const* from = constData();
-    char16_t const* const begin = from;
-    char16_t const* const end = from + length();
-    char16_t* to = inPlace ? data() : fresh.SetLength(total);
-    auto const put = [&to](char16_t const* units, std::ptrdiff_t count) {
-        if (count != 0) { // an empty replacement may be null
-            text::MoveUnits(to, units, static_cast<int>(count));
-            to += count;
+
+private:
+    text::UnitMatches m_matches;
+    std::size_t const m_count;
+    std::size_t m_from = 0;
+};
+
+// The code points that are in a set.
+class Members
+{
+public:
+    Members(TStringView text, text::UnitSet const& set) noexcept : m_text(text), m_set(set), m_at(text.begin()) {}
+    Place Next() noexcept
+    {
+        while (m_at != m_text.end()) {
+            char16_t const* const at = m_at;
+            int const units = m_set.Match(at, m_text.end());
+            m_at += text::UnitSet::UnitsAt(at, m_text.end());
+            if (units != 0) {
+                return {static_cast<std::size_t>(at - m_text.begin()), static_cast<std::size_t>(units)};
+            }
         }
-    };
-    for (Place const& place : places) {
-        put(from, begin + place.at - from);
-        put(after.data(), n);
-        from = begin + place.at + place.count;
+        return {};
     }
-    put(from, end - from);
-    if (inPlace) {
-        StoreLength(total);
-    } else {
-        swap(fresh);
+
+private:
+    TStringView const m_text;
+    text::UnitSet const& m_set;
+    char16_t const* m_at;
+};
+
+// Copies a text with its places replaced to `to`, which may be the text itself if no place grows. Every stretch is
+// written when all before it has been read.
+class Rewriter
+{
+public:
+    Rewriter(TStringView text, TStringView after, char16_t* to) noexcept
+        : m_begin(text.begin()), m_from(text.begin()), m_end(text.end()), m_after(after), m_start(to), m_to(to)
+    {}
+    void Replace(Place place) noexcept
+    {
+        char16_t const* const at = m_begin + place.at;
+        Put(m_from, at);
+        Put(m_after.begin(), m_after.end());
+        m_from = at + place.count;
     }
+    // The rest; returns the length of the result.
+    int Finish() noexcept
+    {
+        Put(m_from, m_end);
+        return static_cast<int>(m_to - m_start);
+    }
+
+private:
+    void Put(char16_t const* begin, char16_t const* end) noexcept
+    {
+        // An empty replacement may be null, and up to the first place the text is where it belongs.
+        if (begin != end && begin != m_to) {
+            text::MoveUnits(m_to, begin, static_cast<int>(end - begin));
+        }
+        m_to += end - begin;
+    }
+
+    char16_t const* const m_begin;
+    char16_t const* m_from;
+    char16_t const* const m_end;
+    TStringView const m_after;
+    char16_t* const m_start;
+    char16_t* m_to;
+};
+
+} // namespace
+
+// Each of the places by `after`; returns how many there were. `streaming`: no place grows, finding places does not fail
+// and looks at nothing else in this string.
+template<class Places>
+int TStringEditing::ReplacePlaces(Places places, TStringView after, bool streaming)
+try {
+    TStringView const whole = Self().view();
+    Place place = places.Next();
+    if (place.count == 0) {
+        return 0;
+    }
+    if (streaming && !inSelf(after.data()) && (!IsBlock() || !IsShared(Block()))) {
+        Rewriter rewriter(whole, after, data());
+        int replaced = 0;
+        for (; place.count != 0; place = places.Next()) {
+            rewriter.Replace(place);
+            ++replaced;
+        }
+        StoreLength(rewriter.Finish());
+        return replaced;
+    }
+    auto const n = static_cast<std::uint64_t>(text::CheckedUnits(after.size()));
+    std::uint64_t total = whole.size();
+    std::vector<Place> found;
+    for (; place.count != 0; place = places.Next()) {
+        found.push_back(place);
+        total += n - place.count;
+    }
+    int const length = text::CheckedUnits(total);
+    TStringCore fresh = Fresh(length);
+    Rewriter rewriter(whole, after, fresh.SetLength(length));
+    for (Place const& each : found) {
+        rewriter.Replace(each);
+    }
+    rewriter.Finish();
+    swap(fresh);
+    return static_cast<int>(found.size());
+} catch (std::bad_alloc const&) {
+    text::Throw("Out of memory");
 }
 
 int TStringEditing::ReplaceText(TStringView before, TStringView after, CaseSensitivity cs)
 {
     bool const folded = cs != CaseSensitive;
+    if (before.empty()) {
+        return 0;
+    }
     if (before.size() == 1 && after.size() == 1) {
         return ReplaceUnit(before[0], after[0], folded);
     }
-    TStringView const whole = Self().view();
-    std::vector<Place> places;
-    if (!before.empty()) {
-        text::UnitMatches matches(whole.data(), whole.size(), before.data(), before.size(), folded);
+    if (!folded && before == after) {
+        text::UnitMatches matches(constData(), size(), before.data(), before.size(), folded);
+        int found = 0;
         for (std::size_t at = matches.Next(); at != text::kNotFound; at = matches.Next(at + before.size())) {
-            places.push_back({static_cast<int>(at), before.length()});
+            ++found;
         }
+        return found;
     }
-    if (!places.empty() && (folded || before != after)) {
-        ReplacePlaces(places, after);
-    }
-    return static_cast<int>(places.size());
+    bool const streaming =
+        after.size() <= before.size() && text::UnitMatches::NeverFails(before.size()) && !inSelf(before.data());
+    return ReplacePlaces(Occurrences(Self(), before, folded), after, streaming);
 }
 
 TStringCore& TStringEditing::ReplaceEach(TStringView before, TStringView after, CaseSensitivity cs)
@@ -175,18 +279,7 @@ TStringCore& TStringEditing::RemoveMembers(TStringView set)
 
 TStringCore& TStringEditing::ReplaceMembers(TStringView set, TStringView after)
 {
-    TStringView const whole = Self().view();
     text::UnitSet const members(set);
-    std::vector<Place> places;
-    for (char16_t const* at = whole.begin(); at != whole.end();) {
-        int const units = members.Match(at, whole.end());
-        if (units != 0) {
-            places.push_back({static_cast<int>(at - whole.begin()), units});
-        }
-        at += text::UnitSet::UnitsAt(at, whole.end());
-    }
-    if (!places.empty()) {
-        ReplacePlaces(places, after);
-    }
+    ReplacePlaces(Members(Self(), members), after, after.size() <= 1 && !inSelf(set.data()));
     return Self();
 }

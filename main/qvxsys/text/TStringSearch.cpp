@@ -7,6 +7,7 @@
 
 #include <qvxsys/TStringCore.h>
 
+#include "StringLimits.h"
 #include "UnitCompare.h"
 #include "UnitSearch.h"
 
@@ -20,6 +21,12 @@ int StartOf(int from, int length) noexcept
 {
     std::int64_t const start = from < 0 ? std::int64_t{from} + length : from;
     return start < 0 || start >= length ? -1 : static_cast<int>(start);
+}
+
+// Positions are int: of a view beyond that, what its length() says is searched.
+TStringView Countable(TStringView text) noexcept
+{
+    return text.size() <= static_cast<std::size_t>(text::kMaxLength) ? text : text.left(text.length());
 }
 
 } // namespace
@@ -48,6 +55,7 @@ bool HasSuffix(TStringView text, TStringView suffix, bool folded) noexcept
 
 int FindText(TStringView text, TStringView needle, int from, bool folded)
 {
+    text = Countable(text);
     int const start = StartOf(from, text.length());
     if (start < 0 || needle.empty()) {
         return start;
@@ -60,6 +68,7 @@ int FindText(TStringView text, TStringView needle, int from, bool folded)
 
 int FindTextLast(TStringView text, TStringView needle, int from, bool folded)
 {
+    text = Countable(text);
     int const start = StartOf(from, text.length());
     if (start < 0 || needle.empty()) {
         return start;
@@ -71,6 +80,7 @@ int FindTextLast(TStringView text, TStringView needle, int from, bool folded)
 
 int CountText(TStringView text, TStringView needle, bool folded)
 {
+    text = Countable(text);
     if (needle.empty()) {
         return text.length(); // found everywhere
     }
@@ -79,6 +89,7 @@ int CountText(TStringView text, TStringView needle, bool folded)
 
 int FindMember(TStringView text, TStringView set, int from, bool wanted) noexcept
 {
+    text = Countable(text);
     int const start = StartOf(from, text.length());
     if (start < 0) {
         return -1;
@@ -91,7 +102,7 @@ int FindMember(TStringView text, TStringView set, int from, bool wanted) noexcep
 int RunOf(TStringView text, TStringView set, bool members) noexcept
 {
     int const end = FindMember(text, set, 0, !members);
-    return end < 0 ? text.length() : end;
+    return end < 0 ? Countable(text).length() : end;
 }
 
 } // namespace qvxsys::detail
@@ -99,10 +110,10 @@ int RunOf(TStringView text, TStringView set, bool members) noexcept
 int TStringCore::findStr(char16_t const* haystack, int haystackLength, char16_t const* needle, int needleLength,
                          int from, CaseSensitivity cs)
 {
-    if (haystack == nullptr || haystackLength < 1) {
+    bool const isEmpty = needle == nullptr || needleLength == 0 || *needle == 0;
+    if (haystackLength < 1 || (haystack == nullptr && !isEmpty)) {
         return -1;
     }
-    bool const isEmpty = needle == nullptr || needleLength == 0 || *needle == 0;
     int const wanted = isEmpty ? 0 : needleLength < 0 ? length(needle) : needleLength;
     return qvxsys::detail::FindText({haystack, static_cast<std::size_t>(haystackLength)},
                                     {needle, static_cast<std::size_t>(wanted)}, from, cs != CaseSensitive);

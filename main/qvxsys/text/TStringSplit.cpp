@@ -34,7 +34,14 @@ public:
         m_begin = separator + width;
     }
     void Last() { Take(m_end); }
-    void Reserve(std::size_t parts) { m_parts.reserve(m_parts.size() + parts); }
+    /// Room for what so many single units cut off: parts that are not empty have a separator between them, so they
+    /// are at most every second unit.
+    void Reserve(std::size_t separators)
+    {
+        std::size_t const parts = separators + 1;
+        std::size_t const apart = (static_cast<std::size_t>(m_end - m_begin) + 1) / 2;
+        m_parts.reserve(m_parts.size() + (m_skipEmpty ? std::min(parts, apart) : parts));
+    }
 
 private:
     void Take(char16_t const* end)
@@ -55,7 +62,7 @@ template<class Part>
 void SplitAtUnit(TStringView text, char16_t unit, Cutter<Part>& cutter)
 {
     // Counting is an order of magnitude faster than cutting, and the parts are then allocated once.
-    cutter.Reserve(text::kernels().countUnit(text.data(), text.size(), unit) + 1);
+    cutter.Reserve(text::kernels().countUnit(text.data(), text.size(), unit));
     char16_t const* at = text.data();
     char16_t const* const end = text.end();
     __m128i const wanted = _mm_set1_epi16(static_cast<short>(unit));
@@ -141,7 +148,7 @@ TStringView Section(TStringView text, TStringView separator, int first, int last
     auto const numbered = std::count_if(parts.begin(), parts.end(), isNumbered);
     std::int64_t const from = first < 0 ? first + numbered : first;
     std::int64_t const to = last < 0 ? last + numbered : last;
-    if (from >= numbered || to < 0 || from > to) {
+    if (numbered == 0 || from >= numbered || to < 0 || from > to) {
         return {};
     }
     // The first part of the range, and the last one, which may be past the end. Empty parts that are not numbered

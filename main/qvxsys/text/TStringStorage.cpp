@@ -252,7 +252,11 @@ int TStringStorage::WideLength(wchar_t const* s) noexcept
 
 int TStringStorage::WideLengthInCodePoints(wchar_t const* s)
 {
-    return TStringCore(s).lengthInCodePoints();
+    if constexpr (qvxsys::kWideIsUtf16) {
+        return lengthInCodePoints(reinterpret_cast<char16_t const*>(s));
+    } else {
+        return TStringCore(s).lengthInCodePoints();
+    }
 }
 
 std::size_t TStringStorage::lengthInBytes(char16_t const* s) noexcept

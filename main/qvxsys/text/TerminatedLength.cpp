@@ -7,9 +7,9 @@
 namespace qvxsys::detail {
 
 // Eight units at a time in aligned loads. A load that begins before the text or ends behind the terminator stays within
-// the 16 bytes, hence the page, in which text stands; what is outside the text does not enter the result. The address
-// sanitizer cannot know that, so it is told to look away here.
-__attribute__((no_sanitize("address"))) std::size_t TerminatedLength(char16_t const* text) noexcept
+// the 16 bytes, hence the page, in which text stands; what is outside the text does not enter the result, whoever may
+// be writing there. The sanitizers cannot know that, so they are told to look away here.
+__attribute__((no_sanitize("address", "thread"))) std::size_t TerminatedLength(char16_t const* text) noexcept
 {
     auto const address = reinterpret_cast<std::uintptr_t>(text);
     if ((address & 1) != 0) [[unlikely]] {

@@ -201,10 +201,10 @@ std::size_t UnitsToPageEnd(char16_t const* p) noexcept
 }
 
 /// The same for texts that may end, with a terminator, before n units. Blocks reach behind a terminator, but never into
-/// the next page. The address sanitizer cannot know that this is harmless, so it is told to look away here.
+/// the next page. The sanitizers cannot know that this is harmless, so they are told to look away here.
 template<class Skipped>
-__attribute__((no_sanitize("address"))) std::size_t FirstStopTerminated(char16_t const* a, char16_t const* b,
-                                                                        std::size_t n, Skipped skipped) noexcept
+__attribute__((no_sanitize("address", "thread"))) std::size_t
+FirstStopTerminated(char16_t const* a, char16_t const* b, std::size_t n, Skipped skipped) noexcept
 {
     for (std::size_t i = 0; i < n;) {
         std::size_t const end = i + std::min({UnitsToPageEnd(a + i), UnitsToPageEnd(b + i), n - i});
@@ -309,6 +309,23 @@ bool EqualUnitsFolded(char16_t const* a, char16_t const* b, std::size_t n) noexc
     }
     return CompareFolded<false>(
                a, b, n, [=](std::size_t i, Alike alike) { return i + FirstStop(a + i, b + i, n - i, alike); }) == 0;
+}
+
+int OrderUnits(char16_t const* a, std::size_t lengthA, char16_t const* b, std::size_t lengthB, bool folded) noexcept
+{
+    std::size_t const n = std::min(lengthA, lengthB);
+    int sign = 0;
+    if (folded) {
+        sign = CompareFolded<false>(
+            a, b, n, [=](std::size_t i, Alike alike) { return i + FirstStop(a + i, b + i, n - i, alike); });
+    } else {
+        // Stops at common 0 units too; these are passed over.
+        for (std::size_t i = 0; i < n && sign == 0; ++i) {
+            i += FirstStop(a + i, b + i, n - i, Same());
+            sign = i < n ? SignOf(a[i], b[i]) : 0;
+        }
+    }
+    return sign != 0 ? sign : lengthA == lengthB ? 0 : lengthA < lengthB ? -1 : 1;
 }
 
 } // namespace qvxsys::text

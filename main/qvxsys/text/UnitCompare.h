@@ -50,4 +50,9 @@ bool EqualEnds(char16_t const* a, char16_t const* b, std::size_t n) noexcept
 }
 [[nodiscard]] bool EqualUnitsFolded(char16_t const* a, char16_t const* b, std::size_t n) noexcept;
 
+/// -1, 0 or 1 for texts in which a 0 unit is as good as any other: a text comes before those that begin with it. A
+/// strict order.
+[[nodiscard]] int OrderUnits(char16_t const* a, std::size_t lengthA, char16_t const* b, std::size_t lengthB,
+                             bool folded) noexcept;
+
 } // namespace qvxsys::text

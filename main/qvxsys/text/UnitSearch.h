@@ -45,7 +45,11 @@ public:
 
     /// The first match at or after `from`, and behind the one returned last; or kNotFound. So Next() steps through the
     /// overlapping matches too, Next(at + n) through the others.
+    /// Looks at nothing before `from`.
     [[nodiscard]] std::size_t Next(std::size_t from = 0);
+
+    /// Whether Next cannot throw for a needle of n units.
+    [[nodiscard]] static constexpr bool NeverFails(std::size_t n) noexcept { return n < kSmallNeedle; }
 
 private:
     // Needles of less units need no allocation for their table of borders.

@@ -1,8 +1,9 @@
 #pragma once
 // The kernels: bulk conversion between UTF-8, UTF-16 and UTF-32 on raw memory, and the scans under comparison and
-// search, one set per instruction set, chosen at run time. This is the one place that knows how text is converted and
-// scanned quickly; the functions of StringUtils and the string class add lengths, capacities, terminators and messages
-// around it, UnitCompare and UnitSearch the meaning of folding and of a match.
+// search, one set per instruction set, chosen at run time. This is where long text is converted and scanned quickly
+// (short vector loops for what is no kernel stand where they are used); the functions of StringUtils and the string
+// class add lengths, capacities, terminators and messages around it, UnitCompare and UnitSearch the meaning of folding
+// and of a match.
 //
 // Rules that hold for every kernel:
 // - Source and destination do not overlap. A null source is allowed only with a length of 0.
