@@ -26,6 +26,7 @@ using Strings = std::vector<TStringCore>;
 using Views = std::vector<TStringView>;
 
 constexpr char const* kOverflow = "Allocation size less than zero; probable overflow";
+
 // While it lives, this thread's operator new fails, in the library too where it takes the program's.
 class NoFreeStore
 {
