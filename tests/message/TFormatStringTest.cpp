@@ -16,7 +16,7 @@ int g_newsLeft = -1; // calls of operator new before one throws; negative: none 
 
 } // namespace
 
-void* operator new(std::size_t size)
+[[gnu::noinline]] void* operator new(std::size_t size)
 {
     if (g_newsLeft >= 0 && g_newsLeft-- == 0) {
         throw std::bad_alloc();
@@ -26,11 +26,11 @@ void* operator new(std::size_t size)
     }
     throw std::bad_alloc();
 }
-void operator delete(void* p) noexcept
+[[gnu::noinline]] void operator delete(void* p) noexcept
 {
     std::free(p);
 }
-void operator delete(void* p, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void* p, std::size_t) noexcept
 {
     std::free(p);
 }

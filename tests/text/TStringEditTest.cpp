@@ -49,18 +49,18 @@ bool Share(S const& a, S const& b)
 
 } // namespace
 
-void* operator new(std::size_t bytes)
+[[gnu::noinline]] void* operator new(std::size_t bytes)
 {
     void* const memory = NoFreeStore::s_fails ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
     return memory != nullptr ? memory : throw std::bad_alloc();
 }
 
-void operator delete(void* memory) noexcept
+[[gnu::noinline]] void operator delete(void* memory) noexcept
 {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }
