@@ -187,7 +187,6 @@ TEST_F(Scan, MistakesInFindAndPrint)
     } const table[] = {
         {{"--find", ""}, "must not be empty"},
         {{"--find="}, "must not be empty"},
-        {{"--find", "\xFF"}, "UTF-8"},
         {{"--find", "a", "--show", "-1"}, "--show"},
         {{"--find", "a", "--show", "99999999999999999999"}, "--show"},
         {{"--find", "a\nb"}, "line feeds"},

@@ -161,9 +161,13 @@ TEST_F(Scan, MemoryDoesNotGrowWithTheFile)
         GTEST_SKIP() << "a child's peak begins with the size of this process, which is too large itself";
     }
     std::string const path = Write("sparse", "");
+    fs::resize_file(path, 30'000'000);
+    ChildResult const small = Qvx({"scan", "--json", "--encoding", "UTF-8", path});
     fs::resize_file(path, 300'000'000);
     ChildResult const run = Qvx({"scan", "--json", "--encoding", "UTF-8", path});
     EXPECT_EQ(json::parse(run.out)["total"]["codePoints"], 300'000'000);
-    EXPECT_GT(run.peakKiB, 0);
-    EXPECT_LT(run.peakKiB, kMostKiB);
+    EXPECT_GT(small.peakKiB, 0);
+    EXPECT_LT(run.peakKiB - small.peakKiB, 4 * 1024);
+    // Where the libraries' own data counts as well, the program begins with more than that.
+    EXPECT_LT(run.peakKiB, LeastPeakKiB() != 0 ? kMostKiB : 2 * kMostKiB);
 }

@@ -133,3 +133,10 @@ TEST_F(Scan, FindsWhatGrepCannot)
         EXPECT_EQ(RunChild({"/usr/bin/env", "LC_ALL=C.UTF-8", "grep", "-a", "-c", "-i", needle, file}).out, "0\n");
     }
 }
+
+TEST_F(Scan, FindTakesTextOnly)
+{
+    ChildResult const run = Qvx({"scan", "--find", "\xFF", Write("a", "\xFF")});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_NE(run.err.find("UTF-8"), std::string::npos) << run.err;
+}
