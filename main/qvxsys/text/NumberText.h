@@ -89,7 +89,7 @@ inline void WriteDecimal(char16_t* out, std::uint64_t v, int length) noexcept
 {
     constexpr std::uint64_t kSixteen = 10000000000000000;
     char16_t* end = out + length;
-    if (v >= kSixteen) {
+    if (v >= kSixteen) [[unlikely]] {
         std::uint64_t const rest = v / kSixteen;
         end -= 16;
         detail::StoreSixteen(end, v - rest * kSixteen);
