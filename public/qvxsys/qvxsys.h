@@ -4,6 +4,7 @@
 #include <qvxsys/CharacterUtils.h>
 #include <qvxsys/CodePointIterator.h>
 #include <qvxsys/CodePointView.h>
+#include <qvxsys/CpuTime.h>
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/FormatScan.h>
@@ -20,6 +21,7 @@
 #include <qvxsys/TCType.h>
 #include <qvxsys/TError.h>
 #include <qvxsys/TFormatStringCore.h>
+#include <qvxsys/TMath.h>
 #include <qvxsys/TMemory.h>
 #include <qvxsys/TScanStringCore.h>
 #include <qvxsys/TStringCore.h>
@@ -28,6 +30,7 @@
 #include <qvxsys/TStringOperators.h>
 #include <qvxsys/TStringStorage.h>
 #include <qvxsys/TStringView.h>
+#include <qvxsys/TSystem.h>
 #include <qvxsys/TTextDecoder.h>
 #include <qvxsys/TTextReading.h>
 #include <qvxsys/TextArguments.h>

@@ -1,0 +1,64 @@
+// The examples of the headers of process services and numeric functions.
+
+#include <cmath>
+#include <cstdio>
+#include <iostream>
+#include <limits>
+#include <vector>
+
+#include <qvxsys/qvxsys.h>
+
+namespace {
+
+bool UpTime()
+{
+    unsigned int const start = TSystem::AppUpTime();
+    TSystem::Sleep(5);
+    return TSystem::AppUpTime() - start >= 5; // right across the wrap
+}
+
+bool LastError()
+{
+    if (std::FILE* const file = std::fopen("/no such folder/no such file", "rb"); file == nullptr) {
+        std::string const text = GetLastErrorString();
+        std::cout << text << '\n';
+        return text.starts_with("last error : 0x000000000000000");
+    }
+    return false;
+}
+
+double Work()
+{
+    double sum = 0;
+    for (int i = 1; i < 1'000'000; ++i) {
+        sum += std::sqrt(i);
+    }
+    return sum;
+}
+
+bool CpuTime()
+{
+    quorvex::cputime::ThreadTimeValue total;
+    for (int i = 0; i < 3; ++i) {
+        quorvex::cputime::ThreadTimeScope const scope(total); // adds at its end
+        std::cout << Work() << '\n';
+    }
+    std::cout << total.kernelMs + total.userMs << " ms\n";
+    return total.kernelMs == 0;
+}
+
+bool Numbers()
+{
+    std::vector<double> const before{1, std::numeric_limits<double>::quiet_NaN()};
+    std::vector<double> const after = before;
+    return TMath::round2(12.345, 1) == 12.3 && TMath::MulDiv(12, 96, 72) == 16 && TMath::identical(before, after);
+}
+
+} // namespace
+
+int main()
+{
+    bool const ok = UpTime() && LastError() && CpuTime() && Numbers();
+    std::cout << (ok ? "ok\n" : "not as documented\n");
+    return ok ? 0 : 1;
+}
