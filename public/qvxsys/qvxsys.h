@@ -12,6 +12,7 @@
 #include <qvxsys/KMP.h>
 #include <qvxsys/Launch.h>
 #include <qvxsys/LogicException.h>
+#include <qvxsys/ParallelFor.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/Processor.h>
 #include <qvxsys/QuorvexError.h>
@@ -38,6 +39,7 @@
 #include <qvxsys/TSystem.h>
 #include <qvxsys/TTextDecoder.h>
 #include <qvxsys/TTextReading.h>
+#include <qvxsys/TThreadPool.h>
 #include <qvxsys/TextArguments.h>
 #include <qvxsys/TextComparison.h>
 #include <qvxsys/ThreadAnnotations.h>

@@ -1,0 +1,21 @@
+#include "ThreadPlatform.h"
+
+#include <algorithm>
+#include <cstring>
+#include <pthread.h>
+
+namespace qvxsys::task::platform {
+
+void NameThisThread(char const* name) noexcept
+{
+    constexpr std::size_t kMost = 15;
+    char text[kMost + 1] = {};
+    std::size_t length = std::min(std::strlen(name), kMost);
+    while (length != 0 && (static_cast<unsigned char>(name[length]) & 0xC0) == 0x80) {
+        --length;
+    }
+    std::memcpy(text, name, length);
+    pthread_setname_np(pthread_self(), text);
+}
+
+} // namespace qvxsys::task::platform

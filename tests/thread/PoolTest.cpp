@@ -1,0 +1,457 @@
+#include "PoolSupport.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <memory>
+#include <set>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing_support::Blockers;
+using testing_support::ConfiguredPool;
+using testing_support::FailedCheck;
+using testing_support::kNoLimit;
+using testing_support::ReturningHook;
+
+constexpr auto kIfIdle = TThreadPoolWork::IfIdle;
+constexpr auto kQueue = TThreadPoolWork::Queue;
+
+void YieldUntil(std::function<bool()> const& condition)
+{
+    while (!condition()) {
+        std::this_thread::yield();
+    }
+}
+
+TEST(ThreadPool, IsMadeByTheFirstGetAsConfigured)
+{
+    std::atomic<int> starts = 0;
+    std::atomic<int> exits = 0;
+    std::vector<TStringCore> lines;
+    TThreadPool::Configure(
+        4, [&] { ++starts; }, [&] { ++exits; }, [&](TStringCore line) { lines.push_back(line); });
+    EXPECT_TRUE(lines.empty());
+    EXPECT_EQ(TThreadPool::Get().GetNumberOfThreads(), 4U);
+    EXPECT_EQ(&TThreadPool::Get(), &TThreadPool::Get());
+    EXPECT_EQ(lines, std::vector<TStringCore>{u"Started thread pool with: 4 threads"});
+    TThreadPool::Configure(0, nullptr, nullptr, nullptr);
+    EXPECT_EQ(TThreadPool::Get().GetNumberOfThreads(), 4U);
+    EXPECT_TRUE(TThreadPool::Shutdown(kNoLimit));
+    EXPECT_EQ(starts, 4);
+    EXPECT_EQ(exits, 4);
+    EXPECT_TRUE(TThreadPool::Shutdown(0ms)) << "there is none";
+    EXPECT_FALSE(TThreadPool::IsAvailable());
+}
+
+TEST(ThreadPool, ReportsMisuse)
+{
+    EXPECT_EQ(FailedCheck([] { static_cast<void>(TThreadPool::Get()); }),
+              "qvxsys/main/thread/TThreadPool line 67: g_numThreads > 0");
+    TThreadPool pool(1, nullptr, nullptr);
+    EXPECT_EQ(FailedCheck([&] { pool.AddWork(nullptr, kQueue); }), "qvxsys/main/thread/TThreadPool line 121: func");
+    EXPECT_EQ(pool.GetThreadPoolUseCount(), 0U);
+    {
+        ReturningHook const hook;
+        EXPECT_FALSE(pool.AddWork(nullptr, kIfIdle));
+        TThreadPool& none = TThreadPool::Get();
+        EXPECT_EQ(none.GetNumberOfThreads(), 0U);
+        EXPECT_FALSE(none.AddWork([] {}, kIfIdle));
+        EXPECT_TRUE(TThreadPool::Shutdown(kNoLimit));
+    }
+    EXPECT_TRUE(pool.JoinAll(kNoLimit));
+    EXPECT_EQ(FailedCheck([&] { EXPECT_FALSE(pool.AddWork(nullptr, kQueue)); }), "") << "closed comes first";
+}
+
+TEST(ThreadPool, AcceptsUnforcedWorkWhileAThreadIsFree)
+{
+    for (unsigned int const threads : {1U, 4U}) {
+        TThreadPool pool(threads, nullptr, nullptr);
+        Blockers blockers(threads);
+        for (unsigned int i = 0; i < threads; ++i) {
+            EXPECT_TRUE(pool.AddWork(blockers.Item(), kIfIdle));
+        }
+        auto const resource = std::make_shared<int>();
+        EXPECT_FALSE(pool.AddWork([resource] { FAIL(); }, kIfIdle));
+        EXPECT_FALSE(pool.AddWork([resource] { FAIL(); }, static_cast<TThreadPoolWork>(2)));
+        EXPECT_EQ(resource.use_count(), 1) << "refused work is destroyed";
+        EXPECT_EQ(pool.GetThreadPoolUseCount(), threads);
+        std::atomic<bool> ran = false;
+        EXPECT_TRUE(pool.AddWork([&ran] { ran = true; }, kQueue));
+        EXPECT_EQ(pool.GetThreadPoolUseCount(), threads + 1);
+        blockers.AwaitAll();
+        EXPECT_FALSE(ran);
+        blockers.Release();
+        YieldUntil([&] { return pool.GetThreadPoolUseCount() == 0; });
+        EXPECT_TRUE(ran);
+        EXPECT_TRUE(pool.AddWork([] {}, kIfIdle)) << "free again";
+    }
+}
+
+TEST(ThreadPool, RunsWhatIsQueuedInOrderAndThenLeaves)
+{
+    constexpr int kItems = 1000; // several chunks of the queue
+    TThreadPool pool(1, nullptr, nullptr);
+    Blockers blocker(1);
+    pool.AddWork(blocker.Item(), kQueue);
+    std::vector<int> order;
+    for (int i = 0; i < kItems; ++i) {
+        ASSERT_TRUE(pool.AddWork([&order, i] { order.push_back(i); }, kQueue));
+    }
+    EXPECT_FALSE(pool.JoinAll(0ms)) << "the first item still runs";
+    EXPECT_FALSE(pool.AddWork([] {}, kQueue));
+    EXPECT_FALSE(pool.JoinAll(kNoLimit)) << "closed before: at once";
+    EXPECT_EQ(pool.GetNumberOfThreads(), 1U);
+    blocker.Release();
+    YieldUntil([&] { return pool.GetStatistics().threads == 0; });
+    ASSERT_EQ(order.size(), std::size_t(kItems));
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+    EXPECT_EQ(pool.GetThreadPoolUseCount(), 0U);
+}
+
+TEST(ThreadPool, DestroysWorkAfterItHasRun)
+{
+    TThreadPool pool(2, nullptr, nullptr);
+    auto const resource = std::make_shared<int>();
+    for (int i = 0; i < 300; ++i) {
+        pool.AddWork([resource] {}, kQueue);
+    }
+    EXPECT_TRUE(pool.JoinAll(kNoLimit));
+    EXPECT_EQ(resource.use_count(), 1);
+}
+
+TEST(ThreadPool, IsRefusedInsteadOfDeadlockedWhileItIsJoined)
+{
+    ConfiguredPool const configured(1);
+    TThreadPool& pool = TThreadPool::Get();
+    TEvent closing;
+    std::atomic<int> refused = 0;
+    pool.AddWork(
+        [&] {
+            closing.Wait();
+            YieldUntil([&] { return !TThreadPool::Get().AddWork([] {}, kQueue); });
+            refused += AsyncTask::ScheduleOnThreadPool([] {}, AsyncTask::Launch::PoolOnly) ? 0 : 1;
+        },
+        kQueue);
+    closing.Signal();
+    EXPECT_TRUE(TThreadPool::Shutdown(kNoLimit));
+    EXPECT_EQ(refused, 1);
+}
+
+TEST(ThreadPool, GoesWhileItsThreadsStillRun)
+{
+    TEvent ended;
+    TEvent go;
+    {
+        TThreadPool pool(2, nullptr, [&ended] { ended.Signal(); });
+        pool.AddWork([&go] { go.Wait(); }, kQueue);
+        EXPECT_FALSE(pool.JoinAll(1ms));
+    }
+    ended.Reset(); // the idle thread's, perhaps
+    go.Signal();
+    ended.Wait();
+}
+
+TEST(ThreadPool, StaysClosedForWhoeverKnewItWhenShutdownTimedOut)
+{
+    TEvent started;
+    TEvent go;
+    TEvent ended;
+    {
+        ConfiguredPool const configured(1);
+        TThreadPool& pool = TThreadPool::Get();
+        bool accepted = true;
+        pool.AddWork(
+            [&] {
+                started.Signal();
+                go.Wait();
+                accepted = pool.AddWork([] {}, kQueue);
+                ended.Signal();
+            },
+            kQueue);
+        started.Wait();
+        EXPECT_FALSE(TThreadPool::Shutdown(0ms));
+        EXPECT_NE(&TThreadPool::Get(), &pool) << "a new one";
+        go.Signal();
+        ended.Wait();
+        EXPECT_FALSE(accepted);
+    }
+}
+
+TEST(ThreadPool, RunsExactlyWhatItAcceptedBeforeItClosed)
+{
+    for (int round = 0; round < 20; ++round) {
+        TThreadPool pool(2, nullptr, nullptr);
+        std::atomic<int> accepted = 0;
+        std::atomic<int> ran = 0;
+        std::vector<std::jthread> producers;
+        for (int i = 0; i < 3; ++i) {
+            producers.emplace_back([&] {
+                while (pool.AddWork([&ran] { ++ran; }, kQueue)) {
+                    ++accepted;
+                }
+            });
+        }
+        YieldUntil([&] { return ran > 10 * round; });
+        EXPECT_TRUE(pool.JoinAll(kNoLimit));
+        producers.clear();
+        EXPECT_EQ(ran, accepted);
+    }
+}
+
+TEST(ThreadPool, KnowsItsThreads)
+{
+    TThreadPool one(1, nullptr, nullptr);
+    TThreadPool other(1, nullptr, nullptr);
+    EXPECT_FALSE(one.IsThreadPoolThread());
+    bool here = false;
+    bool there = true;
+    one.AddWork(
+        [&] {
+            here = one.IsThreadPoolThread();
+            there = other.IsThreadPoolThread();
+        },
+        kQueue);
+    EXPECT_TRUE(one.JoinAll(kNoLimit));
+    EXPECT_TRUE(here);
+    EXPECT_FALSE(there);
+}
+
+TEST(ThreadPool, TellsWhatItDoes)
+{
+    auto const before = std::chrono::steady_clock::now();
+    TThreadPool pool(2, nullptr, nullptr);
+    EXPECT_EQ(pool.GetStatistics().longestRunning, 0ns);
+    Blockers blockers(2);
+    pool.AddWork(blockers.Item(), kQueue);
+    pool.AddWork(blockers.Item(), kQueue);
+    blockers.AwaitAll();
+    pool.AddWork([] {}, kQueue);
+    pool.AddWork([] {}, kIfIdle);
+    auto const busy = pool.GetStatistics();
+    EXPECT_EQ(busy.threads, 2U);
+    EXPECT_EQ(busy.queued, 1U);
+    EXPECT_EQ(busy.running, 2U);
+    EXPECT_EQ(busy.finished, 0U);
+    EXPECT_EQ(busy.refused, 1U);
+    YieldUntil([&] { return pool.GetStatistics().longestRunning > 2ms; });
+    EXPECT_LE(pool.GetStatistics().longestRunning, std::chrono::steady_clock::now() - before);
+    blockers.Release();
+    EXPECT_TRUE(pool.JoinAll(kNoLimit));
+    auto const after = pool.GetStatistics();
+    EXPECT_EQ(after.threads + after.queued + after.running, 0U);
+    EXPECT_EQ(after.finished, 3U);
+    EXPECT_EQ(after.longestRunning, 0ns);
+}
+
+TEST(ThreadPool, QueuesForLaunchValuesFourAndFive)
+{
+    ConfiguredPool const configured(1);
+    Blockers blocker(1);
+    std::atomic<int> ran = 0;
+    TThreadPool::Get().AddWork(blocker.Item(), kIfIdle);
+    for (std::uint32_t launch = 0; launch < 8; ++launch) {
+        EXPECT_EQ(AsyncTask::ScheduleOnThreadPool([&ran] { ++ran; }, static_cast<AsyncTask::Launch>(launch)),
+                  launch == 4 || launch == 5)
+            << launch;
+    }
+    blocker.Release();
+    EXPECT_TRUE(TThreadPool::Shutdown(kNoLimit));
+    EXPECT_EQ(ran, 2);
+}
+
+/// Every item runs once, whoever adds it and however often the threads fall asleep in between.
+TEST(ThreadPool, LosesNothingUnderLoad)
+{
+    constexpr unsigned int kProducers = 3;
+    constexpr unsigned int kItems = 2000;
+    for (unsigned int const workers : {1U, 2U, 8U}) {
+        std::vector<std::atomic<int>> runs(kProducers * kItems);
+        TThreadPool pool(workers, nullptr, nullptr);
+        std::vector<std::jthread> producers;
+        for (unsigned int p = 0; p < kProducers; ++p) {
+            producers.emplace_back([&, p] {
+                for (unsigned int i = 0; i < kItems; ++i) {
+                    auto* const run = &runs[p * kItems + i];
+                    if (i % 5 == 0) {
+                        // By way of another item, if a thread is free for it.
+                        auto const forward = [&pool, run] { pool.AddWork([run] { ++*run; }, kQueue); };
+                        if (!pool.AddWork(forward, kIfIdle)) {
+                            forward();
+                        }
+                    } else {
+                        pool.AddWork([run] { ++*run; }, kQueue);
+                    }
+                    if (i % 100 == p) {
+                        YieldUntil([&] { return pool.GetThreadPoolUseCount() == 0; });
+                    }
+                }
+            });
+        }
+        producers.clear();
+        YieldUntil([&] { return pool.GetThreadPoolUseCount() == 0; });
+        EXPECT_TRUE(std::all_of(runs.begin(), runs.end(), [](auto const& run) { return run == 1; })) << workers;
+    }
+}
+
+/// One item at a time, with the thread falling asleep before most of them: a lost wake-up would hang here.
+TEST(ThreadPool, WakesForEachItem)
+{
+    TThreadPool pool(2, nullptr, nullptr);
+    for (int i = 0; i < 3000; ++i) {
+        TEvent done;
+        ASSERT_TRUE(pool.AddWork([&done] { done.Signal(); }, kQueue));
+        done.Wait();
+    }
+}
+
+/// An item that waits for a later one must not keep it from running on another thread.
+TEST(ThreadPool, UsesAllThreadsForBlockingWork)
+{
+    constexpr unsigned int kThreads = 4;
+    for (int round = 0; round < 50; ++round) {
+        TThreadPool pool(kThreads, nullptr, nullptr);
+        TCountdownEvent all(kThreads);
+        for (unsigned int i = 0; i < kThreads; ++i) {
+            pool.AddWork(
+                [&all] {
+                    all.Signal();
+                    all.Wait();
+                },
+                kQueue);
+        }
+        EXPECT_TRUE(pool.JoinAll(kNoLimit));
+    }
+}
+
+class ThreadPoolDeathTest : public testing::Test
+{
+protected:
+    ThreadPoolDeathTest() { testing::GTEST_FLAG(death_test_style) = "threadsafe"; }
+};
+
+TEST_F(ThreadPoolDeathTest, ExceptionsEndTheProcess)
+{
+    auto const fail = [] { throw std::runtime_error("nobody catches this"); };
+    struct
+    {
+        char const* what;
+        std::function<void()> run;
+    } const cases[] = {
+        {"work", [&] { TThreadPool(1, nullptr, nullptr).AddWork(fail, kQueue); }},
+        {"start function", [&] { TThreadPool(1, fail, nullptr).JoinAll(kNoLimit); }},
+        {"exit function", [&] { TThreadPool(1, nullptr, fail).JoinAll(kNoLimit); }},
+        {"task", [&] { NonThreadPoolWorkerManager(nullptr, nullptr).RunTask(fail); }},
+    };
+    for (auto const& one : cases) {
+        EXPECT_DEATH(one.run(), "") << one.what;
+    }
+}
+
+/// exit() while threads run, add, wait for locks and for each other, with the singletons in place.
+void ExitWithBusyWorkers()
+{
+    TThreadPool::Configure(4, nullptr, nullptr, nullptr);
+    static std::atomic<int> busy = 0;
+    static TEvent const& never = *new TEvent;
+    auto const blocked = [] {
+        ++busy;
+        never.Wait();
+    };
+    auto const adding = [] {
+        ++busy;
+        for (;;) {
+            TThreadPool::Get().AddWork([] {}, kIfIdle);
+        }
+    };
+    auto const looping = [] {
+        ++busy;
+        for (;;) {
+            AsyncTask::ParallelFor(
+                0, 1000, [](int) {}, 10);
+        }
+    };
+    TThreadPool::Get().AddWork(blocked, kQueue);
+    TThreadPool::Get().AddWork(adding, kQueue);
+    NonThreadPoolWorkerManager::Get().RunTask(blocked);
+    NonThreadPoolWorkerManager::Get().RunTask(adding);
+    NonThreadPoolWorkerManager::Get().RunTask(looping);
+    YieldUntil([] { return busy == 5; });
+    std::exit(7);
+}
+
+TEST_F(ThreadPoolDeathTest, ProcessesMayEndWithBusyWorkers)
+{
+    EXPECT_EXIT(ExitWithBusyWorkers(), testing::ExitedWithCode(7), "");
+}
+
+TEST(TestHooks, SwapTheSingletons)
+{
+    ConfiguredPool const configured(1);
+    TThreadPool& pool = TThreadPool::Get();
+    TThreadPool mine(2, nullptr, nullptr);
+    EXPECT_EQ(TestHooks::SwapThreadPool(&mine), &pool);
+    EXPECT_EQ(&TThreadPool::Get(), &mine);
+    EXPECT_EQ(TestHooks::SwapThreadPool(&pool), &mine);
+
+    NonThreadPoolWorkerManager manager(nullptr, nullptr);
+    NonThreadPoolWorkerManager* const before = TestHooks::SwapNonThreadPoolManager(&manager);
+    EXPECT_EQ(&NonThreadPoolWorkerManager::Get(), &manager);
+    TEvent done;
+    AsyncTask::RunOnDedicatedThread([&done] { done.Signal(); });
+    done.Wait();
+    EXPECT_EQ(TestHooks::SwapNonThreadPoolManager(before), &manager);
+    EXPECT_TRUE(manager.Close(kNoLimit));
+}
+
+TEST(NonThreadPoolWorkerManager, CountsAndWaits)
+{
+    std::atomic<int> starts = 0;
+    std::atomic<int> exits = 0;
+    auto const resource = std::make_shared<int>();
+    {
+        NonThreadPoolWorkerManager manager([&] { ++starts; }, [&] { ++exits; });
+        Blockers blockers(2);
+        manager.RunTask(blockers.Item());
+        manager.RunTask([resource, wait = blockers.Item()] { wait(); });
+        blockers.AwaitAll();
+        EXPECT_EQ(manager.GetThreadCount(), 2U);
+        EXPECT_EQ(starts, 2);
+        EXPECT_FALSE(manager.Close(0ms));
+        manager.RunTask([resource] { FAIL(); });
+        EXPECT_EQ(manager.GetThreadCount(), 2U);
+        blockers.Release();
+        EXPECT_TRUE(manager.Close(kNoLimit));
+        EXPECT_EQ(manager.GetThreadCount(), 0U);
+        EXPECT_EQ(resource.use_count(), 1);
+        EXPECT_TRUE(manager.Close(0ms));
+        EXPECT_EQ(FailedCheck([&] { manager.RunTask(nullptr); }).empty(), false);
+    }
+    EXPECT_EQ(exits, 2);
+}
+
+TEST(NonThreadPoolWorkerManager, DestructorWaitsAndShutdownDoesNot)
+{
+    TEvent go;
+    TEvent ended;
+    auto const task = [&] {
+        go.Wait();
+        ended.Signal();
+    };
+    NonThreadPoolWorkerManager::Get().RunTask(task);
+    EXPECT_FALSE(NonThreadPoolWorkerManager::Shutdown(0ms));
+    go.Signal();
+    ended.Wait();
+    ended.Reset();
+    {
+        NonThreadPoolWorkerManager manager(nullptr, nullptr);
+        manager.RunTask(task);
+    }
+    EXPECT_TRUE(ended.IsSet());
+    EXPECT_TRUE(NonThreadPoolWorkerManager::Shutdown(0ms)) << "there is none";
+}
+
+} // namespace

@@ -1,0 +1,77 @@
+#include "PoolSupport.h"
+
+#include <array>
+#include <pthread.h>
+#include <string>
+#include <system_error>
+
+namespace {
+
+using testing_support::kNoLimit;
+
+/// While it lives, no thread can be started: its stack would be larger than the address space.
+class NoMoreThreads
+{
+public:
+    NoMoreThreads()
+    {
+        pthread_getattr_default_np(&m_before);
+        pthread_attr_t impossible;
+        pthread_attr_init(&impossible);
+        pthread_attr_setstacksize(&impossible, std::size_t(1) << 48);
+        pthread_setattr_default_np(&impossible);
+        pthread_attr_destroy(&impossible);
+    }
+    ~NoMoreThreads()
+    {
+        pthread_setattr_default_np(&m_before);
+        pthread_attr_destroy(&m_before);
+    }
+    NoMoreThreads(NoMoreThreads const&) = delete;
+    NoMoreThreads& operator=(NoMoreThreads const&) = delete;
+
+private:
+    pthread_attr_t m_before;
+};
+
+TEST(ThreadPool, ReportsThreadsThatCannotBeStarted)
+{
+    NonThreadPoolWorkerManager manager(nullptr, nullptr);
+    bool accepted = false;
+    {
+        NoMoreThreads const none;
+        EXPECT_THROW(TThreadPool(2, nullptr, nullptr), std::system_error);
+        EXPECT_THROW(manager.RunTask([] { FAIL(); }), std::system_error);
+        EXPECT_EQ(manager.GetThreadCount(), 0U);
+        EXPECT_THROW(ParallelForThread(1, 0, 1, [](unsigned long long) { FAIL(); }), std::system_error);
+        accepted = true;
+    }
+    EXPECT_TRUE(accepted);
+    EXPECT_TRUE(manager.Close(kNoLimit));
+}
+
+std::string ThisThreadsName()
+{
+    std::array<char, 16> name{};
+    pthread_getname_np(pthread_self(), name.data(), name.size());
+    return name.data();
+}
+
+TEST(ThreadPool, NamesItsThreads)
+{
+    std::string first;
+    std::string second;
+    TThreadPool pool(1, nullptr, nullptr);
+    pool.AddWork(
+        [&] {
+            first = ThisThreadsName();
+            AsyncTask::NameThisThread("Verm\u00E4chtnisse\u00E4");
+            second = ThisThreadsName();
+        },
+        TThreadPoolWork::Queue);
+    EXPECT_TRUE(pool.JoinAll(kNoLimit));
+    EXPECT_EQ(first, "qvx-pool-1");
+    EXPECT_EQ(second, "Verm\u00E4chtnisse") << "15 bytes: the last letter would be cut in half";
+}
+
+} // namespace
