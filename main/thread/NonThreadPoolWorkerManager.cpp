@@ -12,6 +12,7 @@
 #include "WorkerScope.h"
 
 using qvxsys::task::PoolSettings;
+using qvxsys::task::WorkerKind;
 
 namespace {
 
@@ -101,7 +102,8 @@ void NonThreadPoolWorkerManager::RunTask(std::function<void()> task)
     try {
         std::thread([barrier = m_barrier, onStart = m_onThreadStart, onExit = m_onThreadExit,
                      work = std::move(task)]() mutable noexcept {
-            qvxsys::task::RunWorker("qvx-task", onStart, onExit, [&work] { qvxsys::task::RunItem(work); });
+            qvxsys::task::RunWorker(WorkerKind::Dedicated, "qvx-task", onStart, onExit,
+                                    [&work] { qvxsys::task::RunItem(WorkerKind::Dedicated, work); });
             // Whoever waits for the manager may rely on what the task held being gone.
             work = nullptr;
             barrier->Leave();

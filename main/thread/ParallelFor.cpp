@@ -7,9 +7,9 @@
 #include <thread>
 #include <vector>
 
+#include <qvxsys/Cancel.h>
 #include <qvxsys/TThreadPool.h>
 
-#include "LoopContext.h"
 #include "Parking.h"
 #include "Waiting.h"
 
@@ -18,7 +18,6 @@ namespace {
 using qvxsys::detail::LoopBody;
 using qvxsys::detail::LoopChunks;
 using qvxsys::sync::SystemParking;
-using qvxsys::task::LoopContext;
 
 constinit std::atomic<bool> g_parallel = true;
 
@@ -56,7 +55,8 @@ private:
     LoopChunks const m_chunks;
     std::uint64_t const m_end;
     std::uint64_t const m_threads;
-    LoopContext const m_context{};
+    /// The caller's.
+    RefCntPtr<TCancelEvent> const m_cancel = AsyncTask::Cancel::Get();
     /// Written by whoever sets m_failed first; read when all have left.
     std::exception_ptr m_exception;
     std::atomic<bool> m_failed = false;
@@ -91,7 +91,7 @@ bool Loop::NextChunk(std::uint64_t& begin, std::uint64_t& end) noexcept
         if (begin >= m_end || m_failed.load(std::memory_order_relaxed)) {
             return false;
         }
-        if (m_context.IsCancelled()) {
+        if (m_cancel != nullptr && m_cancel->IsSet()) {
             m_cancelled.store(true, std::memory_order_relaxed);
             return false;
         }
@@ -119,7 +119,7 @@ void Loop::Help() noexcept
 {
     if (Enter()) {
         {
-            LoopContext::Scope const scope(m_context);
+            AsyncTask::Cancel::CancelEventSetter const scope(m_cancel);
             WorkOnChunks();
         }
         Leave();
@@ -151,7 +151,7 @@ void Loop::Run()
         std::rethrow_exception(m_exception);
     }
     if (m_cancelled.load(std::memory_order_relaxed)) {
-        LoopContext::ThrowCancelled();
+        throw AsyncTask::Cancel::MakeException();
     }
 }
 

@@ -19,6 +19,7 @@
 #include "WorkerScope.h"
 
 using qvxsys::task::PoolSettings;
+using qvxsys::task::WorkerKind;
 using qvxsys::task::WorkQueue;
 
 namespace {
@@ -65,7 +66,7 @@ void TThreadPool::ThreadPoolState::Work(unsigned int number, std::function<void(
                                         std::function<void()> const& onExit) noexcept
 {
     t_state = this;
-    qvxsys::task::RunWorker(("qvx-pool-" + std::to_string(number)).c_str(), onStart, onExit,
+    qvxsys::task::RunWorker(WorkerKind::Pool, ("qvx-pool-" + std::to_string(number)).c_str(), onStart, onExit,
                             [this, number] { RunItems(activities[number - 1]); });
     if (queue.RemoveCapacity() == 0) {
         allLeft.Signal();
@@ -83,7 +84,7 @@ void TThreadPool::ThreadPoolState::RunItems(Activity& activity)
             }
         }
         activity.since.store(__builtin_ia32_rdtsc(), std::memory_order_relaxed);
-        qvxsys::task::RunItem(item);
+        qvxsys::task::RunItem(WorkerKind::Pool, item);
         queue.Finish();
         item = nullptr;
     }

@@ -4,9 +4,13 @@
 #include <utility>
 #include <vector>
 
+#include <qvxsys/AsyncTaskTls.h>
+#include <qvxsys/SharedState.h>
 #include <qvxsys/TLocks.h>
 
+#include "ExecutionHook.h"
 #include "ThreadPlatform.h"
+#include "ThreadRecord.h"
 
 namespace qvxsys::task {
 
@@ -16,10 +20,13 @@ constinit TRecursiveMutex g_keptMutex;
 
 } // namespace
 
-void RunWorker(char const* name, std::function<void()> const& onStart, std::function<void()> const& onExit,
-               std::function<void()> const& body)
+void RunWorker(WorkerKind kind, char const* name, std::function<void()> const& onStart,
+               std::function<void()> const& onExit, std::function<void()> const& body)
 {
     platform::NameThisThread(name);
+    if (kind == WorkerKind::Pool) {
+        MarkPoolThread();
+    }
     if (onStart) {
         onStart();
     }
@@ -27,10 +34,19 @@ void RunWorker(char const* name, std::function<void()> const& onStart, std::func
     if (onExit) {
         onExit();
     }
+    if (auto* const cleanUp = AsyncTask::TLS::Get().GetThreadCleanupFunc()) {
+        cleanUp();
+    }
 }
 
-void RunItem(std::function<void()>& item)
+void RunItem(WorkerKind kind, std::function<void()>& item)
 {
+    if (HasExecutionHook()) [[unlikely]] {
+        item = AsyncTask::_ApplyExecutionHook(std::move(item), kind == WorkerKind::Pool);
+        if (!item) {
+            return;
+        }
+    }
     item();
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 // Everything the library exports.
 
+#include <qvxsys/AsyncTaskTls.h>
+#include <qvxsys/Cancel.h>
 #include <qvxsys/CharacterUtils.h>
 #include <qvxsys/CodePointIterator.h>
 #include <qvxsys/CodePointView.h>
@@ -19,6 +21,7 @@
 #include <qvxsys/QuorvexException.h>
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/ReferenceCount.h>
+#include <qvxsys/SharedState.h>
 #include <qvxsys/StringUtils.h>
 #include <qvxsys/SyncWords.h>
 #include <qvxsys/TCType.h>

@@ -139,6 +139,49 @@ TEST(ParallelFor, NestsInItselfAndInWorkOfABusyPool)
     EXPECT_EQ(runs, 9 * kSide * kSide);
 }
 
+TEST(ParallelFor, IsCancelledWithItsCaller)
+{
+    ConfiguredPool const pool(2);
+    auto const event = MakeRefCnt<TCancelEvent>();
+    AsyncTask::Cancel::CancelEventSetter const scope(event);
+    constexpr int kCount = 200'000;
+    struct
+    {
+        bool asks; ///< the body itself
+        int cancelAt;
+        bool throws;
+    } const cases[] = {{false, kCount / 10, true}, {true, kCount / 10, true}, {false, kCount, false}};
+    for (auto const& one : cases) {
+        for (unsigned long long const grain : {0ULL, 100ULL}) {
+            event->Reset();
+            std::atomic<int> runs = 0;
+            auto const loop = [&] {
+                AsyncTask::ParallelFor(
+                    0, kCount,
+                    [&](int) {
+                        EXPECT_EQ(AsyncTask::Cancel::Get(), event); // on helpers too
+                        if (++runs == one.cancelAt) {
+                            event->Signal();
+                        }
+                        if (one.asks) {
+                            AsyncTask::Cancel::ThrowIfCancelled();
+                        }
+                    },
+                    grain);
+            };
+            bool thrown = false;
+            try {
+                loop();
+            } catch (AsyncTask::CancelException const& e) {
+                thrown = true;
+                EXPECT_EQ(e.GetMessagesFront(), u"Canceled");
+            }
+            EXPECT_EQ(thrown, one.throws);
+            EXPECT_EQ(runs == kCount, !one.throws);
+        }
+    }
+}
+
 /// Loops that end before those whom they asked have come.
 TEST(ParallelFor, IsNotMissedByLateHelpers)
 {

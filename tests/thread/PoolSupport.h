@@ -3,41 +3,15 @@
 
 #include <chrono>
 #include <functional>
-#include <string>
 
 #include <gtest/gtest.h>
 #include <qvxsys/qvxsys.h>
 
+#include "TaskSupport.h"
+
 namespace testing_support {
 
 inline constexpr std::chrono::milliseconds kNoLimit = std::chrono::milliseconds::max();
-
-/// What failed checks say, "file line: condition", of the assertion that `f` raises; "" when it raises none.
-template<class F>
-std::string FailedCheck(F f)
-{
-    try {
-        f();
-    } catch (LogicException const& e) {
-        std::string const text = e.GetInternalMessage().toStdString();
-        std::string const before = "LogicAssert failed (but no hook has been set) at ";
-        return text.starts_with(before) ? text.substr(before.size()) : text;
-    }
-    return "";
-}
-
-/// While it lives, failed checks are carried on behind.
-class ReturningHook
-{
-public:
-    ReturningHook()
-    {
-        AssertHooks::SetLogicAssertHook([](char const*, int, char const*) {});
-    }
-    ~ReturningHook() { AssertHooks::SetLogicAssertHook(nullptr); }
-    ReturningHook(ReturningHook const&) = delete;
-    ReturningHook& operator=(ReturningHook const&) = delete;
-};
 
 /// The process's pool while a test runs.
 class ConfiguredPool

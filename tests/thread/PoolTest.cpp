@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -13,9 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing_support::Blockers;
 using testing_support::ConfiguredPool;
-using testing_support::FailedCheck;
 using testing_support::kNoLimit;
-using testing_support::ReturningHook;
 
 constexpr auto kIfIdle = TThreadPoolWork::IfIdle;
 constexpr auto kQueue = TThreadPoolWork::Queue;
@@ -49,21 +48,22 @@ TEST(ThreadPool, IsMadeByTheFirstGetAsConfigured)
 
 TEST(ThreadPool, ReportsMisuse)
 {
-    EXPECT_EQ(FailedCheck([] { static_cast<void>(TThreadPool::Get()); }),
-              "qvxsys/main/thread/TThreadPool line 67: g_numThreads > 0");
+    EXPECT_EQ(FailedChecks::In([] { static_cast<void>(TThreadPool::Get()); }),
+              "qvxsys/main/thread/TThreadPool 67: g_numThreads > 0");
     TThreadPool pool(1, nullptr, nullptr);
-    EXPECT_EQ(FailedCheck([&] { pool.AddWork(nullptr, kQueue); }), "qvxsys/main/thread/TThreadPool line 121: func");
+    EXPECT_EQ(FailedChecks::In([&] { pool.AddWork(nullptr, kQueue); }), "qvxsys/main/thread/TThreadPool 121: func");
     EXPECT_EQ(pool.GetThreadPoolUseCount(), 0U);
-    {
-        ReturningHook const hook;
-        EXPECT_FALSE(pool.AddWork(nullptr, kIfIdle));
-        TThreadPool& none = TThreadPool::Get();
-        EXPECT_EQ(none.GetNumberOfThreads(), 0U);
-        EXPECT_FALSE(none.AddWork([] {}, kIfIdle));
-        EXPECT_TRUE(TThreadPool::Shutdown(kNoLimit));
-    }
+    FailedChecks::In(
+        [&] {
+            EXPECT_FALSE(pool.AddWork(nullptr, kIfIdle));
+            TThreadPool& none = TThreadPool::Get();
+            EXPECT_EQ(none.GetNumberOfThreads(), 0U);
+            EXPECT_FALSE(none.AddWork([] {}, kIfIdle));
+            EXPECT_TRUE(TThreadPool::Shutdown(kNoLimit));
+        },
+        FailedChecks::Hook::Returns);
     EXPECT_TRUE(pool.JoinAll(kNoLimit));
-    EXPECT_EQ(FailedCheck([&] { EXPECT_FALSE(pool.AddWork(nullptr, kQueue)); }), "") << "closed comes first";
+    EXPECT_EQ(FailedChecks::In([&] { EXPECT_FALSE(pool.AddWork(nullptr, kQueue)); }), "") << "closed comes first";
 }
 
 TEST(ThreadPool, AcceptsUnforcedWorkWhileAThreadIsFree)
@@ -218,6 +218,46 @@ TEST(ThreadPool, KnowsItsThreads)
     EXPECT_TRUE(one.JoinAll(kNoLimit));
     EXPECT_TRUE(here);
     EXPECT_FALSE(there);
+}
+
+TEST(ThreadPool, RunsItemsByTheExecutionHook)
+{
+    TThreadPool pool(1, nullptr, nullptr);
+    NonThreadPoolWorkerManager manager(nullptr, nullptr);
+    std::vector<std::string> log;
+    std::mutex mutex;
+    auto const write = [&](std::string const& line) {
+        std::lock_guard const lock(mutex);
+        log.push_back(line);
+    };
+    AsyncTask::SetExecutionHook([&](std::function<void()> work, bool onPool) -> std::function<void()> {
+        write(onPool ? "pool" : "dedicated");
+        return log.size() > 3 ? nullptr : work;
+    });
+    pool.AddWork([&] { write("one"); }, kQueue);
+    YieldUntil([&] { return pool.GetThreadPoolUseCount() == 0; });
+    manager.RunTask([&] { write("two"); });
+    EXPECT_TRUE(manager.Close(kNoLimit));
+    pool.AddWork([&] { write("dropped by the hook"); }, kQueue);
+    EXPECT_TRUE(pool.JoinAll(kNoLimit));
+    AsyncTask::SetExecutionHook(nullptr);
+    EXPECT_EQ(log, (std::vector<std::string>{"pool", "one", "dedicated", "two", "pool"}));
+}
+
+TEST(ThreadPool, CallsTheCleanUpFunctionAfterTheExitFunction)
+{
+    static std::atomic<int> step;
+    static std::atomic<int> cleaned;
+    step = 0;
+    cleaned = 0;
+    auto const onStart = [] { AsyncTask::TLS::Get().SetThreadCleanupFunc([] { cleaned += step == 1 ? 1 : 100; }); };
+    auto const onExit = [] { step = 1; };
+    EXPECT_TRUE(TThreadPool(2, onStart, onExit).JoinAll(kNoLimit));
+    EXPECT_EQ(cleaned, 2);
+    NonThreadPoolWorkerManager manager(onStart, onExit);
+    manager.RunTask([] {});
+    EXPECT_TRUE(manager.Close(kNoLimit));
+    EXPECT_EQ(cleaned, 3);
 }
 
 TEST(ThreadPool, TellsWhatItDoes)
@@ -428,7 +468,7 @@ TEST(NonThreadPoolWorkerManager, CountsAndWaits)
         EXPECT_EQ(manager.GetThreadCount(), 0U);
         EXPECT_EQ(resource.use_count(), 1);
         EXPECT_TRUE(manager.Close(0ms));
-        EXPECT_EQ(FailedCheck([&] { manager.RunTask(nullptr); }).empty(), false);
+        EXPECT_EQ(FailedChecks::In([&] { manager.RunTask(nullptr); }).empty(), false);
     }
     EXPECT_EQ(exits, 2);
 }
