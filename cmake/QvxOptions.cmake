@@ -21,11 +21,14 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
 endif()
 
-# A source file with primitives of one system is called X_${QVX_OS}.cpp.
+# A source file with primitives of one system is called X_${QVX_OS}.cpp, or X_${QVX_KERNEL}.cpp where they are those of
+# Linux alone.
 if(WIN32)
     set(QVX_OS win)
+    set(QVX_KERNEL win)
 else()
     set(QVX_OS posix)
+    set(QVX_KERNEL linux)
 endif()
 
 # Programs in the build tree find the library beside them without any environment variable.
@@ -42,6 +45,7 @@ endif()
 add_library(qvx_flags INTERFACE)
 target_compile_options(qvx_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast
+    $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
     $<$<BOOL:${QVXSYS_WERROR}>:-Werror>
     # Source paths in assertions and debug data start at the tree, on every machine alike.
     -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=qvxsys/)

@@ -34,6 +34,33 @@
 #define QVXSYS_LINES_END_IN_CR_LF false
 #endif
 
+/// Where the running thread's own control block begins: the first word of its thread-local storage holds its own
+/// address (x86-64 ABI supplements; Windows: the thread environment block's Self).
+#if defined(_WIN32)
+#define QVXSYS_THREAD_POINTER "%%gs:0x30"
+#else
+#define QVXSYS_THREAD_POINTER "%%fs:0"
+#endif
+
+namespace qvxsys::detail {
+
+/// A word that differs between any two threads alive, read in one instruction and the same in every module of the
+/// process. Never 0. Not kept over a point where the compiler cannot know the thread, such as a suspended coroutine.
+[[nodiscard]] inline unsigned long long ThreadTag() noexcept
+{
+    unsigned long long tag;
+    asm volatile("movq " QVXSYS_THREAD_POINTER ", %0" : "=r"(tag));
+    return tag;
+}
+
+/// Tells the processor that this is a waiting loop.
+inline void SpinPause() noexcept
+{
+    __builtin_ia32_pause();
+}
+
+} // namespace qvxsys::detail
+
 namespace qvxsys {
 
 /// How the platform ends lines of text files: CR LF or LF.

@@ -18,12 +18,16 @@
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/ReferenceCount.h>
 #include <qvxsys/StringUtils.h>
+#include <qvxsys/SyncWords.h>
 #include <qvxsys/TCType.h>
 #include <qvxsys/TError.h>
+#include <qvxsys/TEvent.h>
 #include <qvxsys/TFormatStringCore.h>
+#include <qvxsys/TLocks.h>
 #include <qvxsys/TMath.h>
 #include <qvxsys/TMemory.h>
 #include <qvxsys/TScanStringCore.h>
+#include <qvxsys/TSemaphore.h>
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringEditing.h>
 #include <qvxsys/TStringException.h>
@@ -35,5 +39,6 @@
 #include <qvxsys/TTextReading.h>
 #include <qvxsys/TextArguments.h>
 #include <qvxsys/TextComparison.h>
+#include <qvxsys/ThreadAnnotations.h>
 #include <qvxsys/WideText.h>
 #include <qvxsys/std.h>

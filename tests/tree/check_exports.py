@@ -16,6 +16,8 @@ OURS = re.compile(r"^(typeinfo (name )?for |vtable for )?"
                   r"TError|QuorvexError|QuorvexException|QuorvexOutOfMemoryException|QuorvexUserErrorException|"
                   r"StackExceptionAndRethrow|TFormatStringCore|TScanStringCore|AssertHooks|ThrowLogicException|"
                   r"InjectLookupTStr|LogicException|RefCntObject|RefCntObjectNonVirtualBase<RefCntObject>|"
+                  r"IEvent|TEvent|TAutoResetEvent|TCountdownEvent|TCancelEvent|WaitForAll|WaitForAny|WaitForAnyExact|"
+                  r"WaitForAllExact|TRecursiveMutex|TReadWriteLock|TSemaphore|TSemaphoreScope|"
                   r"TSystem|GetLastErrorString|TMath|quorvex|qvxsys::detail)\b")
 REQUIRED = {"TMalloc", "TCalloc", "TRealloc", "TFree"}
 

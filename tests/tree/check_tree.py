@@ -17,7 +17,8 @@ LAYERS = {
     "text": ["memory"],
     "error": ["text"],
     "system": ["error"],
-    "tool": ["system"],
+    "sync": ["system"],
+    "tool": ["sync"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -30,10 +31,12 @@ FILES = [
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
+    (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
     (r"main/qvxsys/system/", "system"),
+    (r"main/synchronize/", "sync"),
     (r"tools/qvx/", "tool"),
 ]
 
