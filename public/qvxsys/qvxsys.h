@@ -17,6 +17,7 @@
 #include <qvxsys/QuorvexException.h>
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/ReferenceCount.h>
+#include <qvxsys/StaticRepository.h>
 #include <qvxsys/StringUtils.h>
 #include <qvxsys/SyncWords.h>
 #include <qvxsys/TCType.h>

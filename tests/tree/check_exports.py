@@ -18,7 +18,8 @@ OURS = re.compile(r"^(typeinfo (name )?for |vtable for )?"
                   r"InjectLookupTStr|LogicException|RefCntObject|RefCntObjectNonVirtualBase<RefCntObject>|"
                   r"IEvent|TEvent|TAutoResetEvent|TCountdownEvent|TCancelEvent|WaitForAll|WaitForAny|WaitForAnyExact|"
                   r"WaitForAllExact|TRecursiveMutex|TReadWriteLock|TSemaphore|TSemaphoreScope|"
-                  r"TSystem|GetLastErrorString|TMath|quorvex|qvxsys::detail)\b")
+                  r"TSystem|GetLastErrorString|TMath|"
+                  r"InitializeStaticRepository|DeinitializeStaticRepository|InitOnce|quorvex|qvxsys::detail)\b")
 REQUIRED = {"TMalloc", "TCalloc", "TRealloc", "TFree"}
 
 

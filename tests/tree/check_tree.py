@@ -18,7 +18,8 @@ LAYERS = {
     "error": ["text"],
     "system": ["error"],
     "sync": ["system"],
-    "tool": ["sync"],
+    "repository": ["sync"],
+    "tool": ["repository"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -32,11 +33,13 @@ FILES = [
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
+    (r"public/qvxsys/StaticRepository\.h", "repository"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
     (r"main/qvxsys/system/", "system"),
     (r"main/synchronize/", "sync"),
+    (r"main/qvxsys/repository/", "repository"),
     (r"tools/qvx/", "tool"),
 ]
 
