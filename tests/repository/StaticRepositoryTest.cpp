@@ -1,12 +1,12 @@
 // The static repository from one thread: what is made when, the order of destruction, failures, and destructors that
-// come back. Every test opens the repository and ends it.
+// come back.
 
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
-#include <vector>
+#include <utility>
 
 #include <boost/any.hpp>
 #include <gtest/gtest.h>
@@ -19,10 +19,9 @@ static_assert(std::is_trivially_destructible_v<TStaticObject<std::string>>);
 
 std::string g_log; ///< + and - and a name, for each object made and destroyed
 
-/// A holder's contents: logs its making and its end, which may do something more.
 struct Item
 {
-    explicit Item(char aName, std::function<void()> atEnd = {}) : name(aName), end(std::move(atEnd))
+    explicit Item(char aName, std::function<void()> anEnd = {}) : name(aName), end(std::move(anEnd))
     {
         (g_log += '+') += name;
     }
@@ -40,30 +39,34 @@ struct Item
     std::function<void()> end;
 };
 
-using Making = std::function<std::unique_ptr<Item>()>;
-
-boost::any* CreateItem(void* arg)
+/// An item in the making: what comes before it, and what its destructor does.
+struct Making
 {
-    std::unique_ptr<Item> item = (*static_cast<Making*>(arg))();
-    return item != nullptr ? new boost::any(std::shared_ptr<Item>(std::move(item))) : nullptr;
+    char name;
+    std::function<void()> begin = {};
+    std::function<void()> end = {};
+};
+
+boost::any* Create(void* arg)
+{
+    Making const& making = *static_cast<Making*>(arg);
+    if (making.begin) {
+        making.begin();
+    }
+    return making.name != 0 ? new boost::any(std::make_shared<Item>(making.name, making.end)) : nullptr;
 }
 
 int g_extractions = 0;
 
-void* ExtractItem(boost::any* holder)
+void* Extract(boost::any* holder)
 {
     ++g_extractions;
     return boost::any_cast<std::shared_ptr<Item>>(holder)->get();
 }
 
-void Init(void*& slot, Making making, void* (*extract)(boost::any*) = &ExtractItem)
+void Init(void*& slot, Making making, void* (*extract)(boost::any*) = &Extract)
 {
-    InitOnce(&slot, &CreateItem, &making, extract);
-}
-
-void Init(void*& slot, char name)
-{
-    Init(slot, [name] { return std::make_unique<Item>(name); });
+    InitOnce(&slot, &Create, &making, extract);
 }
 
 class StaticRepository : public ::testing::Test
@@ -90,7 +93,7 @@ TEST(StaticRepositoryDeathTest, FirstUseAndExit)
         {
             static void* slot = nullptr;
             DeinitializeStaticRepository(); // nothing there: not the end either
-            Init(slot, [] { return std::make_unique<Item>('x', [] { std::_Exit(2); }); });
+            Init(slot, {'x', {}, [] { std::_Exit(2); }});
             std::exit(slot != nullptr && g_log == "+x" ? 0 : 1);
         },
         ::testing::ExitedWithCode(0), "");
@@ -98,97 +101,70 @@ TEST(StaticRepositoryDeathTest, FirstUseAndExit)
 
 TEST_F(StaticRepository, Lifecycle)
 {
-    Init(a, 'a');
-    Init(b, 'b');
+    int own = 0;
+    void* filled = &own;
+    Init(a, {'a'});
+    Init(b, {'b'});
     ASSERT_TRUE(a != nullptr && b != nullptr && a != b);
     EXPECT_EQ(static_cast<Item*>(a)->name, 'a');
     void* const before = a;
-    Init(a, 'z');
+    Init(a, {'z'});
+    Init(filled, {'z'});
+    InitOnce(nullptr, &Create, nullptr, &Extract);
+    EXPECT_TRUE(a == before && filled == &own && g_extractions == 2);
+    a = nullptr; // filled again with the same object
+    Init(a, {'z'});
     EXPECT_EQ(a, before);
-    EXPECT_EQ(g_extractions, 2);
-    InitOnce(nullptr, &CreateItem, nullptr, &ExtractItem);
-    int own = 0;
-    void* filled = &own;
-    Init(filled, 'z');
-    EXPECT_EQ(filled, &own);
-    Init(c, 'c');
+    Init(c, {'c'});
     EXPECT_EQ(g_log, "+a+b+c");
 
     DeinitializeStaticRepository();
     EXPECT_EQ(g_log, "+a+b+c-c-b-a");
-    EXPECT_TRUE(a == nullptr && b == nullptr && c == nullptr);
-    EXPECT_EQ(filled, &own);
-    Init(a, 'z');
-    EXPECT_EQ(a, nullptr);
+    EXPECT_TRUE(a == nullptr && b == nullptr && c == nullptr && filled == &own);
+    Init(a, {'z'});
     DeinitializeStaticRepository();
-    Init(a, 'z');
+    Init(a, {'z'});
     EXPECT_EQ(a, nullptr);
     EXPECT_EQ(g_log, "+a+b+c-c-b-a");
 
     InitializeStaticRepository();
     InitializeStaticRepository();
-    Init(a, 'd');
+    Init(a, {'d'});
     EXPECT_EQ(static_cast<Item*>(a)->name, 'd');
-}
-
-// A slot that somebody cleared is filled again with the same object.
-TEST_F(StaticRepository, ClearedSlot)
-{
-    Init(a, 'a');
-    void* const before = std::exchange(a, nullptr);
-    Init(a, 'z');
-    EXPECT_EQ(a, before);
-    EXPECT_EQ(g_log, "+a");
 }
 
 TEST_F(StaticRepository, NestedCreation)
 {
-    Init(a, [&] {
-        Init(b, [&] {
-            Init(c, 'c');
-            return std::make_unique<Item>('b');
-        });
-        return std::make_unique<Item>('a');
-    });
-    EXPECT_EQ(g_log, "+c+b+a");
+    Init(a, {'a', [&] { Init(b, {'b', [&] { Init(c, {'c'}); }}); }});
     DeinitializeStaticRepository();
     EXPECT_EQ(g_log, "+c+b+a-c-b-a"); // by the beginnings of their creation
 }
 
-TEST_F(StaticRepository, FailedCreation)
+TEST_F(StaticRepository, Failures)
 {
-    Init(c, 'c');
-    EXPECT_THROW(Init(a,
-                      [&]() -> std::unique_ptr<Item> {
-                          Init(b, 'b');
-                          throw std::runtime_error("no");
-                      }),
-                 std::runtime_error);
-    EXPECT_EQ(a, nullptr);
-    Init(a, [] { return nullptr; });
-    EXPECT_EQ(a, nullptr);
+    Init(c, {'c'});
+    auto const fail = [&] {
+        Init(b, {'b'});
+        throw std::runtime_error("no");
+    };
+    EXPECT_THROW(Init(a, {'z', fail}), std::runtime_error);
+    Init(a, {0});
+    void* other = nullptr;
+    Init(other, {0});
+    EXPECT_TRUE(a == nullptr && other == nullptr);
+    other = this; // not the repository's to clear
     EXPECT_EQ(g_extractions, 2);
-    Init(a, 'a');
-    EXPECT_NE(a, nullptr);
+    EXPECT_THROW(Init(a, {'a'}, [](boost::any*) -> void* { throw 1; }), int);
+    Init(a, {'z'}, [](boost::any*) -> void* { return nullptr; });
+    EXPECT_EQ(a, nullptr);
+    Init(a, {'z'});
+    EXPECT_EQ(static_cast<Item*>(a)->name, 'a');
     DeinitializeStaticRepository();
     EXPECT_EQ(g_log, "+c+b+a-a-b-c");
+    EXPECT_EQ(other, this);
 }
 
-TEST_F(StaticRepository, FailedExtraction)
-{
-    EXPECT_THROW(Init(
-                     a, [] { return std::make_unique<Item>('a'); }, [](boost::any*) -> void* { throw 1; }),
-                 int);
-    Init(
-        a, [] { return std::make_unique<Item>('z'); }, [](boost::any*) -> void* { return nullptr; });
-    EXPECT_EQ(a, nullptr);
-    Init(a, 'z');
-    EXPECT_EQ(static_cast<Item*>(a)->name, 'a');
-    EXPECT_EQ(g_log, "+a");
-}
-
-template<class Function>
-void ExpectError(Function function, unsigned int code, char16_t const* text)
+void ExpectError(std::function<void()> const& function, unsigned int code, char16_t const* text)
 {
     try {
         function();
@@ -202,58 +178,41 @@ void ExpectError(Function function, unsigned int code, char16_t const* text)
 TEST_F(StaticRepository, Misuse)
 {
     // An object that needs itself, by way of another one.
-    std::function<void()> const initA = [&] {
-        Init(a, [&] {
-            Init(b, [&] {
-                initA();
-                return std::make_unique<Item>('b');
-            });
-            return std::make_unique<Item>('a');
-        });
-    };
+    std::function<void()> const initA = [&] { Init(a, {'z', [&] { Init(b, {'z', initA}); }}); };
     ExpectError(initA, 0x50D0BB91, u"InitOnce: the object is needed for its own creation.");
-    EXPECT_TRUE(a == nullptr && b == nullptr);
-    Init(a, 'a');
+    Init(a, {'a'});
     ExpectError(
         [&] {
-            Init(b, [&] {
-                DeinitializeStaticRepository();
-                return std::make_unique<Item>('z');
-            });
+            Init(b, {'z', &DeinitializeStaticRepository});
         },
         0x8964FD20, u"DeinitializeStaticRepository: an object is being created.");
+    EXPECT_THROW(InitOnce(&b, nullptr, nullptr, &Extract), LogicException);
+    EXPECT_THROW(InitOnce(&b, &Create, nullptr, nullptr), LogicException);
     EXPECT_TRUE(a != nullptr && b == nullptr);
-    EXPECT_THROW(InitOnce(&b, nullptr, nullptr, &ExtractItem), LogicException);
-    EXPECT_THROW(InitOnce(&b, &CreateItem, nullptr, nullptr), LogicException);
-    Init(b, 'b');
+    Init(b, {'b'});
     EXPECT_EQ(g_log, "+a+b");
 }
 
 TEST_F(StaticRepository, DestructorsThatComeBack)
 {
     std::string seen;
-    auto const look = [&](void* slot) { seen += slot != nullptr ? '1' : '0'; };
-    Init(a, 'a');
     void* never = nullptr;
-    Init(b, [&] {
-        return std::make_unique<Item>('b', [&] {
-            InitializeStaticRepository(); // have no effect here
-            DeinitializeStaticRepository();
-            Init(a, 'z');
-            Init(c, 'z');
-            Init(never, 'z');
-            for (void* const slot : {a, b, c, never}) {
-                look(slot);
-            }
-        });
-    });
-    Init(c, 'c');
+    auto const comeBack = [&] {
+        InitializeStaticRepository(); // have no effect here
+        DeinitializeStaticRepository();
+        for (void** const slot : {&a, &b, &c, &never}) {
+            Init(*slot, {'z'});
+            seen += *slot != nullptr ? '1' : '0';
+        }
+    };
+    Init(a, {'a'});
+    Init(b, {'b', {}, comeBack});
+    Init(c, {'c'});
     DeinitializeStaticRepository();
     EXPECT_EQ(seen, "1100"); // older, own, newer, none
     EXPECT_EQ(g_log, "+a+b+c-c-b-a");
+    Init(never, {'z'});
     EXPECT_TRUE(a == nullptr && b == nullptr && c == nullptr && never == nullptr);
-    Init(never, 'z');
-    EXPECT_EQ(never, nullptr);
 }
 
 // The typed form.
@@ -271,11 +230,6 @@ struct Derived : Base
 
 class Single
 {
-public:
-    Single(Single const&) = delete;
-    Single& operator=(Single const&) = delete;
-
-private:
     friend class TStaticObject<Single>;
     Single() = default;
     ~Single() { g_log += 's'; }
@@ -308,11 +262,12 @@ TEST_F(StaticRepository, TypedObjects)
 // What is used in making an object outlives it, also where both forms are mixed.
 TEST_F(StaticRepository, TypedObjectsAreOrderedByCompletion)
 {
+    auto const makeInner = [&] {
+        Init(a, {'a'});
+        return Item('i', [] { EXPECT_EQ(g_outer.Peek(), nullptr); });
+    };
     Item* const outer = g_outer.Get([&] {
-        static_cast<void>(g_inner.Get([&] {
-            Init(a, 'a');
-            return Item('i', [] { EXPECT_EQ(g_outer.Peek(), nullptr); });
-        }));
+        static_cast<void>(g_inner.Get(makeInner));
         return Item('o', [] { EXPECT_NE(g_inner.Peek(), nullptr); });
     });
     EXPECT_NE(outer, nullptr);
