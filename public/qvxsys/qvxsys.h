@@ -10,6 +10,7 @@
 #include <qvxsys/FormatScan.h>
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
+#include <qvxsys/Launch.h>
 #include <qvxsys/LogicException.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/Processor.h>

@@ -19,7 +19,8 @@ LAYERS = {
     "system": ["error"],
     "sync": ["system"],
     "repository": ["sync"],
-    "tool": ["repository"],
+    "task": ["sync"],
+    "tool": ["task", "repository"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -34,12 +35,14 @@ FILES = [
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
     (r"public/qvxsys/StaticRepository\.h", "repository"),
+    (r"public/qvxsys/(Launch)\.h", "task"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
     (r"main/qvxsys/system/", "system"),
     (r"main/synchronize/", "sync"),
     (r"main/qvxsys/repository/", "repository"),
+    (r"main/thread/", "task"),
     (r"tools/qvx/", "tool"),
 ]
 
