@@ -10,7 +10,7 @@ import subprocess
 import sys
 
 VERSION = "QVXSYS_1"
-OURS = re.compile(r"^(typeinfo (name )?for |vtable for )?"
+OURS = re.compile(r"^(typeinfo (name )?for |vtable for |(non-)?virtual thunk to )?"
                   r"(CharacterUtils|StringUtils|TCType|QvxICU|KMP|TStringCore|TStringEditing|TStringStorage|TStringView|"
                   r"TCodePointReference|TTextDecoder|"
                   r"TError|QuorvexError|QuorvexException|QuorvexOutOfMemoryException|QuorvexUserErrorException|"
