@@ -7,6 +7,7 @@
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/FormatScan.h>
+#include <qvxsys/Hash.h>
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
 #include <qvxsys/LogicException.h>
@@ -33,4 +34,5 @@
 #include <qvxsys/TextArguments.h>
 #include <qvxsys/TextComparison.h>
 #include <qvxsys/WideText.h>
+#include <qvxsys/sha2.h>
 #include <qvxsys/std.h>

@@ -16,7 +16,7 @@ OURS = re.compile(r"^(typeinfo (name )?for |vtable for )?"
                   r"TError|QuorvexError|QuorvexException|QuorvexOutOfMemoryException|QuorvexUserErrorException|"
                   r"StackExceptionAndRethrow|TFormatStringCore|TScanStringCore|AssertHooks|ThrowLogicException|"
                   r"InjectLookupTStr|LogicException|RefCntObject|RefCntObjectNonVirtualBase<RefCntObject>|"
-                  r"quorvex|qvxsys::detail)\b")
+                  r"quorvex|qvxsys::detail|sha2)\b")
 REQUIRED = {"TMalloc", "TCalloc", "TRealloc", "TFree"}
 
 

@@ -16,7 +16,8 @@ LAYERS = {
     "memory": [],
     "text": ["memory"],
     "error": ["text"],
-    "tool": ["error"],
+    "hash": ["error"],
+    "tool": ["hash"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -28,9 +29,11 @@ FILES = [
     (r"public/qvxsys/qvxsys\.h", "tool"),
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
+    (r"public/qvxsys/(Hash|sha2)\.h", "hash"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
+    (r"main/qvxsys/hash/", "hash"),
     (r"tools/qvx/", "tool"),
 ]
 
