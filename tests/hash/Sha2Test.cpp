@@ -165,7 +165,9 @@ TEST_P(Sha2, PublishedChains)
 
 TEST_P(Sha2, PiecesAgreeWithOtherSoftware)
 {
-    ASSERT_EQ(RunChild({"/usr/bin/env", "true"}).status, 0);
+    if (RunChild({"/usr/bin/env", "sha1sum", "--version"}).status != 0) {
+        GTEST_SKIP() << "there are no programs here to compare with";
+    }
     TemporaryFolder const folder;
     std::mt19937 random(20417);
     std::vector<std::string> messages;
