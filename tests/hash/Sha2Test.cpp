@@ -172,7 +172,8 @@ TEST_P(Sha2, PiecesAgreeWithOtherSoftware)
     std::mt19937 random(20417);
     std::vector<std::string> messages;
     std::vector<std::string> files;
-    for (std::size_t const size : {0, 1, 55, 56, 63, 64, 65, 111, 112, 127, 128, 129, 255, 256, 1000, 4096, 70'000}) {
+    for (std::size_t const size :
+         {0u, 1u, 55u, 56u, 63u, 64u, 65u, 111u, 112u, 127u, 128u, 129u, 255u, 256u, 1000u, 4096u, 70'000u}) {
         messages.push_back(RandomBytes(random, size + (size > 256 ? random() % 1000 : 0)));
         files.push_back((folder.Path() / std::to_string(files.size())).string());
         std::ofstream(files.back(), std::ios::binary) << messages.back();
@@ -201,7 +202,7 @@ TEST_P(Sha2, CopiesGoOnByThemselves)
     std::string const message = RandomBytes(random, 517);
     std::string_view const text = message;
     for (sha2::SHA_TYPE const type : kTypes) {
-        for (std::size_t const at : {0, 1, 64, 100, 128, 300}) {
+        for (std::size_t const at : {0u, 1u, 64u, 100u, 128u, 300u}) {
             sha2 first;
             first.Init(type);
             first.Update(Data(text), at);
