@@ -8,6 +8,7 @@
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/FormatScan.h>
+#include <qvxsys/Hash.h>
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
 #include <qvxsys/Launch.h>
@@ -43,4 +44,5 @@
 #include <qvxsys/TextComparison.h>
 #include <qvxsys/ThreadAnnotations.h>
 #include <qvxsys/WideText.h>
+#include <qvxsys/sha2.h>
 #include <qvxsys/std.h>

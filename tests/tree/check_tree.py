@@ -20,7 +20,8 @@ LAYERS = {
     "sync": ["system"],
     "repository": ["sync"],
     "task": ["sync"],
-    "tool": ["task", "repository"],
+    "hash": ["error"],
+    "tool": ["task", "repository", "hash"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -36,6 +37,7 @@ FILES = [
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
     (r"public/qvxsys/StaticRepository\.h", "repository"),
     (r"public/qvxsys/(Launch)\.h", "task"),
+    (r"public/qvxsys/(Hash|sha2)\.h", "hash"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
@@ -43,6 +45,7 @@ FILES = [
     (r"main/synchronize/", "sync"),
     (r"main/qvxsys/repository/", "repository"),
     (r"main/thread/", "task"),
+    (r"main/qvxsys/hash/", "hash"),
     (r"tools/qvx/", "tool"),
 ]
 

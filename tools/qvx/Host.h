@@ -43,6 +43,9 @@ struct Entry
 /// A symbolic link, or whatever else on this system makes one folder appear inside another.
 [[nodiscard]] bool IsLink(std::filesystem::path const& path) noexcept;
 
+/// The path for a program that reads it: the bytes of its name; in UTF-8 with slashes where names are UTF-16.
+[[nodiscard]] std::string PathBytes(std::filesystem::path const& path);
+
 /// The order of the names' code points.
 [[nodiscard]] bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept;
 

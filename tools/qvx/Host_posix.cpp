@@ -52,6 +52,11 @@ bool IsLink(std::filesystem::path const& path) noexcept
     return std::filesystem::is_symlink(std::filesystem::symlink_status(path, error));
 }
 
+std::string PathBytes(std::filesystem::path const& path)
+{
+    return path.native();
+}
+
 bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept
 {
     return a.native() < b.native(); // bytes of UTF-8 are in the order of the code points

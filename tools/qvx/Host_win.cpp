@@ -182,6 +182,13 @@ bool IsLink(std::filesystem::path const& path) noexcept
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && isSurrogate;
 }
 
+std::string PathBytes(std::filesystem::path const& path)
+{
+    std::string name = TStringCore(path.c_str()).toStdString();
+    std::replace(name.begin(), name.end(), '\\', '/');
+    return name;
+}
+
 bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept
 {
     return std::ranges::lexicographical_compare(a.native(), b.native(), {}, Rank, Rank);

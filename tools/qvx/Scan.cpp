@@ -64,10 +64,12 @@ public:
 private:
     void AddFile(fs::path const& path);
     void FindInFolder(fs::path const& folder);
-    ScannedFile ScanFile(fs::path const& path);
+    void ScanFile(ScannedFile& result);
+    void Decode(std::filebuf& file, ScannedFile& result);
     void Count(std::filebuf& file, std::size_t n, ScannedFile& result);
     std::size_t Read(std::filebuf& file);
-    void Fail(fs::path const& path, QuorvexException const& error);
+    void Digest(std::filebuf& file, ScannedFile& result);
+    void Fail(fs::path const& path, QuorvexException const& error, std::string const& digest = {});
 
     // Small enough for chunk and decoded text to stay in the second-level cache.
     static constexpr std::size_t kChunk = std::size_t{256} * 1024;
@@ -76,13 +78,15 @@ private:
     Progress& m_progress;
     ScanListener const& m_listener;
     std::unique_ptr<char[]> m_chunk;
+    sha2 m_hash;          // of what was read of the current file
+    bool m_atEnd = false; // it was read to its end
     std::vector<FoundFile> m_found;
     ScanResult m_result;
 };
 
-void Scanner::Fail(fs::path const& path, QuorvexException const& error)
+void Scanner::Fail(fs::path const& path, QuorvexException const& error, std::string const& digest)
 {
-    m_result.errors.push_back({path, error});
+    m_result.errors.push_back({path, error, digest});
     m_listener.onError(m_result.errors.back());
 }
 
@@ -142,29 +146,48 @@ ScanResult Scanner::ScanAll()
     }
     m_progress.SetTotal(bytes);
     for (FoundFile const& file : m_found) {
+        ScannedFile result{file.path, m_options.encoding, {}, {}, {}};
         try {
-            ScannedFile result = ScanFile(file.path);
+            ScanFile(result);
             m_result.total += result.counts;
             m_result.matches += result.found.matches;
             m_result.matchingLines += result.found.lines;
             m_listener.onFile(result);
             m_result.files.push_back(std::move(result));
         } catch (QuorvexException const& error) {
-            Fail(file.path, error);
+            Fail(file.path, error, result.digest);
         }
     }
     return std::move(m_result);
 }
 
-ScannedFile Scanner::ScanFile(fs::path const& path)
+void Scanner::ScanFile(ScannedFile& result)
 {
     std::filebuf file;
     file.pubsetbuf(nullptr, 0); // reads go straight to the chunk
     errno = 0;
-    if (file.open(path, std::ios::in | std::ios::binary) == nullptr) {
+    if (file.open(result.path, std::ios::in | std::ios::binary) == nullptr) {
         throw MakeFailure(Failure::CannotAccess, Reason(std::error_code(errno, std::generic_category())));
     }
-    ScannedFile result{path, m_options.encoding, {}, {}};
+    m_atEnd = false;
+    if (m_options.hash) {
+        m_hash.Init(*m_options.hash);
+    }
+    if (m_options.countsText) {
+        try {
+            Decode(file, result);
+        } catch (QuorvexException const& error) {
+            if (error.GetErrorCode() != static_cast<unsigned>(Failure::CannotRead)) {
+                Digest(file, result); // what cannot be counted has a digest nevertheless
+            }
+            throw;
+        }
+    }
+    Digest(file, result);
+}
+
+void Scanner::Decode(std::filebuf& file, ScannedFile& result)
+{
     std::size_t const n = Read(file);
     if (result.encoding == "auto") {
         TTextDecoder::Detection const detection = TTextDecoder::Detect(m_chunk.get(), n);
@@ -180,13 +203,31 @@ ScannedFile Scanner::ScanFile(fs::path const& path)
                                      .arg(TStringCore::fromStdString(result.encoding))
                                      .arg(result.counts.bytes));
     }
-    return result;
+}
+
+// Reads what nobody has read yet: every byte of a file is read once, for the counts and the digest.
+void Scanner::Digest(std::filebuf& file, ScannedFile& result)
+{
+    if (!m_options.hash) {
+        return;
+    }
+    while (!m_atEnd) {
+        Read(file);
+    }
+    m_hash.End();
+    result.digest = m_hash.StringHash();
 }
 
 std::size_t Scanner::Read(std::filebuf& file)
 {
     try {
-        return static_cast<std::size_t>(file.sgetn(m_chunk.get(), kChunk));
+        auto const n = static_cast<std::size_t>(file.sgetn(m_chunk.get(), kChunk));
+        m_atEnd = n < kChunk;
+        if (m_options.hash) {
+            m_hash.Update(static_cast<unsigned char const*>(static_cast<void const*>(m_chunk.get())), n);
+        }
+        m_progress.Add(n);
+        return n;
     } catch (std::ios_base::failure const& failure) {
         throw MakeFailure(Failure::CannotRead, Reason(failure.code()));
     }
@@ -202,7 +243,7 @@ void Scanner::Count(std::filebuf& file, std::size_t n, ScannedFile& result)
     Finder finder(m_options.find, m_listener.onMatch ? std::function<void(Match const&)>(tell) : nullptr);
     try {
         for (bool last = false; !last; n = last ? 0 : Read(file)) {
-            last = n < kChunk;
+            last = m_atEnd;
             TStringView text = decoder.Decode(m_chunk.get(), n, last);
             if (counts.units == 0 && text.startsWith(char32_t{0xFEFF})) {
                 text = text.mid(1);
@@ -214,7 +255,6 @@ void Scanner::Count(std::filebuf& file, std::size_t n, ScannedFile& result)
             if (!m_options.find.text.empty()) {
                 finder.Feed(text, last);
             }
-            m_progress.Add(n);
         }
     } catch (TStringCore::Exception const& error) {
         throw MakeFailure(Failure::CannotDecode, error);
