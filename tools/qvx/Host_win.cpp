@@ -1,10 +1,12 @@
 #include "Host.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <streambuf>
+#include <utility>
 
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TTextDecoder.h>
@@ -111,6 +113,23 @@ void Prepare()
 {
     WriteTo(std::cout, STD_OUTPUT_HANDLE);
     WriteTo(std::cerr, STD_ERROR_HANDLE);
+}
+
+// The system calls the handler on a thread that it makes for that.
+void OnInterrupt(std::function<void()> function)
+{
+    // Never destroyed: the handler may run at any time.
+    static std::function<void()> const& onInterrupt = *new std::function<void()>(std::move(function));
+    static std::atomic<bool> asked = false;
+    SetConsoleCtrlHandler(
+        [](DWORD event) -> BOOL {
+            if ((event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) || asked.exchange(true)) {
+                return FALSE;
+            }
+            onInterrupt();
+            return TRUE;
+        },
+        TRUE);
 }
 
 bool StderrIsTerminal() noexcept
