@@ -74,7 +74,7 @@ QVXSYS_API void ShaOf(sha2::SHA_TYPE type, std::byte const* data, std::size_t si
 
 namespace quorvex::hash {
 
-/// The digest of the bytes. Thread-safe, does not allocate.
+/// The digest of the bytes. Does not allocate.
 template<sha2::SHA_TYPE type>
 [[nodiscard]] std::array<std::byte, DigestLength(type)> DigestOf(std::span<std::byte const> data) noexcept
 {
@@ -105,8 +105,7 @@ template<sha2::SHA_TYPE type>
 [[nodiscard]] QVXSYS_API bool EqualInConstantTime(std::span<std::byte const> a, std::span<std::byte const> b) noexcept;
 
 /// Message authentication codes by a keyed digest (RFC 2104, FIPS 198-1), of one message after the other with the same
-/// key. What was computed from the key is overwritten at the end of an object's life. Copies go on by themselves; one
-/// object must not be used from two threads when either changes it.
+/// key. What was computed from the key is overwritten at the end of an object's life. Copies go on by themselves.
 class QVXSYS_API Hmac
 {
 public:

@@ -18,8 +18,6 @@
 namespace qvxsys::hash {
 namespace {
 
-#define QVX_INLINE [[gnu::always_inline]] inline
-
 constexpr std::size_t kBlock = 128;
 constexpr unsigned kRounds = 80;
 

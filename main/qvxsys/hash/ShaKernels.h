@@ -10,6 +10,9 @@
 #include <cstddef>
 #include <cstdint>
 
+/// For the pieces that a compression function is put together from.
+#define QVX_INLINE [[gnu::always_inline]] inline
+
 namespace qvxsys::hash {
 
 using Compress32 = void(std::uint32_t* state, unsigned char const* blocks, std::size_t count) noexcept;

@@ -11,8 +11,6 @@
 namespace qvxsys::hash::sha_ni {
 namespace {
 
-#define QVX_INLINE [[gnu::always_inline]] inline
-
 QVX_INLINE __m128i Load(void const* p) noexcept
 {
     return _mm_loadu_si128(static_cast<__m128i const*>(p));

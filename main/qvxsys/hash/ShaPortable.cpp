@@ -10,8 +10,6 @@
 namespace qvxsys::hash::portable {
 namespace {
 
-#define QVX_INLINE [[gnu::always_inline]] inline
-
 template<class Word>
 QVX_INLINE Word Load(unsigned char const* p) noexcept
 {
