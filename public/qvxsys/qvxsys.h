@@ -10,6 +10,7 @@
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/FormatScan.h>
+#include <qvxsys/Hash.h>
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
 #include <qvxsys/Launch.h>
@@ -22,6 +23,7 @@
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/ReferenceCount.h>
 #include <qvxsys/SharedState.h>
+#include <qvxsys/StaticRepository.h>
 #include <qvxsys/StringUtils.h>
 #include <qvxsys/SyncWords.h>
 #include <qvxsys/TCType.h>
@@ -47,4 +49,5 @@
 #include <qvxsys/TextComparison.h>
 #include <qvxsys/ThreadAnnotations.h>
 #include <qvxsys/WideText.h>
+#include <qvxsys/sha2.h>
 #include <qvxsys/std.h>
