@@ -14,7 +14,7 @@ constexpr std::uint64_t kMostCycles = 10'000;
 /// gets many, because the two who answer each other within a microsecond fall out of step whenever one of them is
 /// interrupted, and then need some tries to get back: as long as both sleep, each needs longer to wake than the other
 /// spins.
-constexpr int kFirstConfidence = 8;
+constexpr int kFirstConfidence = 16;
 constexpr int kFullConfidence = 32;
 /// A thread that has stopped tries once in so many waits: in twice as many each time that it is in vain.
 constexpr unsigned int kRetryAfter = 32;

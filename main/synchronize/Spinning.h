@@ -4,8 +4,8 @@
 // Waking a sleeping thread costs between 2 (busy processor) and 50 (halted one) microseconds, so a wait that ends
 // sooner is cheaper spun. A wait that does not end sooner wastes what it spins, and on a machine with fewer processors
 // than runnable threads it takes that from the very thread it waits for. Hence three bounds: one wait spins for about
-// one wake-up's cost; a process with one processor never spins; and a thread whose last spins were all in vain stops
-// spinning, but for a try once in a while.
+// one wake-up's cost on a busy processor; a process with one processor never spins; and a thread whose last spins were
+// all in vain stops spinning, but for a try once in a while.
 
 #include <algorithm>
 #include <cstdint>

@@ -88,15 +88,23 @@ public:
     [[nodiscard]] bool AwaitChange(std::uint32_t seen, Deadline const& deadline) noexcept
     {
         auto const changed = [this, seen] { return Count() != seen; };
-        if (changed() || SpinUntil(kEventPauses, changed)) {
+        if (changed()) {
+            // It took no longer than to register with the events.
+            RecordSpin(true);
             return true;
         }
+        if (SpinUntil(kEventPauses, changed)) {
+            return true;
+        }
+        // Relaxed is enough: each Give, another step on the same word, comes either before this one, and then Park sees
+        // another number, or after it, and then sees the mark.
         m_word.fetch_or(kAsleep, std::memory_order_relaxed);
         Parked parked = Parked::Awake;
         while (!changed() && parked == Parked::Awake) {
             parked = SystemParking::Park(&m_word, seen | kAsleep, deadline);
         }
-        // Whoever read the mark wakes nobody, which does no harm.
+        // Who read the mark meanwhile wakes nobody, or the next one who sleeps at this address: for nothing, which all
+        // sleepers allow for.
         m_word.fetch_and(~kAsleep, std::memory_order_relaxed);
         return changed();
     }
@@ -251,13 +259,21 @@ public:
         }
     }
 
-    /// Calls `attempt` until it is true; false when the time is over.
+    /// Calls `attempt` until it is true; false when the time is over. Nothing is registered and no clock read before
+    /// the first attempt has failed.
     template<class Attempt>
-    bool Until(Deadline const& deadline, Attempt attempt)
+    bool Until(std::chrono::milliseconds timeout, Attempt attempt)
     {
+        if (timeout.count() < 0) {
+            static_cast<void>(DeadlineOf(timeout));
+        }
         if (attempt()) {
             return true;
         }
+        if (timeout.count() <= 0) {
+            return false;
+        }
+        Deadline const deadline = DeadlineOf(timeout);
         for (; m_registered < m_events.size(); ++m_registered) {
             m_events[m_registered]->AddOnSignalCallback(this, [this] { m_notice.Give(); });
         }
@@ -369,7 +385,7 @@ std::optional<std::size_t> WaitForAnyExact(std::span<IEvent* const> events, std:
     }
     std::size_t index = 0;
     ExactWait wait(events);
-    bool const found = wait.Until(DeadlineOf(timeout), [&] { return wait.TakeFirst(index); });
+    bool const found = wait.Until(timeout, [&] { return wait.TakeFirst(index); });
     return found ? std::optional(index) : std::nullopt;
 }
 
@@ -379,5 +395,5 @@ bool WaitForAllExact(std::span<IEvent* const> events, std::chrono::milliseconds 
         return false;
     }
     ExactWait wait(events);
-    return wait.Until(DeadlineOf(timeout), [&] { return wait.TakeAll(); });
+    return wait.Until(timeout, [&] { return wait.TakeAll(); });
 }
