@@ -240,7 +240,7 @@ public:
         for (IEvent* const event : m_events) {
             auto* const autoReset = dynamic_cast<TAutoResetEvent*>(event);
             anyAutoReset = anyAutoReset || autoReset != nullptr;
-            if (!(autoReset != nullptr ? autoReset->Peek() : event->IsSet())) {
+            if (!(autoReset != nullptr ? IsThere(*autoReset) : event->IsSet())) {
                 return false;
             }
         }
@@ -248,6 +248,15 @@ public:
     }
 
 private:
+    /// Also when another wait has taken the signal and is about to give it back, of which nobody would tell this one.
+    [[nodiscard]] static bool IsThere(TAutoResetEvent const& event)
+    {
+        if (event.Peek()) {
+            return true;
+        }
+        TReadLockScope const lock(s_taking);
+        return event.Peek();
+    }
     /// All or none.
     [[nodiscard]] bool TakeAllAutoReset() const
     {
