@@ -309,7 +309,7 @@ public:
         for (IEvent* const event : m_events) {
             TAutoResetEvent* const autoReset = AsAutoReset(*event);
             anyAutoReset = anyAutoReset || autoReset != nullptr;
-            if (!(autoReset != nullptr ? autoReset->Peek() : IsSet(*event))) {
+            if (!(autoReset != nullptr ? IsThere(*autoReset) : IsSet(*event))) {
                 return false;
             }
         }
@@ -317,6 +317,15 @@ public:
     }
 
 private:
+    /// Also when another wait has taken the signal and is about to give it back, of which nobody would tell this one.
+    [[nodiscard]] static bool IsThere(TAutoResetEvent const& event)
+    {
+        if (event.Peek()) {
+            return true;
+        }
+        TReadLockScope const lock(s_taking);
+        return event.Peek();
+    }
     /// All or none.
     [[nodiscard]] bool TakeAllAutoReset() const
     {

@@ -257,8 +257,8 @@ private:
     mutable qvxsys::detail::TEventBase<false> m_base;
     mutable Children m_childEvents QVXSYS_GUARDED_BY(m_childMutex);
     mutable TRecursiveMutex m_childMutex;
-    /// A traversal of the thread that holds m_childMutex is among the children.
-    mutable bool m_traversed QVXSYS_GUARDED_BY(m_childMutex) = false;
+    /// The traversal of the thread that holds m_childMutex that is among the children; the innermost of nested ones.
+    mutable Traversal const* m_traversal QVXSYS_GUARDED_BY(m_childMutex) = nullptr;
 };
 
 static_assert(sizeof(TEvent) == 24 && sizeof(TAutoResetEvent) == 24 && sizeof(TCountdownEvent) == 56);
