@@ -19,9 +19,10 @@ namespace qvxsys::sync {
 /// Tells whether the spin paid, for the thread's next waits.
 void RecordSpin(bool paid) noexcept;
 
-/// Calls `ready` with growing pauses of at most `mostPauses` until it returns true, for as long as spinning may pay.
+/// Calls `ready` with pauses that double from `firstPauses` to `mostPauses` until it returns true, for as long as
+/// spinning may pay.
 template<class Ready>
-[[nodiscard]] bool SpinUntil(unsigned int mostPauses, Ready ready) noexcept
+[[nodiscard]] bool SpinUntil(unsigned int mostPauses, Ready ready, unsigned int firstPauses = 1) noexcept
 {
     std::uint64_t const budget = SpinBudget();
     if (budget == 0) {
@@ -29,7 +30,7 @@ template<class Ready>
     }
     std::uint64_t const start = __builtin_ia32_rdtsc();
     bool paid = false;
-    for (unsigned int pauses = 1; !paid && __builtin_ia32_rdtsc() - start < budget;
+    for (unsigned int pauses = firstPauses; !paid && __builtin_ia32_rdtsc() - start < budget;
          pauses = std::min(2 * pauses, mostPauses)) {
         for (unsigned int i = 0; i < pauses; ++i) {
             qvxsys::detail::SpinPause();
