@@ -169,6 +169,25 @@ TYPED_TEST(Backend, QuickSignalsToAnAutoResetEventReleaseOneEach)
     }
 }
 
+/// A signal is for who sleeps, also when the signaller waits next: both pass one event to and fro.
+TYPED_TEST(Backend, SignallersDoNotTakeTheirSignalsBack)
+{
+    using P = typename TestFixture::Own;
+    EventWord word;
+    for (int round = 0; round < 50; ++round) {
+        std::atomic<bool> released = false;
+        std::jthread sleeper([&] {
+            EXPECT_EQ(WaitAuto<P>(word, DeadlineIn(kLost.count())), Waited::Success);
+            released = true;
+            this->template Signal<true>(word);
+        });
+        YieldUntil([&] { return EventWord::Sleepers(word.Load()) == 1; });
+        this->template Signal<true>(word);
+        ASSERT_EQ(WaitAuto<P>(word, DeadlineIn(kLost.count())), Waited::Success);
+        ASSERT_TRUE(released);
+    }
+}
+
 template<class Suite, bool AutoReset>
 void PingPong()
 {
@@ -252,7 +271,8 @@ TYPED_TEST(Backend, MoreSleepersThanTheWordCounts)
     ASSERT_FALSE(word.IsSet());
     for (std::uint64_t i = 0; i < kMost; ++i) {
         std::uint64_t seen = word.Load();
-        ASSERT_TRUE(LeaveAuto(word, seen, true));
+        ASSERT_FALSE(LeaveAuto(word, seen, EventWord::Changes(seen), true)) << "given before it slept";
+        ASSERT_TRUE(LeaveAuto(word, seen, EventWord::Changes(seen) - 1, true));
     }
     EXPECT_EQ(word.Load() >> 32, 0U);
 }
