@@ -53,7 +53,7 @@ struct TThreadPoolStatistics
 
 /// Threads that take work from one queue, first come first served. The number of threads is fixed.
 ///
-/// An item costs two uncontended locked instructions to add and four to take and finish, no allocation beyond what
+/// An item costs two uncontended locked instructions to add and three to take and finish, no allocation beyond what
 /// std::function makes of what it captures, and the waking of a thread only if one sleeps and none is on its way.
 /// Threads that run out of work spin for a few microseconds at most (see TLocks.h) before they sleep.
 ///

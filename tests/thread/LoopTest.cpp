@@ -1,20 +1,18 @@
 #include "PoolSupport.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <limits>
-#include <mutex>
 #include <numeric>
-#include <set>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
 namespace {
 
-using testing_support::Blockers;
 using testing_support::ConfiguredPool;
-using testing_support::kNoLimit;
 
 /// Runs a loop and expects each index exactly once.
 template<class Index>
