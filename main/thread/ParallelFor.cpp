@@ -163,13 +163,9 @@ std::uint64_t Processors() noexcept
     return processors;
 }
 
-/// How many helpers a loop of so many indexes may use.
-std::uint64_t MostHelpers(std::uint64_t indexes, LoopChunks const& chunks) noexcept
+bool MayHaveHelpers() noexcept
 {
-    if (!AsyncTask::IsParallelExecution() || !TThreadPool::IsAvailable()) {
-        return 0;
-    }
-    return std::min(Processors() - 1, (indexes - 1) / chunks.least);
+    return AsyncTask::IsParallelExecution() && Processors() > 1 && TThreadPool::IsAvailable();
 }
 
 } // namespace
@@ -187,7 +183,7 @@ LoopChunks ChunksFor(std::uint64_t indexes, std::uint64_t cycles) noexcept
 
 void RunLoopTogether(LoopBody const& body, std::uint64_t begin, std::uint64_t end, LoopChunks const& chunks)
 {
-    std::uint64_t const helpers = MostHelpers(end - begin, chunks);
+    std::uint64_t const helpers = MayHaveHelpers() ? std::min(Processors() - 1, (end - begin - 1) / chunks.least) : 0;
     if (helpers == 0) {
         Loop(body, begin, end, chunks, 1).Run();
         return;
@@ -202,6 +198,15 @@ void RunLoopTogether(LoopBody const& body, std::uint64_t begin, std::uint64_t en
 } // namespace qvxsys::detail
 
 namespace AsyncTask {
+
+unsigned int MostLoopThreads()
+{
+    if (!MayHaveHelpers()) {
+        return 1;
+    }
+    return static_cast<unsigned int>(
+        std::min<std::uint64_t>(Processors(), TThreadPool::Get().GetNumberOfThreads() + 1));
+}
 
 void SetParallelExecution(bool enabled) noexcept
 {

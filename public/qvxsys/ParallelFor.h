@@ -146,6 +146,10 @@ template<std::integral Index, class T, class Map, class Combine>
     return result;
 }
 
+/// The most threads on which a loop that begins now would run at a time, the calling one included: no more than the pool
+/// has besides, nor than there are processors for the process. At least 1. Makes the pool if it is only configured.
+[[nodiscard]] QVXSYS_API unsigned int MostLoopThreads();
+
 /// Whether loops may use other threads at all; true at the start of the process. Switched off, every loop here runs on
 /// its calling thread, index by index, which makes it easy to follow in a debugger. Takes effect for loops that begin
 /// afterwards and, in ParallelForThread, for the next index.
