@@ -22,12 +22,12 @@ using qvxsys::sync::SystemParking;
 
 constinit std::atomic<bool> g_parallel = true;
 
-/// Chunks are not cut smaller than about 10 microseconds of work, so that handing them out costs nothing, nor larger
+/// Chunks are not cut smaller than about 5 microseconds of work, so that handing them out costs nothing, nor larger
 /// than about a millisecond, so that a loop notices soon that it is cancelled.
-constexpr double kLeastChunkCycles = 30'000;
+constexpr double kLeastChunkCycles = 15'000;
 constexpr double kMostChunkCycles = 3'000'000;
 /// Chunks for each thread if all were as large as the first.
-constexpr std::uint64_t kShares = 4;
+constexpr std::uint64_t kShares = 8;
 
 /// A loop that is being worked on. Shared with helpers, since one that was asked may come when the loop is over; the
 /// body is touched only by those who entered, and the caller waits for them to leave.

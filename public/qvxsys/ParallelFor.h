@@ -93,7 +93,7 @@ namespace AsyncTask {
 /// Calls `body(first, last)` for stretches [first, last) that together are [begin, end), each index in one of them, on
 /// this thread and on helpers, in no particular order. For bodies that have something to set up or to add up.
 ///
-/// `grain` is the number of indexes in a chunk. With 0, chunks are sized by measuring: they take 10 microseconds or
+/// `grain` is the number of indexes in a chunk. With 0, chunks are sized by measuring: they take 5 microseconds or
 /// more, as far as the first indexes tell. A grain of your own says that a chunk is worth a thread: helpers are asked
 /// for at once. Give one when there are few indexes that take long.
 template<std::integral Index, class Body>
