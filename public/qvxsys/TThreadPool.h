@@ -43,6 +43,7 @@ enum class TThreadPoolWork : unsigned int {
 struct TThreadPoolStatistics
 {
     unsigned long long threads = 0;  ///< that have been started and have not left
+    unsigned long long sleeping = 0; ///< threads that sleep until there is work
     unsigned long long queued = 0;   ///< items that wait for a thread
     unsigned long long running = 0;  ///< items that a thread has taken and not finished
     unsigned long long finished = 0; ///< items since the pool was made

@@ -319,14 +319,18 @@ TEST(ThreadPool, LosesNothingUnderLoad)
     }
 }
 
-/// One item at a time, with the thread falling asleep before most of them: a lost wake-up would hang here.
+/// One item at a time, added at all moments between the end of the one before and the thread's falling asleep: a lost
+/// wake-up would hang here.
 TEST(ThreadPool, WakesForEachItem)
 {
-    TThreadPool pool(2, nullptr, nullptr);
-    for (int i = 0; i < 3000; ++i) {
+    TThreadPool pool(1, nullptr, nullptr);
+    for (unsigned int i = 0; i < 20'000; ++i) {
         TEvent done;
         ASSERT_TRUE(pool.AddWork([&done] { done.Signal(); }, kQueue));
         done.Wait();
+        for (unsigned int pauses = i % 101; pauses != 0; --pauses) {
+            qvxsys::detail::SpinPause();
+        }
     }
 }
 
@@ -334,8 +338,11 @@ TEST(ThreadPool, WakesForEachItem)
 TEST(ThreadPool, UsesAllThreadsForBlockingWork)
 {
     constexpr unsigned int kThreads = 4;
+    TThreadPool pool(kThreads, nullptr, nullptr);
     for (int round = 0; round < 50; ++round) {
-        TThreadPool pool(kThreads, nullptr, nullptr);
+        if (round % 2 == 0) {
+            YieldUntil([&] { return pool.GetStatistics().sleeping == kThreads; });
+        }
         TCountdownEvent all(kThreads);
         for (unsigned int i = 0; i < kThreads; ++i) {
             pool.AddWork(
@@ -345,7 +352,7 @@ TEST(ThreadPool, UsesAllThreadsForBlockingWork)
                 },
                 kQueue);
         }
-        EXPECT_TRUE(pool.JoinAll(kNoLimit));
+        YieldUntil([&] { return pool.GetThreadPoolUseCount() == 0; });
     }
 }
 
