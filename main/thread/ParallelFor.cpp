@@ -134,7 +134,7 @@ void Loop::AwaitHelpers() noexcept
         seen = m_helpers.load(std::memory_order_acquire);
         return seen == kOver;
     };
-    if (seen == kOver || qvxsys::sync::SpinUntil(qvxsys::sync::kEventPauses, allLeft)) {
+    if (seen == kOver || qvxsys::sync::SpinUntil(qvxsys::sync::kEventPace, allLeft)) {
         return;
     }
     while (!allLeft()) {
