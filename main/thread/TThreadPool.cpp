@@ -223,6 +223,7 @@ TThreadPoolStatistics TThreadPool::GetStatistics() const noexcept
     result.queued = queue.Accepted() - taken;
     result.running = taken - result.finished;
     result.threads = queue.Capacity();
+    result.sleeping = queue.Sleeping();
     result.refused = queue.Refused();
 
     // Cycles become time by what the pool's own life took of both, so nothing needs to be known of the counter.
@@ -240,12 +241,6 @@ TThreadPoolStatistics TThreadPool::GetStatistics() const noexcept
 }
 
 namespace AsyncTask {
-
-bool ScheduleOnThreadPool(std::function<void()>&& work, Launch launch)
-{
-    bool const queue = launch == Launch::PoolQueued || launch == Launch::PoolOnly;
-    return TThreadPool::Get().AddWork(std::move(work), queue ? TThreadPoolWork::Queue : TThreadPoolWork::IfIdle);
-}
 
 void NameThisThread(char const* name) noexcept
 {

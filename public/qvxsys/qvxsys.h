@@ -8,6 +8,7 @@
 #include <qvxsys/CodePointView.h>
 #include <qvxsys/CpuTime.h>
 #include <qvxsys/ErrorOrigin.h>
+#include <qvxsys/Executor.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/FormatScan.h>
 #include <qvxsys/Hash.h>
@@ -48,6 +49,7 @@
 #include <qvxsys/TextArguments.h>
 #include <qvxsys/TextComparison.h>
 #include <qvxsys/ThreadAnnotations.h>
+#include <qvxsys/Timer.h>
 #include <qvxsys/WideText.h>
 #include <qvxsys/sha2.h>
 #include <qvxsys/std.h>
