@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <new>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -190,7 +191,11 @@ void RunLoopTogether(LoopBody const& body, std::uint64_t begin, std::uint64_t en
     }
     TThreadPool& pool = TThreadPool::Get();
     auto const loop = std::make_shared<Loop>(body, begin, end, chunks, static_cast<unsigned int>(helpers + 1));
-    for (std::uint64_t i = 0; i < helpers && pool.AddWork([loop] { loop->Help(); }, TThreadPoolWork::IfIdle); ++i) {
+    try {
+        for (std::uint64_t i = 0; i < helpers && pool.AddWork([loop] { loop->Help(); }, TThreadPoolWork::IfIdle); ++i) {
+        }
+    } catch (std::bad_alloc const&) {
+        // Whoever was asked before may be at work on the body, so this is no way out; and fewer helpers will do.
     }
     loop->Run();
 }

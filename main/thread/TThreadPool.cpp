@@ -43,6 +43,15 @@ struct alignas(64) Activity
 /// The state of the pool that the calling thread works for.
 QVXSYS_TLS_INITIAL_EXEC thread_local constinit void const* t_state = nullptr;
 
+/// More than that are not to be had, so none is started.
+unsigned int Attainable(unsigned int numThreads)
+{
+    if (numThreads > WorkQueue::kMostConsumers) {
+        throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+    }
+    return numThreads;
+}
+
 } // namespace
 
 /// What the threads share with the pool, and keep when it goes.
@@ -144,7 +153,7 @@ bool TThreadPool::Shutdown(std::chrono::milliseconds timeout)
 
 TThreadPool::TThreadPool(unsigned int numThreads, std::function<void()> onThreadStart,
                          std::function<void()> onThreadExit)
-    : m_state(std::make_shared<ThreadPoolState>(numThreads)), m_onThreadStart(std::move(onThreadStart)),
+    : m_state(std::make_shared<ThreadPoolState>(Attainable(numThreads))), m_onThreadStart(std::move(onThreadStart)),
       m_onThreadExit(std::move(onThreadExit))
 {
     if (numThreads == 0) {
@@ -167,9 +176,6 @@ TThreadPool::~TThreadPool()
 
 void TThreadPool::AddThread(unsigned int number)
 {
-    if (number > WorkQueue::kMostConsumers) {
-        throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
-    }
     // Counted first: the thread may be asked for work as soon as it is there.
     m_state->queue.AddCapacity();
     try {

@@ -31,6 +31,15 @@ Time RealTime()
     return std::chrono::steady_clock::now().time_since_epoch();
 }
 
+/// That much later, at the last moment of all if there is no such time: Time::max() is for what never comes.
+Time Later(Time now, std::chrono::milliseconds by)
+{
+    constexpr Time last = Time::max() - Time(1);
+    return by >= std::chrono::floor<std::chrono::milliseconds>(last - now)
+               ? last
+               : now + std::max(by, std::chrono::milliseconds(0));
+}
+
 /// Never destroyed: its thread runs until the process has ended.
 struct Timers
 {
@@ -89,7 +98,7 @@ TimerId CallAfter(std::chrono::milliseconds delay, std::function<void()> functio
     TLockScope const lock(timers.mutex);
     bool const manual = timers.manualCalls != nullptr;
     Time const now = manual ? *timers.manualNow : RealTime();
-    Time const due = delay >= kNever ? Time::max() : now + std::max(delay, std::chrono::milliseconds(0));
+    Time const due = delay >= kNever ? Time::max() : Later(now, delay);
     if (!manual && !timers.started) {
         std::thread([&timers] { timers.Run(); }).detach();
         timers.started = true;
@@ -140,7 +149,8 @@ void ManualClock::Advance(std::chrono::milliseconds by)
         std::function<void()> call;
         {
             TLockScope const lock(timers.mutex);
-            end = end ? *end : m_state->now + by;
+            // A call may have moved time further than that.
+            end = std::max(end ? *end : Later(m_state->now, by), m_state->now);
             Time const next = m_state->calls.Earliest().value_or(Time::max());
             call = m_state->calls.TakeDue(*end);
             m_state->now = call ? std::max(m_state->now, next) : *end;

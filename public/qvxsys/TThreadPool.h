@@ -79,6 +79,7 @@ public:
     static bool Shutdown(std::chrono::milliseconds timeout);
 
     /// A pool of its own. Throws std::system_error when a thread cannot be started; those started before then leave.
+    /// More than 65,535 threads cannot: none is started then.
     /// Threads are called "qvx-pool-1" and so on in debuggers; the start function may rename them (NameThisThread).
     TThreadPool(unsigned int numThreads, std::function<void()> onThreadStart, std::function<void()> onThreadExit);
     /// Joins without limit, unless that was done before.

@@ -138,6 +138,18 @@ TEST_F(Scan, InterruptGivesWhatIsThereAndEnds)
     EXPECT_EQ(printed, small + " 1\n");
 }
 
+// The same file is not read for hours either when nothing can be printed any more.
+TEST_F(Scan, EndsWhenItCannotPrint)
+{
+    Write("a", "text\n");
+    fs::resize_file(Write("b", ""), std::uintmax_t(1) << 40);
+    ChildOptions options = InFolder();
+    options.outTo = "/dev/full";
+    ChildResult const run = Qvx({"scan", "--encoding", "UTF-8", "--print", "%1", "."}, options);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "qvx: cannot write the result\n");
+}
+
 TEST_F(Scan, Links)
 {
     fs::create_directories(In("b"));

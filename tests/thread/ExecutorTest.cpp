@@ -13,6 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using AsyncTask::Launch;
 using testing_support::ConfiguredPool;
+using testing_support::kNoLimit;
 
 TEST(ManualExecutor, RunsWorkOneByOne)
 {
@@ -97,6 +98,30 @@ TEST(ManualClock, MakesCallsInTheOrderOfTheirTimes)
     EXPECT_EQ(log, "z0 a10 b10 c30 d30 ");
     EXPECT_EQ(clock.Now(), 40ms);
     EXPECT_EQ(clock.Pending(), 1U) << "the one that never comes";
+}
+
+TEST(ManualClock, NeverGoesBack)
+{
+    AsyncTask::ManualClock clock;
+    std::string log;
+    AsyncTask::CallAfter(5ms, [&] {
+        clock.Advance(100ms);
+        AsyncTask::CallAfter(0ms, [&] { log += std::to_string(clock.Now().count()); });
+    });
+    clock.Advance(10ms);
+    EXPECT_EQ(log, "105") << "due when the clock stands there";
+    EXPECT_EQ(clock.Now(), 105ms);
+    clock.Advance(-50ms);
+    EXPECT_EQ(clock.Now(), 105ms);
+    AsyncTask::CallAfter(std::chrono::hours(1000), [&] { log += " far"; });
+    AsyncTask::CallAfter(std::chrono::milliseconds::max(), [] { FAIL(); });
+    for (std::chrono::milliseconds const by : {kNoLimit, kNoLimit, 1ms}) {
+        clock.Advance(by);
+        AsyncTask::CallAfter(std::chrono::hours(1), [&] { log += " end"; });
+    }
+    clock.Advance(0ms);
+    EXPECT_EQ(log, "105 far end end end") << "nothing is later than the end of time";
+    EXPECT_EQ(clock.Pending(), 1U);
 }
 
 TEST(CallAfter, CallsByTheRealClock)

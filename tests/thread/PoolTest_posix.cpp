@@ -1,13 +1,40 @@
 #include "PoolSupport.h"
 
 #include <array>
+#include <atomic>
+#include <cstdlib>
+#include <new>
 #include <pthread.h>
 #include <string>
 #include <system_error>
 
 namespace {
 
+using testing_support::ConfiguredPool;
 using testing_support::kNoLimit;
+
+thread_local int t_newsLeft = -1; // calls of operator new on this thread before one fails; negative: none does
+
+} // namespace
+
+[[gnu::noinline]] void* operator new(std::size_t bytes)
+{
+    bool const fails = t_newsLeft >= 0 && t_newsLeft-- == 0;
+    void* const memory = fails ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
+    return memory != nullptr ? memory : throw std::bad_alloc();
+}
+
+[[gnu::noinline]] void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+namespace {
 
 /// While it lives, no thread can be started: its stack would be larger than the address space.
 class NoMoreThreads
@@ -42,9 +69,28 @@ TEST(ThreadPool, ReportsThreadsThatCannotBeStarted)
         EXPECT_THROW(TThreadPool(2, nullptr, nullptr), std::system_error);
         EXPECT_THROW(manager.RunTask([] { FAIL(); }), std::system_error);
         EXPECT_EQ(manager.GetThreadCount(), 0U);
+        // So many would take more memory than there is, were it not known before that they cannot be.
+        EXPECT_THROW(TThreadPool(0xFFFFFFFF, nullptr, nullptr), std::system_error);
         EXPECT_THROW(ParallelForThread(1, 0, 1, [](unsigned long long) { FAIL(); }), std::system_error);
     }
     EXPECT_TRUE(manager.Close(kNoLimit));
+}
+
+// A body that helpers are at work on must not be left because no more helpers can be asked.
+TEST(ParallelFor, RunsWhereHelpersCannotBeAsked)
+{
+    for (int news = 0; news < 5; ++news) {
+        ConfiguredPool const configured(4);
+        if (AsyncTask::MostLoopThreads() == 1) {
+            GTEST_SKIP() << "one processor: no help";
+        }
+        std::atomic<int> runs = 0;
+        t_newsLeft = news;
+        AsyncTask::ParallelFor(
+            0, 1000, [&](int) { ++runs; }, 1);
+        t_newsLeft = -1;
+        EXPECT_EQ(runs, 1000) << news;
+    }
 }
 
 std::string ThisThreadsName()

@@ -6,11 +6,11 @@
 
 namespace qvx {
 
-void FileJob::Run(FileScanner& scanner, bool tells) noexcept
+void FileJob::Run(std::function<FileScanner&()> const& scanner, bool tells) noexcept
 {
     try {
         AsyncTask::Cancel::ThrowIfCancelled();
-        scanner.Scan(m_result, tells ? OnMatch([this](Match const& match) { Add(match); }) : nullptr);
+        scanner().Scan(m_result, tells ? OnMatch([this](Match const& match) { Add(match); }) : nullptr);
     } catch (...) {
         m_exception = std::current_exception();
     }

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <exception>
 #include <functional>
+#include <utility>
 #include <vector>
 
 #include <qvxsys/TEvent.h>
@@ -20,11 +21,12 @@ class FileJob
 public:
     using OnMatch = std::function<void(Match const&)>;
 
-    FileJob(std::filesystem::path const& path, std::string const& encoding) : m_result{path, encoding, {}, {}, {}} {}
+    FileJob(std::filesystem::path path, std::string const& encoding) : m_result{std::move(path), encoding, {}, {}, {}}
+    {}
 
-    /// For the pool. The thread's current cancellation event ends it. With `tells`, matches wait to be told; a thread
-    /// that is too far ahead of the one that prints waits for it.
-    void Run(FileScanner& scanner, bool tells) noexcept;
+    /// For the pool. The thread's current cancellation event ends it; whatever is thrown, by getting a scanner too, is
+    /// kept. With `tells`, matches wait to be told; a thread that is too far ahead of the one that prints waits for it.
+    void Run(std::function<FileScanner&()> const& scanner, bool tells) noexcept;
 
     /// For the thread that prints: tells matches as they come, until there are no more (true) or the time is over.
     bool Tell(OnMatch const& onMatch, std::chrono::milliseconds timeout);

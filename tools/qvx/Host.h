@@ -43,8 +43,10 @@ struct Entry
     bool isFile;                ///< a regular file, or a link to one; else it has to be asked what it is
 };
 
-/// What is in a folder, in no order. On an error what was found before it.
-[[nodiscard]] std::vector<Entry> EntriesOf(std::filesystem::path const& folder, std::error_code& error);
+/// What is in a folder, in no order. On an error what was found before it, and when `goesOn`, which is asked for each
+/// entry, returns false.
+[[nodiscard]] std::vector<Entry> EntriesOf(std::filesystem::path const& folder, std::function<bool()> const& goesOn,
+                                           std::error_code& error);
 
 /// A symbolic link, or whatever else on this system makes one folder appear inside another.
 [[nodiscard]] bool IsLink(std::filesystem::path const& path) noexcept;

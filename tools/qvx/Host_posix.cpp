@@ -61,10 +61,12 @@ std::filesystem::path PathOf(std::string const& argument)
     return argument;
 }
 
-std::vector<Entry> EntriesOf(std::filesystem::path const& folder, std::error_code& error)
+std::vector<Entry> EntriesOf(std::filesystem::path const& folder, std::function<bool()> const& goesOn,
+                             std::error_code& error)
 {
     std::vector<Entry> entries;
-    for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+    for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end && goesOn();
+         at.increment(error)) {
         std::error_code ignored;
         entries.push_back({at->path(), at->is_regular_file(ignored)}); // most file systems tell with the name
     }

@@ -161,7 +161,8 @@ std::filesystem::path PathOf(std::string const& argument)
 }
 
 // Not by std::filesystem, whose iterator takes a folder with a path of more than 260 characters for another one.
-std::vector<Entry> EntriesOf(std::filesystem::path const& folder, std::error_code& error)
+std::vector<Entry> EntriesOf(std::filesystem::path const& folder, std::function<bool()> const& goesOn,
+                             std::error_code& error)
 {
     constexpr DWORD kNotAFile = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DEVICE;
     std::vector<Entry> entries;
@@ -169,7 +170,7 @@ std::vector<Entry> EntriesOf(std::filesystem::path const& folder, std::error_cod
     HANDLE const search = FindFirstFileExW((Extended(folder, error) / L"*").c_str(), FindExInfoBasic, &entry,
                                            FindExSearchNameMatch, nullptr, 0);
     DWORD status = search != INVALID_HANDLE_VALUE ? ERROR_SUCCESS : GetLastError();
-    while (status == ERROR_SUCCESS) {
+    while (status == ERROR_SUCCESS && goesOn()) {
         std::wstring_view const name = entry.cFileName;
         if (name != L"." && name != L"..") {
             entries.push_back({folder / name, (entry.dwFileAttributes & kNotAFile) == 0});

@@ -57,12 +57,13 @@ private:
     using Jobs = std::deque<std::shared_ptr<FileJob>>;
 
     void Find(fs::path const& path, bool isNamed);
-    void AddFile(fs::path const& path);
+    void AddFile(fs::path path);
     void FindInFolder(fs::path const& folder);
     void Fail(fs::path const& path, QuorvexException const& error, std::string const& digest = {});
     void ScanAll();
-    void Start(Jobs& jobs, FoundFile const& file);
+    void Start(Jobs& jobs, fs::path path);
     void Work(FileJob& job) noexcept;
+    [[nodiscard]] std::unique_ptr<FileScanner> TakeScanner();
     void Finish(FileJob& job);
     void Report(FileJob& job);
 
@@ -110,26 +111,31 @@ void Scanner::Find(fs::path const& path, bool isNamed)
 }
 
 // The size is for the progress bar only.
-void Scanner::AddFile(fs::path const& path)
+void Scanner::AddFile(fs::path path)
 {
     std::error_code error;
     std::uintmax_t const size = m_progress.IsShown() ? fs::file_size(path, error) : 0;
-    m_found.push_back({path, error ? 0 : size});
+    m_found.push_back({std::move(path), error ? 0 : size});
 }
 
 void Scanner::FindInFolder(fs::path const& folder)
 {
     std::error_code error;
-    std::vector<host::Entry> entries = host::EntriesOf(folder, error);
+    // A folder of a million files takes seconds to read and to sort.
+    std::vector<host::Entry> entries = host::EntriesOf(
+        folder, [&] { return !m_options.stop->IsSet(); }, error);
+    AsyncTask::Cancel::ThrowIfCancelled();
     if (error) {
         Fail(folder, MakeFailure(Failure::CannotAccess, Reason(error)));
     }
-    std::sort(entries.begin(), entries.end(),
-              [](host::Entry const& a, host::Entry const& b) { return host::ComesBefore(a.path, b.path); });
-    for (host::Entry const& entry : entries) {
+    std::sort(entries.begin(), entries.end(), [](host::Entry const& a, host::Entry const& b) {
+        AsyncTask::Cancel::ThrowIfCancelled();
+        return host::ComesBefore(a.path, b.path);
+    });
+    for (host::Entry& entry : entries) {
         AsyncTask::Cancel::ThrowIfCancelled();
         if (entry.isFile) {
-            AddFile(entry.path);
+            AddFile(std::move(entry.path));
         } else {
             Find(entry.path, false);
         }
@@ -167,12 +173,17 @@ void Scanner::ScanAll()
     Pool const pool;
     try {
         Jobs jobs;
-        for (FoundFile const& file : m_found) {
+        for (FoundFile& file : m_found) {
+            // What has been begun is told of; of what is left there may be a lot.
+            if (m_options.stop->IsSet()) {
+                m_result.stopped = true;
+                break;
+            }
             if (jobs.size() == m_options.jobs * kAhead) {
                 Finish(*jobs.front());
                 jobs.pop_front();
             }
-            Start(jobs, file);
+            Start(jobs, std::move(file.path));
         }
         for (; !jobs.empty(); jobs.pop_front()) {
             Finish(*jobs.front());
@@ -183,9 +194,9 @@ void Scanner::ScanAll()
     }
 }
 
-void Scanner::Start(Jobs& jobs, FoundFile const& file)
+void Scanner::Start(Jobs& jobs, fs::path path)
 {
-    jobs.push_back(std::make_shared<FileJob>(file.path, m_options.encoding));
+    jobs.push_back(std::make_shared<FileJob>(std::move(path), m_options.encoding));
     TThreadPool::Get().AddWork([this, job = jobs.back()] { Work(*job); }, TThreadPoolWork::Queue);
 }
 
@@ -193,22 +204,30 @@ void Scanner::Work(FileJob& job) noexcept
 {
     AsyncTask::Cancel::CancelEventSetter const cancel(m_options.stop);
     std::unique_ptr<FileScanner> scanner;
-    {
+    auto const take = [&]() -> FileScanner& {
+        scanner = TakeScanner();
+        return *scanner;
+    };
+    job.Run(take, m_listener.onMatch != nullptr);
+    if (scanner != nullptr) {
         TLockScope const lock(m_scannersMutex);
-        if (!m_scanners.empty()) {
-            scanner = std::move(m_scanners.back());
-            m_scanners.pop_back();
-        }
+        m_scanners.push_back(std::move(scanner));
     }
-    if (scanner == nullptr) {
-        scanner = std::make_unique<FileScanner>(m_options, [this](std::size_t n) {
+}
+
+std::unique_ptr<FileScanner> Scanner::TakeScanner()
+{
+    TLockScope const lock(m_scannersMutex);
+    if (m_scanners.empty()) {
+        m_scanners.reserve(m_options.jobs); // so that giving one back cannot fail
+        return std::make_unique<FileScanner>(m_options, [this](std::size_t n) {
             m_progress.Add(n);
             AsyncTask::Cancel::ThrowIfCancelled();
         });
     }
-    job.Run(*scanner, m_listener.onMatch != nullptr);
-    TLockScope const lock(m_scannersMutex);
-    m_scanners.push_back(std::move(scanner));
+    auto scanner = std::move(m_scanners.back());
+    m_scanners.pop_back();
+    return scanner;
 }
 
 void Scanner::Finish(FileJob& job)

@@ -249,7 +249,16 @@ int RunScan(ScanCommand command)
         progress.Erase();
         qvx::PrintError(error, std::cerr);
     };
-    listener.onWait = [] { std::cout.flush(); };
+    // A disk is full, or nobody reads any more: the rest would be scanned for nothing.
+    auto const stopIfNotWritten = [&] {
+        if (!std::cout) {
+            command.options.stop->Signal();
+        }
+    };
+    listener.onWait = [&] {
+        std::cout.flush();
+        stopIfNotWritten();
+    };
     listener.onFile = [&](qvx::ScannedFile& file) {
         if (command.asJson) {
             return;
@@ -265,11 +274,13 @@ int RunScan(ScanCommand command)
             qvx::PrintMatches(file, highlights, std::cout);
             file.found.kept.clear();
         }
+        stopIfNotWritten();
     };
     if (format && !find.text.empty()) {
         listener.onMatch = [&](std::filesystem::path const& path, qvx::Match const& match) {
             progress.Erase();
             qvx::PrintMatchRecord(path, match, *format, std::cout);
+            stopIfNotWritten();
         };
     }
     std::vector<std::filesystem::path> paths;
