@@ -33,7 +33,8 @@ FILES = [
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
-    (r"public/qvxsys/(AsyncTaskTls|Cancel|Launch|ParallelFor|SharedState|TThreadPool)\.h", "task"),
+    (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Future|FutureCoroutine|FutureGroup|FutureState|Launch|ParallelFor|Promise|Run|"
+     r"SharedState|TThreadPool|TaskState|Tasks)\.h", "task"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
