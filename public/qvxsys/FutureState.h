@@ -146,7 +146,8 @@ enum class Wants { Value, Future, Error };
 template<class T, bool Shared>
 struct InputOf
 {
-    using Value = std::conditional_t<Shared, std::add_lvalue_reference_t<std::add_const_t<T>>, T>;
+    using Value =
+        std::conditional_t<Shared && !std::is_void_v<T>, std::add_lvalue_reference_t<std::add_const_t<T>>, T>;
     using Whole = std::conditional_t<Shared, SharedFuture<T>, Future<T>>;
 };
 
@@ -161,10 +162,20 @@ template<class F>
 struct ResultWith<F, void> : std::invoke_result<F>
 {};
 
+/// Asked in this order, so that a generic lambda is asked for the value only.
 template<class T, class F, bool Shared>
-inline constexpr Wants kWants = kTakes<F, typename InputOf<T, Shared>::Value>                ? Wants::Value
-                                : std::is_invocable_v<F, typename InputOf<T, Shared>::Whole> ? Wants::Future
-                                                                                             : Wants::Error;
+constexpr Wants WhatItWants()
+{
+    if constexpr (kTakes<F, typename InputOf<T, Shared>::Value>) {
+        return Wants::Value;
+    } else if constexpr (std::is_invocable_v<F, typename InputOf<T, Shared>::Whole>) {
+        return Wants::Future;
+    } else {
+        return Wants::Error;
+    }
+}
+template<class T, class F, bool Shared>
+inline constexpr Wants kWants = WhatItWants<T, F, Shared>();
 
 template<class T, class F, bool Shared, Wants = kWants<T, F, Shared>>
 struct ResultOf : ResultWith<F, typename InputOf<T, Shared>::Value>
