@@ -32,9 +32,7 @@ struct SystemParking
     static bool WakeAll(void const* address) noexcept;
 };
 
-/// The code of the last failure of this thread's system calls, and setting it; for errors of our own that take the
-/// system's place.
-[[nodiscard]] unsigned long LastError() noexcept;
+/// Errors of our own that take the place of the system's, and its code for them.
 enum class SystemError { InvalidArgument, SemaphoreOverflow };
 [[nodiscard]] unsigned long CodeOf(SystemError error) noexcept;
 

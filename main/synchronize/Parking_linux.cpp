@@ -57,11 +57,6 @@ bool SystemParking::WakeAll(void const* address) noexcept
     return Futex(address, FUTEX_WAKE_PRIVATE, INT_MAX, nullptr) >= 0;
 }
 
-unsigned long LastError() noexcept
-{
-    return static_cast<unsigned long>(errno);
-}
-
 unsigned long CodeOf(SystemError error) noexcept
 {
     return error == SystemError::InvalidArgument ? EINVAL : EOVERFLOW;

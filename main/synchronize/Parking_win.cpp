@@ -46,11 +46,6 @@ bool SystemParking::WakeAll(void const* address) noexcept
     return true;
 }
 
-unsigned long LastError() noexcept
-{
-    return GetLastError();
-}
-
 unsigned long CodeOf(SystemError error) noexcept
 {
     return error == SystemError::InvalidArgument ? ERROR_INVALID_PARAMETER : ERROR_TOO_MANY_POSTS;

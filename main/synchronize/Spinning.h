@@ -19,11 +19,12 @@ namespace qvxsys::sync {
 /// Tells whether the spin paid, for the thread's next waits.
 void RecordSpin(bool paid) noexcept;
 
-/// Calls `ready` with growing pauses of at most `mostPauses` until it returns true, for as long as spinning may pay.
+/// Calls `ready` with growing pauses of at most `mostPauses` until it returns true, for as long as spinning may pay, or
+/// so many times as long for waits whose end is worth more.
 template<class Ready>
-[[nodiscard]] bool SpinUntil(unsigned int mostPauses, Ready ready) noexcept
+[[nodiscard]] bool SpinUntil(unsigned int mostPauses, Ready ready, unsigned int times = 1) noexcept
 {
-    std::uint64_t const budget = SpinBudget();
+    std::uint64_t const budget = SpinBudget() * times;
     if (budget == 0) {
         return false;
     }

@@ -6,6 +6,7 @@
 
 #include "Deadlines.h"
 #include "Parking.h"
+#include "SystemPlatform.h"
 #include "ThrowSite.h"
 #include "Waiting.h"
 
@@ -13,6 +14,7 @@ namespace {
 
 using namespace qvxsys::sync;
 using qvxsys::error::ThrowSite;
+using qvxsys::system::platform::LastError;
 
 TStringCore Message(TStringView text, unsigned long code)
 {

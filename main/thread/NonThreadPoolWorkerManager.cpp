@@ -132,15 +132,6 @@ unsigned int NonThreadPoolWorkerManager::GetThreadCount()
     return m_barrier->running;
 }
 
-namespace AsyncTask {
-
-void RunOnDedicatedThread(std::function<void()>&& work)
-{
-    NonThreadPoolWorkerManager::Get().RunTask(std::move(work));
-}
-
-} // namespace AsyncTask
-
 namespace TestHooks {
 
 NonThreadPoolWorkerManager* SwapNonThreadPoolManager(NonThreadPoolWorkerManager* manager)

@@ -5,6 +5,7 @@
 #include <exception>
 #include <memory>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <qvxsys/Cancel.h>
@@ -148,7 +149,8 @@ void Loop::Run()
     WorkOnChunks();
     AwaitHelpers();
     if (m_exception) {
-        std::rethrow_exception(m_exception);
+        // Not to be destroyed by a helper that comes late and lets go of the loop last.
+        std::rethrow_exception(std::exchange(m_exception, nullptr));
     }
     if (m_cancelled.load(std::memory_order_relaxed)) {
         throw AsyncTask::Cancel::MakeException();

@@ -241,12 +241,6 @@ TThreadPoolStatistics TThreadPool::GetStatistics() const noexcept
 
 namespace AsyncTask {
 
-bool ScheduleOnThreadPool(std::function<void()>&& work, Launch launch)
-{
-    bool const queue = launch == Launch::PoolQueued || launch == Launch::PoolOnly;
-    return TThreadPool::Get().AddWork(std::move(work), queue ? TThreadPoolWork::Queue : TThreadPoolWork::IfIdle);
-}
-
 void NameThisThread(char const* name) noexcept
 {
     qvxsys::task::platform::NameThisThread(name);

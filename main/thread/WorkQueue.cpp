@@ -15,6 +15,11 @@ using qvxsys::detail::LockWord;
 using qvxsys::detail::WordHalf;
 using qvxsys::sync::SystemParking;
 
+/// The only searcher spins so much longer, 30 to 100 microseconds: longer than it takes to wake a thread on a halted
+/// processor. Otherwise a thread that adds one item at a time, and waits for it, and a worker would wake each other for
+/// each item for ever, each asleep when the other one is ready.
+constexpr unsigned int kOnlySearcher = 10;
+
 /// 4 KiB with its links.
 struct WorkQueue::Chunk
 {
@@ -168,8 +173,9 @@ bool WorkQueue::WaitAndPop(Work& work)
             m_idle.fetch_sub(kSearcher);
             return false;
         }
-        if (!qvxsys::sync::SpinUntil(qvxsys::sync::kEventPauses,
-                                     [this] { return HasWork() || m_producers.closed.load(); })) {
+        auto const thereIsSome = [this] { return HasWork() || m_producers.closed.load(); };
+        unsigned int const times = Searchers(m_idle.load()) == 1 ? kOnlySearcher : 1;
+        if (!qvxsys::sync::SpinUntil(qvxsys::sync::kEventPauses, thereIsSome, times)) {
             Sleep();
         }
     }

@@ -151,9 +151,9 @@ private:
 namespace AsyncTask {
 
 /// TThreadPool::Get().AddWork(work): queued for PoolQueued and PoolOnly (values 4 and 5), otherwise only if a thread is
-/// free.
+/// free. Tests may have it elsewhere (Executor.h).
 QVXSYS_API bool ScheduleOnThreadPool(std::function<void()>&& work, Launch launch);
-/// NonThreadPoolWorkerManager::Get().RunTask(work).
+/// NonThreadPoolWorkerManager::Get().RunTask(work). Tests may have it elsewhere too.
 QVXSYS_API void RunOnDedicatedThread(std::function<void()>&& work);
 
 /// Gives the calling thread the name that debuggers and system tools show, UTF-8; Linux keeps the first 15 bytes.

@@ -9,12 +9,14 @@
 #include <qvxsys/CpuTime.h>
 #include <qvxsys/Deadline.h>
 #include <qvxsys/ErrorOrigin.h>
+#include <qvxsys/Executor.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/FormatScan.h>
 #include <qvxsys/Future.h>
 #include <qvxsys/FutureCoroutine.h>
 #include <qvxsys/FutureGroup.h>
 #include <qvxsys/FutureState.h>
+#include <qvxsys/Hash.h>
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
 #include <qvxsys/Launch.h>
@@ -29,6 +31,7 @@
 #include <qvxsys/ReferenceCount.h>
 #include <qvxsys/Run.h>
 #include <qvxsys/SharedState.h>
+#include <qvxsys/StaticRepository.h>
 #include <qvxsys/StringUtils.h>
 #include <qvxsys/SyncWords.h>
 #include <qvxsys/TCType.h>
@@ -55,5 +58,7 @@
 #include <qvxsys/TextArguments.h>
 #include <qvxsys/TextComparison.h>
 #include <qvxsys/ThreadAnnotations.h>
+#include <qvxsys/Timer.h>
 #include <qvxsys/WideText.h>
+#include <qvxsys/sha2.h>
 #include <qvxsys/std.h>

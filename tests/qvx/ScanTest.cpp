@@ -120,6 +120,27 @@ TEST_F(Scan, Table)
     EXPECT_EQ(run.status, 0);
 }
 
+TEST_F(Scan, Digests)
+{
+    Write("a", "abc");
+    Write("b", std::string("\0\1", 2));
+    std::string const ofAbc = "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad";
+    std::string const ofBinary = "b413f47d13ee2fe6c845b2ee141af81de858df4ec549a58b7970bb96645bc8d2";
+    ChildResult const lines = Qvx({"scan", "--hash", "sha256", "a", "b", "missing"}, InFolder());
+    EXPECT_EQ(lines.out, ofAbc + "  a\n" + ofBinary + "  b\n");
+    EXPECT_EQ(lines.err, "qvx: missing: No such file or directory (Qvx_CannotAccess)\n");
+    EXPECT_EQ(lines.status, 1);
+    json const result = json::parse(Qvx({"scan", "--json", "--hash=sha256", "--find", "b", "a", "b"}, InFolder()).out);
+    EXPECT_EQ(result["files"][0]["sha256"], ofAbc);
+    EXPECT_EQ(result["files"][0]["matches"], 1);
+    EXPECT_EQ(result["errors"][0]["sha256"], ofBinary);
+    // Files of more than one read, counted and not.
+    std::string const big = Write("big", std::string(600'000, 'a'));
+    std::string const ofBig = json::parse(Qvx({"scan", "--json", "--hash", "sha1", big}).out)["files"][0]["sha1"];
+    EXPECT_EQ(ofBig, "bd7ba75800ac1c237949fdacdf1443fb171bba4c");
+    EXPECT_EQ(Qvx({"scan", "--hash", "sha1", "big"}, InFolder()).out, ofBig + "  big\n");
+}
+
 TEST_F(Scan, CommandLine)
 {
     std::string const file = Write("a", "a");
@@ -136,6 +157,9 @@ TEST_F(Scan, CommandLine)
         {{"scan"}, 2, "PATH"},
         {{"scna", file}, 2, "subcommand"},
         {{"scan", "--no-such", file}, 2, "--no-such"},
+        {{"scan", "--hash", "md5", file}, 2, "sha224"},
+        {{"scan", "--hash", "sha1", "--find", "x", file}, 2, "--json"},
+        {{"scan", "--hash", "sha1", "--print", "%1", file}, 2, "--print"},
         {{"scan", "--encoding", "no-such", file}, 2, "no-such"},
         {{"scan", "--encoding", "", file}, 2, "unknown encoding"},
         {{"scan", file, "--encoding=latin1"}, 0, "ISO-8859-1"},

@@ -72,6 +72,33 @@ TEST_F(Scan, NamesThatAreNotText)
     EXPECT_NE(table.out.find("\nx\uFFFD\uFFFD  "), std::string::npos) << table.out;
 }
 
+// Byte for byte what the programs for it print, which they take back.
+TEST_F(Scan, DigestLinesAreThoseOfCoreutils)
+{
+    std::vector<std::string> names = {" a b ", "-c",         "\xFF\xE2\x82", "back\\slash",
+                                      "*",     "line\nfeed", "return\r",     "tab\t"};
+    std::sort(names.begin(), names.end());
+    for (std::string const& name : names) {
+        Write(name, name + std::string("\0", 1));
+    }
+    for (char const* const algorithm : {"sha1", "sha224", "sha256", "sha384", "sha512"}) {
+        std::vector<std::string> theirs{"/usr/bin/env", algorithm + std::string("sum"), "--"};
+        theirs.insert(theirs.end(), names.begin(), names.end());
+        std::vector<std::string> ours{"scan", "--hash", algorithm, "--"};
+        ours.insert(ours.end(), names.begin(), names.end());
+        ChildResult const lines = Qvx(ours, InFolder());
+        EXPECT_EQ(lines.out, RunChild(theirs, InFolder()).out);
+        EXPECT_EQ(lines.status, 0);
+        TemporaryFolder const elsewhere;
+        fs::path const list = elsewhere.Path() / "list";
+        std::ofstream(list, std::ios::binary) << Qvx({"scan", "--hash", algorithm, "."}, InFolder()).out;
+        ChildResult const check =
+            RunChild({"/usr/bin/env", theirs[1], "--check", "--strict", list.string()}, InFolder());
+        EXPECT_EQ(check.status, 0) << check.out << check.err;
+        EXPECT_EQ(check.err, "");
+    }
+}
+
 TEST_F(Scan, Links)
 {
     fs::create_directories(In("b"));

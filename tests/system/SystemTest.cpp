@@ -120,6 +120,9 @@ TEST(System, ErrorTexts)
         }
         ++known;
         EXPECT_EQ(message.ends_with("\r\n"), qvxsys::kLinesEndInCrLf) << message;
+        if (message.find("%1") != std::string::npos) {
+            continue; // the C++ library has no text where something would be inserted
+        }
         message.erase(message.find_last_not_of("\r\n.") + 1);
         std::string const expected = std::system_category().message(static_cast<int>(code));
         EXPECT_TRUE(expected.starts_with(message)) << code << ' ' << message << '\n' << expected;

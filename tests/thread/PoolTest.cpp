@@ -143,16 +143,16 @@ TEST(ThreadPool, IsRefusedInsteadOfDeadlockedWhileItIsJoined)
 
 TEST(ThreadPool, GoesWhileItsThreadsStillRun)
 {
-    TEvent ended;
+    auto const left = std::make_shared<TCountdownEvent>(2);
     TEvent go;
     {
-        TThreadPool pool(2, nullptr, [&ended] { ended.Signal(); });
+        TThreadPool pool(2, nullptr, [left] { left->Signal(); });
         pool.AddWork([&go] { go.Wait(); }, kQueue);
         EXPECT_FALSE(pool.JoinAll(1ms));
     }
-    ended.Reset(); // the idle thread's, perhaps
+    EXPECT_FALSE(left->IsSet());
     go.Signal();
-    ended.Wait();
+    left->Wait();
 }
 
 TEST(ThreadPool, StaysClosedForWhoeverKnewItWhenShutdownTimedOut)

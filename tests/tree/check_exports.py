@@ -10,7 +10,7 @@ import subprocess
 import sys
 
 VERSION = "QVXSYS_1"
-OURS = re.compile(r"^(typeinfo (name )?for |vtable for )?"
+OURS = re.compile(r"^(typeinfo (name )?for |vtable for |(non-)?virtual thunk to )?"
                   r"(CharacterUtils|StringUtils|TCType|QvxICU|KMP|TStringCore|TStringEditing|TStringStorage|TStringView|"
                   r"TCodePointReference|TTextDecoder|"
                   r"TError|QuorvexError|QuorvexException|QuorvexOutOfMemoryException|QuorvexUserErrorException|"
@@ -19,7 +19,8 @@ OURS = re.compile(r"^(typeinfo (name )?for |vtable for )?"
                   r"IEvent|TEvent|TAutoResetEvent|TCountdownEvent|TCancelEvent|WaitForAll|WaitForAny|WaitForAnyExact|"
                   r"WaitForAllExact|TRecursiveMutex|TReadWriteLock|TSemaphore|TSemaphoreScope|"
                   r"TThreadPool|NonThreadPoolWorkerManager|ParallelForThread|TestHooks|AsyncTask|"
-                  r"TSystem|GetLastErrorString|TMath|quorvex|qvxsys::detail)\b")
+                  r"TSystem|GetLastErrorString|TMath|"
+                  r"InitializeStaticRepository|DeinitializeStaticRepository|InitOnce|sha2|quorvex|qvxsys::detail)\b")
 REQUIRED = {"TMalloc", "TCalloc", "TRealloc", "TFree"}
 
 

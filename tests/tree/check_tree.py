@@ -18,8 +18,10 @@ LAYERS = {
     "error": ["text"],
     "system": ["error"],
     "sync": ["system"],
+    "repository": ["sync"],
     "task": ["sync"],
-    "tool": ["task"],
+    "hash": ["error"],
+    "tool": ["task", "repository", "hash"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -33,14 +35,18 @@ FILES = [
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
-    (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Future|FutureCoroutine|FutureGroup|FutureState|Launch|ParallelFor|Promise|Run|"
-     r"SharedState|TThreadPool|TaskState|Tasks)\.h", "task"),
+    (r"public/qvxsys/StaticRepository\.h", "repository"),
+    (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Executor|Future|FutureCoroutine|FutureGroup|FutureState|Launch|"
+     r"ParallelFor|Promise|Run|SharedState|TThreadPool|TaskState|Tasks|Timer)\.h", "task"),
+    (r"public/qvxsys/(Hash|sha2)\.h", "hash"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
     (r"main/qvxsys/system/", "system"),
     (r"main/synchronize/", "sync"),
+    (r"main/qvxsys/repository/", "repository"),
     (r"main/thread/", "task"),
+    (r"main/qvxsys/hash/", "hash"),
     (r"tools/qvx/", "tool"),
 ]
 

@@ -3,6 +3,7 @@
 // which calls Main.
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -18,6 +19,11 @@ namespace host {
 /// Call once, before anything is printed. std::cout and std::cerr take UTF-8; where a console's own encoding can be
 /// another one, they are made to write to a console in UTF-16 instead. Files and pipes get UTF-8 everywhere.
 void Prepare();
+
+/// Has `function` called on a thread of its own when the user asks the program to end for the first time (Ctrl-C). The
+/// second time it ends at once, as it would without this. Call once, before other threads are started. Does nothing
+/// where the program was started to ignore it.
+void OnInterrupt(std::function<void()> function);
 
 [[nodiscard]] bool StderrIsTerminal() noexcept;
 
@@ -42,6 +48,9 @@ struct Entry
 
 /// A symbolic link, or whatever else on this system makes one folder appear inside another.
 [[nodiscard]] bool IsLink(std::filesystem::path const& path) noexcept;
+
+/// The path for a program that reads it: the bytes of its name; in UTF-8 with slashes where names are UTF-16.
+[[nodiscard]] std::string PathBytes(std::filesystem::path const& path);
 
 /// The order of the names' code points.
 [[nodiscard]] bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept;

@@ -1,7 +1,10 @@
 #include "Host.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <string_view>
+#include <thread>
+#include <utility>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -10,6 +13,28 @@ namespace qvx::host {
 
 void Prepare()
 {}
+
+// All threads that are started later inherit the mask, so the signal goes to the one that waits for it, where any
+// function may be called.
+void OnInterrupt(std::function<void()> function)
+{
+    struct sigaction now = {};
+    sigaction(SIGINT, nullptr, &now);
+    if (now.sa_handler == SIG_IGN) {
+        return;
+    }
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    pthread_sigmask(SIG_BLOCK, &interrupt, nullptr);
+    std::thread([interrupt, function = std::move(function)] {
+        int signal = 0;
+        sigwait(&interrupt, &signal);
+        function();
+        pthread_sigmask(SIG_UNBLOCK, &interrupt, nullptr);
+        pause();
+    }).detach();
+}
 
 bool StderrIsTerminal() noexcept
 {
@@ -50,6 +75,11 @@ bool IsLink(std::filesystem::path const& path) noexcept
 {
     std::error_code error;
     return std::filesystem::is_symlink(std::filesystem::symlink_status(path, error));
+}
+
+std::string PathBytes(std::filesystem::path const& path)
+{
+    return path.native();
 }
 
 bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept

@@ -1,10 +1,12 @@
 #include "Host.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <streambuf>
+#include <utility>
 
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TTextDecoder.h>
@@ -113,6 +115,23 @@ void Prepare()
     WriteTo(std::cerr, STD_ERROR_HANDLE);
 }
 
+// The system calls the handler on a thread that it makes for that.
+void OnInterrupt(std::function<void()> function)
+{
+    // Never destroyed: the handler may run at any time.
+    static std::function<void()> const& onInterrupt = *new std::function<void()>(std::move(function));
+    static std::atomic<bool> asked = false;
+    SetConsoleCtrlHandler(
+        [](DWORD event) -> BOOL {
+            if ((event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) || asked.exchange(true)) {
+                return FALSE;
+            }
+            onInterrupt();
+            return TRUE;
+        },
+        TRUE);
+}
+
 bool StderrIsTerminal() noexcept
 {
     return IsConsole(GetStdHandle(STD_ERROR_HANDLE));
@@ -180,6 +199,13 @@ bool IsLink(std::filesystem::path const& path) noexcept
     DWORD const tag = entry.dwReserved0; // 0 is none: Wine does not tell it
     bool const isSurrogate = tag == 0 || IsReparseTagNameSurrogate(tag) != 0;
     return (entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0 && isSurrogate;
+}
+
+std::string PathBytes(std::filesystem::path const& path)
+{
+    std::string name = TStringCore(path.c_str()).toStdString();
+    std::replace(name.begin(), name.end(), '\\', '/');
+    return name;
 }
 
 bool ComesBefore(std::filesystem::path const& a, std::filesystem::path const& b) noexcept

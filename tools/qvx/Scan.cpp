@@ -1,18 +1,11 @@
 #include "Scan.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <fstream>
-#include <ios>
-#include <memory>
 #include <system_error>
 #include <utility>
 
-#include <qvxsys/TFormatStringCore.h>
-#include <qvxsys/TStringCore.h>
-#include <qvxsys/TTextDecoder.h>
-
 #include "Failures.h"
+#include "FileScan.h"
 #include "Host.h"
 #include "Progress.h"
 
@@ -42,20 +35,11 @@ char const* KindOf(fs::file_type type) noexcept
     }
 }
 
-// In the words of the C library where it has them, which are the same on every system and in ASCII.
-TStringCore Reason(std::error_code error)
-{
-    std::error_condition const condition = error.default_error_condition();
-    bool const isGeneric = condition.category() == std::generic_category();
-    return isGeneric ? TStringCore::fromStdString(condition.message())
-                     : TStringCore::fromLocal8Bit(error.message().c_str());
-}
-
 class Scanner
 {
 public:
     Scanner(ScanOptions const& options, Progress& progress, ScanListener const& listener)
-        : m_options(options), m_progress(progress), m_listener(listener), m_chunk(new char[kChunk])
+        : m_options(options), m_progress(progress), m_listener(listener)
     {}
 
     void Find(fs::path const& path, bool isNamed);
@@ -64,25 +48,18 @@ public:
 private:
     void AddFile(fs::path const& path);
     void FindInFolder(fs::path const& folder);
-    ScannedFile ScanFile(fs::path const& path);
-    void Count(std::filebuf& file, std::size_t n, ScannedFile& result);
-    std::size_t Read(std::filebuf& file);
-    void Fail(fs::path const& path, QuorvexException const& error);
-
-    // Small enough for chunk and decoded text to stay in the second-level cache.
-    static constexpr std::size_t kChunk = std::size_t{256} * 1024;
+    void Fail(fs::path const& path, QuorvexException const& error, std::string const& digest = {});
 
     ScanOptions const& m_options;
     Progress& m_progress;
     ScanListener const& m_listener;
-    std::unique_ptr<char[]> m_chunk;
     std::vector<FoundFile> m_found;
     ScanResult m_result;
 };
 
-void Scanner::Fail(fs::path const& path, QuorvexException const& error)
+void Scanner::Fail(fs::path const& path, QuorvexException const& error, std::string const& digest)
 {
-    m_result.errors.push_back({path, error});
+    m_result.errors.push_back({path, error, digest});
     m_listener.onError(m_result.errors.back());
 }
 
@@ -141,86 +118,22 @@ ScanResult Scanner::ScanAll()
         bytes += file.size;
     }
     m_progress.SetTotal(bytes);
+    FileScanner scanner(m_options, [this](std::size_t n) { m_progress.Add(n); });
     for (FoundFile const& file : m_found) {
+        auto const tell = [&](Match const& match) { m_listener.onMatch(file.path, match); };
+        ScannedFile result{file.path, m_options.encoding, {}, {}, {}};
         try {
-            ScannedFile result = ScanFile(file.path);
+            scanner.Scan(result, m_listener.onMatch ? std::function<void(Match const&)>(tell) : nullptr);
             m_result.total += result.counts;
             m_result.matches += result.found.matches;
             m_result.matchingLines += result.found.lines;
             m_listener.onFile(result);
             m_result.files.push_back(std::move(result));
         } catch (QuorvexException const& error) {
-            Fail(file.path, error);
+            Fail(file.path, error, result.digest);
         }
     }
     return std::move(m_result);
-}
-
-ScannedFile Scanner::ScanFile(fs::path const& path)
-{
-    std::filebuf file;
-    file.pubsetbuf(nullptr, 0); // reads go straight to the chunk
-    errno = 0;
-    if (file.open(path, std::ios::in | std::ios::binary) == nullptr) {
-        throw MakeFailure(Failure::CannotAccess, Reason(std::error_code(errno, std::generic_category())));
-    }
-    ScannedFile result{path, m_options.encoding, {}, {}};
-    std::size_t const n = Read(file);
-    if (result.encoding == "auto") {
-        TTextDecoder::Detection const detection = TTextDecoder::Detect(m_chunk.get(), n);
-        if (detection.looksBinary) {
-            throw MakeFailure(Failure::NotText, u"is a binary file");
-        }
-        result.encoding = detection.encoding;
-    }
-    try {
-        Count(file, n, result);
-    } catch (...) {
-        StackExceptionAndRethrow(TFormatStringCore(u"in %1 text, behind %2 bytes")
-                                     .arg(TStringCore::fromStdString(result.encoding))
-                                     .arg(result.counts.bytes));
-    }
-    return result;
-}
-
-std::size_t Scanner::Read(std::filebuf& file)
-{
-    try {
-        return static_cast<std::size_t>(file.sgetn(m_chunk.get(), kChunk));
-    } catch (std::ios_base::failure const& failure) {
-        throw MakeFailure(Failure::CannotRead, Reason(failure.code()));
-    }
-}
-
-// The first n bytes of the file are in the chunk.
-void Scanner::Count(std::filebuf& file, std::size_t n, ScannedFile& result)
-{
-    TTextDecoder decoder(result.encoding.c_str());
-    result.encoding = decoder.Encoding();
-    Counts& counts = result.counts;
-    auto const tell = [&](Match const& match) { m_listener.onMatch(result.path, match); };
-    Finder finder(m_options.find, m_listener.onMatch ? std::function<void(Match const&)>(tell) : nullptr);
-    try {
-        for (bool last = false; !last; n = last ? 0 : Read(file)) {
-            last = n < kChunk;
-            TStringView text = decoder.Decode(m_chunk.get(), n, last);
-            if (counts.units == 0 && text.startsWith(char32_t{0xFEFF})) {
-                text = text.mid(1);
-            }
-            counts.bytes += n;
-            counts.units += text.size();
-            counts.codePoints += static_cast<std::uint64_t>(text.lengthInCodePoints());
-            counts.lines += static_cast<std::uint64_t>(text.count(u'\n'));
-            if (!m_options.find.text.empty()) {
-                finder.Feed(text, last);
-            }
-            m_progress.Add(n);
-        }
-    } catch (TStringCore::Exception const& error) {
-        throw MakeFailure(Failure::CannotDecode, error);
-    }
-    counts.malformed = decoder.Malformed();
-    result.found = std::move(finder).Result();
 }
 
 } // namespace

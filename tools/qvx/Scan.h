@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <qvxsys/QuorvexException.h>
+#include <qvxsys/sha2.h>
 
 #include "Find.h"
 
@@ -32,12 +34,14 @@ struct ScannedFile
     std::string encoding;
     Counts counts;
     FindResult found;
+    std::string digest; ///< in hexadecimal digits; empty when none was asked for
 };
 
 struct ScanError
 {
     std::filesystem::path path;
     QuorvexException error; ///< with what was being done as further messages
+    std::string digest;     ///< of a file that could be read, but not decoded or is binary; else empty
 };
 
 struct ScanResult
@@ -53,6 +57,8 @@ struct ScanOptions
 {
     std::string encoding = "auto"; ///< or a name that TTextDecoder knows
     FindOptions find;
+    std::optional<sha2::SHA_TYPE> hash;
+    bool countsText = true; ///< else the files are only digested, so any file will do
 };
 
 /// What is told at once, in the order of the files.

@@ -10,6 +10,7 @@
 
 #include "DisplayText.h"
 #include "Failures.h"
+#include "Host.h"
 
 namespace qvx {
 namespace {
@@ -54,6 +55,13 @@ void SetPath(Json& entry, std::filesystem::path const& path)
     entry["path"] = NameText(path).toStdString();
     if (std::string const raw = RawName(path); !raw.empty()) {
         entry["pathBytes"] = raw;
+    }
+}
+
+void SetDigest(Json& entry, std::string const& hashName, std::string const& digest)
+{
+    if (!digest.empty()) {
+        entry[hashName] = digest;
     }
 }
 
@@ -125,12 +133,13 @@ void PrintTable(ScanResult const& result, bool withMatches, std::ostream& out)
     }
 }
 
-void PrintJson(ScanResult const& result, bool withMatches, std::ostream& out)
+void PrintJson(ScanResult const& result, bool withMatches, std::string const& hashName, std::ostream& out)
 {
     Json json{{"files", Json::array()}, {"errors", Json::array()}, {"total", Json::object()}};
     for (ScannedFile const& file : result.files) {
         Json& entry = json["files"].emplace_back();
         SetPath(entry, file.path);
+        SetDigest(entry, hashName, file.digest);
         entry["encoding"] = file.encoding;
         SetCounts(entry, file.counts);
         if (withMatches) {
@@ -140,6 +149,7 @@ void PrintJson(ScanResult const& result, bool withMatches, std::ostream& out)
     for (ScanError const& error : result.errors) {
         Json& entry = json["errors"].emplace_back();
         SetPath(entry, error.path);
+        SetDigest(entry, hashName, error.digest);
         SetError(entry, error.error);
     }
     json["total"]["files"] = result.files.size();
@@ -149,6 +159,29 @@ void PrintJson(ScanResult const& result, bool withMatches, std::ostream& out)
         json["total"]["matchingLines"] = result.matchingLines;
     }
     out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+void PrintDigest(ScannedFile const& file, std::ostream& out)
+{
+    std::string const path = host::PathBytes(file.path);
+    std::string name;
+    for (char const c : path) {
+        switch (c) {
+        case '\\':
+            name += "\\\\";
+            break;
+        case '\n':
+            name += "\\n";
+            break;
+        case '\r':
+            name += "\\r";
+            break;
+        default:
+            name += c;
+        }
+    }
+    bool const isEscaped = name.size() != path.size();
+    out << (isEscaped ? "\\" : "") << file.digest << "  " << name << '\n';
 }
 
 void PrintMatches(ScannedFile const& file, bool highlight, std::ostream& out)

@@ -2,6 +2,7 @@
 // Prints what a scan found.
 
 #include <iosfwd>
+#include <string>
 
 #include <qvxsys/TFormatStringCore.h>
 
@@ -15,8 +16,13 @@ namespace qvx {
 void PrintTable(ScanResult const& result, bool withMatches, std::ostream& out);
 
 /// An object with `files`, `errors` and `total`. Names that are not valid UTF-8 have their bytes as `pathBytes`, too,
-/// in hexadecimal digits.
-void PrintJson(ScanResult const& result, bool withMatches, std::ostream& out);
+/// in hexadecimal digits. Digests are members of the algorithm's name.
+void PrintJson(ScanResult const& result, bool withMatches, std::string const& hashName, std::ostream& out);
+
+/// "DIGEST  PATH", as sha256sum and its sisters print it and take it with -c: the path byte for byte, but for
+/// backslashes, line feeds and carriage returns, which are written as \\, \n and \r in a line that begins with a
+/// backslash.
+void PrintDigest(ScannedFile const& file, std::ostream& out);
 
 /// "PATH:LINE:COLUMN: TEXT" for each match that was kept, with the match highlighted if wanted, and a line that tells
 /// how many there are besides. Where a line is cut stands an ellipsis.

@@ -63,6 +63,13 @@ constexpr char const* kScanNotes =
     "line,\n"
     "up to 1000 units on either side of the match, %5 the match.\n"
     "\n"
+    "--hash prints a line for each file instead of the table, with its digest and its path, as sha256sum and its "
+    "sisters "
+    "do;\n"
+    "with -c they check it: qvx scan --hash sha256 FOLDER | sha256sum -c. The files may be of any kind and are not "
+    "counted.\n"
+    "With --json they are, and digests stand beside the counts, and beside the error of a binary file.\n"
+    "\n"
     "Exit status: 0 if all was scanned, 1 if something was not, 2 if the command line is wrong.";
 
 // CLI11 takes an argument in brackets for a list of values, one that begins with a dash for an option, an option that
@@ -115,8 +122,15 @@ struct ScanCommand
     std::string find;
     std::optional<std::string> print;
     CLI::Option* show = nullptr;
+    std::string hash;
     bool asJson = false;
 };
+
+constexpr std::pair<char const*, sha2::SHA_TYPE> kHashes[] = {{"sha1", sha2::SHA160},
+                                                              {"sha224", sha2::SHA224},
+                                                              {"sha256", sha2::SHA256},
+                                                              {"sha384", sha2::SHA384},
+                                                              {"sha512", sha2::SHA512}};
 
 void AddScan(CLI::App& app, ScanCommand& command)
 {
@@ -148,9 +162,17 @@ void AddScan(CLI::App& app, ScanCommand& command)
                        ->type_name("N")
                        ->capture_default_str();
     CLI::Option* const json = scan->add_flag("--json", command.asJson, "Print JSON instead of a table");
-    scan->add_option("--print", command.print, "Print a line of this format for each file or match")
-        ->excludes(json)
-        ->type_name("FORMAT");
+    CLI::Option* const print =
+        scan->add_option("--print", command.print, "Print a line of this format for each file or match")
+            ->excludes(json)
+            ->type_name("FORMAT");
+    std::vector<std::string> hashes;
+    std::transform(std::begin(kHashes), std::end(kHashes), std::back_inserter(hashes),
+                   [](auto const& hash) { return hash.first; });
+    scan->add_option("--hash", command.hash, "Print digests that sha256sum -c and the like take")
+        ->check(CLI::IsMember(hashes))
+        ->excludes(print)
+        ->type_name("ALGORITHM");
     scan->footer(kScanNotes);
 }
 
@@ -163,7 +185,7 @@ std::optional<TFormatStringCore> RecordFormat(ScanCommand const& command)
     try {
         TFormatStringCore format(TStringCore::fromStdString(Unguarded(*command.print)));
         std::ostringstream nowhere;
-        qvx::ScannedFile const file{{}, {}, {}, {}};
+        qvx::ScannedFile const file{{}, {}, {}, {}, {}};
         if (command.find.empty()) {
             qvx::PrintRecord(file, format, nowhere);
         } else {
@@ -175,6 +197,18 @@ std::optional<TFormatStringCore> RecordFormat(ScanCommand const& command)
     }
 }
 
+// False when there are both digest lines and matches to print.
+bool SetHash(ScanCommand& command)
+{
+    auto const* const hash = std::find_if(std::begin(kHashes), std::end(kHashes),
+                                          [&](auto const& entry) { return entry.first == command.hash; });
+    if (hash != std::end(kHashes)) {
+        command.options.hash = hash->second;
+        command.options.countsText = command.asJson;
+    }
+    return command.hash.empty() || command.find.empty() || command.asJson;
+}
+
 int RunScan(ScanCommand command)
 {
     qvx::FindOptions& find = command.options.find;
@@ -184,6 +218,10 @@ int RunScan(ScanCommand command)
         format = RecordFormat(command);
     } catch (QuorvexException const& error) {
         std::cerr << qvxsys::Format(u"qvx: %1\n", qvx::Describe(error));
+        return kUsageError;
+    }
+    if (!SetHash(command)) {
+        std::cerr << "qvx: --hash and --find together need --json\n";
         return kUsageError;
     }
     if (format) {
@@ -203,7 +241,10 @@ int RunScan(ScanCommand command)
         if (command.asJson) {
             return;
         }
-        if (format && find.text.empty()) {
+        if (command.options.hash) {
+            progress.Erase();
+            qvx::PrintDigest(file, std::cout);
+        } else if (format && find.text.empty()) {
             progress.Erase();
             qvx::PrintRecord(file, *format, std::cout);
         } else if (!format && file.found.matches != 0) {
@@ -224,8 +265,8 @@ int RunScan(ScanCommand command)
     qvx::ScanResult const result = qvx::Scan(paths, command.options, progress, listener);
     progress.Erase();
     if (command.asJson) {
-        qvx::PrintJson(result, !command.find.empty(), std::cout);
-    } else if (!format) {
+        qvx::PrintJson(result, !command.find.empty(), command.hash, std::cout);
+    } else if (!format && !command.options.hash) {
         qvx::PrintTable(result, !command.find.empty(), std::cout);
     }
     std::cout.flush();

@@ -36,4 +36,7 @@ void SetLastError(unsigned long code) noexcept;
 /// The platform's text for an error code, in UTF-8; empty when it has none. May change the last error.
 std::string ErrorMessage(unsigned long code);
 
+/// pow(10, exponent): the nearest double up to 10^+-22, and near it beyond.
+double PowerOfTen(int exponent) noexcept;
+
 } // namespace qvxsys::system::platform

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cmath>
 #include <cstring>
 #include <ctime>
 
@@ -94,6 +95,11 @@ std::string ErrorMessage(unsigned long code)
     // Never translated, unlike strerror_r, and null where that makes up a text.
     char const* const text = code <= INT_MAX ? ::strerrordesc_np(static_cast<int>(code)) : nullptr;
     return text != nullptr ? text : "";
+}
+
+double PowerOfTen(int exponent) noexcept
+{
+    return std::pow(10.0, exponent);
 }
 
 } // namespace qvxsys::system::platform

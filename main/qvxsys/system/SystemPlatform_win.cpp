@@ -1,5 +1,6 @@
 #include "SystemPlatform.h"
 
+#include <cmath>
 #include <memory>
 
 #include <qvxsys/TStringCore.h>
@@ -97,6 +98,12 @@ std::string ErrorMessage(unsigned long code)
         MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), reinterpret_cast<wchar_t*>(&text), 0, nullptr);
     std::unique_ptr<wchar_t, FreeLocal> const owner(text);
     return length != 0 ? TStringCore(text).toStdString() : std::string();
+}
+
+double PowerOfTen(int exponent) noexcept
+{
+    // MinGW's pow for double is up to 32 units of the last place off, and 10^-2 is not 0.01 there.
+    return static_cast<double>(std::pow(10.0L, exponent));
 }
 
 } // namespace qvxsys::system::platform

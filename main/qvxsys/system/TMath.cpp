@@ -6,13 +6,15 @@
 #include <limits>
 #include <numbers>
 
+#include "SystemPlatform.h"
+
 namespace {
 
 constexpr double kPowers[] = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
 
 double PowerOfTen(short digits) noexcept
 {
-    return digits >= 0 && digits <= 15 ? kPowers[digits] : std::pow(10.0, digits);
+    return digits >= 0 && digits <= 15 ? kPowers[digits] : qvxsys::system::platform::PowerOfTen(digits);
 }
 
 } // namespace

@@ -1,0 +1,49 @@
+// sha2 beside the programs that every system of this kind has.
+
+#include "hash/HashSupport.h"
+
+#include <fstream>
+
+#include <qvxsys/sha2.h>
+
+#include "support/ChildProcess.h"
+#include "support/TemporaryFolder.h"
+
+using namespace hash_test;
+
+namespace {
+
+using Sha2Programs = OnEverySet;
+HASH_TEST_ON_EVERY_SET(Sha2Programs);
+
+TEST_P(Sha2Programs, AgreeOnPieces)
+{
+    TemporaryFolder const folder;
+    std::mt19937 random(20417);
+    std::vector<std::string> messages;
+    std::vector<std::string> files;
+    for (std::size_t const size :
+         {0u, 1u, 55u, 56u, 63u, 64u, 65u, 111u, 112u, 127u, 128u, 129u, 255u, 256u, 1000u, 4096u, 70'000u}) {
+        messages.push_back(RandomBytes(random, size + (size > 256 ? random() % 1000 : 0)));
+        files.push_back((folder.Path() / std::to_string(files.size())).string());
+        std::ofstream(files.back(), std::ios::binary) << messages.back();
+    }
+    char const* const programs[] = {"sha1sum", "sha224sum", "sha256sum", "sha384sum", "sha512sum"};
+    for (sha2::SHA_TYPE const type : kTypes) {
+        std::string lines;
+        sha2 hash;
+        for (std::size_t i = 0; i < messages.size(); ++i) {
+            hash.Init(type);
+            for (std::string_view const piece : Pieces(random, messages[i])) {
+                hash.Update(Data(piece), piece.size());
+            }
+            hash.End();
+            lines += hash.StringHash() + "  " + files[i] + "\n";
+        }
+        std::vector<std::string> command{"/usr/bin/env", programs[type - sha2::SHA160]};
+        command.insert(command.end(), files.begin(), files.end());
+        EXPECT_EQ(lines, RunChild(command).out);
+    }
+}
+
+} // namespace
