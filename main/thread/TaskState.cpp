@@ -62,15 +62,17 @@ void TaskState::Tell(Follower* followers) noexcept
 void TaskState::Cancel()
 {
     std::vector<StatePtr> inputs;
-    CancelOne(inputs);
+    std::exception_ptr exception;
+    CancelOne(inputs, exception);
     while (!inputs.empty()) {
         StatePtr const input = std::move(inputs.back());
         inputs.pop_back();
-        input->CancelOne(inputs);
+        input->CancelOne(inputs, exception);
     }
 }
 
-void TaskState::CancelOne(std::vector<StatePtr>& inputs)
+/// `exception` is made by the first of a chain that fails with it.
+void TaskState::CancelOne(std::vector<StatePtr>& inputs, std::exception_ptr& exception)
 {
     if (IsReady() || !MarkAsCancelled()) {
         return;
@@ -80,7 +82,10 @@ void TaskState::CancelOne(std::vector<StatePtr>& inputs)
     SignalCancelEventIfSet();
     CallOnCancelFunctionWithoutEvent();
     if (unstarted || GetWhenCanceled() == WhenCanceled::FailAtOnce) {
-        Fail(std::make_exception_ptr(AsyncTask::Cancel::MakeException()));
+        if (exception == nullptr) {
+            exception = std::make_exception_ptr(AsyncTask::Cancel::MakeException());
+        }
+        Fail(exception);
     }
 }
 

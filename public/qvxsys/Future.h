@@ -124,7 +124,7 @@ protected:
     std::shared_ptr<ValueState<T>> m_state;
 };
 
-template<class T, class F, bool Shared>
+template<bool Shared, class T, class F>
 auto MakeThen(std::shared_ptr<ValueState<T>> input, Launch launch, F&& function);
 
 } // namespace detail
@@ -168,7 +168,7 @@ public:
     auto Then(Launch launch, F&& function)
     {
         static_cast<void>(this->State());
-        return detail::MakeThen<T, std::decay_t<F>, false>(std::move(this->m_state), launch, std::forward<F>(function));
+        return detail::MakeThen<false>(std::move(this->m_state), launch, std::forward<F>(function));
     }
     /// The same result for several. The future is without a state then.
     [[nodiscard]] SharedFuture<T> Share()
@@ -209,7 +209,7 @@ public:
     template<class F>
     auto Then(Launch launch, F&& function) const
     {
-        return detail::MakeThen<T, std::decay_t<F>, true>(this->State(), launch, std::forward<F>(function));
+        return detail::MakeThen<true>(this->State(), launch, std::forward<F>(function));
     }
 };
 
@@ -316,7 +316,7 @@ template<class T>
     return Future<T>(std::move(state));
 }
 
-template<class T, class F, bool Shared>
+template<bool Shared, class T, class F>
 auto MakeThen(std::shared_ptr<ValueState<T>> input, Launch launch, F&& function)
 {
     using State = ThenState<T, std::decay_t<F>, Shared>;

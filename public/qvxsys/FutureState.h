@@ -146,8 +146,7 @@ enum class Wants { Value, Future, Error };
 template<class T, bool Shared>
 struct InputOf
 {
-    using Value =
-        std::conditional_t<Shared && !std::is_void_v<T>, std::add_lvalue_reference_t<std::add_const_t<T>>, T>;
+    using Value = std::conditional_t<Shared && !std::is_void_v<T>, std::add_lvalue_reference_t<std::add_const_t<T>>, T>;
     using Whole = std::conditional_t<Shared, SharedFuture<T>, Future<T>>;
 };
 
@@ -310,7 +309,7 @@ public:
             inputs.push_back(std::move(input));
         }
     }
-    [[nodiscard]] bool IsQuick() const noexcept override { return true; }
+    [[nodiscard]] bool IsQuick() const noexcept override { return false; } // may run an inner one that is deferred
     void OnReady() noexcept override
     {
         std::shared_ptr<FlatState> const self = m_self;

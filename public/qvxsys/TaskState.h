@@ -115,7 +115,7 @@ private:
 
     static Follower* Closed() noexcept { return reinterpret_cast<Follower*>(std::uintptr_t(1)); }
     static void Tell(Follower* followers) noexcept;
-    void CancelOne(std::vector<StatePtr>& inputs);
+    void CancelOne(std::vector<StatePtr>& inputs, std::exception_ptr& exception);
 
     std::atomic<Follower*> m_followers = nullptr;
     std::unique_ptr<TStringCore> m_name;                  ///< guarded by the lock of all names

@@ -4,7 +4,7 @@
 
 #include <qvxsys/AsyncTaskTls.h>
 #include <qvxsys/Cancel.h>
-
+#include <qvxsys/Deadline.h>
 #include <qvxsys/Future.h>
 #include <qvxsys/FutureCoroutine.h>
 #include <qvxsys/FutureGroup.h>
