@@ -23,9 +23,11 @@
 // continuation that returns a future is continued by that future's result.
 //
 // Waiting. Who waits for a task that has not started runs it himself, or what it waits for, where its launch allows
-// that (Launch.h), and nothing else. So tasks may wait for tasks on a pool of any size. The thread's wait handler
-// (AsyncTaskTls.h) is told when the thread really sleeps. Two tasks that wait for each other are told so by a
-// WaitCycleException, where detection is on (SetWaitCycleDetection).
+// that (Launch.h), and nothing else. So tasks may wait for tasks on a pool of any size. The exception is PoolOnly,
+// which threads outside of the pool cannot help with: when all threads of the pool wait for tasks on other threads, and
+// those for PoolOnly tasks, nobody is left to run these. The thread's wait handler (AsyncTaskTls.h) is told when the
+// thread really sleeps. Two tasks that wait for each other are told so by a WaitCycleException, where detection is on
+// (SetWaitCycleDetection).
 //
 // Cancelling a future cancels what it was made from by Then, WhenAll and WhenAny as well, and what its task is waiting
 // for by a Future (not by a SharedFuture, which others may want). A task that has not started never does, and its

@@ -393,18 +393,18 @@ namespace {
 class RandomTasks
 {
 public:
-    explicit RandomTasks(unsigned int seed) : m_random(seed) {}
+    RandomTasks(unsigned int seed, std::vector<Launch> launches) : m_random(seed), m_launches(std::move(launches)) {}
 
     /// The number of tasks in the result.
     Future<int> Grow(int depth)
     {
         auto const seed = m_random();
-        Launch const launch = static_cast<Launch>(m_random() % 6);
+        Launch const launch = m_launches[m_random() % m_launches.size()];
         if (depth == 0) {
             return AsyncTask::Run(launch, [] { return 1; });
         }
-        auto const below = [seed, depth] {
-            RandomTasks inner(static_cast<unsigned int>(seed));
+        auto const below = [seed, depth, launches = m_launches] {
+            RandomTasks inner(static_cast<unsigned int>(seed), launches);
             std::vector<Future<int>> parts;
             for (int i = 0; i < 3; ++i) {
                 parts.push_back(inner.Grow(depth - 1));
@@ -446,7 +446,11 @@ private:
     }
 
     std::mt19937 m_random;
+    std::vector<Launch> m_launches;
 };
+
+std::vector<Launch> const kAnywhere{Launch::Deferred, Launch::OnCaller, Launch::PoolOrDedicated, Launch::Dedicated,
+                                    Launch::PoolQueued};
 
 } // namespace
 
@@ -456,7 +460,9 @@ TEST(Stress, RandomTreesOnPoolsOfAllSizes)
     for (unsigned int seed = 0; seed < 30; ++seed) {
         SetWaitCycleDetection(seed % 2 == 0);
         Workers workers(1 + seed % 3);
-        EXPECT_EQ(RandomTasks(seed).Grow(3).Get(), 1 + 3 + 9 + 27) << seed;
+        EXPECT_EQ(RandomTasks(seed, seed % 5 == 0 ? std::vector{Launch::PoolOnly} : kAnywhere).Grow(3).Get(),
+                  1 + 3 + 9 + 27)
+            << seed;
     }
     SetWaitCycleDetection(before);
 }
@@ -467,7 +473,7 @@ TEST(Stress, CancelledAtAnyTime)
     std::mt19937 random(1);
     int cancelled = 0;
     for (unsigned int seed = 0; seed < 60; ++seed) {
-        Future<int> future = RandomTasks(seed).Grow(2);
+        Future<int> future = RandomTasks(seed, kAnywhere).Grow(2);
         std::thread canceller([&future, pauses = random() % 2000] {
             for (unsigned int i = 0; i < pauses; ++i) {
                 qvxsys::detail::SpinPause();
