@@ -32,7 +32,8 @@
 // Cancelling a future cancels what it was made from by Then, WhenAll and WhenAny as well, and what its task is waiting
 // for by a Future (not by a SharedFuture, which others may want). A task that has not started never does, and its
 // future fails at once with a CancelException; a running one has its cancellation event set, see Cancel.h, and
-// WhenCanceled says when its future ends. Continuations that run because of it run on the thread that cancels.
+// WhenCanceled says when its future ends. Continuations that run because of it run on the thread that cancels, and
+// where the signal of an event has cancelled, among the callbacks of that event: they must not wait for whom it cancels.
 //
 // Threads: one future object is used by one thread at a time; several SharedFutures of one result by several, and
 // Cancel by any thread at any time. What the task wrote is seen by who gets its result.
