@@ -254,21 +254,25 @@ TEST(CancelTask, WhileItRuns)
 {
     Workers workers(2);
     for (WhenCanceled const when : {WhenCanceled::AwaitWork, WhenCanceled::FailAtOnce}) {
-        TEvent begun, cancelled, end;
-        auto task = AsyncTask::Run({.launch = Launch::PoolQueued, .whenCanceled = when}, [&] {
-            begun.Signal();
+        struct Events
+        {
+            TEvent begun, cancelled, end;
+        };
+        auto const events = std::make_shared<Events>(); // the work may outlive its future
+        auto task = AsyncTask::Run({.launch = Launch::PoolQueued, .whenCanceled = when}, [events] {
+            events->begun.Signal();
             Cancel::GetNonNull().Wait();
-            cancelled.Signal();
-            end.Wait();
+            events->cancelled.Signal();
+            events->end.Wait();
             return 5; // the work need not give up
         });
-        begun.Wait();
+        events->begun.Wait();
         task.Cancel();
         task.Cancel();
-        cancelled.Wait();
+        events->cancelled.Wait();
         EXPECT_EQ(task.IsReady(), when == WhenCanceled::FailAtOnce);
         EXPECT_TRUE(task.IsCancelled());
-        end.Signal();
+        events->end.Signal();
         if (when == WhenCanceled::FailAtOnce) {
             EXPECT_THROW(task.Get(), CancelException);
         } else {
