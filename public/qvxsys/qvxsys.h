@@ -7,10 +7,15 @@
 #include <qvxsys/CodePointIterator.h>
 #include <qvxsys/CodePointView.h>
 #include <qvxsys/CpuTime.h>
+#include <qvxsys/Deadline.h>
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Executor.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/FormatScan.h>
+#include <qvxsys/Future.h>
+#include <qvxsys/FutureCoroutine.h>
+#include <qvxsys/FutureGroup.h>
+#include <qvxsys/FutureState.h>
 #include <qvxsys/Hash.h>
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
@@ -19,10 +24,12 @@
 #include <qvxsys/ParallelFor.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/Processor.h>
+#include <qvxsys/Promise.h>
 #include <qvxsys/QuorvexError.h>
 #include <qvxsys/QuorvexException.h>
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/ReferenceCount.h>
+#include <qvxsys/Run.h>
 #include <qvxsys/SharedState.h>
 #include <qvxsys/StaticRepository.h>
 #include <qvxsys/StringUtils.h>
@@ -46,6 +53,8 @@
 #include <qvxsys/TTextDecoder.h>
 #include <qvxsys/TTextReading.h>
 #include <qvxsys/TThreadPool.h>
+#include <qvxsys/TaskState.h>
+#include <qvxsys/Tasks.h>
 #include <qvxsys/TextArguments.h>
 #include <qvxsys/TextComparison.h>
 #include <qvxsys/ThreadAnnotations.h>

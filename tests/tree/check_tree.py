@@ -36,7 +36,8 @@ FILES = [
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
     (r"public/qvxsys/StaticRepository\.h", "repository"),
-    (r"public/qvxsys/(AsyncTaskTls|Cancel|Executor|Launch|ParallelFor|SharedState|TThreadPool|Timer)\.h", "task"),
+    (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Executor|Future|FutureCoroutine|FutureGroup|FutureState|Launch|"
+     r"ParallelFor|Promise|Run|SharedState|TThreadPool|TaskState|Tasks|Timer)\.h", "task"),
     (r"public/qvxsys/(Hash|sha2)\.h", "hash"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),

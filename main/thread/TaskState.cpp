@@ -1,0 +1,200 @@
+#include <qvxsys/TaskState.h>
+
+#include <utility>
+
+#include <qvxsys/Cancel.h>
+
+#include "FollowerList.h"
+#include "ThreadRecord.h"
+
+namespace AsyncTask::detail {
+
+namespace {
+
+/// Names are few and read when something has gone wrong.
+constinit TRecursiveMutex g_nameMutex;
+
+} // namespace
+
+Follower::~Follower() = default;
+
+TaskState::~TaskState() = default;
+
+void TaskState::Unclaim() noexcept
+{
+    m_claimed.store(false, std::memory_order_release);
+    if (IsCancelled() && GetWhenCanceled() == WhenCanceled::FailAtOnce) {
+        Fail(std::make_exception_ptr(Cancel::MakeException())); // which the claim has kept from failing
+    }
+}
+
+bool TaskState::Fail(std::exception_ptr exception) noexcept
+{
+    if (!TryClaim()) {
+        return false;
+    }
+    SetException(std::move(exception));
+    Complete();
+    return true;
+}
+
+bool TaskState::AddFollower(Follower& follower) noexcept
+{
+    Follower* first = m_followers.load(std::memory_order_acquire);
+    do {
+        if (first == Closed()) {
+            return false;
+        }
+        follower.m_next = first;
+    } while (!m_followers.compare_exchange_weak(first, &follower, std::memory_order_acq_rel));
+    return true;
+}
+
+void TaskState::Tell(Follower* followers) noexcept
+{
+    FollowerList list;
+    while (followers != nullptr) { // the last is the one that came first
+        list.PushFront(*std::exchange(followers, followers->m_next));
+    }
+    qvxsys::task::TellFollowers(list);
+}
+
+void TaskState::Cancel()
+{
+    std::vector<StatePtr> inputs;
+    std::exception_ptr exception;
+    CancelOne(inputs, exception);
+    while (!inputs.empty()) {
+        StatePtr const input = std::move(inputs.back());
+        inputs.pop_back();
+        input->CancelOne(inputs, exception);
+    }
+}
+
+/// `exception` is made by the first of a chain that fails with it.
+void TaskState::CancelOne(std::vector<StatePtr>& inputs, std::exception_ptr& exception)
+{
+    if (IsReady() || !MarkAsCancelled()) {
+        return;
+    }
+    bool const unstarted = !GetIgnoreCancelBeforeStart() && TryTakingDeferredOwnership();
+    AddOwnInputs(inputs);
+    SignalCancelEventIfSet();
+    CallOnCancelFunctionWithoutEvent();
+    if (unstarted || GetWhenCanceled() == WhenCanceled::FailAtOnce) {
+        if (exception == nullptr) {
+            exception = std::make_exception_ptr(AsyncTask::Cancel::MakeException());
+        }
+        Fail(exception);
+    }
+}
+
+bool TaskState::MayRunHere() const noexcept
+{
+    switch (m_launch) {
+    case Launch::Deferred:
+    case Launch::OnCaller:
+    case Launch::PoolQueued:
+        return true;
+    case Launch::PoolOnly:
+        return qvxsys::task::IsMarkedPoolThread();
+    default:
+        return false;
+    }
+}
+
+void TaskState::SetName(TStringCore name)
+{
+    auto fresh = std::make_unique<TStringCore>(std::move(name));
+    TLockScope const lock(g_nameMutex);
+    m_name.swap(fresh);
+}
+
+TStringCore TaskState::GetName() const
+{
+    TLockScope const lock(g_nameMutex);
+    return m_name != nullptr ? *m_name : TStringCore();
+}
+
+StatePtr TaskState::PendingInput() const
+{
+    return nullptr;
+}
+
+ChangingInput const* TaskState::GetChangingInput() const noexcept
+{
+    return nullptr;
+}
+
+void TaskState::AddOwnInputs(std::vector<StatePtr>&) const
+{}
+
+StatePtr TaskState::TakeInput() noexcept
+{
+    return nullptr;
+}
+
+bool TaskState::Work() noexcept
+{
+    return false;
+}
+
+void ReleaseChain(StatePtr&& state) noexcept
+{
+    StatePtr last = std::move(state);
+    while (last != nullptr && last.use_count() == 1) {
+        last = last->TakeInput();
+    }
+}
+
+void ReportCreated(StatePtr const& state)
+{
+    _ApplyOnSharedStateCreatedHook(state);
+}
+
+void InputSlot::Set(StatePtr input) noexcept
+{
+    TLockScope const lock(m_mutex);
+    m_input.swap(input);
+}
+
+StatePtr InputSlot::Get() const noexcept
+{
+    TLockScope const lock(m_mutex);
+    return m_input;
+}
+
+StatePtr InputSlot::Take() noexcept
+{
+    TLockScope const lock(m_mutex);
+    return std::move(m_input);
+}
+
+StatePtr InputSlot::Pending() const noexcept
+{
+    TLockScope const lock(m_mutex);
+    return m_input != nullptr && !m_input->IsReady() ? m_input : nullptr;
+}
+
+void ChangingInput::Set(StatePtr input) noexcept
+{
+    m_slot.Set(std::move(input));
+    TLockScope const lock(m_watcherMutex);
+    for (TEvent const* const event : m_watchers) {
+        event->Signal();
+    }
+}
+
+void ChangingInput::AddWatcher(TEvent const& event) const
+{
+    TLockScope const lock(m_watcherMutex);
+    m_watchers.push_back(&event);
+}
+
+void ChangingInput::RemoveWatcher(TEvent const& event) const noexcept
+{
+    TLockScope const lock(m_watcherMutex);
+    std::erase(m_watchers, &event);
+}
+
+} // namespace AsyncTask::detail
