@@ -21,6 +21,13 @@ void FileJob::Run(std::function<FileScanner&()> const& scanner, bool tells) noex
     m_news.Signal();
 }
 
+void FileJob::Fail(std::exception_ptr error) noexcept
+{
+    m_exception = std::move(error);
+    TLockScope const lock(m_mutex);
+    m_done = true;
+}
+
 void FileJob::Add(Match const& match)
 {
     bool isFirst = false;

@@ -28,6 +28,9 @@ public:
     /// kept. With `tells`, matches wait to be told; a thread that is too far ahead of the one that prints waits for it.
     void Run(std::function<FileScanner&()> const& scanner, bool tells) noexcept;
 
+    /// Instead of Run: it cannot be scanned.
+    void Fail(std::exception_ptr error) noexcept;
+
     /// For the thread that prints: tells matches as they come, until there are no more (true) or the time is over.
     bool Tell(OnMatch const& onMatch, std::chrono::milliseconds timeout);
 

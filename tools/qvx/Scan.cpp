@@ -23,10 +23,12 @@ namespace fs = std::filesystem;
 namespace qvx {
 namespace {
 
-struct FoundFile
+/// What the walk comes by: a file, or what cannot be scanned and why.
+struct Found
 {
     fs::path path;
-    std::uint64_t size;
+    std::exception_ptr error;
+    std::uint64_t size = 0; ///< for the progress bar
 };
 
 char const* KindOf(fs::file_type type) noexcept
@@ -54,17 +56,16 @@ public:
     ScanResult Run(std::vector<fs::path> const& paths);
 
 private:
-    using Jobs = std::deque<std::shared_ptr<FileJob>>;
-
     void Find(fs::path const& path, bool isNamed);
     void AddFile(fs::path path);
     void FindInFolder(fs::path const& folder);
-    void Fail(fs::path const& path, QuorvexException const& error, std::string const& digest = {});
-    void ScanAll();
-    void Start(Jobs& jobs, fs::path path);
+    void AddError(fs::path const& path, QuorvexException const& error);
+    void Add(Found found);
+    void Start(Found found);
     void Work(FileJob& job) noexcept;
     [[nodiscard]] std::unique_ptr<FileScanner> TakeScanner();
-    void Finish(FileJob& job);
+    void FinishFirst();
+    void FinishAll();
     void Report(FileJob& job);
 
     // How many files for each thread are read ahead of the one that is told of.
@@ -74,18 +75,13 @@ private:
     ScanOptions const& m_options;
     Progress& m_progress;
     ScanListener const& m_listener;
-    std::vector<FoundFile> m_found;
+    std::vector<Found> m_found;                  // all of them, where the progress bar wants to know
+    std::deque<std::shared_ptr<FileJob>> m_jobs; // that have been started, in their order
     ScanResult m_result;
 
     TRecursiveMutex m_scannersMutex;
     std::vector<std::unique_ptr<FileScanner>> m_scanners QVXSYS_GUARDED_BY(m_scannersMutex); // not in use
 };
-
-void Scanner::Fail(fs::path const& path, QuorvexException const& error, std::string const& digest)
-{
-    m_result.errors.push_back({path, error, digest});
-    m_listener.onError(m_result.errors.back());
-}
 
 // Only what is a regular file is ever opened: opening a FIFO would wait for a writer. A symbolic link to a folder is
 // followed when it is named by the user and only then, so that no walk can run in circles.
@@ -98,7 +94,7 @@ void Scanner::Find(fs::path const& path, bool isNamed)
         error = std::make_error_code(std::errc::no_such_file_or_directory);
     }
     if (error) {
-        Fail(path, MakeFailure(Failure::CannotAccess, Reason(error)));
+        AddError(path, MakeFailure(Failure::CannotAccess, Reason(error)));
     } else if (fs::is_directory(status)) {
         if (isNamed || !host::IsLink(path)) {
             FindInFolder(path);
@@ -106,16 +102,30 @@ void Scanner::Find(fs::path const& path, bool isNamed)
     } else if (fs::is_regular_file(status)) {
         AddFile(path);
     } else {
-        Fail(path, MakeFailure(Failure::NotAFile, KindOf(status.type())));
+        AddError(path, MakeFailure(Failure::NotAFile, KindOf(status.type())));
     }
 }
 
-// The size is for the progress bar only.
 void Scanner::AddFile(fs::path path)
 {
     std::error_code error;
     std::uintmax_t const size = m_progress.IsShown() ? fs::file_size(path, error) : 0;
-    m_found.push_back({std::move(path), error ? 0 : size});
+    Add({std::move(path), nullptr, error ? 0 : size});
+}
+
+void Scanner::AddError(fs::path const& path, QuorvexException const& error)
+{
+    Add({path, std::make_exception_ptr(error)});
+}
+
+// Walking and scanning go on side by side, unless somebody watches who wants to know how much there is to do.
+void Scanner::Add(Found found)
+{
+    if (m_progress.IsShown()) {
+        m_found.push_back(std::move(found));
+    } else {
+        Start(std::move(found));
+    }
 }
 
 void Scanner::FindInFolder(fs::path const& folder)
@@ -126,7 +136,7 @@ void Scanner::FindInFolder(fs::path const& folder)
         folder, [&] { return !m_options.stop->IsSet(); }, error);
     AsyncTask::Cancel::ThrowIfCancelled();
     if (error) {
-        Fail(folder, MakeFailure(Failure::CannotAccess, Reason(error)));
+        AddError(folder, MakeFailure(Failure::CannotAccess, Reason(error)));
     }
     std::sort(entries.begin(), entries.end(), [](host::Entry const& a, host::Entry const& b) {
         AsyncTask::Cancel::ThrowIfCancelled();
@@ -144,60 +154,51 @@ void Scanner::FindInFolder(fs::path const& folder)
 
 ScanResult Scanner::Run(std::vector<fs::path> const& paths)
 {
-    // So that walking folders can be stopped, too.
-    AsyncTask::Cancel::CancelEventSetter const cancel(m_options.stop);
-    try {
-        for (fs::path const& path : paths) {
-            Find(path, true);
-        }
-        ScanAll();
-    } catch (AsyncTask::CancelException const&) {
-        m_result.stopped = true;
-    }
-    return std::move(m_result);
-}
-
-// The pool's threads run ahead of this one, which tells of the files in their order.
-void Scanner::ScanAll()
-{
-    std::uint64_t bytes = 0;
-    for (FoundFile const& file : m_found) {
-        bytes += file.size;
-    }
-    m_progress.SetTotal(bytes);
     TThreadPool::Configure(m_options.jobs, {}, {}, {});
     struct Pool
     {
         ~Pool() { TThreadPool::Shutdown(std::chrono::milliseconds::max()); }
     };
     Pool const pool;
+    // So that walking folders can be stopped, too.
+    AsyncTask::Cancel::CancelEventSetter const cancel(m_options.stop);
     try {
-        Jobs jobs;
-        for (FoundFile& file : m_found) {
-            // What has been begun is told of; of what is left there may be a lot.
-            if (m_options.stop->IsSet()) {
-                m_result.stopped = true;
-                break;
-            }
-            if (jobs.size() == m_options.jobs * kAhead) {
-                Finish(*jobs.front());
-                jobs.pop_front();
-            }
-            Start(jobs, std::move(file.path));
+        for (fs::path const& path : paths) {
+            Find(path, true);
         }
-        for (; !jobs.empty(); jobs.pop_front()) {
-            Finish(*jobs.front());
+        std::uint64_t bytes = 0;
+        for (Found const& found : m_found) {
+            bytes += found.size;
         }
+        m_progress.SetTotal(bytes);
+        for (Found& found : m_found) {
+            Start(std::move(found));
+        }
+        FinishAll();
+    } catch (AsyncTask::CancelException const&) {
+        // What has been begun is told of; of what is left there may be a lot.
+        m_result.stopped = true;
+        FinishAll();
     } catch (...) {
         m_options.stop->Signal(); // or the pool would finish what nobody waits for
         throw;
     }
+    return std::move(m_result);
 }
 
-void Scanner::Start(Jobs& jobs, fs::path path)
+// The pool's threads run ahead of this one, which tells of the files in their order.
+void Scanner::Start(Found found)
 {
-    jobs.push_back(std::make_shared<FileJob>(std::move(path), m_options.encoding));
-    TThreadPool::Get().AddWork([this, job = jobs.back()] { Work(*job); }, TThreadPoolWork::Queue);
+    AsyncTask::Cancel::ThrowIfCancelled();
+    if (m_jobs.size() == m_options.jobs * kAhead) {
+        FinishFirst();
+    }
+    m_jobs.push_back(std::make_shared<FileJob>(std::move(found.path), m_options.encoding));
+    if (found.error != nullptr) {
+        m_jobs.back()->Fail(found.error);
+    } else {
+        TThreadPool::Get().AddWork([this, job = m_jobs.back()] { Work(*job); }, TThreadPoolWork::Queue);
+    }
 }
 
 void Scanner::Work(FileJob& job) noexcept
@@ -230,30 +231,42 @@ std::unique_ptr<FileScanner> Scanner::TakeScanner()
     return scanner;
 }
 
-void Scanner::Finish(FileJob& job)
+void Scanner::FinishFirst()
 {
-    auto const tell = [&](Match const& match) { m_listener.onMatch(job.Result().path, match); };
+    std::shared_ptr<FileJob> const job = std::move(m_jobs.front());
+    m_jobs.pop_front();
+    auto const tell = [&](Match const& match) { m_listener.onMatch(job->Result().path, match); };
     auto const interval = m_progress.IsShown() ? kProgressInterval : std::chrono::milliseconds::max();
-    for (auto wait = std::chrono::milliseconds(0); !job.Tell(tell, wait); wait = interval) {
+    for (auto wait = std::chrono::milliseconds(0); !job->Tell(tell, wait); wait = interval) {
         m_listener.onWait();
         m_progress.Refresh();
     }
     m_progress.Refresh();
-    try {
-        Report(job);
-    } catch (AsyncTask::CancelException const&) {
-        m_result.stopped = true;
-    } catch (QuorvexException const& error) {
-        Fail(job.Result().path, error, job.Result().digest);
+    Report(*job);
+}
+
+void Scanner::FinishAll()
+{
+    while (!m_jobs.empty()) {
+        FinishFirst();
     }
 }
 
 void Scanner::Report(FileJob& job)
 {
-    if (job.Exception() != nullptr) {
-        std::rethrow_exception(job.Exception());
-    }
     ScannedFile& result = job.Result();
+    try {
+        if (job.Exception() != nullptr) {
+            std::rethrow_exception(job.Exception());
+        }
+    } catch (AsyncTask::CancelException const&) {
+        m_result.stopped = true;
+        return;
+    } catch (QuorvexException const& error) {
+        m_result.errors.push_back({result.path, error, result.digest});
+        m_listener.onError(m_result.errors.back());
+        return;
+    }
     m_result.total += result.counts;
     m_result.matches += result.found.matches;
     m_result.matchingLines += result.found.lines;
