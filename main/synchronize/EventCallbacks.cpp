@@ -35,6 +35,25 @@ void DeferredWakes::WakeAll(void const* address) noexcept
 
 namespace qvxsys::detail {
 
+namespace {
+QVXSYS_TLS_INITIAL_EXEC thread_local constinit KeepRemoved* t_kept = nullptr;
+}
+
+KeepRemoved::KeepRemoved() noexcept : m_outer(std::exchange(t_kept, this))
+{}
+
+KeepRemoved::~KeepRemoved()
+{
+    t_kept = m_outer;
+}
+
+void KeepRemoved::Hand(EventCallbacks::Garbage& garbage) noexcept
+{
+    if (t_kept != nullptr) {
+        t_kept->m_garbage.splice(t_kept->m_garbage.end(), garbage);
+    }
+}
+
 EventCallbacks::Entries::iterator EventCallbacks::Find(void* key)
 {
     if (m_index != nullptr) {

@@ -78,4 +78,22 @@ private:
     bool m_anyRemoved = false;
 };
 
+/// Keeps what the signals in this scope remove, of any event, to its end. For events that have something left to do
+/// when their callbacks have run, a lock to give up for instance: what is destroyed may own the event.
+class KeepRemoved
+{
+public:
+    KeepRemoved() noexcept;
+    KeepRemoved(KeepRemoved const&) = delete;
+    KeepRemoved& operator=(KeepRemoved const&) = delete;
+    ~KeepRemoved();
+
+    /// Moves it to the innermost scope of this thread; leaves it where it is when there is none.
+    static void Hand(EventCallbacks::Garbage& garbage) noexcept;
+
+private:
+    EventCallbacks::Garbage m_garbage;
+    KeepRemoved* const m_outer;
+};
+
 } // namespace qvxsys::detail

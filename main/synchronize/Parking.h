@@ -36,7 +36,8 @@ struct SystemParking
 enum class SystemError { InvalidArgument, SemaphoreOverflow };
 [[nodiscard]] unsigned long CodeOf(SystemError error) noexcept;
 
-/// The processors that this process may run on; at least 1.
+/// The processors that this process may run on, as far as can be told cheaply; at least 1. On Linux, where each thread
+/// has its own set, those of the main thread and of the calling one.
 [[nodiscard]] unsigned int UsableProcessors() noexcept;
 
 } // namespace qvxsys::sync

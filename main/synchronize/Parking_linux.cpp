@@ -64,9 +64,13 @@ unsigned long CodeOf(SystemError error) noexcept
 
 unsigned int UsableProcessors() noexcept
 {
-    cpu_set_t processors;
-    if (sched_getaffinity(0, sizeof(processors), &processors) == 0) {
-        return static_cast<unsigned int>(CPU_COUNT(&processors));
+    cpu_set_t ofMain;
+    cpu_set_t ofThis;
+    if (sched_getaffinity(0, sizeof(ofThis), &ofThis) == 0) {
+        if (sched_getaffinity(getpid(), sizeof(ofMain), &ofMain) == 0) {
+            CPU_OR(&ofThis, &ofThis, &ofMain);
+        }
+        return static_cast<unsigned int>(CPU_COUNT(&ofThis));
     }
     // More processors than the set has room for.
     long const online = sysconf(_SC_NPROCESSORS_ONLN);

@@ -6,6 +6,10 @@
 
 #include <qvxsys/LogicException.h>
 
+#include "EventCallbacks.h"
+
+using qvxsys::detail::KeepRemoved;
+
 namespace {
 
 constexpr char const* kFile = "qvxsys/main/synchronize/TEvent";
@@ -48,6 +52,7 @@ TCountdownEvent::~TCountdownEvent()
 
 void TCountdownEvent::Signal() const
 {
+    KeepRemoved const untilUnlocked;
     TLockScope const lock(m_mutex);
     --m_remaining;
     if (m_remaining == 0) {
@@ -112,27 +117,29 @@ private:
     {
         TCancelEvent const* event;
         RefCntPtr<TCancelEvent> last; ///< the child that was signalled last, kept alive meanwhile
+        Traversal const* outer;       ///< that this one interrupts
         bool entered;
     };
 
-    /// Signals the event, and begins with its children unless this way leads through it already.
+    /// Signals the event, and begins with its children unless this way leads through it already. A signal from within
+    /// a callback is a traversal of its own: it goes to every child, as any signal does.
     void Enter(TCancelEvent const* event) QVXSYS_NO_THREAD_SAFETY_ANALYSIS
     {
         event->m_base.Signal();
-        m_way.push_back({event, {}, false});
+        m_way.push_back({event, {}, nullptr, false});
         event->m_childMutex.Lock();
-        if (event->m_traversed) {
+        if (event->m_traversal == this) {
             event->m_childMutex.Unlock();
             m_way.pop_back();
         } else {
-            event->m_traversed = true;
+            m_way.back().outer = std::exchange(event->m_traversal, this);
         }
     }
 
     void Leave() QVXSYS_NO_THREAD_SAFETY_ANALYSIS
     {
         TCancelEvent const* const event = m_way.back().event;
-        event->m_traversed = false;
+        event->m_traversal = m_way.back().outer;
         event->m_childMutex.Unlock();
         m_way.pop_back();
     }
@@ -159,6 +166,7 @@ void TCancelEvent::Signal() const
 {
     // Whoever waits for this event may drop the last reference of others to it when it is set.
     RefCntPtr<TCancelEvent const> const self(UseCount() != 0 ? this : nullptr);
+    KeepRemoved const untilUnlocked;
     Traversal().Signal(*this);
 }
 

@@ -49,7 +49,13 @@ template<bool AutoReset>
 void TEventBase<AutoReset>::SignalSlowly()
 {
     // What is destroyed last need not find the event alive.
-    EventCallbacks::Garbage garbage;
+    struct Removed : EventCallbacks::Garbage
+    {
+        Removed() = default;
+        Removed(Removed const&) = delete;
+        Removed& operator=(Removed const&) = delete;
+        ~Removed() { KeepRemoved::Hand(*this); }
+    } garbage;
     sync::DeferredWakes const wakes;
     // A signal from within a callback of this event is covered by the outer one.
     EventCallbacks* callbacks = m_callbacks.load(std::memory_order_acquire);

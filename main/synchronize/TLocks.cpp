@@ -39,7 +39,9 @@ void TReadWriteLock::Lock()
                                 "m_writerCount < std::numeric_limits<decltype(m_writerCount)>::max()");
         }
         m_counts.EnterAsWriter();
-        while (!m_counts.TryWriting()) {
+        // Who writes already waits for nobody: readers that it finds are its own, or are about to be turned away, and
+        // neither wake it when they leave.
+        while (m_entries == 0 && !m_counts.TryWriting()) {
             WaitForReaders();
         }
         held.release();
@@ -71,7 +73,8 @@ void TReadWriteLock::WaitForReaders()
 void TReadWriteLock::Unlock() noexcept
 {
     --m_entries;
-    bool const wake = m_counts.LeaveAsWriter(m_entries == 0);
+    bool const last = m_entries == 0;
+    bool const wake = m_counts.LeaveAsWriter(last) && last;
     void const* const address = m_counts.Address();
     m_mutex.Unlock();
     if (wake) {
@@ -85,7 +88,12 @@ bool TReadWriteLock::TryLock()
         return false;
     }
     std::unique_lock held(m_mutex, std::adopt_lock);
-    if (Word::Writers(m_counts.Load()) >= kMostWriters || !m_counts.TryWriting(Word::kWriter)) {
+    if (Word::Writers(m_counts.Load()) >= kMostWriters) {
+        return false;
+    }
+    if (m_entries != 0) {
+        m_counts.EnterAsWriter();
+    } else if (!m_counts.TryWriting(Word::kWriter)) {
         return false;
     }
     held.release();

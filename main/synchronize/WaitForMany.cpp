@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
+#include <typeinfo>
 
 #include <qvxsys/TEvent.h>
 
@@ -19,13 +20,44 @@ namespace {
 
 bool AllThere(std::span<IEvent* const> events)
 {
-    for (IEvent* const event : events) {
-        QVX_LOGIC_ASSERT(event != nullptr);
-        if (event == nullptr) {
-            return false;
-        }
+    auto const missing = std::ranges::find(events, nullptr);
+    if (missing == events.end()) {
+        return true;
     }
-    return true;
+    IEvent* const event = *missing;
+    QVX_LOGIC_ASSERT(event != nullptr);
+    return false;
+}
+
+/// Whether it is the kind that is waited for most. Two addresses of type information mean nothing when they differ;
+/// when they are one, the types are.
+bool IsTEvent(IEvent const& event) noexcept
+{
+    return &typeid(event) == &typeid(TEvent);
+}
+
+/// The event as an auto-reset event, or null. The class is final, so that comparing types is enough, which takes a
+/// fraction of a dynamic_cast's time.
+TAutoResetEvent* AsAutoReset(IEvent& event) noexcept
+{
+    return !IsTEvent(event) && typeid(event) == typeid(TAutoResetEvent) ? static_cast<TAutoResetEvent*>(&event)
+                                                                        : nullptr;
+}
+
+/// event.IsSet(), mostly without a virtual call.
+bool IsSet(IEvent& event)
+{
+    if (IsTEvent(event)) [[likely]] {
+        return static_cast<TEvent&>(event).IsSet();
+    }
+    return event.IsSet();
+}
+
+/// An auto-reset event counts only for who takes its signal. By now IsSet has taken the one that was there.
+bool Counts(IEvent& event)
+{
+    TAutoResetEvent const* const autoReset = AsAutoReset(event);
+    return autoReset == nullptr || autoReset->IsSet();
 }
 
 /// A negative timeout ends the process, as it does in the events' own waits.
@@ -40,41 +72,93 @@ Deadline DeadlineOf(std::chrono::milliseconds timeout) noexcept
     return DeadlineIn(timeout.count());
 }
 
-/// A number that callbacks increase and one thread waits for to change.
+/// A number that callbacks increase and one thread waits for to change. The lowest bit of the word says that the thread
+/// may be asleep: who increases the number learns that in the same step, and afterwards uses the address only.
 class Notice
 {
 public:
-    [[nodiscard]] std::uint32_t Count() const noexcept { return m_count.load(std::memory_order_acquire); }
-    /// Afterwards only the address is used.
+    [[nodiscard]] std::uint32_t Count() const noexcept { return m_word.load(std::memory_order_acquire) & ~kAsleep; }
     void Give() noexcept
     {
-        m_count.fetch_add(1, std::memory_order_acq_rel);
-        DeferredWakes::WakeAll(&m_count);
+        if ((m_word.fetch_add(kOne, std::memory_order_acq_rel) & kAsleep) != 0) {
+            DeferredWakes::WakeAll(&m_word);
+        }
     }
     /// False when the time is over, or the system refuses to let the thread sleep.
-    [[nodiscard]] bool AwaitChange(std::uint32_t seen, Deadline const& deadline) const noexcept
+    [[nodiscard]] bool AwaitChange(std::uint32_t seen, Deadline const& deadline) noexcept
     {
         auto const changed = [this, seen] { return Count() != seen; };
-        if (changed() || SpinUntil(kEventPauses, changed)) {
+        if (changed()) {
+            // It took no longer than to register with the events.
+            RecordSpin(true);
             return true;
         }
+        if (SpinUntil(kEventPace, changed)) {
+            return true;
+        }
+        // Relaxed is enough: each Give, another step on the same word, comes either before this one, and then Park sees
+        // another number, or after it, and then sees the mark.
+        m_word.fetch_or(kAsleep, std::memory_order_relaxed);
         Parked parked = Parked::Awake;
         while (!changed() && parked == Parked::Awake) {
-            parked = SystemParking::Park(&m_count, seen, deadline);
+            parked = SystemParking::Park(&m_word, seen | kAsleep, deadline);
         }
+        // Who read the mark meanwhile wakes nobody, or the next one who sleeps at this address: for nothing, which all
+        // sleepers allow for.
+        m_word.fetch_and(~kAsleep, std::memory_order_relaxed);
         return changed();
     }
 
 private:
-    std::atomic<std::uint32_t> m_count = 0;
+    static constexpr std::uint32_t kAsleep = 1;
+    static constexpr std::uint32_t kOne = 2;
+
+    std::atomic<std::uint32_t> m_word = 0;
 };
 
-/// One call of WaitForAll or WaitForAny: counts the events that were set, each at most once.
+/// What WaitForAll or WaitForAny finds before it registers callbacks, and needs no memory for.
+class FirstLook
+{
+public:
+    explicit FirstLook(std::size_t required) noexcept : m_missing(static_cast<std::ptrdiff_t>(required)) {}
+
+    [[nodiscard]] static bool LooksAtAll(std::span<IEvent* const> events) noexcept { return events.size() <= kMost; }
+    /// True when enough events are set already.
+    bool Look(std::span<IEvent* const> events)
+    {
+        if (!LooksAtAll(events)) {
+            return false;
+        }
+        for (std::size_t i = 0; i < events.size(); ++i) {
+            if (IsSet(*events[i])) [[unlikely]] {
+                m_claimed |= std::uint64_t(1) << i;
+                if (Counts(*events[i])) {
+                    m_index = i;
+                    --m_missing;
+                }
+            }
+        }
+        return m_missing <= 0 && !events.empty();
+    }
+    [[nodiscard]] bool HasClaimed(std::size_t i) const noexcept { return i < kMost && (m_claimed >> i & 1) != 0; }
+    [[nodiscard]] std::ptrdiff_t Missing() const noexcept { return m_missing; }
+    /// Of the last that counted.
+    [[nodiscard]] std::size_t Index() const noexcept { return m_index; }
+
+private:
+    static constexpr std::size_t kMost = 64;
+
+    std::ptrdiff_t m_missing;
+    std::size_t m_index = 0;
+    std::uint64_t m_claimed = 0;
+};
+
+/// One call of WaitForAll or WaitForAny that must wait: counts the events that were set, each at most once.
 class CountingWait
 {
 public:
-    CountingWait(std::span<IEvent* const> events, std::size_t required)
-        : m_events(events), m_missing(static_cast<std::ptrdiff_t>(required))
+    CountingWait(std::span<IEvent* const> events, FirstLook const& look)
+        : m_events(events), m_look(look), m_missing(look.Missing()), m_index(look.Index())
     {}
     CountingWait(CountingWait const&) = delete;
     CountingWait& operator=(CountingWait const&) = delete;
@@ -83,26 +167,6 @@ public:
         for (std::size_t i = 0; i < m_registered; ++i) {
             m_events[i]->RemoveOnSignalCallback(&m_slots[i]);
         }
-    }
-
-    [[nodiscard]] static bool LooksAtAll(std::span<IEvent* const> events) noexcept { return events.size() <= kLooked; }
-
-    /// True when enough events are set already. Needs no memory and registers nothing.
-    bool Look()
-    {
-        if (!LooksAtAll(m_events)) {
-            return false;
-        }
-        for (std::size_t i = 0; i < m_events.size(); ++i) {
-            if (m_events[i]->IsSet()) {
-                m_claimed |= std::uint64_t(1) << i;
-                if (Counts(*m_events[i])) {
-                    m_index.store(i, std::memory_order_relaxed);
-                    --m_missing;
-                }
-            }
-        }
-        return m_missing <= 0 && !m_events.empty();
     }
 
     bool Wait(Deadline const& deadline)
@@ -114,10 +178,10 @@ public:
             std::size_t const i = m_registered;
             Slot& slot = m_slots[i];
             slot.wait = this;
-            slot.claimed = i < kLooked && (m_claimed >> i & 1) != 0;
+            slot.claimed = m_look.HasClaimed(i);
             m_events[i]->AddOnSignalCallback(&slot, [&slot] { slot.wait->Claim(slot); });
             ++m_registered;
-            if (!slot.claimed && m_events[i]->IsSet()) {
+            if (!slot.claimed && IsSet(*m_events[i])) {
                 Claim(slot);
             }
         }
@@ -132,14 +196,6 @@ private:
         CountingWait* wait;
         std::atomic<bool> claimed;
     };
-    static constexpr std::size_t kLooked = 64;
-
-    /// An auto-reset event counts only for who takes its signal. By now IsSet has taken the one that was there.
-    static bool Counts(IEvent const& event)
-    {
-        auto const* const autoReset = dynamic_cast<TAutoResetEvent const*>(&event);
-        return autoReset == nullptr || autoReset->IsSet();
-    }
 
     void Claim(Slot& slot)
     {
@@ -153,10 +209,10 @@ private:
     }
 
     std::span<IEvent* const> const m_events;
+    FirstLook const m_look;
     /// Falls below 0 when more events count than are required.
     std::atomic<std::ptrdiff_t> m_missing;
-    std::atomic<std::size_t> m_index = 0;
-    std::uint64_t m_claimed = 0;
+    std::atomic<std::size_t> m_index;
     Notice m_enough;
     Slot* m_slots = nullptr;
     std::size_t m_registered = 0;
@@ -170,12 +226,17 @@ bool WaitForCount(std::span<IEvent* const> events, std::chrono::milliseconds tim
     if (!AllThere(events)) {
         return false;
     }
-    CountingWait wait(events, required);
-    if (timeout.count() < 0 || !wait.Look()) {
-        bool const onlyLook = timeout.count() == 0 && CountingWait::LooksAtAll(events);
-        if (onlyLook || !wait.Wait(DeadlineOf(timeout))) {
-            return false;
-        }
+    FirstLook look(required);
+    if (timeout.count() >= 0 && look.Look(events)) {
+        index = static_cast<unsigned int>(look.Index());
+        return true;
+    }
+    if (timeout.count() == 0 && FirstLook::LooksAtAll(events)) {
+        return false;
+    }
+    CountingWait wait(events, look);
+    if (!wait.Wait(DeadlineOf(timeout))) {
+        return false;
     }
     index = static_cast<unsigned int>(wait.Index());
     return true;
@@ -198,13 +259,21 @@ public:
         }
     }
 
-    /// Calls `attempt` until it is true; false when the time is over.
+    /// Calls `attempt` until it is true; false when the time is over. Nothing is registered and no clock read before
+    /// the first attempt has failed.
     template<class Attempt>
-    bool Until(Deadline const& deadline, Attempt attempt)
+    bool Until(std::chrono::milliseconds timeout, Attempt attempt)
     {
+        if (timeout.count() < 0) {
+            static_cast<void>(DeadlineOf(timeout));
+        }
         if (attempt()) {
             return true;
         }
+        if (timeout.count() <= 0) {
+            return false;
+        }
+        Deadline const deadline = DeadlineOf(timeout);
         for (; m_registered < m_events.size(); ++m_registered) {
             m_events[m_registered]->AddOnSignalCallback(this, [this] { m_notice.Give(); });
         }
@@ -222,12 +291,12 @@ public:
     [[nodiscard]] bool TakeFirst(std::size_t& index) const
     {
         for (index = 0; index < m_events.size(); ++index) {
-            if (auto* const autoReset = dynamic_cast<TAutoResetEvent*>(m_events[index])) {
+            if (TAutoResetEvent* const autoReset = AsAutoReset(*m_events[index])) {
                 TReadLockScope const lock(s_taking);
                 if (autoReset->IsSet()) {
                     return true;
                 }
-            } else if (m_events[index]->IsSet()) {
+            } else if (IsSet(*m_events[index])) {
                 return true;
             }
         }
@@ -238,9 +307,9 @@ public:
     {
         bool anyAutoReset = false;
         for (IEvent* const event : m_events) {
-            auto* const autoReset = dynamic_cast<TAutoResetEvent*>(event);
+            TAutoResetEvent* const autoReset = AsAutoReset(*event);
             anyAutoReset = anyAutoReset || autoReset != nullptr;
-            if (!(autoReset != nullptr ? autoReset->Peek() : event->IsSet())) {
+            if (!(autoReset != nullptr ? IsThere(*autoReset) : IsSet(*event))) {
                 return false;
             }
         }
@@ -248,12 +317,21 @@ public:
     }
 
 private:
+    /// Also when another wait has taken the signal and is about to give it back, of which nobody would tell this one.
+    [[nodiscard]] static bool IsThere(TAutoResetEvent const& event)
+    {
+        if (event.Peek()) {
+            return true;
+        }
+        TReadLockScope const lock(s_taking);
+        return event.Peek();
+    }
     /// All or none.
     [[nodiscard]] bool TakeAllAutoReset() const
     {
         TLockScope const lock(s_taking);
         for (std::size_t i = 0; i < m_events.size(); ++i) {
-            auto* const event = dynamic_cast<TAutoResetEvent*>(m_events[i]);
+            TAutoResetEvent* const event = AsAutoReset(*m_events[i]);
             if (event != nullptr && IsFirst(i) && !event->IsSet()) {
                 GiveBack(i);
                 return false;
@@ -264,7 +342,7 @@ private:
     void GiveBack(std::size_t end) const
     {
         for (std::size_t i = 0; i < end; ++i) {
-            auto* const event = dynamic_cast<TAutoResetEvent*>(m_events[i]);
+            TAutoResetEvent* const event = AsAutoReset(*m_events[i]);
             if (event != nullptr && IsFirst(i)) {
                 event->m_base.SignalWithoutCallbacks();
             }
@@ -316,7 +394,7 @@ std::optional<std::size_t> WaitForAnyExact(std::span<IEvent* const> events, std:
     }
     std::size_t index = 0;
     ExactWait wait(events);
-    bool const found = wait.Until(DeadlineOf(timeout), [&] { return wait.TakeFirst(index); });
+    bool const found = wait.Until(timeout, [&] { return wait.TakeFirst(index); });
     return found ? std::optional(index) : std::nullopt;
 }
 
@@ -326,5 +404,5 @@ bool WaitForAllExact(std::span<IEvent* const> events, std::chrono::milliseconds 
         return false;
     }
     ExactWait wait(events);
-    return wait.Until(DeadlineOf(timeout), [&] { return wait.TakeAll(); });
+    return wait.Until(timeout, [&] { return wait.TakeAll(); });
 }

@@ -19,14 +19,16 @@ using qvxsys::detail::WordHalf;
 
 enum class Waited { Success, TimedOut, Refused };
 
-inline constexpr unsigned int kLockPauses = 32;
-inline constexpr unsigned int kEventPauses = 4;
+/// Who wants a lock looks seldom: each look takes the lock's cache line from the holder, and two threads that both look
+/// as often as they can get half as much done as one that is left alone for some turns.
+inline constexpr SpinPace kLockPace{.most = 32, .first = 8};
+inline constexpr SpinPace kEventPace{.most = 4};
 
 /// Takes the lock. When the system refuses to let the thread sleep, it yields instead.
 template<class Parking>
 void LockContended(LockWord& word) noexcept
 {
-    if (SpinUntil(kLockPauses, [&word] { return word.IsFree() && word.TryAcquire(); })) {
+    if (SpinUntil(kLockPace, [&word] { return word.IsFree() && word.TryAcquire(); })) {
         return;
     }
     while (!word.AcquireContended()) {
@@ -39,7 +41,7 @@ void LockContended(LockWord& word) noexcept
 template<class Parking>
 Waited AcquireSlowly(SemaphoreWord& word, Deadline const& deadline) noexcept
 {
-    if (SpinUntil(kEventPauses, [&word] { return word.TryAcquire(); })) {
+    if (SpinUntil(kEventPace, [&word] { return word.TryAcquire(); })) {
         return Waited::Success;
     }
     word.Announce();
@@ -76,7 +78,7 @@ Waited WaitManual(EventWord& word, Deadline const& deadline) noexcept
         seen = word.Load();
         return released();
     };
-    if (released() || SpinUntil(kEventPauses, look)) {
+    if (released() || SpinUntil(kEventPace, look)) {
         return Waited::Success;
     }
     for (;;) {
@@ -110,11 +112,13 @@ inline bool AnnounceAuto(EventWord& word, std::uint64_t& seen) noexcept
     return false;
 }
 
-/// A sleeper leaves, with a grant if there is one. True: with a grant.
-inline bool LeaveAuto(EventWord& word, std::uint64_t& seen, bool onlyWithGrant) noexcept
+/// A sleeper of an auto-reset event leaves, with a grant if there is one for it. Grants are for those who were asleep
+/// when they were given, that is, for whom the change count is another than `since`, when they announced themselves:
+/// else the signaller itself, if it waits next, could take back what it has given. True: with a grant.
+inline bool LeaveAuto(EventWord& word, std::uint64_t& seen, std::uint32_t since, bool onlyWithGrant) noexcept
 {
     for (;;) {
-        bool const granted = EventWord::Grants(seen) != 0;
+        bool const granted = EventWord::Grants(seen) != 0 && EventWord::Changes(seen) != since;
         if (!granted && onlyWithGrant) {
             return false;
         }
@@ -128,7 +132,7 @@ inline bool LeaveAuto(EventWord& word, std::uint64_t& seen, bool onlyWithGrant) 
 template<class Parking>
 Waited WaitAuto(EventWord& word, Deadline const& deadline) noexcept
 {
-    if (word.TryTake() || SpinUntil(kEventPauses, [&word] { return word.IsSet() && word.TryTake(); })) {
+    if (word.TryTake() || SpinUntil(kEventPace, [&word] { return word.IsSet() && word.TryTake(); })) {
         return Waited::Success;
     }
     std::uint64_t seen = word.Load();
@@ -146,17 +150,22 @@ Waited WaitAuto(EventWord& word, Deadline const& deadline) noexcept
         }
         seen = word.Load();
     }
+    auto const since = EventWord::Changes(seen);
     for (;;) {
-        if (LeaveAuto(word, seen, true)) {
+        if (LeaveAuto(word, seen, since, true)) {
             return Waited::Success;
         }
         Parked const parked = Parking::Park(word.Address(), LowHalf(seen), deadline);
         seen = word.Load();
         if (parked != Parked::Awake) {
-            if (LeaveAuto(word, seen, false)) {
+            if (LeaveAuto(word, seen, since, false)) {
                 return Waited::Success;
             }
             return parked == Parked::TimedOut ? Waited::TimedOut : Waited::Refused;
+        }
+        if (EventWord::Grants(seen) != 0 && EventWord::Changes(seen) == since) {
+            // The wake-up was for one who is asleep for longer; the system may wake in another order.
+            Parking::WakeOne(word.Address());
         }
     }
 }

@@ -22,12 +22,12 @@ using qvxsys::sync::SystemParking;
 
 constinit std::atomic<bool> g_parallel = true;
 
-/// Chunks are not cut smaller than about 10 microseconds of work, so that handing them out costs nothing, nor larger
+/// Chunks are not cut smaller than about 5 microseconds of work, so that handing them out costs nothing, nor larger
 /// than about a millisecond, so that a loop notices soon that it is cancelled.
-constexpr double kLeastChunkCycles = 30'000;
+constexpr double kLeastChunkCycles = 15'000;
 constexpr double kMostChunkCycles = 3'000'000;
 /// Chunks for each thread if all were as large as the first.
-constexpr std::uint64_t kShares = 4;
+constexpr std::uint64_t kShares = 8;
 
 /// A loop that is being worked on. Shared with helpers, since one that was asked may come when the loop is over; the
 /// body is touched only by those who entered, and the caller waits for them to leave.
@@ -134,7 +134,7 @@ void Loop::AwaitHelpers() noexcept
         seen = m_helpers.load(std::memory_order_acquire);
         return seen == kOver;
     };
-    if (seen == kOver || qvxsys::sync::SpinUntil(qvxsys::sync::kEventPauses, allLeft)) {
+    if (seen == kOver || qvxsys::sync::SpinUntil(qvxsys::sync::kEventPace, allLeft)) {
         return;
     }
     while (!allLeft()) {
@@ -163,13 +163,9 @@ std::uint64_t Processors() noexcept
     return processors;
 }
 
-/// How many helpers a loop of so many indexes may use.
-std::uint64_t MostHelpers(std::uint64_t indexes, LoopChunks const& chunks) noexcept
+bool MayHaveHelpers() noexcept
 {
-    if (!AsyncTask::IsParallelExecution() || !TThreadPool::IsAvailable()) {
-        return 0;
-    }
-    return std::min(Processors() - 1, (indexes - 1) / chunks.least);
+    return AsyncTask::IsParallelExecution() && Processors() > 1 && TThreadPool::IsAvailable();
 }
 
 } // namespace
@@ -187,7 +183,7 @@ LoopChunks ChunksFor(std::uint64_t indexes, std::uint64_t cycles) noexcept
 
 void RunLoopTogether(LoopBody const& body, std::uint64_t begin, std::uint64_t end, LoopChunks const& chunks)
 {
-    std::uint64_t const helpers = MostHelpers(end - begin, chunks);
+    std::uint64_t const helpers = MayHaveHelpers() ? std::min(Processors() - 1, (end - begin - 1) / chunks.least) : 0;
     if (helpers == 0) {
         Loop(body, begin, end, chunks, 1).Run();
         return;
@@ -202,6 +198,15 @@ void RunLoopTogether(LoopBody const& body, std::uint64_t begin, std::uint64_t en
 } // namespace qvxsys::detail
 
 namespace AsyncTask {
+
+unsigned int MostLoopThreads()
+{
+    if (!MayHaveHelpers()) {
+        return 1;
+    }
+    return static_cast<unsigned int>(
+        std::min<std::uint64_t>(Processors(), TThreadPool::Get().GetNumberOfThreads() + 1));
+}
 
 void SetParallelExecution(bool enabled) noexcept
 {

@@ -223,6 +223,7 @@ TThreadPoolStatistics TThreadPool::GetStatistics() const noexcept
     result.queued = queue.Accepted() - taken;
     result.running = taken - result.finished;
     result.threads = queue.Capacity();
+    result.sleeping = queue.Sleeping();
     result.refused = queue.Refused();
 
     // Cycles become time by what the pool's own life took of both, so nothing needs to be known of the counter.

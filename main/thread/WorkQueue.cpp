@@ -174,8 +174,9 @@ bool WorkQueue::WaitAndPop(Work& work)
             return false;
         }
         auto const thereIsSome = [this] { return HasWork() || m_producers.closed.load(); };
-        unsigned int const times = Searchers(m_idle.load()) == 1 ? kOnlySearcher : 1;
-        if (!qvxsys::sync::SpinUntil(qvxsys::sync::kEventPauses, thereIsSome, times)) {
+        qvxsys::sync::SpinPace pace = qvxsys::sync::kEventPace;
+        pace.times = Searchers(m_idle.load()) == 1 ? kOnlySearcher : 1;
+        if (!qvxsys::sync::SpinUntil(pace, thereIsSome)) {
             Sleep();
         }
     }

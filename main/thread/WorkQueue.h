@@ -55,6 +55,8 @@ public:
     [[nodiscard]] std::uint64_t Accepted() const noexcept { return m_producers.accepted.load(); }
     [[nodiscard]] std::uint64_t Taken() const noexcept { return m_consumers.taken.load(); }
     [[nodiscard]] std::uint64_t Finished() const noexcept { return m_finished.load(); }
+    /// Consumers that sleep and have not been sent for.
+    [[nodiscard]] std::uint64_t Sleeping() const noexcept { return Sleepers(m_idle.load()); }
     [[nodiscard]] std::uint64_t Refused() const noexcept { return m_producers.refused.load(); }
 
 private:

@@ -223,7 +223,8 @@ private:
 /// Signal goes depth first, children in the order of their addresses, on the calling thread, with the lists of children
 /// locked from the top down to where it is. It uses no stack for the depth, nor does destroying a tree. Signalling a
 /// tree takes O(n log n) in its events; an event that is reached by several ways is signalled by each. A ring is
-/// signalled once around; its events keep each other alive until one is removed from its parent.
+/// signalled once around; its events keep each other alive until one is removed from its parent. Two threads must not
+/// signal a ring at once: each would wait for the lists that the other has locked.
 ///
 /// Callbacks may add and remove children of any event that the same thread is signalling: those added to a set event
 /// are signalled by Add, those removed in time not at all.
@@ -257,8 +258,8 @@ private:
     mutable qvxsys::detail::TEventBase<false> m_base;
     mutable Children m_childEvents QVXSYS_GUARDED_BY(m_childMutex);
     mutable TRecursiveMutex m_childMutex;
-    /// A traversal of the thread that holds m_childMutex is among the children.
-    mutable bool m_traversed QVXSYS_GUARDED_BY(m_childMutex) = false;
+    /// The traversal of the thread that holds m_childMutex that is among the children; the innermost of nested ones.
+    mutable Traversal const* m_traversal QVXSYS_GUARDED_BY(m_childMutex) = nullptr;
 };
 
 static_assert(sizeof(TEvent) == 24 && sizeof(TAutoResetEvent) == 24 && sizeof(TCountdownEvent) == 56);

@@ -43,6 +43,7 @@ enum class TThreadPoolWork : unsigned int {
 struct TThreadPoolStatistics
 {
     unsigned long long threads = 0;  ///< that have been started and have not left
+    unsigned long long sleeping = 0; ///< threads that sleep until there is work
     unsigned long long queued = 0;   ///< items that wait for a thread
     unsigned long long running = 0;  ///< items that a thread has taken and not finished
     unsigned long long finished = 0; ///< items since the pool was made
@@ -53,7 +54,7 @@ struct TThreadPoolStatistics
 
 /// Threads that take work from one queue, first come first served. The number of threads is fixed.
 ///
-/// An item costs two uncontended locked instructions to add and four to take and finish, no allocation beyond what
+/// An item costs two uncontended locked instructions to add and three to take and finish, no allocation beyond what
 /// std::function makes of what it captures, and the waking of a thread only if one sleeps and none is on its way.
 /// Threads that run out of work spin for a few microseconds at most (see TLocks.h) before they sleep.
 ///

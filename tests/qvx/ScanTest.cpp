@@ -141,6 +141,42 @@ TEST_F(Scan, Digests)
     EXPECT_EQ(Qvx({"scan", "--hash", "sha1", "big"}, InFolder()).out, ofBig + "  big\n");
 }
 
+// Whatever is printed, and errors, in the order of the files, however many threads read them. The first file takes
+// longest, and has more matches than are kept for the thread that prints.
+TEST_F(Scan, JobsKeepTheOrder)
+{
+    std::string lines;
+    for (int i = 0; i < 20'000; ++i) {
+        lines += "line " + std::to_string(i) + " and more\n";
+    }
+    Write("a", lines);
+    for (int i = 0; i < 60; ++i) {
+        std::string const name = "b" + std::to_string(100 + i);
+        Write(name, i % 7 == 0 ? std::string("te\0xt", 5) : lines.substr(0, static_cast<std::size_t>(i * 131)));
+    }
+    std::vector<std::string> const commands[] = {
+        {"scan", "."},
+        {"scan", "--json", "--find", "and", "."},
+        {"scan", "--find", "AND", "--ignore-case", "--print", "%1:%2:%3", "."},
+        {"scan", "--hash", "sha256", "."},
+    };
+    for (std::vector<std::string> command : commands) {
+        command.insert(command.end(), {"--jobs", "1"});
+        ChildResult const one = Qvx(command, InFolder());
+        EXPECT_GT(one.out.size(), 1000u);
+        for (char const* const jobs : {"2", "9"}) {
+            command.back() = jobs;
+            ChildResult const many = Qvx(command, InFolder());
+            EXPECT_EQ(many.out, one.out) << jobs;
+            EXPECT_EQ(many.err, one.err) << jobs;
+            EXPECT_EQ(many.status, one.status) << jobs;
+        }
+    }
+    for (char const* const jobs : {"0", "-1", "1025", "x"}) {
+        EXPECT_EQ(Qvx({"scan", "--jobs", jobs, In("a")}).status, 2) << jobs;
+    }
+}
+
 TEST_F(Scan, CommandLine)
 {
     std::string const file = Write("a", "a");

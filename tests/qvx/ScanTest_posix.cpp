@@ -4,7 +4,12 @@
 
 #include "support/Samples.h"
 
+#include <csignal>
+
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace scan_test;
 
@@ -97,6 +102,40 @@ TEST_F(Scan, DigestLinesAreThoseOfCoreutils)
         EXPECT_EQ(check.status, 0) << check.out << check.err;
         EXPECT_EQ(check.err, "");
     }
+}
+
+// A file that would take hours: the scan ends because it is told to. What was scanned before is there.
+TEST_F(Scan, InterruptGivesWhatIsThereAndEnds)
+{
+    std::string const small = Write("a", "text\n");
+    fs::resize_file(Write("b", ""), std::uintmax_t(1) << 40);
+    int out[2];
+    ASSERT_EQ(pipe2(out, O_CLOEXEC), 0);
+    pid_t const child = fork();
+    if (child == 0) {
+        dup2(out[1], STDOUT_FILENO);
+        dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
+        std::signal(SIGINT, SIG_DFL);
+        execl(QVX_PROGRAM, "qvx", "scan", "--encoding", "UTF-8", "--print", "%1 %6", Utf8(Folder()).c_str(), nullptr);
+        _exit(127);
+    }
+    close(out[1]);
+    std::string printed;
+    bool asked = false;
+    char piece[256];
+    for (ssize_t n = 0; (n = read(out[0], piece, sizeof piece)) > 0;) {
+        printed.append(piece, static_cast<std::size_t>(n));
+        if (!asked && printed.find('\n') != std::string::npos) {
+            asked = kill(child, SIGINT) == 0;
+        }
+    }
+    close(out[0]);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(asked);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    EXPECT_EQ(printed, small + " 1\n");
 }
 
 TEST_F(Scan, Links)

@@ -1,7 +1,7 @@
 #include "PoolSupport.h"
 
+#include <algorithm>
 #include <atomic>
-#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>

@@ -1,20 +1,18 @@
 #include "PoolSupport.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <limits>
-#include <mutex>
 #include <numeric>
-#include <set>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
 namespace {
 
-using testing_support::Blockers;
 using testing_support::ConfiguredPool;
-using testing_support::kNoLimit;
 
 /// Runs a loop and expects each index exactly once.
 template<class Index>
@@ -59,10 +57,11 @@ TEST(ParallelFor, WorksWithoutAPool)
 
 TEST(ParallelFor, GetsHelpWhereTheGrainSaysSo)
 {
-    if (std::thread::hardware_concurrency() < 2) {
-        GTEST_SKIP() << "one processor: the loop helps itself";
-    }
+    EXPECT_EQ(AsyncTask::MostLoopThreads(), 1U) << "without a pool";
     ConfiguredPool const pool(1);
+    if (AsyncTask::MostLoopThreads() < 2) {
+        GTEST_SKIP() << "one processor: no help";
+    }
     // Index 0 waits for index 1, on whichever threads they are.
     TEvent second;
     std::atomic<int> runs = 0;

@@ -24,9 +24,8 @@ std::string Size(std::uint64_t bytes)
 
 } // namespace
 
-void Progress::Add(std::uint64_t bytes)
+void Progress::Refresh()
 {
-    m_done += bytes;
     if (m_shown && std::chrono::steady_clock::now() >= m_next) {
         Draw();
         m_next = std::chrono::steady_clock::now() + kInterval;
@@ -46,10 +45,10 @@ void Progress::Erase()
 void Progress::Draw()
 {
     // A file may have grown since its size was taken.
-    std::uint64_t const total = std::max(m_total, m_done);
-    double const part = total == 0 ? 1 : static_cast<double>(m_done) / static_cast<double>(total);
-    std::string const numbers =
-        std::to_string(static_cast<int>(part * 100)) + "%  " + Size(m_done) + " / " + Size(total);
+    std::uint64_t const done = m_done.load(std::memory_order_relaxed);
+    std::uint64_t const total = std::max(m_total, done);
+    double const part = total == 0 ? 1 : static_cast<double>(done) / static_cast<double>(total);
+    std::string const numbers = std::to_string(static_cast<int>(part * 100)) + "%  " + Size(done) + " / " + Size(total);
     int const room = std::min(m_columns - 4 - static_cast<int>(numbers.size()), 40);
     std::string line;
     if (room > 0) {

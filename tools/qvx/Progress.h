@@ -1,6 +1,7 @@
 #pragma once
 // A progress bar on the last line of the terminal that stderr is.
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 
@@ -17,9 +18,11 @@ public:
 
     [[nodiscard]] bool IsShown() const { return m_shown; }
     void SetTotal(std::uint64_t bytes) { m_total = bytes; }
+    /// Counts what is done; from any thread.
+    void Add(std::uint64_t bytes) { m_done.fetch_add(bytes, std::memory_order_relaxed); }
     /// Draws the bar again when the last time is long enough ago.
-    void Add(std::uint64_t bytes);
-    /// Leaves an empty line for other output; the next Add may draw the bar again.
+    void Refresh();
+    /// Leaves an empty line for other output; the next Refresh may draw the bar again.
     void Erase();
 
 private:
@@ -28,7 +31,7 @@ private:
     bool m_shown;
     bool m_drawn = false;
     int m_columns;
-    std::uint64_t m_done = 0;
+    std::atomic<std::uint64_t> m_done = 0;
     std::uint64_t m_total = 0;
     std::chrono::steady_clock::time_point m_next = std::chrono::steady_clock::now() + kInterval;
 

@@ -1,10 +1,19 @@
 #include "Scan.h"
 
 #include <algorithm>
+#include <chrono>
+#include <deque>
+#include <exception>
+#include <memory>
 #include <system_error>
 #include <utility>
 
+#include <qvxsys/Cancel.h>
+#include <qvxsys/TLocks.h>
+#include <qvxsys/TThreadPool.h>
+
 #include "Failures.h"
+#include "FileJob.h"
 #include "FileScan.h"
 #include "Host.h"
 #include "Progress.h"
@@ -42,19 +51,33 @@ public:
         : m_options(options), m_progress(progress), m_listener(listener)
     {}
 
-    void Find(fs::path const& path, bool isNamed);
-    ScanResult ScanAll();
+    ScanResult Run(std::vector<fs::path> const& paths);
 
 private:
+    using Jobs = std::deque<std::shared_ptr<FileJob>>;
+
+    void Find(fs::path const& path, bool isNamed);
     void AddFile(fs::path const& path);
     void FindInFolder(fs::path const& folder);
     void Fail(fs::path const& path, QuorvexException const& error, std::string const& digest = {});
+    void ScanAll();
+    void Start(Jobs& jobs, FoundFile const& file);
+    void Work(FileJob& job) noexcept;
+    void Finish(FileJob& job);
+    void Report(FileJob& job);
+
+    // How many files for each thread are read ahead of the one that is told of.
+    static constexpr std::size_t kAhead = 4;
+    static constexpr std::chrono::milliseconds kProgressInterval{100};
 
     ScanOptions const& m_options;
     Progress& m_progress;
     ScanListener const& m_listener;
     std::vector<FoundFile> m_found;
     ScanResult m_result;
+
+    TRecursiveMutex m_scannersMutex;
+    std::vector<std::unique_ptr<FileScanner>> m_scanners QVXSYS_GUARDED_BY(m_scannersMutex); // not in use
 };
 
 void Scanner::Fail(fs::path const& path, QuorvexException const& error, std::string const& digest)
@@ -67,6 +90,7 @@ void Scanner::Fail(fs::path const& path, QuorvexException const& error, std::str
 // followed when it is named by the user and only then, so that no walk can run in circles.
 void Scanner::Find(fs::path const& path, bool isNamed)
 {
+    AsyncTask::Cancel::ThrowIfCancelled();
     std::error_code error;
     fs::file_status const status = fs::status(path, error);
     if (status.type() == fs::file_type::not_found && !error) {
@@ -103,6 +127,7 @@ void Scanner::FindInFolder(fs::path const& folder)
     std::sort(entries.begin(), entries.end(),
               [](host::Entry const& a, host::Entry const& b) { return host::ComesBefore(a.path, b.path); });
     for (host::Entry const& entry : entries) {
+        AsyncTask::Cancel::ThrowIfCancelled();
         if (entry.isFile) {
             AddFile(entry.path);
         } else {
@@ -111,29 +136,110 @@ void Scanner::FindInFolder(fs::path const& folder)
     }
 }
 
-ScanResult Scanner::ScanAll()
+ScanResult Scanner::Run(std::vector<fs::path> const& paths)
+{
+    // So that walking folders can be stopped, too.
+    AsyncTask::Cancel::CancelEventSetter const cancel(m_options.stop);
+    try {
+        for (fs::path const& path : paths) {
+            Find(path, true);
+        }
+        ScanAll();
+    } catch (AsyncTask::CancelException const&) {
+        m_result.stopped = true;
+    }
+    return std::move(m_result);
+}
+
+// The pool's threads run ahead of this one, which tells of the files in their order.
+void Scanner::ScanAll()
 {
     std::uint64_t bytes = 0;
     for (FoundFile const& file : m_found) {
         bytes += file.size;
     }
     m_progress.SetTotal(bytes);
-    FileScanner scanner(m_options, [this](std::size_t n) { m_progress.Add(n); });
-    for (FoundFile const& file : m_found) {
-        auto const tell = [&](Match const& match) { m_listener.onMatch(file.path, match); };
-        ScannedFile result{file.path, m_options.encoding, {}, {}, {}};
-        try {
-            scanner.Scan(result, m_listener.onMatch ? std::function<void(Match const&)>(tell) : nullptr);
-            m_result.total += result.counts;
-            m_result.matches += result.found.matches;
-            m_result.matchingLines += result.found.lines;
-            m_listener.onFile(result);
-            m_result.files.push_back(std::move(result));
-        } catch (QuorvexException const& error) {
-            Fail(file.path, error, result.digest);
+    TThreadPool::Configure(m_options.jobs, {}, {}, {});
+    struct Pool
+    {
+        ~Pool() { TThreadPool::Shutdown(std::chrono::milliseconds::max()); }
+    };
+    Pool const pool;
+    try {
+        Jobs jobs;
+        for (FoundFile const& file : m_found) {
+            if (jobs.size() == m_options.jobs * kAhead) {
+                Finish(*jobs.front());
+                jobs.pop_front();
+            }
+            Start(jobs, file);
+        }
+        for (; !jobs.empty(); jobs.pop_front()) {
+            Finish(*jobs.front());
+        }
+    } catch (...) {
+        m_options.stop->Signal(); // or the pool would finish what nobody waits for
+        throw;
+    }
+}
+
+void Scanner::Start(Jobs& jobs, FoundFile const& file)
+{
+    jobs.push_back(std::make_shared<FileJob>(file.path, m_options.encoding));
+    TThreadPool::Get().AddWork([this, job = jobs.back()] { Work(*job); }, TThreadPoolWork::Queue);
+}
+
+void Scanner::Work(FileJob& job) noexcept
+{
+    AsyncTask::Cancel::CancelEventSetter const cancel(m_options.stop);
+    std::unique_ptr<FileScanner> scanner;
+    {
+        TLockScope const lock(m_scannersMutex);
+        if (!m_scanners.empty()) {
+            scanner = std::move(m_scanners.back());
+            m_scanners.pop_back();
         }
     }
-    return std::move(m_result);
+    if (scanner == nullptr) {
+        scanner = std::make_unique<FileScanner>(m_options, [this](std::size_t n) {
+            m_progress.Add(n);
+            AsyncTask::Cancel::ThrowIfCancelled();
+        });
+    }
+    job.Run(*scanner, m_listener.onMatch != nullptr);
+    TLockScope const lock(m_scannersMutex);
+    m_scanners.push_back(std::move(scanner));
+}
+
+void Scanner::Finish(FileJob& job)
+{
+    auto const tell = [&](Match const& match) { m_listener.onMatch(job.Result().path, match); };
+    auto const interval = m_progress.IsShown() ? kProgressInterval : std::chrono::milliseconds::max();
+    for (auto wait = std::chrono::milliseconds(0); !job.Tell(tell, wait); wait = interval) {
+        m_listener.onWait();
+        m_progress.Refresh();
+    }
+    m_progress.Refresh();
+    try {
+        Report(job);
+    } catch (AsyncTask::CancelException const&) {
+        m_result.stopped = true;
+    } catch (QuorvexException const& error) {
+        Fail(job.Result().path, error, job.Result().digest);
+    }
+}
+
+void Scanner::Report(FileJob& job)
+{
+    if (job.Exception() != nullptr) {
+        std::rethrow_exception(job.Exception());
+    }
+    ScannedFile& result = job.Result();
+    m_result.total += result.counts;
+    m_result.matches += result.found.matches;
+    m_result.matchingLines += result.found.lines;
+    m_listener.onFile(result);
+    m_result.files.push_back(std::move(result));
 }
 
 } // namespace
@@ -151,11 +257,7 @@ Counts& Counts::operator+=(Counts const& other) noexcept
 ScanResult Scan(std::vector<fs::path> const& paths, ScanOptions const& options, Progress& progress,
                 ScanListener const& listener)
 {
-    Scanner scanner(options, progress, listener);
-    for (fs::path const& path : paths) {
-        scanner.Find(path, true);
-    }
-    return scanner.ScanAll();
+    return Scanner(options, progress, listener).Run(paths);
 }
 
 } // namespace qvx

@@ -9,6 +9,8 @@
 #include <vector>
 
 #include <qvxsys/QuorvexException.h>
+#include <qvxsys/ReferenceCount.h>
+#include <qvxsys/TEvent.h>
 #include <qvxsys/sha2.h>
 
 #include "Find.h"
@@ -51,6 +53,7 @@ struct ScanResult
     Counts total;
     std::uint64_t matches = 0;
     std::uint64_t matchingLines = 0;
+    bool stopped = false; ///< before its end: some files are missing
 };
 
 struct ScanOptions
@@ -59,20 +62,25 @@ struct ScanOptions
     FindOptions find;
     std::optional<sha2::SHA_TYPE> hash;
     bool countsText = true; ///< else the files are only digested, so any file will do
+    unsigned int jobs = 1;  ///< how many files are read at a time
+    RefCntPtr<TCancelEvent> stop = MakeRefCnt<TCancelEvent>(); ///< ends the scan
 };
 
-/// What is told at once, in the order of the files.
+/// What is told as soon as it is known, in the order of the files, on the thread that calls Scan.
 struct ScanListener
 {
     std::function<void(ScanError const&)> onError;
     std::function<void(ScannedFile&)> onFile; ///< may take out what is not needed later
     /// When it is set, matches are told as they are found, before onFile, and not kept.
     std::function<void(std::filesystem::path const&, Match const&)> onMatch;
+    std::function<void()> onWait; ///< nothing more to tell for the moment
 };
 
 /// Scans files, and folders with all below them in the order of the names' code points. Whatever cannot be scanned is
-/// an entry of `errors`, is told to `onError` at once, and does not keep the others from being scanned. Files are read
-/// in pieces: the memory needed grows with their number, not their size.
+/// an entry of `errors`, is told to `onError`, and does not keep the others from being scanned. Files are read in
+/// pieces: the memory needed grows with their number, not their size. Reading and counting runs on the process's thread
+/// pool, which must not be there yet. A stop takes effect within one piece; files that were read by then are in the
+/// result.
 [[nodiscard]] ScanResult Scan(std::vector<std::filesystem::path> const& paths, ScanOptions const& options,
                               Progress& progress, ScanListener const& listener);
 

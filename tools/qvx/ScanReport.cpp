@@ -152,6 +152,9 @@ void PrintJson(ScanResult const& result, bool withMatches, std::string const& ha
         SetDigest(entry, hashName, error.digest);
         SetError(entry, error.error);
     }
+    if (result.stopped) {
+        json["interrupted"] = true;
+    }
     json["total"]["files"] = result.files.size();
     SetCounts(json["total"], result.total);
     if (withMatches) {

@@ -15,8 +15,9 @@ namespace qvx {
 /// those of all files.
 void PrintTable(ScanResult const& result, bool withMatches, std::ostream& out);
 
-/// An object with `files`, `errors` and `total`. Names that are not valid UTF-8 have their bytes as `pathBytes`, too,
-/// in hexadecimal digits. Digests are members of the algorithm's name.
+/// An object with `files`, `errors` and `total`, and `interrupted` (true) when the scan was stopped. Names that are not
+/// valid UTF-8 have their bytes as `pathBytes`, too, in hexadecimal digits. Digests are members of the algorithm's
+/// name.
 void PrintJson(ScanResult const& result, bool withMatches, std::string const& hashName, std::ostream& out);
 
 /// "DIGEST  PATH", as sha256sum and its sisters print it and take it with -c: the path byte for byte, but for

@@ -9,6 +9,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -29,6 +30,7 @@ namespace {
 constexpr int kSuccess = 0;
 constexpr int kSomeFailed = 1;
 constexpr int kUsageError = 2;
+constexpr int kInterrupted = 130; // as shells have it for SIGINT
 
 constexpr char const* kScanNotes =
     "Columns:\n"
@@ -70,7 +72,11 @@ constexpr char const* kScanNotes =
     "counted.\n"
     "With --json they are, and digests stand beside the counts, and beside the error of a binary file.\n"
     "\n"
-    "Exit status: 0 if all was scanned, 1 if something was not, 2 if the command line is wrong.";
+    "Files are read on several threads; whatever is printed keeps the order of the files. Ctrl-C ends the scan: what "
+    "was\n"
+    "scanned until then is printed. A second Ctrl-C ends the program at once.\n"
+    "\n"
+    "Exit status: 0 if all was scanned, 1 if something was not, 2 if the command line is wrong, 130 after Ctrl-C.";
 
 // CLI11 takes an argument in brackets for a list of values, one that begins with a dash for an option, an option that
 // ends with "=" for one whose value follows, and it knows "--" only before a subcommand's first positional. What is to
@@ -117,6 +123,8 @@ std::string Unguarded(std::string const& argument)
 
 struct ScanCommand
 {
+    ScanCommand() { options.jobs = std::clamp(std::thread::hardware_concurrency(), 1u, 64u); }
+
     std::vector<std::string> paths;
     qvx::ScanOptions options;
     std::string find;
@@ -173,6 +181,10 @@ void AddScan(CLI::App& app, ScanCommand& command)
         ->check(CLI::IsMember(hashes))
         ->excludes(print)
         ->type_name("ALGORITHM");
+    scan->add_option("--jobs", command.options.jobs, "How many files to read at a time")
+        ->check(CLI::Range(1u, 1024u))
+        ->type_name("N")
+        ->capture_default_str();
     scan->footer(kScanNotes);
 }
 
@@ -237,6 +249,7 @@ int RunScan(ScanCommand command)
         progress.Erase();
         qvx::PrintError(error, std::cerr);
     };
+    listener.onWait = [] { std::cout.flush(); };
     listener.onFile = [&](qvx::ScannedFile& file) {
         if (command.asJson) {
             return;
@@ -262,6 +275,7 @@ int RunScan(ScanCommand command)
     std::vector<std::filesystem::path> paths;
     std::transform(command.paths.begin(), command.paths.end(), std::back_inserter(paths),
                    [](std::string const& argument) { return qvx::host::PathOf(Unguarded(argument)); });
+    qvx::host::OnInterrupt([stop = command.options.stop] { stop->Signal(); });
     qvx::ScanResult const result = qvx::Scan(paths, command.options, progress, listener);
     progress.Erase();
     if (command.asJson) {
@@ -273,6 +287,10 @@ int RunScan(ScanCommand command)
     if (!std::cout) {
         std::cerr << "qvx: cannot write the result\n";
         return kSomeFailed;
+    }
+    if (result.stopped) {
+        std::cerr << "qvx: interrupted: not all was scanned\n";
+        return kInterrupted;
     }
     return result.errors.empty() ? kSuccess : kSomeFailed;
 }

@@ -1,0 +1,195 @@
+// Waits of a thread that gets one signal after another: they neither end early nor fail. And trees on a small stack.
+
+#include <atomic>
+#include <csignal>
+#include <functional>
+#include <mutex>
+#include <pthread.h>
+#include <shared_mutex>
+
+#include <gtest/gtest.h>
+#include <qvxsys/TSemaphore.h>
+
+#include "EventKinds.h"
+#include "support/Threads.h"
+
+using std::chrono::milliseconds;
+
+namespace {
+
+std::atomic<int> g_interruptions = 0;
+
+class Interrupted : public testing::Test
+{
+protected:
+    Interrupted()
+    {
+        struct sigaction action = {}; // without SA_RESTART
+        action.sa_handler = [](int) { ++g_interruptions; };
+        sigaction(SIGUSR1, &action, &m_before);
+    }
+    ~Interrupted() override { sigaction(SIGUSR1, &m_before, nullptr); }
+
+    /// Runs `wait` on a thread that is interrupted all the time; after some interruptions calls `end`.
+    static void Run(std::function<void()> const& wait, std::function<void()> const& end)
+    {
+        std::atomic<bool> done = false;
+        std::atomic<bool> begun = false;
+        int const before = g_interruptions;
+        std::thread waiter([&] {
+            begun = true;
+            wait();
+            done = true;
+        });
+        YieldUntil([&] { return begun.load(); });
+        for (bool ended = false; !done;) {
+            pthread_kill(waiter.native_handle(), SIGUSR1);
+            std::this_thread::yield();
+            if (!ended && g_interruptions - before >= 100) {
+                ended = true;
+                end();
+            }
+        }
+        waiter.join();
+    }
+
+private:
+    struct sigaction m_before = {};
+};
+
+TEST_F(Interrupted, TimedWaitsAreNotEarly)
+{
+    std::vector<std::shared_ptr<IEvent>> owners;
+    std::vector<IEvent*> events;
+    for (EventKind const& kind : kEventKinds) {
+        owners.push_back(kind.make());
+        events.push_back(owners.back().get());
+    }
+    auto const semaphore = TSemaphore::Construct(0);
+    constexpr milliseconds kTime(30);
+    std::vector<std::function<bool()>> waits = {
+        [&] { return semaphore->TryAcquire(kTime.count()); },
+        [&] { return WaitForAny(events, kTime); },
+        [&] { return WaitForAll(events, kTime); },
+        [&] { return WaitForAnyExact(events, kTime).has_value(); },
+        [&] { return WaitForAllExact(events, kTime); },
+    };
+    for (IEvent* const event : events) {
+        waits.emplace_back([event, kTime] { return event->Wait(kTime); });
+    }
+    for (auto const& wait : waits) {
+        auto const timed = [&] {
+            auto const start = std::chrono::steady_clock::now();
+            EXPECT_FALSE(wait());
+            EXPECT_GE(Since(start), kTime);
+        };
+        Run(timed, [] {});
+    }
+}
+
+TEST_F(Interrupted, WaitsWithoutLimitGoOn)
+{
+    auto const semaphore = TSemaphore::Construct(0);
+    TRecursiveMutex mutex;
+    TReadWriteLock lock;
+    std::atomic<bool> ended = false;
+    auto const run = [&](std::function<void()> const& wait, std::function<void()> const& end) {
+        ended = false;
+        Run(
+            [&] {
+                wait();
+                EXPECT_TRUE(ended);
+            },
+            [&] {
+                ended = true;
+                end();
+            });
+    };
+    run([&] { semaphore->Acquire(); }, [&] { semaphore->Release(); });
+    mutex.Lock();
+    run([&] { std::lock_guard const held(mutex); }, [&] { mutex.Unlock(); });
+    lock.Lock();
+    run([&] { std::lock_guard const held(lock); }, [&] { lock.Unlock(); });
+    lock.Lock();
+    run([&] { std::shared_lock const held(lock); }, [&] { lock.Unlock(); });
+    lock.LockRead();
+    run([&] { std::lock_guard const held(lock); }, [&] { lock.UnlockRead(); });
+    for (EventKind const& kind : kEventKinds) {
+        auto const event = kind.make();
+        auto const again = [&] {
+            event->Reset();
+            event->Signal();
+        };
+        run([&] { EXPECT_TRUE(event->Wait()); }, again);
+        event->Reset();
+        run([&] { EXPECT_TRUE(event->Wait(kLost)); }, again);
+        event->Reset();
+        run([&] { EXPECT_TRUE(WaitForAllExact(std::vector{event.get()}, kLost)); }, again);
+        event->Reset();
+        if (!kind.autoReset) { // which is used up when it is signalled before the wait has begun
+            run([&] { EXPECT_TRUE(WaitForAny({event.get()}, kLost)); }, again);
+        }
+    }
+}
+
+/// Runs `function` on a thread with a stack of 256 KiB.
+void OnSmallStack(std::function<void()> function)
+{
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+    pthread_t thread;
+    auto const run = [](void* f) -> void* { return (*static_cast<std::function<void()>*>(f))(), nullptr; };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &function), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+/// A chain of `depth` events, each with `width` more children. Returns the signals that one signal at the top causes.
+/// They come in linear time: the test's own limit would show if the time were quadratic.
+std::size_t SignalTree(std::size_t depth, std::size_t width)
+{
+    std::size_t signals = 0;
+    RefCntPtr<TCancelEvent> const root = MakeRefCnt<TCancelEvent>();
+    RefCntPtr<TCancelEvent> last = root;
+    auto const add = [&signals](RefCntPtr<TCancelEvent> const& to) {
+        auto child = MakeRefCnt<TCancelEvent>();
+        child->AddOnSignalCallback(&signals, [&signals] { ++signals; });
+        to->Add(child);
+        return child;
+    };
+    for (std::size_t i = 0; i < depth; ++i) {
+        for (std::size_t n = 0; n < width; ++n) {
+            add(last);
+        }
+        last = add(last);
+    }
+    root->Signal();
+    EXPECT_TRUE(last->IsSet());
+    return signals;
+}
+
+TEST(TCancelEvent, BigTreesNeedLittleStackAndTime)
+{
+    OnSmallStack([] {
+        EXPECT_EQ(SignalTree(1, 100'000), 100'001U);
+        EXPECT_EQ(SignalTree(10'000, 0), 10'000U);
+        EXPECT_EQ(SignalTree(10'000, 9), 100'000U);
+    });
+    // Added to an event that is set: signalled by Add.
+    OnSmallStack([] {
+        auto const set = MakeRefCnt<TCancelEvent>();
+        set->Signal();
+        auto top = MakeRefCnt<TCancelEvent>();
+        auto const bottom = top;
+        for (int i = 0; i < 10'000; ++i) {
+            auto above = MakeRefCnt<TCancelEvent>();
+            above->Add(top);
+            top = above;
+        }
+        set->Add(top);
+        EXPECT_TRUE(bottom->IsSet());
+    });
+}
+
+} // namespace
