@@ -121,6 +121,11 @@ StatePtr TaskState::PendingInput() const
     return nullptr;
 }
 
+ChangingInput const* TaskState::GetChangingInput() const noexcept
+{
+    return nullptr;
+}
+
 void TaskState::AddOwnInputs(std::vector<StatePtr>&) const
 {}
 
@@ -169,6 +174,27 @@ StatePtr InputSlot::Pending() const noexcept
 {
     TLockScope const lock(m_mutex);
     return m_input != nullptr && !m_input->IsReady() ? m_input : nullptr;
+}
+
+void ChangingInput::Set(StatePtr input) noexcept
+{
+    m_slot.Set(std::move(input));
+    TLockScope const lock(m_watcherMutex);
+    for (TEvent const* const event : m_watchers) {
+        event->Signal();
+    }
+}
+
+void ChangingInput::AddWatcher(TEvent const& event) const
+{
+    TLockScope const lock(m_watcherMutex);
+    m_watchers.push_back(&event);
+}
+
+void ChangingInput::RemoveWatcher(TEvent const& event) const noexcept
+{
+    TLockScope const lock(m_watcherMutex);
+    std::erase(m_watchers, &event);
 }
 
 } // namespace AsyncTask::detail

@@ -72,12 +72,19 @@ using Way = std::vector<StatePtr>;
 /// Of a long way, so many states at each end are watched.
 constexpr std::size_t kWatchedAtEachEnd = 32;
 
-/// Sleeps until the last state on the way is ready, or another one is without it, by cancellation for instance.
+/// Sleeps until the last state on the way is ready, or has got an input, or another one is ready without it, by
+/// cancellation for instance.
 class WayWatch
 {
 public:
     explicit WayWatch(Way const& way) : m_way(way)
     {
+        if (m_changing != nullptr) {
+            m_changing->AddWatcher(m_event);
+            if (way.back()->PendingInput() != nullptr) {
+                m_event.Signal();
+            }
+        }
         ForEach([this](TaskState& state) {
             state.AddOnReadyCallback(this, [this] { m_event.Signal(); });
             if (state.IsReady()) {
@@ -90,6 +97,9 @@ public:
     ~WayWatch()
     {
         ForEach([this](TaskState& state) { state.RemoveOnReadyCallback(this); });
+        if (m_changing != nullptr) {
+            m_changing->RemoveWatcher(m_event);
+        }
     }
     void Wait() const { m_event.Wait(); }
 
@@ -105,6 +115,7 @@ private:
     }
 
     Way const& m_way;
+    ChangingInput const* const m_changing = m_way.back()->GetChangingInput();
     TEvent m_event;
 };
 
@@ -113,7 +124,7 @@ void Block(Way const& way)
     StatePtr const& last = way.back();
     qvxsys::task::WaitScope const cycles(last);
     BlockingScope const blocking(*last);
-    if (way.size() == 1) {
+    if (way.size() == 1 && last->GetChangingInput() == nullptr) {
         last->SharedStateBase::Wait();
     } else {
         WayWatch(way).Wait();

@@ -43,9 +43,10 @@ public:
     void Clear() noexcept;
     [[nodiscard]] StatePtr Pending() const noexcept { return m_input.Pending(); }
     void AddOwned(std::vector<StatePtr>& inputs) const;
+    [[nodiscard]] ChangingInput const& Changing() const noexcept { return m_input; }
 
 private:
-    InputSlot m_input;
+    ChangingInput m_input;
     std::atomic<bool> m_owned = false;
 };
 
@@ -56,6 +57,7 @@ public:
     AwaitedInput awaited;
 
     [[nodiscard]] StatePtr PendingInput() const override { return awaited.Pending(); }
+    [[nodiscard]] ChangingInput const* GetChangingInput() const noexcept override { return &awaited.Changing(); }
     void AddOwnInputs(std::vector<StatePtr>& inputs) const override { awaited.AddOwned(inputs); }
 };
 

@@ -303,6 +303,7 @@ public:
     }
 
     [[nodiscard]] StatePtr PendingInput() const override { return m_input.Pending(); }
+    [[nodiscard]] ChangingInput const* GetChangingInput() const noexcept override { return &m_input; }
     void AddOwnInputs(std::vector<StatePtr>& inputs) const override
     {
         if (StatePtr input = m_input.Get()) {
@@ -348,7 +349,7 @@ private:
         }
     }
 
-    InputSlot m_input;
+    ChangingInput m_input;
     std::shared_ptr<FlatState> m_self; ///< until it is complete
     bool m_inside = false;
 };

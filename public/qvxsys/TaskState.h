@@ -33,6 +33,7 @@ class WorkItem;
 namespace AsyncTask::detail {
 
 class TaskState;
+class ChangingInput;
 using StatePtr = std::shared_ptr<TaskState>;
 
 /// Told once when a state is complete.
@@ -99,6 +100,8 @@ public:
     /// An input that is not ready, to be waited for (and helped with) before this state can be; null when there is
     /// none.
     [[nodiscard]] virtual StatePtr PendingInput() const;
+    /// Where a state that may come to have another input keeps it: who waits must look again then. Null for all others.
+    [[nodiscard]] virtual ChangingInput const* GetChangingInput() const noexcept;
     /// Adds the inputs that are this state's alone, to be cancelled with it.
     virtual void AddOwnInputs(std::vector<StatePtr>& inputs) const;
     /// Gives the one input up, for a destruction that is not recursive.
@@ -172,6 +175,23 @@ public:
 private:
     mutable TRecursiveMutex m_mutex;
     StatePtr m_input;
+};
+
+/// An input that is followed by others. Events of waiters are signalled when it changes.
+class QVXSYS_API ChangingInput
+{
+public:
+    void Set(StatePtr input) noexcept;
+    [[nodiscard]] StatePtr Get() const noexcept { return m_slot.Get(); }
+    [[nodiscard]] StatePtr Take() noexcept { return m_slot.Take(); }
+    [[nodiscard]] StatePtr Pending() const noexcept { return m_slot.Pending(); }
+    void AddWatcher(TEvent const& event) const;
+    void RemoveWatcher(TEvent const& event) const noexcept;
+
+private:
+    InputSlot m_slot;
+    mutable TRecursiveMutex m_watcherMutex;
+    mutable std::vector<TEvent const*> m_watchers QVXSYS_GUARDED_BY(m_watcherMutex);
 };
 
 } // namespace AsyncTask::detail
