@@ -127,7 +127,7 @@ TEST(Future, OfVoid)
     Future<void> future = promise.GetFuture();
     promise.SetValue();
     int sum = 0;
-    future.Then([&sum] { sum += 1; }).Then([&sum](Future<void> f) { f.Get(); }).Get();
+    future.Then([&sum] { sum += 1; }).Then([](Future<void> f) { f.Get(); }).Get();
     MakeFailed<void>(9).Then([](std::exception_ptr) {}).Then([&sum] { sum += 2; }).Get();
     SharedFuture<void> const shared = MakeReady();
     shared.Get();

@@ -252,23 +252,28 @@ TEST(CancelTask, BeforeItStarts)
 
 TEST(CancelTask, WhileItRuns)
 {
+    struct Events
+    {
+        TEvent begun, cancelled, end;
+    };
+    Events both[2]; // outlast the work, which may outlast its future
     Workers workers(2);
     for (WhenCanceled const when : {WhenCanceled::AwaitWork, WhenCanceled::FailAtOnce}) {
-        TEvent begun, cancelled, end;
-        auto task = AsyncTask::Run({.launch = Launch::PoolQueued, .whenCanceled = when}, [&] {
-            begun.Signal();
+        Events& events = both[static_cast<std::size_t>(when)];
+        auto task = AsyncTask::Run({.launch = Launch::PoolQueued, .whenCanceled = when}, [&e = events] {
+            e.begun.Signal();
             Cancel::GetNonNull().Wait();
-            cancelled.Signal();
-            end.Wait();
+            e.cancelled.Signal();
+            e.end.Wait();
             return 5; // the work need not give up
         });
-        begun.Wait();
+        events.begun.Wait();
         task.Cancel();
         task.Cancel();
-        cancelled.Wait();
+        events.cancelled.Wait();
         EXPECT_EQ(task.IsReady(), when == WhenCanceled::FailAtOnce);
         EXPECT_TRUE(task.IsCancelled());
-        end.Signal();
+        events.end.Signal();
         if (when == WhenCanceled::FailAtOnce) {
             EXPECT_THROW(task.Get(), CancelException);
         } else {
