@@ -25,7 +25,25 @@ GroupCore::GroupCore(std::vector<Member> members, std::size_t needed)
     }
 }
 
-GroupCore::~GroupCore() = default;
+/// Groups that only this one keeps alive are destroyed here, one by one, instead of each within the destructor of the
+/// one above it.
+GroupCore::~GroupCore()
+{
+    QVXSYS_TLS_INITIAL_EXEC static constinit thread_local std::vector<Member>* t_doomed = nullptr;
+    if (t_doomed != nullptr) {
+        t_doomed->insert(t_doomed->end(), std::make_move_iterator(m_members.begin()),
+                         std::make_move_iterator(m_members.end()));
+        return;
+    }
+    std::vector<Member> doomed = std::move(m_members);
+    t_doomed = &doomed;
+    while (!doomed.empty()) {
+        StatePtr state = std::move(doomed.back().state);
+        doomed.pop_back();
+        ReleaseChain(std::move(state));
+    }
+    t_doomed = nullptr;
+}
 
 void GroupCore::Follow(std::shared_ptr<GroupCore> const& self) noexcept
 {
@@ -63,14 +81,29 @@ void GroupCore::FindFirst() noexcept
 
 namespace {
 
+/// Chains are followed so far to find out whether they can be helped with, and groups in groups so deep.
+constexpr int kFarEnough = 1000;
+constexpr int kDeepEnough = 30;
+QVXSYS_TLS_INITIAL_EXEC constinit thread_local int t_depth = 0;
+
+/// Counts the groups in groups, which call each other.
+struct DepthScope
+{
+    DepthScope() noexcept { ++t_depth; }
+    DepthScope(DepthScope const&) = delete;
+    DepthScope& operator=(DepthScope const&) = delete;
+    ~DepthScope() { --t_depth; }
+    [[nodiscard]] static bool IsDeepEnough() noexcept { return t_depth > kDeepEnough; }
+};
+
 /// Whether a waiter on this thread can do something for the state.
 bool CanHelp(StatePtr state)
 {
-    constexpr int kFarEnough = 1000;
-    for (int i = 0; i < kFarEnough; ++i) {
+    DepthScope const depth;
+    for (int i = 0; i < kFarEnough && !DepthScope::IsDeepEnough(); ++i) {
         StatePtr input = state->PendingInput();
         if (input == nullptr) {
-            return state->IsDeferred() && state->MayRunHere();
+            return state->IsDeferred() && state->MayRunHere() && state->HasInputs();
         }
         state = std::move(input);
     }
@@ -93,6 +126,32 @@ StatePtr GroupCore::PendingMember() const
         }
     }
     return found;
+}
+
+bool GroupCore::EnoughReady() const
+{
+    auto const isReady = [](Member const& member) { return member.state->IsReady(); };
+    return m_needed == m_members.size() || m_needed == 0 || std::any_of(m_members.begin(), m_members.end(), isReady);
+}
+
+/// Where some of the members are enough, a waiter who cannot help with any of them now perhaps can with what one of
+/// them comes to need, or when what one needs is ready. A group that is deferred does not follow its members itself.
+void GroupCore::AddWatchedMembers(std::vector<StatePtr>& states) const
+{
+    DepthScope const depth;
+    if (m_needed == m_members.size() || DepthScope::IsDeepEnough()) {
+        return;
+    }
+    for (Member const& member : m_members) {
+        StatePtr state = member.state;
+        for (int i = 0; i < kFarEnough && state != nullptr && !state->IsReady(); ++i) {
+            if (m_lazy || i > 0 || state->GetChangingInput() != nullptr) {
+                states.push_back(state);
+            }
+            state->AddWatched(states);
+            state = state->PendingInput();
+        }
+    }
 }
 
 void GroupCore::AddOwned(std::vector<StatePtr>& inputs) const
