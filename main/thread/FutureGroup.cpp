@@ -96,8 +96,17 @@ struct DepthScope
     [[nodiscard]] static bool IsDeepEnough() noexcept { return t_depth > kDeepEnough; }
 };
 
+} // namespace
+
+/// Whether the state is a group of which some members are enough.
+bool GroupCore::IsChoice(TaskState const& state) noexcept
+{
+    auto const* const group = dynamic_cast<GroupCore const*>(&state);
+    return group != nullptr && !group->NeedsAll();
+}
+
 /// Whether a waiter on this thread can do something for the state.
-bool CanHelp(StatePtr state)
+bool GroupCore::CanHelp(StatePtr state)
 {
     DepthScope const depth;
     for (int i = 0; i < kFarEnough && !DepthScope::IsDeepEnough(); ++i) {
@@ -105,16 +114,17 @@ bool CanHelp(StatePtr state)
         if (input == nullptr) {
             return state->IsDeferred() && state->MayRunHere() && state->HasInputs();
         }
+        if (IsChoice(*state)) {
+            return true; // it has asked this of its members
+        }
         state = std::move(input);
     }
     return false;
 }
 
-} // namespace
-
 StatePtr GroupCore::PendingMember() const
 {
-    bool const all = m_needed == m_members.size();
+    bool const all = NeedsAll();
     StatePtr found;
     for (Member const& member : m_members) {
         bool const ready = member.state->IsReady();
@@ -131,7 +141,7 @@ StatePtr GroupCore::PendingMember() const
 bool GroupCore::EnoughReady() const
 {
     auto const isReady = [](Member const& member) { return member.state->IsReady(); };
-    return m_needed == m_members.size() || m_needed == 0 || std::any_of(m_members.begin(), m_members.end(), isReady);
+    return NeedsAll() || m_needed == 0 || std::any_of(m_members.begin(), m_members.end(), isReady);
 }
 
 /// Where some of the members are enough, a waiter who cannot help with any of them now perhaps can with what one of
@@ -139,7 +149,7 @@ bool GroupCore::EnoughReady() const
 void GroupCore::AddWatchedMembers(std::vector<StatePtr>& states) const
 {
     DepthScope const depth;
-    if (m_needed == m_members.size() || DepthScope::IsDeepEnough()) {
+    if (NeedsAll() || DepthScope::IsDeepEnough()) {
         return;
     }
     for (Member const& member : m_members) {
@@ -149,7 +159,7 @@ void GroupCore::AddWatchedMembers(std::vector<StatePtr>& states) const
                 states.push_back(state);
             }
             state->AddWatched(states);
-            state = state->PendingInput();
+            state = IsChoice(*state) ? nullptr : state->PendingInput();
         }
     }
 }

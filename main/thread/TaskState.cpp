@@ -50,6 +50,7 @@ bool TaskState::AddFollower(Follower& follower) noexcept
     Follower* first = m_followers.load(std::memory_order_acquire);
     do {
         if (first == Closed()) {
+            Wait(); // it is being made ready right now, if it is not yet
             return false;
         }
         follower.m_next = first;

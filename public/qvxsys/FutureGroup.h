@@ -90,6 +90,9 @@ protected:
 private:
     friend class GroupMember;
     void MemberReady(std::size_t index) noexcept;
+    [[nodiscard]] bool NeedsAll() const noexcept { return m_needed == m_members.size(); }
+    static bool CanHelp(StatePtr state);
+    static bool IsChoice(TaskState const& state) noexcept;
 
     std::vector<Member> m_members;
     std::unique_ptr<GroupMember[]> m_followers;

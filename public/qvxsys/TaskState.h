@@ -78,9 +78,10 @@ public:
     /// Makes the state ready and tells the followers.
     void Complete() noexcept
     {
+        Follower* const followers = m_followers.exchange(Closed(), std::memory_order_acq_rel);
         MarkAsReady();
-        // Behind this, the state may be gone.
-        if (Follower* const followers = m_followers.exchange(Closed(), std::memory_order_acq_rel)) {
+        // Behind this, the state may be gone: who has waited for it may have destroyed the promise.
+        if (followers != nullptr) {
             Tell(followers);
         }
     }

@@ -167,3 +167,26 @@ TEST(WhenAny, OfWhatNobodyCanHelpWithYet)
     }
     TestHooks::SwapThreadPool(before);
 }
+
+TEST(WhenAny, InWhenAnyInWhenAny)
+{
+    auto any = MakeReady().Then(Launch::Deferred, [] { return 1; });
+    for (int i = 0; i < 100; ++i) {
+        any = WhenAny(std::move(any), AsyncTask::Run(Launch::Deferred, [] { return 1; })).Then([](auto futures) {
+            return std::get<0>(futures.futures).Get() + 1;
+        });
+    }
+    EXPECT_EQ(any.Get(), 101);
+}
+
+TEST(Faults, APromiseThatGoesAsSoonAsItsFutureIsReady)
+{
+    for (int i = 0; i < 500; ++i) {
+        auto promise = std::make_unique<Promise<int>>();
+        Future<int> future = promise->GetFuture();
+        std::thread setter([&p = *promise] { p.SetValue(1); });
+        EXPECT_EQ(future.Get(), 1);
+        promise = nullptr;
+        setter.join();
+    }
+}
