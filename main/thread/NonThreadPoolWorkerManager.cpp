@@ -1,4 +1,5 @@
 #include <atomic>
+#include <list>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -24,28 +25,47 @@ constinit std::atomic<NonThreadPoolWorkerManager*> g_manager = nullptr;
 /// What the threads share with the manager, and keep when it goes.
 struct NonThreadPoolWorkerManager::WorkBarrier
 {
-    [[nodiscard]] bool Enter();
-    void Leave();
+    using Threads = std::list<std::thread>;
+
+    void Leave(Threads::iterator self);
+    void JoinLast();
 
     TRecursiveMutex mutex;
     unsigned int running QVXSYS_GUARDED_BY(mutex) = 0;
     bool closed QVXSYS_GUARDED_BY(mutex) = false;
+    Threads threads QVXSYS_GUARDED_BY(mutex); ///< those that run
+    /// The thread that was last to leave and only ends. Each that leaves joins the one before it, so there is one at
+    /// most; why it is joined at all is said in TThreadPool::JoinAll.
+    std::thread last QVXSYS_GUARDED_BY(mutex);
     TEvent allDone;
 };
 
-bool NonThreadPoolWorkerManager::WorkBarrier::Enter()
+void NonThreadPoolWorkerManager::WorkBarrier::Leave(Threads::iterator self)
 {
-    TLockScope const lock(mutex);
-    running += closed ? 0 : 1;
-    return !closed;
+    std::thread before;
+    {
+        TLockScope const lock(mutex);
+        before = std::exchange(last, std::move(*self));
+        threads.erase(self);
+        --running;
+        if (running == 0 && closed) {
+            allDone.Signal();
+        }
+    }
+    if (before.joinable()) {
+        before.join();
+    }
 }
 
-void NonThreadPoolWorkerManager::WorkBarrier::Leave()
+void NonThreadPoolWorkerManager::WorkBarrier::JoinLast()
 {
-    TLockScope const lock(mutex);
-    --running;
-    if (running == 0 && closed) {
-        allDone.Signal();
+    std::thread thread;
+    {
+        TLockScope const lock(mutex);
+        thread.swap(last);
+    }
+    if (thread.joinable()) {
+        thread.join();
     }
 }
 
@@ -96,34 +116,44 @@ NonThreadPoolWorkerManager::~NonThreadPoolWorkerManager()
 void NonThreadPoolWorkerManager::RunTask(std::function<void()> task)
 {
     QVX_LOGIC_ASSERT(task);
-    if (!task || !m_barrier->Enter()) {
+    if (!task) {
         return;
     }
+    // Held until the thread is in the list, where it looks for itself when it leaves.
+    TLockScope const lock(m_barrier->mutex);
+    if (m_barrier->closed) {
+        return;
+    }
+    auto const self = m_barrier->threads.emplace(m_barrier->threads.end());
     try {
-        std::thread([barrier = m_barrier, onStart = m_onThreadStart, onExit = m_onThreadExit,
-                     work = std::move(task)]() mutable noexcept {
+        *self = std::thread([barrier = m_barrier, self, onStart = m_onThreadStart, onExit = m_onThreadExit,
+                             work = std::move(task)]() mutable noexcept {
             qvxsys::task::RunWorker(WorkerKind::Dedicated, "qvx-task", onStart, onExit,
                                     [&work] { qvxsys::task::RunItem(WorkerKind::Dedicated, work); });
             // Whoever waits for the manager may rely on what the task held being gone.
             work = nullptr;
-            barrier->Leave();
-        }).detach();
+            barrier->Leave(self);
+        });
     } catch (...) {
-        m_barrier->Leave();
+        m_barrier->threads.erase(self);
         throw;
     }
+    ++m_barrier->running;
 }
 
 bool NonThreadPoolWorkerManager::Close(std::chrono::milliseconds timeout)
 {
+    bool done = false;
     {
         TLockScope const lock(m_barrier->mutex);
         m_barrier->closed = true;
-        if (m_barrier->running == 0) {
-            return true;
-        }
+        done = m_barrier->running == 0;
     }
-    return m_barrier->allDone.Wait(timeout);
+    if (!done && !m_barrier->allDone.Wait(timeout)) {
+        return false;
+    }
+    m_barrier->JoinLast();
+    return true;
 }
 
 unsigned int NonThreadPoolWorkerManager::GetThreadCount()

@@ -61,10 +61,12 @@ struct TThreadPool::ThreadPoolState
 
     void Work(unsigned int number, std::function<void()> const& onStart, std::function<void()> const& onExit) noexcept;
     void RunItems(Activity& activity);
+    void LetThreadsGo() noexcept;
 
     WorkQueue queue;
     TEvent allLeft;
     std::vector<Activity> activities;
+    std::vector<std::thread> threads; ///< the pool's to touch, not theirs
     std::atomic<unsigned int> started = 0;
     std::uint64_t const cyclesAtStart = __builtin_ia32_rdtsc();
     std::chrono::steady_clock::time_point const timeAtStart = std::chrono::steady_clock::now();
@@ -96,6 +98,15 @@ void TThreadPool::ThreadPoolState::RunItems(Activity& activity)
         qvxsys::task::RunItem(WorkerKind::Pool, item);
         queue.Finish();
         item = nullptr;
+    }
+}
+
+void TThreadPool::ThreadPoolState::LetThreadsGo() noexcept
+{
+    for (std::thread& thread : threads) {
+        if (thread.joinable()) {
+            thread.detach();
+        }
     }
 }
 
@@ -165,13 +176,16 @@ TThreadPool::TThreadPool(unsigned int numThreads, std::function<void()> onThread
         }
     } catch (...) {
         m_state->queue.Close();
+        m_state->LetThreadsGo();
         throw;
     }
 }
 
+/// Threads that a join did not wait for go on by themselves.
 TThreadPool::~TThreadPool()
 {
     JoinAll(kNoLimit);
+    m_state->LetThreadsGo();
 }
 
 void TThreadPool::AddThread(unsigned int number)
@@ -179,9 +193,9 @@ void TThreadPool::AddThread(unsigned int number)
     // Counted first: the thread may be asked for work as soon as it is there.
     m_state->queue.AddCapacity();
     try {
-        std::thread([state = m_state, number, onStart = m_onThreadStart, onExit = m_onThreadExit] {
+        m_state->threads.emplace_back([state = m_state, number, onStart = m_onThreadStart, onExit = m_onThreadExit] {
             state->Work(number, onStart, onExit);
-        }).detach();
+        });
     } catch (...) {
         m_state->queue.RemoveCapacity();
         throw;
@@ -200,7 +214,15 @@ bool TThreadPool::AddWork(std::function<void()> work, TThreadPoolWork kind)
 
 bool TThreadPool::JoinAll(std::chrono::milliseconds timeout)
 {
-    return m_state->queue.Close() && m_state->allLeft.Wait(timeout);
+    if (!m_state->queue.Close() || !m_state->allLeft.Wait(timeout)) {
+        return false;
+    }
+    // They have left and only end, but a process that ends while they do may be stuck for ever: Windows stops them
+    // where they are, perhaps in the middle of what the last thread needs for its own end.
+    for (std::thread& thread : m_state->threads) {
+        thread.join();
+    }
+    return true;
 }
 
 unsigned int TThreadPool::GetNumberOfThreads() const noexcept

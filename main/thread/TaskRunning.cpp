@@ -27,7 +27,7 @@ public:
     {
         if (m_state != nullptr && m_state->m_items.fetch_sub(1, std::memory_order_acq_rel) == 1 &&
             m_state->TryTakingDeferredOwnership()) {
-            m_state->Fail(std::make_exception_ptr(AsyncTask::BrokenPromiseException(
+            m_state->FailUnrun(std::make_exception_ptr(AsyncTask::BrokenPromiseException(
                 u"AsyncTask: the task was dropped before it ran.", error::ThrowSite(0x1F9CF608))));
         }
     }
@@ -58,8 +58,8 @@ class TaskScope
 public:
     explicit TaskScope(AsyncTask::detail::TaskState& task) : m_event(MakeRefCnt<TCancelEvent>()), m_running(task)
     {
+        task.SetCancelEvent(AsyncTask::Cancel::Get()); // throws if the task has been given another event
         AsyncTask::TLS::Get().IncrementDepth();
-        task.SetCancelEvent(AsyncTask::Cancel::Get());
     }
     TaskScope(TaskScope const&) = delete;
     TaskScope& operator=(TaskScope const&) = delete;
@@ -93,7 +93,7 @@ void RunTaken(TaskState& state) noexcept
         qvxsys::task::TaskScope const scope(state);
         claimed = state.Work();
     } catch (...) {
-        state.Fail(std::current_exception());
+        state.FailUnrun(std::current_exception());
     }
     // Outside the scope: what follows is not part of the task.
     if (claimed) {
@@ -130,7 +130,7 @@ void Start(StatePtr const& state)
         Schedule(item, launch);
     } catch (...) {
         if (state->TryTakingDeferredOwnership()) {
-            state->Fail(std::current_exception());
+            state->FailUnrun(std::current_exception());
         }
         throw;
     }

@@ -18,11 +18,18 @@ constinit TRecursiveMutex g_nameMutex;
 
 Follower::~Follower() = default;
 
-TaskState::~TaskState() = default;
+TaskState::~TaskState()
+{
+    Follower* const followers = m_followers.load(std::memory_order_acquire);
+    if (followers != nullptr && followers != Closed()) {
+        Tell(followers);
+    }
+}
 
 void TaskState::Unclaim() noexcept
 {
-    m_claimed.store(false, std::memory_order_release);
+    // An exchange: either the canceller whom the claim has turned away is seen here, or he sees that it is given back.
+    m_claimed.exchange(false, std::memory_order_acq_rel);
     if (IsCancelled() && GetWhenCanceled() == WhenCanceled::FailAtOnce) {
         Fail(std::make_exception_ptr(Cancel::MakeException())); // which the claim has kept from failing
     }
@@ -43,6 +50,7 @@ bool TaskState::AddFollower(Follower& follower) noexcept
     Follower* first = m_followers.load(std::memory_order_acquire);
     do {
         if (first == Closed()) {
+            Wait(); // it is being made ready right now, if it is not yet
             return false;
         }
         follower.m_next = first;
@@ -62,31 +70,48 @@ void TaskState::Tell(Follower* followers) noexcept
 void TaskState::Cancel()
 {
     std::vector<StatePtr> inputs;
-    std::exception_ptr exception;
-    CancelOne(inputs, exception);
+    std::exception_ptr failure, thrown;
+    CancelOne(inputs, failure, thrown);
     while (!inputs.empty()) {
         StatePtr const input = std::move(inputs.back());
         inputs.pop_back();
-        input->CancelOne(inputs, exception);
+        input->CancelOne(inputs, failure, thrown);
+    }
+    if (thrown != nullptr) {
+        std::rethrow_exception(thrown);
     }
 }
 
-/// `exception` is made by the first of a chain that fails with it.
-void TaskState::CancelOne(std::vector<StatePtr>& inputs, std::exception_ptr& exception)
+/// `failure` is made by the first of a chain that fails with it. The functions that are called may throw: a state that
+/// has been marked must be ended all the same, since nobody will try again.
+void TaskState::CancelOne(std::vector<StatePtr>& inputs, std::exception_ptr& failure, std::exception_ptr& thrown)
 {
     if (IsReady() || !MarkAsCancelled()) {
         return;
     }
     bool const unstarted = !GetIgnoreCancelBeforeStart() && TryTakingDeferredOwnership();
     AddOwnInputs(inputs);
-    SignalCancelEventIfSet();
-    CallOnCancelFunctionWithoutEvent();
-    if (unstarted || GetWhenCanceled() == WhenCanceled::FailAtOnce) {
-        if (exception == nullptr) {
-            exception = std::make_exception_ptr(AsyncTask::Cancel::MakeException());
-        }
-        Fail(exception);
+    try {
+        SignalCancelEventIfSet();
+        CallOnCancelFunctionWithoutEvent();
+    } catch (...) {
+        thrown = thrown != nullptr ? thrown : std::current_exception();
     }
+    bool const atOnce = GetWhenCanceled() == WhenCanceled::FailAtOnce;
+    if ((unstarted || atOnce) && failure == nullptr) {
+        failure = std::make_exception_ptr(AsyncTask::Cancel::MakeException());
+    }
+    if (unstarted) {
+        FailUnrun(failure);
+    } else if (atOnce) {
+        Fail(failure);
+    }
+}
+
+void TaskState::FailUnrun(std::exception_ptr exception) noexcept
+{
+    DropWork();
+    Fail(std::move(exception));
 }
 
 bool TaskState::MayRunHere() const noexcept
@@ -126,6 +151,14 @@ ChangingInput const* TaskState::GetChangingInput() const noexcept
     return nullptr;
 }
 
+bool TaskState::HasInputs() const
+{
+    return true;
+}
+
+void TaskState::AddWatched(std::vector<StatePtr>&) const
+{}
+
 void TaskState::AddOwnInputs(std::vector<StatePtr>&) const
 {}
 
@@ -138,6 +171,9 @@ bool TaskState::Work() noexcept
 {
     return false;
 }
+
+void TaskState::DropWork() noexcept
+{}
 
 void ReleaseChain(StatePtr&& state) noexcept
 {

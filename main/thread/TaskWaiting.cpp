@@ -19,7 +19,7 @@ namespace {
 class CancelLink
 {
 public:
-    CancelLink(StatePtr const& state, bool owner) : m_event(owner ? AsyncTask::Cancel::Get() : nullptr)
+    CancelLink(StatePtr const& state, bool owner) : CancelLink(owner)
     {
         if (m_event != nullptr) {
             m_event->AddOnSignalCallback(this, [state] { state->Cancel(); });
@@ -38,6 +38,9 @@ public:
     }
 
 private:
+    /// Behind this, the destructor is called although the constructor has been left by an exception.
+    explicit CancelLink(bool owner) : m_event(owner ? AsyncTask::Cancel::Get() : nullptr) {}
+
     RefCntPtr<TCancelEvent> const m_event;
 };
 
@@ -73,62 +76,81 @@ using Way = std::vector<StatePtr>;
 constexpr std::size_t kWatchedAtEachEnd = 32;
 
 /// Sleeps until the last state on the way is ready, or has got an input, or another one is ready without it, by
-/// cancellation for instance.
+/// cancellation for instance; or until something has happened to the alternatives that a group on the way has.
 class WayWatch
 {
 public:
-    explicit WayWatch(Way const& way) : m_way(way)
+    explicit WayWatch(Way& way) : WayWatch(way, 0)
     {
-        if (m_changing != nullptr) {
-            m_changing->AddWatcher(m_event);
-            if (way.back()->PendingInput() != nullptr) {
+        for (StatePtr const& state : m_watched) {
+            if (ChangingInput const* const changing = state->GetChangingInput()) {
+                changing->AddWatcher(m_event);
+            }
+            state->AddOnReadyCallback(this, [this] { m_event.Signal(); });
+            if (state->IsReady()) {
                 m_event.Signal();
             }
         }
-        ForEach([this](TaskState& state) {
-            state.AddOnReadyCallback(this, [this] { m_event.Signal(); });
-            if (state.IsReady()) {
-                m_event.Signal();
-            }
-        });
+        // What has changed since it was last looked at.
+        TaskState const& last = *m_way.back();
+        bool const elsewhere = m_kept < m_way.size() && m_way[m_kept - 1]->PendingInput() != m_way[m_kept];
+        if (elsewhere || last.PendingInput() != nullptr || (last.IsLazy() && last.HasInputs() && last.MayRunHere())) {
+            m_event.Signal();
+        }
     }
     WayWatch(WayWatch const&) = delete;
     WayWatch& operator=(WayWatch const&) = delete;
+    /// Leaves of the way what need not be found anew.
     ~WayWatch()
     {
-        ForEach([this](TaskState& state) { state.RemoveOnReadyCallback(this); });
-        if (m_changing != nullptr) {
-            m_changing->RemoveWatcher(m_event);
+        for (StatePtr const& state : m_watched) {
+            state->RemoveOnReadyCallback(this);
+            if (ChangingInput const* const changing = state->GetChangingInput()) {
+                changing->RemoveWatcher(m_event);
+            }
         }
+        m_way.resize(m_kept);
     }
     void Wait() const { m_event.Wait(); }
 
 private:
-    template<class Body>
-    void ForEach(Body const& body) const
+    /// Behind this, the destructor is called although the constructor has been left by an exception.
+    WayWatch(Way& way, int) : m_way(way), m_kept(way.size())
     {
-        for (std::size_t i = 0; i < m_way.size(); ++i) {
-            if (i < kWatchedAtEachEnd || i + kWatchedAtEachEnd >= m_way.size()) {
-                body(*m_way[i]);
+        for (std::size_t i = 0; i < way.size(); ++i) {
+            if (i < kWatchedAtEachEnd || i + kWatchedAtEachEnd >= way.size()) {
+                m_watched.push_back(way[i]);
+                std::size_t const before = m_watched.size();
+                way[i]->AddWatched(m_watched);
+                if (m_watched.size() != before && m_kept == way.size()) {
+                    m_kept = i + 1; // the way goes on from the group to another member, perhaps
+                }
             }
         }
     }
 
-    Way const& m_way;
-    ChangingInput const* const m_changing = m_way.back()->GetChangingInput();
+    Way& m_way;
+    std::size_t m_kept;
+    std::vector<StatePtr> m_watched;
     TEvent m_event;
 };
 
-void Block(Way const& way)
+void Block(Way& way)
 {
-    StatePtr const& last = way.back();
+    StatePtr const last = way.back();
     qvxsys::task::WaitScope const cycles(last);
     BlockingScope const blocking(*last);
-    if (way.size() == 1 && last->GetChangingInput() == nullptr) {
-        last->SharedStateBase::Wait();
-    } else {
-        WayWatch(way).Wait();
+    if (std::vector<StatePtr> alternatives; way.size() == 1 && last->GetChangingInput() == nullptr) {
+        last->AddWatched(alternatives);
+        if (alternatives.empty() && !last->IsLazy()) {
+            // There may be something to help with by now that is not to be watched any more.
+            if (last->PendingInput() == nullptr) {
+                last->SharedStateBase::Wait();
+            }
+            return;
+        }
     }
+    WayWatch(way).Wait();
 }
 
 } // namespace
@@ -146,7 +168,7 @@ void WaitHelping(StatePtr const& state, bool owner)
             way.pop_back();
         } else if (StatePtr input = top.PendingInput()) {
             way.push_back(std::move(input));
-        } else if (top.MayRunHere() && top.TryTakingDeferredOwnership()) {
+        } else if (top.MayRunHere() && top.HasInputs() && top.TryTakingDeferredOwnership()) {
             RunTaken(top);
         } else if (!top.IsReady() && !qvxsys::task::TellBeforeBlocking()) {
             Block(way);

@@ -143,8 +143,8 @@ public:
     Future(Future&&) noexcept = default;
     Future& operator=(Future&& other) noexcept
     {
-        Future old(std::move(*this));
-        this->m_state = std::move(other.m_state);
+        Future old(std::move(other));
+        this->m_state.swap(old.m_state);
         return *this;
     }
     ~Future() = default;

@@ -11,7 +11,8 @@
 //
 // The body begins on the caller's thread, at once. After a co_await that was not ready it goes on on the thread that
 // completes what it waited for, as continuations without a launch do. What leaves the body by an exception is thrown by
-// Get. Locals and parameters are destroyed before the future is ready.
+// Get. Locals and parameters are destroyed before the future is ready. When an awaitable of your own destroys a
+// suspended coroutine, its future fails with a BrokenPromiseException, as that of a Promise does.
 //
 // A coroutine has a cancellation event, which is the thread's current one whenever the body runs after a co_await of a
 // future (other awaitables leave whatever the thread has). Cancel of its future signals that event and cancels the
@@ -29,6 +30,7 @@
 #include <qvxsys/Future.h>
 #include <qvxsys/FutureState.h>
 #include <qvxsys/Platform.h>
+#include <qvxsys/Promise.h>
 #include <qvxsys/Run.h>
 
 namespace AsyncTask {
@@ -121,10 +123,25 @@ public:
     bool claimed = false;
 
     CoroutineBase() { SetState(*state, state->awaited); }
+    CoroutineBase(CoroutineBase const&) = delete;
+    CoroutineBase& operator=(CoroutineBase const&) = delete;
+    ~CoroutineBase()
+    {
+        if (state != nullptr) { // by who has its handle, an awaitable that is not the library's
+            BreakPromise(*state);
+        }
+    }
     Future<T> get_return_object() { return Future<T>(state); }
     [[nodiscard]] BeginBody initial_suspend() const noexcept { return {}; }
     [[nodiscard]] EndBody final_suspend() const noexcept { return {}; }
-    void unhandled_exception() noexcept { claimed = state->StoreError(std::current_exception()); }
+    void unhandled_exception() noexcept
+    {
+        if (claimed) { // from the destructor of a local, behind co_return
+            state->SetException(std::current_exception());
+        } else {
+            claimed = state->StoreError(std::current_exception());
+        }
+    }
 };
 
 template<class T>

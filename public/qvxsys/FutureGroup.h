@@ -80,6 +80,8 @@ protected:
     virtual void MembersReady() noexcept = 0;
     /// One to wait for, or to help with.
     [[nodiscard]] StatePtr PendingMember() const;
+    [[nodiscard]] bool EnoughReady() const;
+    void AddWatchedMembers(std::vector<StatePtr>& states) const;
     void AddOwned(std::vector<StatePtr>& inputs) const;
     /// If no member has been told to be, one that is ready is the first.
     void FindFirst() noexcept;
@@ -88,8 +90,11 @@ protected:
 private:
     friend class GroupMember;
     void MemberReady(std::size_t index) noexcept;
+    [[nodiscard]] bool NeedsAll() const noexcept { return m_needed == m_members.size(); }
+    static bool CanHelp(StatePtr state);
+    static bool IsChoice(TaskState const& state) noexcept;
 
-    std::vector<Member> const m_members;
+    std::vector<Member> m_members;
     std::unique_ptr<GroupMember[]> m_followers;
     std::size_t const m_needed;
     std::atomic<std::size_t> m_missing;
@@ -111,6 +116,8 @@ public:
     }
 
     [[nodiscard]] StatePtr PendingInput() const override { return PendingMember(); }
+    [[nodiscard]] bool HasInputs() const override { return EnoughReady(); }
+    void AddWatched(std::vector<StatePtr>& states) const override { AddWatchedMembers(states); }
     void AddOwnInputs(std::vector<StatePtr>& inputs) const override { AddOwned(inputs); }
 
 private:

@@ -48,7 +48,8 @@ public:
     void Emplace(Arguments&&... arguments)
     {
         if constexpr (std::is_reference_v<T>) {
-            std::construct_at(&m_value, &arguments...);
+            static_assert((std::is_convertible_v<Arguments&&, T> && ...), "the reference would be to a temporary");
+            std::construct_at(&m_value, std::addressof(arguments)...);
         } else {
             std::construct_at(&m_value, std::forward<Arguments>(arguments)...);
         }
@@ -136,6 +137,8 @@ private:
             return std::apply([](auto&&... parts) -> R { return std::invoke(std::move(parts)...); }, std::move(work));
         });
     }
+
+    void DropWork() noexcept override { m_work.reset(); }
 
     std::optional<std::tuple<F, Arguments...>> m_work;
 };
@@ -264,6 +267,11 @@ private:
             }
         });
     }
+    void DropWork() noexcept override
+    {
+        m_function.reset();
+        ReleaseChain(m_input.Take());
+    }
     /// The exception that the function does not want, or the value.
     bool PassOn(ValueState<T>& input) noexcept
     {
@@ -332,7 +340,11 @@ private:
     {
         m_input.Set(inner);
         if (this->IsCancelled()) {
-            inner->Cancel();
+            try {
+                inner->Cancel();
+            } catch (...) {
+                // It is cancelled; there is nobody here for what its on-cancel function has thrown.
+            }
         }
         if (inner->IsLazy()) {
             RunLazy(inner);

@@ -163,7 +163,8 @@ public:
         Check();
         return m_state->IsCancelled();
     }
-    /// Has `function` called, on the thread that cancels, when the future is cancelled; not if it is already.
+    /// Has `function` called, on the thread that cancels, when the future is cancelled; not if it is already. What it
+    /// throws comes out of Cancel, when everything has been cancelled.
     void SetOnCancelFunction(std::function<void()> function)
     {
         Check();

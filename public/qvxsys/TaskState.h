@@ -45,7 +45,8 @@ public:
     Follower& operator=(Follower const&) = delete;
 
     /// On the thread that has completed the state. What runs user code is told later than what does not (quick), and
-    /// not from within other user code that it is not a part of.
+    /// not from within other user code that it is not a part of. A follower that does not keep the state is also told
+    /// when that is destroyed without having been completed, as deferred work is that nobody waits for.
     virtual void OnReady() noexcept = 0;
     [[nodiscard]] virtual bool IsQuick() const noexcept = 0;
 
@@ -65,7 +66,8 @@ public:
     ~TaskState() override;
 
     /// Marks the state as cancelled, cancels its inputs and signals its event. Work that has not started never will
-    /// (unless it is to ignore that); its future, and any that fails at once, fails with a CancelException.
+    /// (unless it is to ignore that); its future, and any that fails at once, fails with a CancelException. What
+    /// on-cancel functions and callbacks of events throw comes out of it when all that is done: the first of it.
     void Cancel() final;
 
     /// True for one caller, who stores the result and calls Complete.
@@ -76,9 +78,10 @@ public:
     /// Makes the state ready and tells the followers.
     void Complete() noexcept
     {
+        Follower* const followers = m_followers.exchange(Closed(), std::memory_order_acq_rel);
         MarkAsReady();
-        // Behind this, the state may be gone.
-        if (Follower* const followers = m_followers.exchange(Closed(), std::memory_order_acq_rel)) {
+        // Behind this, the state may be gone: who has waited for it may have destroyed the promise.
+        if (followers != nullptr) {
             Tell(followers);
         }
     }
@@ -102,6 +105,12 @@ public:
     [[nodiscard]] virtual StatePtr PendingInput() const;
     /// Where a state that may come to have another input keeps it: who waits must look again then. Null for all others.
     [[nodiscard]] virtual ChangingInput const* GetChangingInput() const noexcept;
+    /// Whether the work may run as far as its inputs go. False with PendingInput null means that what is missing cannot
+    /// be helped with now.
+    [[nodiscard]] virtual bool HasInputs() const;
+    /// Adds the states whose becoming ready, or getting other inputs, may change the answers of PendingInput and
+    /// HasInputs without having been on the way to there.
+    virtual void AddWatched(std::vector<StatePtr>& states) const;
     /// Adds the inputs that are this state's alone, to be cancelled with it.
     virtual void AddOwnInputs(std::vector<StatePtr>& inputs) const;
     /// Gives the one input up, for a destruction that is not recursive.
@@ -110,15 +119,20 @@ public:
 protected:
     /// Runs the work and stores its result under a claim; false if another was first to claim.
     virtual bool Work() noexcept;
+    /// Destroys the work, which the caller has taken and will not run, before the future is ready.
+    virtual void DropWork() noexcept;
 
 private:
     friend class qvxsys::task::RunningTask;
     friend class qvxsys::task::WorkItem;
     friend void RunTaken(TaskState& state) noexcept;
+    friend void Start(StatePtr const& state);
 
     static Follower* Closed() noexcept { return reinterpret_cast<Follower*>(std::uintptr_t(1)); }
     static void Tell(Follower* followers) noexcept;
-    void CancelOne(std::vector<StatePtr>& inputs, std::exception_ptr& exception);
+    void CancelOne(std::vector<StatePtr>& inputs, std::exception_ptr& failure, std::exception_ptr& thrown);
+    /// For who has taken the work and will not run it.
+    void FailUnrun(std::exception_ptr exception) noexcept;
 
     std::atomic<Follower*> m_followers = nullptr;
     std::unique_ptr<TStringCore> m_name;                  ///< guarded by the lock of all names
