@@ -182,7 +182,8 @@ public:
     [[nodiscard]] std::shared_ptr<detail::ValueState<T>> ReleaseState() noexcept { return std::move(this->m_state); }
 };
 
-/// One of several futures of a result. Copies share it.
+/// One of several futures of a result. Copies share it, and the exception if it has failed: all are thrown one object,
+/// so do not stack context on it (StackExceptionAndRethrow) on several threads at a time.
 template<class T>
 class [[nodiscard]] SharedFuture : public detail::FutureBase<T, false>
 {

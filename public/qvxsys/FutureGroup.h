@@ -12,6 +12,9 @@
 // fail themselves. Cancelling the result cancels all Futures in it (not SharedFutures). With no futures, WhenAll is
 // ready at once, and WhenAny too, with the index kNone. Futures without a state throw an InvalidFutureException.
 //
+// A group of SharedFutures is kept by those that are not ready: WhenAny again and again with one that stays pending for
+// long takes memory each time until that one is ready.
+//
 // Who waits for WhenAll runs those that have not started one after the other; who waits for WhenAny, one of them, if he
 // may, or sleeps until another is ready. With deferred futures among them, the group is deferred as well: waiting for
 // WhenAny then runs the first deferred one, unless another is ready.

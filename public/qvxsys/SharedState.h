@@ -100,7 +100,8 @@ public:
     /// False when the time is over. Timeouts as of events: negative ones end the process.
     bool WaitFor(std::chrono::milliseconds const& timeout) const noexcept { return m_ready.Wait(timeout); }
     [[nodiscard]] IEvent& GetRawReadyEvent() noexcept { return m_ready; }
-    /// Callbacks of the ready event: one per key, called by MarkAsReady, not called if the state is ready already.
+    /// Callbacks of the ready event: one per key, called by MarkAsReady, not called if the state is ready already. They
+    /// must not throw: what leaves them while a future is completed ends the process.
     void AddOnReadyCallback(void* key, std::function<void()> callback);
     void RemoveOnReadyCallback(void* key);
 

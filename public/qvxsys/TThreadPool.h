@@ -22,6 +22,8 @@
 // A process may end while work runs. Nothing here waits for it: threads go on until the system ends them, and what they
 // use of the library stays in memory. What they use of the host is the host's care; shutting down first avoids that.
 //
+// After a fork the child has the pool, but not its threads: what is added there never runs, and joining does not end.
+//
 // Threads: everything may be called from any thread at any time, except that a pool must not be destroyed while another
 // thread calls it, and that Configure is meant for the start.
 
@@ -92,7 +94,8 @@ public:
     /// the logic assertion "func"; if its hook returns, the result is false. May throw std::bad_alloc, with no effect.
     bool AddWork(std::function<void()> work, TThreadPoolWork kind);
 
-    /// Closes the pool: refuses new work, has what is queued done, and waits `timeout` for all threads to leave. False
+    /// Closes the pool: refuses new work, has what is queued done, and waits `timeout` for all threads to leave, and then
+    /// until they have ended, with the destructors of what is local to them. False
     /// when the time is over, and at once when the pool was closed before. Timeouts as in TEvent.h. On a thread of the
     /// pool itself it cannot succeed.
     bool JoinAll(std::chrono::milliseconds timeout);

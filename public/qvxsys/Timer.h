@@ -14,6 +14,8 @@
 // called must be short: signal an event, add work to a pool. What it throws ends the process. Calls that are still to
 // be made when the process ends are not made.
 //
+// After a fork the child has no such thread, and calls are not made there.
+//
 // Threads: all may be called from any thread, and by what is called. Cost: O(log n) in the number of calls to come, and
 // the waking of the thread when the new call is the next.
 

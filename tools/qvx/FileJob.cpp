@@ -36,7 +36,7 @@ void FileJob::Add(Match const& match)
         TLockScope const lock(m_mutex);
         isFirst = m_waiting.empty();
         m_waiting.push_back(match);
-        isFull = m_waiting.size() >= kMostWaiting;
+        isFull = m_waiting.size() >= m_mostWaiting;
     }
     if (isFirst) {
         m_news.Signal();

@@ -21,7 +21,9 @@ class FileJob
 public:
     using OnMatch = std::function<void(Match const&)>;
 
-    FileJob(std::filesystem::path path, std::string const& encoding) : m_result{std::move(path), encoding, {}, {}, {}}
+    /// No more than `mostWaiting` matches wait to be told.
+    FileJob(std::filesystem::path path, std::string const& encoding, std::size_t mostWaiting)
+        : m_mostWaiting(mostWaiting), m_result{std::move(path), encoding, {}, {}, {}}
     {}
 
     /// For the pool. The thread's current cancellation event ends it; whatever is thrown, by getting a scanner too, is
@@ -39,10 +41,9 @@ public:
     [[nodiscard]] std::exception_ptr const& Exception() const noexcept { return m_exception; }
 
 private:
-    static constexpr std::size_t kMostWaiting = 1024;
-
     void Add(Match const& match);
 
+    std::size_t const m_mostWaiting;
     ScannedFile m_result;
     std::exception_ptr m_exception;
     TRecursiveMutex m_mutex;

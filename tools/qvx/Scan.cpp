@@ -71,8 +71,12 @@ private:
     // How many files for each thread are read ahead of the one that is told of.
     static constexpr std::size_t kAhead = 4;
     static constexpr std::chrono::milliseconds kProgressInterval{100};
+    // How many matches wait to be told, of all files together and at least of each.
+    static constexpr std::size_t kMostWaiting = 8192;
+    static constexpr std::size_t kLeastWaiting = 4;
 
     ScanOptions const& m_options;
+    std::size_t const m_mostWaiting = std::max(kLeastWaiting, kMostWaiting / (m_options.jobs * kAhead));
     Progress& m_progress;
     ScanListener const& m_listener;
     std::vector<Found> m_found;                  // all of them, where the progress bar wants to know
@@ -193,7 +197,7 @@ void Scanner::Start(Found found)
     if (m_jobs.size() == m_options.jobs * kAhead) {
         FinishFirst();
     }
-    m_jobs.push_back(std::make_shared<FileJob>(std::move(found.path), m_options.encoding));
+    m_jobs.push_back(std::make_shared<FileJob>(std::move(found.path), m_options.encoding, m_mostWaiting));
     if (found.error != nullptr) {
         m_jobs.back()->Fail(found.error);
     } else {
