@@ -29,11 +29,13 @@ struct NonThreadPoolWorkerManager::WorkBarrier
 
     void Leave(Threads::iterator self);
     void JoinLast();
+    void Abandon();
 
     TRecursiveMutex mutex;
     unsigned int running QVXSYS_GUARDED_BY(mutex) = 0;
     bool closed QVXSYS_GUARDED_BY(mutex) = false;
-    Threads threads QVXSYS_GUARDED_BY(mutex); ///< those that run
+    bool abandoned QVXSYS_GUARDED_BY(mutex) = false; ///< nobody will join the last one
+    Threads threads QVXSYS_GUARDED_BY(mutex);        ///< those that run
     /// The thread that was last to leave and only ends. Each that leaves joins the one before it, so there is one at
     /// most; why it is joined at all is said in TThreadPool::JoinAll.
     std::thread last QVXSYS_GUARDED_BY(mutex);
@@ -47,6 +49,9 @@ void NonThreadPoolWorkerManager::WorkBarrier::Leave(Threads::iterator self)
         TLockScope const lock(mutex);
         before = std::exchange(last, std::move(*self));
         threads.erase(self);
+        if (abandoned) {
+            last.detach();
+        }
         --running;
         if (running == 0 && closed) {
             allDone.Signal();
@@ -66,6 +71,15 @@ void NonThreadPoolWorkerManager::WorkBarrier::JoinLast()
     }
     if (thread.joinable()) {
         thread.join();
+    }
+}
+
+void NonThreadPoolWorkerManager::WorkBarrier::Abandon()
+{
+    TLockScope const lock(mutex);
+    abandoned = true;
+    if (last.joinable()) {
+        last.detach();
     }
 }
 
@@ -97,6 +111,7 @@ bool NonThreadPoolWorkerManager::Shutdown(std::chrono::milliseconds timeout)
     if (closed) {
         delete manager;
     } else {
+        manager->m_barrier->Abandon();
         qvxsys::task::KeepForEver(manager);
     }
     return closed;

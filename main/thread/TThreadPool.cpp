@@ -181,11 +181,9 @@ TThreadPool::TThreadPool(unsigned int numThreads, std::function<void()> onThread
     }
 }
 
-/// Threads that a join did not wait for go on by themselves.
 TThreadPool::~TThreadPool()
 {
     JoinAll(kNoLimit);
-    m_state->LetThreadsGo();
 }
 
 void TThreadPool::AddThread(unsigned int number)
@@ -214,7 +212,11 @@ bool TThreadPool::AddWork(std::function<void()> work, TThreadPoolWork kind)
 
 bool TThreadPool::JoinAll(std::chrono::milliseconds timeout)
 {
-    if (!m_state->queue.Close() || !m_state->allLeft.Wait(timeout)) {
+    if (!m_state->queue.Close()) {
+        return false;
+    }
+    if (!m_state->allLeft.Wait(timeout)) {
+        m_state->LetThreadsGo(); // nobody joins a second time
         return false;
     }
     // They have left and only end, but a process that ends while they do may be stuck for ever: Windows stops them
