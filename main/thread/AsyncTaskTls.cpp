@@ -4,12 +4,18 @@
 
 #include <qvxsys/LogicException.h>
 
+#include "ThreadPlatform.h"
 #include "ThreadRecord.h"
 
 namespace {
 
 constexpr char const* kFile = "qvxsys/main/thread/AsyncTaskTls";
 constexpr int kDepthLine = 96;
+
+void Release(void* event)
+{
+    static_cast<TCancelEvent const*>(event)->RemoveReference();
+}
 
 } // namespace
 
@@ -55,6 +61,14 @@ TCancelEvent* TLS::GetCancelEvent() const noexcept
 void TLS::SetCancelEvent(TCancelEvent const* event) noexcept
 {
     m_record->cancel = const_cast<TCancelEvent*>(event);
+    if (m_record->releasesAtEnd) {
+        qvxsys::task::platform::ReleaseAtThreadEnd(m_record->cancel, &Release);
+    }
+}
+
+void TLS::ReleaseAtThreadEnd() noexcept
+{
+    m_record->releasesAtEnd = true;
 }
 
 void (*TLS::GetThreadCleanupFunc() const noexcept)()
@@ -106,22 +120,6 @@ namespace {
 
 QVXSYS_TLS_INITIAL_EXEC constinit thread_local bool t_poolThread = false;
 
-/// Outlives whatever the thread's work may do with its event, except in destructors of other thread-local objects.
-struct EventReleaser
-{
-    EventReleaser() noexcept = default;
-    EventReleaser(EventReleaser const&) = delete;
-    EventReleaser& operator=(EventReleaser const&) = delete;
-    ~EventReleaser()
-    {
-        AsyncTask::TLS record = AsyncTask::TLS::Get();
-        if (TCancelEvent* const event = record.GetCancelEvent()) {
-            record.SetCancelEvent(nullptr);
-            event->RemoveReference();
-        }
-    }
-};
-
 } // namespace
 
 void MarkPoolThread() noexcept
@@ -132,12 +130,6 @@ void MarkPoolThread() noexcept
 bool IsMarkedPoolThread() noexcept
 {
     return t_poolThread;
-}
-
-void ReleaseCancelEventAtThreadEnd() noexcept
-{
-    static thread_local EventReleaser const t_releaser;
-    static_cast<void>(&t_releaser);
 }
 
 } // namespace qvxsys::task

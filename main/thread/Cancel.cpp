@@ -4,7 +4,6 @@
 
 #include <qvxsys/LogicException.h>
 
-#include "ThreadRecord.h"
 #include "ThrowSite.h"
 
 using qvxsys::error::ThrowSite;
@@ -71,10 +70,10 @@ TCancelEvent& Cancel::GetNonNull()
 void Cancel::Set(RefCntPtr<TCancelEvent> newCancelEvent)
 {
     bool const isEvent = newCancelEvent != nullptr;
-    if (isEvent) {
-        qvxsys::task::ReleaseCancelEventAtThreadEnd();
-    }
     TLS record = TLS::Get();
+    if (isEvent) {
+        record.ReleaseAtThreadEnd();
+    }
     // Released at the end, whatever happens.
     RefCntPtr<TCancelEvent> const old(record.GetCancelEvent(), kAdoptReference);
     record.SetCancelEvent(newCancelEvent.release());

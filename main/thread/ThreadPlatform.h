@@ -7,4 +7,9 @@ namespace qvxsys::task::platform {
 /// a code point; a failure is ignored.
 void NameThisThread(char const* name) noexcept;
 
+/// Has `release` called with `object` when the calling thread ends; with null, not at all. One object for each thread,
+/// the one that was given last; `release` is always the same function. At the thread's end what is local to it may be
+/// gone already, so `release` does not look there.
+void ReleaseAtThreadEnd(void* object, void (*release)(void* object)) noexcept;
+
 } // namespace qvxsys::task::platform

@@ -18,4 +18,22 @@ void NameThisThread(char const* name) noexcept
     pthread_setname_np(pthread_self(), text);
 }
 
+void ReleaseAtThreadEnd(void* object, void (*release)(void* object)) noexcept
+{
+    struct Held
+    {
+        ~Held()
+        {
+            if (what != nullptr) {
+                how(what);
+            }
+        }
+        void* what = nullptr;
+        void (*how)(void*) = nullptr;
+    };
+    static thread_local Held t_held;
+    t_held.what = object;
+    t_held.how = release;
+}
+
 } // namespace qvxsys::task::platform

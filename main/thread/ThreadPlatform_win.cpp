@@ -16,4 +16,18 @@ void NameThisThread(char const* name) noexcept
     }
 }
 
+// Not by a thread_local object: MinGW frees those before it calls their destructors.
+void ReleaseAtThreadEnd(void* object, void (*release)(void* object)) noexcept
+{
+    static void (*const s_release)(void*) = release;
+    static DWORD const s_slot = FlsAlloc([](void* held) {
+        if (held != nullptr) {
+            s_release(held);
+        }
+    });
+    if (s_slot != FLS_OUT_OF_INDEXES) {
+        FlsSetValue(s_slot, object);
+    }
+}
+
 } // namespace qvxsys::task::platform

@@ -12,6 +12,7 @@ struct AsyncTask::TLS::Record
     void (*cleanup)() = nullptr;
     TCancelEvent* cancel = nullptr; ///< owns a reference
     IWaitHandler* waitHandler = nullptr;
+    bool releasesAtEnd = false; ///< what `cancel` is when the thread ends
 };
 
 namespace qvxsys::task {
@@ -20,8 +21,5 @@ namespace qvxsys::task {
 /// when they begin.
 void MarkPoolThread() noexcept;
 [[nodiscard]] bool IsMarkedPoolThread() noexcept;
-
-/// Has the thread release, when it ends, the cancellation event that its record still owns then.
-void ReleaseCancelEventAtThreadEnd() noexcept;
 
 } // namespace qvxsys::task

@@ -41,6 +41,8 @@ public:
     virtual void AfterBlocking(SharedStateBase const& state) noexcept = 0;
 };
 
+class Cancel;
+
 /// The calling thread's record. A handle: not to be passed to other threads.
 class QVXSYS_API TLS
 {
@@ -67,7 +69,11 @@ public:
     void SetWaitHandler(IWaitHandler const* handler) noexcept;
 
 private:
+    friend class Cancel;
     struct Record;
+
+    /// Has the thread release, when it ends, the event that the record still owns then.
+    void ReleaseAtThreadEnd() noexcept;
 
     explicit TLS(Record& record) noexcept : m_record(&record) {}
 
