@@ -22,7 +22,7 @@ namespace {
 using bench::Row;
 
 char const* const kRound = "g6 promise and future";
-char const* const kFailed = "g6 promise and future, exception";
+char const* const kFailed = "g6 failed promise and future";
 char const* const kThen = "g6 promise, future and one continuation";
 char const* const kChain = "g6 promise, future and 16 continuations";
 constexpr int kLinks = 16;
