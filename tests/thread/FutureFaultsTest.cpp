@@ -142,14 +142,7 @@ TEST(WhenAny, OfWhatNobodyCanHelpWithYet)
     for (Launch const launch : {Launch::Deferred, Launch::PoolQueued}) {
         Promise<int> never, promise;
         TEvent blocked;
-        class Handler : public IWaitHandler
-        {
-        public:
-            TEvent& blocked;
-            explicit Handler(TEvent& event) : blocked(event) {}
-            void BeforeBlocking(SharedStateBase const&) noexcept override { blocked.Signal(); }
-            void AfterBlocking(SharedStateBase const&) noexcept override {}
-        } handler(blocked);
+        TellsOfBlocking handler(blocked);
         std::thread setter([&] {
             blocked.Wait();
             promise.SetValue(1);

@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <qvxsys/AsyncTaskTls.h>
 #include <qvxsys/LogicException.h>
+#include <qvxsys/TEvent.h>
 #include <qvxsys/TStringCore.h>
 
 /// The check that fails in `body`, as "FILE LINE: CONDITION"; "" when none does. By a hook that throws, or, to see what
@@ -44,6 +46,18 @@ private:
         Return(file, line, condition);
         throw Thrown();
     }
+};
+
+/// Signals an event when its thread is about to sleep.
+class TellsOfBlocking : public AsyncTask::IWaitHandler
+{
+public:
+    explicit TellsOfBlocking(TEvent& event) : m_event(event) {}
+    void BeforeBlocking(AsyncTask::SharedStateBase const&) noexcept override { m_event.Signal(); }
+    void AfterBlocking(AsyncTask::SharedStateBase const&) noexcept override {}
+
+private:
+    TEvent& m_event;
 };
 
 /// The text of the exception that `body` throws, "" when it throws none.

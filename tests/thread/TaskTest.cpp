@@ -529,20 +529,12 @@ TEST(Wait, HelpsWithWhatATaskComesToNeedLater)
     // The only thread of the pool waits for a task that has not said yet what it needs.
     Workers workers(1);
     TEvent waiting;
-    class Handler : public IWaitHandler
-    {
-    public:
-        TEvent& blocked;
-        explicit Handler(TEvent& event) : blocked(event) {}
-        void BeforeBlocking(SharedStateBase const&) noexcept override { blocked.Signal(); }
-        void AfterBlocking(SharedStateBase const&) noexcept override {}
-    };
     auto const inner = [&waiting] {
         waiting.Wait();
         return AsyncTask::Run(Launch::PoolQueued, [] { return 7; });
     };
     auto outer = AsyncTask::Run(Launch::PoolOnly, [&] {
-        Handler handler(waiting);
+        TellsOfBlocking handler(waiting);
         WaitHandlerScopeGuard const scope(&handler);
         return AsyncTask::Run(Launch::Dedicated, inner).Get();
     });
@@ -553,7 +545,7 @@ TEST(Wait, HelpsWithWhatATaskComesToNeedLater)
         co_return co_await AsyncTask::Run(Launch::PoolQueued, [] { return 8; });
     };
     outer = AsyncTask::Run(Launch::PoolOnly, [&] {
-        Handler handler(waiting);
+        TellsOfBlocking handler(waiting);
         WaitHandlerScopeGuard const scope(&handler);
         return coroutine(AsyncTask::Run(Launch::Dedicated, [&waiting] { waiting.Wait(); })).Get();
     });
