@@ -18,6 +18,9 @@
 
 #include <qvxsys/Platform.h>
 
+class TPathCore;
+class TStringCore;
+
 class QVXSYS_API TSystem
 {
 public:
@@ -45,6 +48,25 @@ public:
     static std::function<bool()> SetDesktopMainThreadFunc(std::function<bool()> func);
     /// What the installed function returns (or throws); false without one.
     [[nodiscard]] static bool IsDesktopMainThread();
+
+    /// @name Files of program and modules
+    /// Names as the module was loaded by, in full; include <qvxsys/TPathCore.h> to use them. Empty where there is none.
+    /// Windows cuts names of more than 260 units; on Linux they are of any length and any bytes (FileSystemPath.h), and
+    /// a program whose file is gone has the name it had.
+    /// @{
+    /// Of the module that contains the address; null is the program's own.
+    [[nodiscard]] static TPathCore ModuleFilename(void const* address);
+    /// The same as ModuleFilename(nullptr).
+    [[nodiscard]] static TPathCore ExecutableFilename();
+    /// The folders that these files are in: Parent() where there is one.
+    [[nodiscard]] static TPathCore ExecutablePath();
+    [[nodiscard]] static TPathCore ModuleDirectory(void const* address);
+    /// Of a loaded module by its file name; what else `module` has is not looked at. Windows ignores case and takes
+    /// ".dll" for granted; on Linux the name must be that of the file the module was loaded by ("libc.so.6").
+    [[nodiscard]] static TPathCore ModulePath(TPathCore const& module);
+    /// The name from UTF-8, mangled as it is. Null is empty text.
+    [[nodiscard]] static TStringCore unmangleClassName(char const* name);
+    /// @}
 };
 
 /// "last error : 0x", the code as sixteen lower-case hexadecimal digits, a blank and the platform's text for it exactly

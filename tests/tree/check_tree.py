@@ -17,11 +17,12 @@ LAYERS = {
     "text": ["memory"],
     "error": ["text"],
     "system": ["error"],
+    "path": ["system"],
     "sync": ["system"],
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
-    "tool": ["task", "repository", "hash"],
+    "tool": ["path", "task", "repository", "hash"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -34,6 +35,7 @@ FILES = [
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
+    (r"public/qvxsys/(FileSystemPath|TPathCore)\.h", "path"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
     (r"public/qvxsys/StaticRepository\.h", "repository"),
     (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Executor|Future|FutureCoroutine|FutureGroup|FutureState|Launch|"
@@ -43,6 +45,7 @@ FILES = [
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
     (r"main/qvxsys/system/", "system"),
+    (r"main/qvxsys/path/", "path"),
     (r"main/synchronize/", "sync"),
     (r"main/qvxsys/repository/", "repository"),
     (r"main/thread/", "task"),
