@@ -17,11 +17,12 @@ LAYERS = {
     "text": ["memory"],
     "error": ["text"],
     "system": ["error"],
+    "stack": ["system"],
     "sync": ["system"],
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
-    "tool": ["task", "repository", "hash"],
+    "tool": ["task", "repository", "hash", "stack"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -29,6 +30,8 @@ FILES = [
     (r"main/platform/", "memory"),
     (r"main/diagnostics/tmemory", "memory"),
     (r"public/qvxsys/TMemory\.h", "memory"),
+    (r"main/diagnostics/", "stack"),
+    (r"public/qvxsys/(Symbols|TStackWalker)\.h", "stack"),
     (r"public/qvxsys/Platform\.h", "memory"),
     (r"public/qvxsys/qvxsys\.h", "tool"),
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
