@@ -77,8 +77,13 @@ public:
     void Add(ElfFile const& file, std::uint32_t type);
     /// To be called after the last Add.
     void Finish();
-    /// The mangled name of the function at an address (of the file, not of memory); null when there is none.
-    [[nodiscard]] char const* Find(std::uint64_t address) const noexcept;
+    struct Match
+    {
+        char const* name = nullptr; ///< mangled; null: none
+        bool isExact = false;       ///< false: of a label without a size, which is taken to reach to the next function
+    };
+    /// The function at an address (of the file, not of memory).
+    [[nodiscard]] Match Find(std::uint64_t address) const noexcept;
 
 private:
     struct Function

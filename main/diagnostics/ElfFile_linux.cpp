@@ -1,7 +1,7 @@
 #include "ElfFile.h"
 
 #include <array>
-#include <cstring>
+#include <utility>
 
 #include <elfutils/libdwelf.h>
 #include <fcntl.h>
@@ -58,6 +58,15 @@ std::uint32_t Checksum(std::span<unsigned char const> bytes) noexcept
     return ~sum;
 }
 
+/// With sections: without them there is nothing to read.
+bool IsReadable(Elf* elf) noexcept
+{
+    GElf_Shdr header;
+    std::size_t names = 0;
+    return elf != nullptr && ::gelf_getclass(elf) == ELFCLASS64 && ::elf_getshdrstrndx(elf, &names) == 0 &&
+           ::gelf_getshdr(::elf_getscn(elf, names), &header) != nullptr && header.sh_type == SHT_STRTAB;
+}
+
 std::string FolderOf(std::string const& path)
 {
     auto const slash = path.rfind('/');
@@ -95,10 +104,7 @@ std::unique_ptr<ElfFile> ElfFile::Open(std::string const& path)
     elf->m_size = size;
     ::elf_version(EV_CURRENT);
     elf->m_elf = ::elf_memory(static_cast<char*>(bytes), size);
-    if (elf->m_elf == nullptr || ::gelf_getclass(elf->m_elf) != ELFCLASS64) {
-        return nullptr;
-    }
-    return elf;
+    return IsReadable(elf->m_elf) ? std::move(elf) : nullptr;
 }
 
 std::unique_ptr<ElfFile> ElfFile::OpenEmbedded(ElfFile const& file)
@@ -115,10 +121,7 @@ std::unique_ptr<ElfFile> ElfFile::OpenEmbedded(ElfFile const& file)
     }
     std::unique_ptr<ElfFile> elf(new ElfFile);
     elf->m_elf = ::dwelf_elf_begin(copy.Get());
-    if (elf->m_elf == nullptr || ::gelf_getclass(elf->m_elf) != ELFCLASS64) {
-        return nullptr;
-    }
-    return elf;
+    return IsReadable(elf->m_elf) ? std::move(elf) : nullptr;
 }
 
 ElfFile::~ElfFile()

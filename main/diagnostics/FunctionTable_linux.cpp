@@ -11,11 +11,13 @@
 namespace qvxsys::stack {
 namespace {
 
+constexpr std::uint32_t kSized = 8;
+
 /// Higher: the better name for an address.
 std::uint32_t RankOf(Elf64_Sym const& symbol) noexcept
 {
     auto const binding = ELF64_ST_BIND(symbol.st_info);
-    return (symbol.st_size != 0 ? 8u : 0u) + (ELF64_ST_TYPE(symbol.st_info) != STT_NOTYPE ? 4u : 0u) +
+    return (symbol.st_size != 0 ? kSized : 0u) + (ELF64_ST_TYPE(symbol.st_info) != STT_NOTYPE ? 4u : 0u) +
            (binding == STB_GLOBAL ? 2u
             : binding == STB_WEAK ? 1u
                                   : 0u);
@@ -99,7 +101,7 @@ void FunctionTable::StretchLabels()
     }
 }
 
-char const* FunctionTable::Find(std::uint64_t address) const noexcept
+FunctionTable::Match FunctionTable::Find(std::uint64_t address) const noexcept
 {
     auto f = std::upper_bound(m_functions.begin(), m_functions.end(), address,
                               [](std::uint64_t a, Function const& function) { return a < function.begin; });
@@ -107,10 +109,10 @@ char const* FunctionTable::Find(std::uint64_t address) const noexcept
     for (int i = 0; i < 16 && f != m_functions.begin(); ++i) {
         --f;
         if (address - f->begin < f->size) {
-            return f->name;
+            return {f->name, f->rank >= kSized};
         }
     }
-    return nullptr;
+    return {};
 }
 
 } // namespace qvxsys::stack

@@ -163,10 +163,12 @@ public:
         pieces.module = slash == std::string::npos ? m_loaded.path : m_loaded.path.substr(slash + 1);
         Open(folders);
         std::uint64_t const inFile = address - m_loaded.bias;
-        char const* name = Functions().Find(inFile);
-        LineTables* const lines = wantLine || name == nullptr ? Lines(folders) : nullptr;
-        if (name == nullptr && lines != nullptr) {
-            name = lines->FunctionName(inFile);
+        auto const function = Functions().Find(inFile);
+        char const* name = function.name;
+        LineTables* const lines = wantLine || !function.isExact ? Lines(folders) : nullptr;
+        if (!function.isExact && lines != nullptr) {
+            char const* const described = lines->FunctionName(inFile);
+            name = described != nullptr ? described : name;
         }
         if (name == nullptr && !m_file) {
             // The module is there, its file is not: the dynamic linker knows at least what it exports.
