@@ -5,12 +5,31 @@
 
 #include <dwarf.h>
 #include <elfutils/libdwelf.h>
+#include <gelf.h>
 
 namespace qvxsys::stack {
+namespace {
+
+/// libdw decompresses all sections that it knows at once, those with the places of variables, too, which are large. A
+/// section without bits is none to it.
+void HideSections(ElfFile const& file)
+{
+    for (char const* const name : {".debug_loc", ".debug_loclists", ".debug_macro", ".debug_macinfo", ".debug_frame"}) {
+        GElf_Shdr header;
+        Elf_Scn* const section = file.Section(name);
+        if (section != nullptr && ::gelf_getshdr(section, &header) != nullptr) {
+            header.sh_type = SHT_NOBITS;
+            ::gelf_update_shdr(section, &header); // in memory only
+        }
+    }
+}
+
+} // namespace
 
 LineTables::LineTables(ElfFile const& file, std::vector<std::string> const& folders)
-    : m_dwarf(::dwarf_begin_elf(file.Handle(), DWARF_C_READ, nullptr))
 {
+    HideSections(file);
+    m_dwarf = ::dwarf_begin_elf(file.Handle(), DWARF_C_READ, nullptr);
     char const* name = nullptr;
     void const* id = nullptr;
     ssize_t const size = m_dwarf != nullptr ? ::dwelf_dwarf_gnu_debugaltlink(m_dwarf, &name, &id) : 0;
