@@ -202,7 +202,7 @@ TEST(StackWalker, ManyThreadsAtOnce)
             Lines first;
             Deep(20, first, kAll);
             for (int round = 0; round < 20; ++round) {
-                if (i == 0) {
+                if (i == 0 && round % 5 == 0) {
                     quorvex::symbols::ClearCache();
                 }
                 Lines again;
