@@ -34,6 +34,7 @@
 #include <qvxsys/SharedState.h>
 #include <qvxsys/StaticRepository.h>
 #include <qvxsys/StringUtils.h>
+#include <qvxsys/Symbols.h>
 #include <qvxsys/SyncWords.h>
 #include <qvxsys/TCType.h>
 #include <qvxsys/TError.h>
@@ -45,6 +46,7 @@
 #include <qvxsys/TPathCore.h>
 #include <qvxsys/TScanStringCore.h>
 #include <qvxsys/TSemaphore.h>
+#include <qvxsys/TStackWalker.h>
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringEditing.h>
 #include <qvxsys/TStringException.h>

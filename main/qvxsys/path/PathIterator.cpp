@@ -2,11 +2,10 @@
 
 #include <qvxsys/TPathCore.h>
 
-#include <list>
 #include <string>
-#include <utility>
 
-#include "CallStack.h"
+#include <qvxsys/TStackWalker.h>
+
 #include "PathText.h"
 #include "ThrowSite.h"
 
@@ -164,8 +163,9 @@ qvxsys::detail::PathElement qvxsys::detail::PathElementBefore(TStringView text, 
 TPathCore::Exception::Exception(TStringCore const& message, TError::ErrorInfo const& info, bool withCallStack)
     : QuorvexException(message, info)
 {
-    if (withCallStack) {
-        for (std::string const& line : CallStack()) {
+    TStackWalker walker;
+    if (withCallStack && walker.GenerateCallstack()) {
+        for (std::string const& line : walker.GetCollected()) {
             StackMessage(TStringCore::fromStdString(line));
         }
     }
