@@ -116,6 +116,10 @@ void Rows(Text const& text)
          [source = typename T::String(text.text)](Path const&) { return T::Iterate(T::Make(source)); });
     part("p4 join", [name = Path("name.txt")](Path const& p) { return T::Join(p, name); });
     part("p4 normal form", [](Path const& p) { return T::Normal(p); });
+    bench::Row("p4 normal form of dots, " + text.name, T::kName, [path = Path("x/../" + text.text + "/./y/..")] {
+        auto result = T::Normal(path);
+        benchmark::DoNotOptimize(result);
+    });
     part("p5 equal", [same = Path(text.text.c_str())](Path const& p) { return p == same; });
     part("p5 less", [other = Path(text.other)](Path const& p) { return p < other; });
     part("p5 hash", [](Path const& p) { return T::Hash(p); });
@@ -141,6 +145,7 @@ void QtRows(Text const& text)
     row("p2 parent", [info] { return info.path(); });
     row("p4 join", [dir, name = QString("name.txt")] { return dir.filePath(name); });
     row("p4 normal form", [source] { return QDir::cleanPath(source); });
+    row("p4 normal form of dots", [dots = "x/../" + source + "/./y/.."] { return QDir::cleanPath(dots); });
 }
 #endif
 

@@ -32,6 +32,7 @@
 #include <compare>
 #include <concepts>
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <iosfwd>
 #include <iterator>
@@ -39,6 +40,7 @@
 #include <ranges>
 #include <vector>
 
+#include <qvxsys/PathText.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/QuorvexException.h>
 #include <qvxsys/TStringCore.h>
@@ -103,17 +105,29 @@ public:
     /// @name Parts
     /// Empty where the path has no such part.
     /// @{
-    [[nodiscard]] TPathCore RootName() const;
+    [[nodiscard]] TPathCore RootName() const { return Piece(0, RootPart().name); }
     /// "/" or empty.
-    [[nodiscard]] TPathCore RootDirectory() const;
-    [[nodiscard]] TPathCore RootPath() const;
-    [[nodiscard]] TPathCore Filename() const;
+    [[nodiscard]] TPathCore RootDirectory() const { return Piece(RootPart().name, RootPart().Length()); }
+    [[nodiscard]] TPathCore RootPath() const { return Piece(0, RootPart().Length()); }
+    [[nodiscard]] TPathCore Filename() const
+    {
+        int const start = qvxsys::detail::path::FilenameStart(m_text);
+        return start < 0 ? TPathCore() : Piece(start, m_text.length());
+    }
     /// The file name as a path of its own after RemoveExtension().
-    [[nodiscard]] TPathCore Stem() const;
+    [[nodiscard]] TPathCore Stem() const
+    {
+        int const start = qvxsys::detail::path::FilenameStart(m_text);
+        return start < 0 ? TPathCore() : Piece(start, StemEnd(start));
+    }
     /// Without its dot; ".profile", "." and ".." have none, "name." has an empty one.
-    [[nodiscard]] TStringCore Extension() const;
+    [[nodiscard]] TStringCore Extension() const
+    {
+        int const start = qvxsys::detail::path::ExtensionStart(m_text);
+        return start < 0 ? TStringCore() : TStringCore(m_text.constData() + start, m_text.length() - start);
+    }
     /// The path after RemoveFilename(): roots and others without a file name are their own parents.
-    [[nodiscard]] TPathCore Parent() const;
+    [[nodiscard]] TPathCore Parent() const { return Piece(0, qvxsys::detail::path::ParentLength(m_text)); }
     /// In "//server/share/dir/name" (also "//?/UNC/server/share/...") "share" and "dir/name"; empty for other paths.
     [[nodiscard]] TStringCore UNCShareName() const;
     [[nodiscard]] TStringCore UNCObjectName() const;
@@ -123,28 +137,32 @@ public:
 
     /// @name Questions
     /// @{
-    [[nodiscard]] bool HasRootName() const noexcept;
-    [[nodiscard]] bool HasRootDirectory() const noexcept;
+    [[nodiscard]] bool HasRootName() const noexcept { return RootPart().name > 0; }
+    [[nodiscard]] bool HasRootDirectory() const noexcept { return RootPart().directory; }
     /// Either of the two.
-    [[nodiscard]] bool HasRootPath() const noexcept;
-    [[nodiscard]] bool HasFilename() const noexcept;
+    [[nodiscard]] bool HasRootPath() const noexcept { return RootPart().Length() > 0; }
+    [[nodiscard]] bool HasFilename() const noexcept { return qvxsys::detail::path::FilenameStart(m_text) >= 0; }
     /// The same as HasFilename().
-    [[nodiscard]] bool HasStem() const noexcept;
+    [[nodiscard]] bool HasStem() const noexcept { return HasFilename(); }
     /// Also when it is empty: "name."
-    [[nodiscard]] bool HasExtension() const noexcept;
+    [[nodiscard]] bool HasExtension() const noexcept { return qvxsys::detail::path::ExtensionStart(m_text) >= 0; }
     /// Whether Parent() is not empty and another path.
-    [[nodiscard]] bool HasParentPath() const noexcept;
+    [[nodiscard]] bool HasParentPath() const noexcept
+    {
+        int const length = qvxsys::detail::path::ParentLength(m_text);
+        return length > 0 && length < m_text.length();
+    }
     [[nodiscard]] bool HasUNCObjectName() const noexcept;
     /// With a root name and a '/' behind it. "/dir" is neither absolute nor relative: it depends on the current drive.
-    [[nodiscard]] bool IsAbsolute() const noexcept;
+    [[nodiscard]] bool IsAbsolute() const noexcept { return HasRootName() && HasRootDirectory(); }
     /// Without a root directory; "C:name" and "//server" are.
-    [[nodiscard]] bool IsRelative() const noexcept;
+    [[nodiscard]] bool IsRelative() const noexcept { return !HasRootDirectory(); }
     /// Begins with "//" and something, but for "//?" unless "/UNC/" (in any case) follows.
-    [[nodiscard]] bool IsUNC() const noexcept;
+    [[nodiscard]] bool IsUNC() const noexcept { return qvxsys::detail::path::IsUnc(m_text); }
     /// The share is a drive's: two units, the second '$' ("//server/c$").
     [[nodiscard]] bool IsAdminShare() const noexcept;
     /// Begins with "//?/".
-    [[nodiscard]] bool IsExtendedLength() const noexcept;
+    [[nodiscard]] bool IsExtendedLength() const noexcept { return qvxsys::detail::path::IsExtended(m_text); }
     /// The file name is "." or "..".
     [[nodiscard]] bool IsDots() const noexcept;
     /// @}
@@ -155,10 +173,11 @@ public:
     /// begin with one. An absolute path is appended like any other: "a" and "C:/b" make "a/C:/b".
     TPathCore& Append(TPathCore const& other);
     TPathCore& operator/=(TPathCore const& other) { return Append(other); }
-    [[nodiscard]] friend TPathCore operator/(TPathCore a, TPathCore const& b)
+    [[nodiscard]] friend TPathCore operator/(TPathCore const& a, TPathCore const& b) { return Joined(a, b); }
+    [[nodiscard]] friend TPathCore operator/(TPathCore&& a, TPathCore const& b)
     {
         a.Append(b);
-        return a;
+        return static_cast<TPathCore&&>(a);
     }
     /// The texts one behind the other. A text or character is made a path first, so of `+= u"b/"` the '/' is dropped.
     TPathCore& operator+=(TPathCore const& other);
@@ -212,7 +231,10 @@ public:
     {
         return qvxsys::detail::Order(m_text, other.m_text);
     }
-    [[nodiscard]] friend bool operator==(TPathCore const& a, TPathCore const& b) noexcept { return a.Compare(b) == 0; }
+    [[nodiscard]] friend bool operator==(TPathCore const& a, TPathCore const& b) noexcept
+    {
+        return a.IsSpelledLike(b) || a.Compare(b) == 0;
+    }
     [[nodiscard]] friend bool operator<(TPathCore const& a, TPathCore const& b) noexcept { return a.Compare(b) < 0; }
     [[nodiscard]] friend std::weak_ordering operator<=>(TPathCore const& a, TPathCore const& b) noexcept
     {
@@ -290,8 +312,48 @@ private:
     struct AsIs
     {};
     TPathCore(AsIs, TStringCore&& text) noexcept : m_text(static_cast<TStringCore&&>(text)) {}
-    [[nodiscard]] TPathCore Piece(int start, int end) const;
-    void Normalize();
+    [[nodiscard]] TPathCore Piece(int start, int end) const
+    {
+        int const length = end - start;
+        if (length > TStringCore::kInlineLength && length == m_text.length()) {
+            return *this;
+        }
+        return TPathCore(AsIs(), TStringCore(m_text.constData() + start, length));
+    }
+    [[nodiscard]] qvxsys::detail::path::Root RootPart() const noexcept { return qvxsys::detail::path::RootOf(m_text); }
+    [[nodiscard]] int StemEnd(int start) const noexcept
+    {
+        // The file name is looked at as a path of its own, in which a ':' can begin another file name.
+        int const extension = qvxsys::detail::path::ExtensionStart(m_text.view().mid(start));
+        return extension < 0 ? m_text.length() : start + extension - 1;
+    }
+    void Normalize()
+    {
+        int const length = m_text.length();
+        if (length > TStringCore::kInlineLength || IsToBeNormalized(m_text.constData(), length)) {
+            NormalizeText();
+        }
+    }
+    /// Of at most 14 units, with room for 16: whether one is '\\' or the last one '/'.
+    static bool IsToBeNormalized(char16_t const* s, int length) noexcept
+    {
+        using qvxsys::detail::path::EqualInEight;
+        unsigned const backSlashes = EqualInEight(s, u'\\') | EqualInEight(s + 8, u'\\') << 16;
+        return length > 0 && ((backSlashes & ((1u << (2 * length)) - 1)) != 0 || s[length - 1] == u'/');
+    }
+    void NormalizeText();
+    [[nodiscard]] static TPathCore Joined(TPathCore const& a, TPathCore const& b);
+    /// True for some that are; not for all when there is an embedded 0.
+    [[nodiscard]] bool IsSpelledLike(TPathCore const& other) const noexcept
+    {
+        char16_t const* const a = m_text.constData();
+        char16_t const* const b = other.m_text.constData();
+        unsigned const stop = qvxsys::detail::FirstStop(a, b);
+        if (stop < qvxsys::detail::kFirstUnits) {
+            return a[stop] == b[stop];
+        }
+        return m_text.length() == other.m_text.length() && std::memcmp(a, b, m_text.lengthInBytes()) == 0;
+    }
 
     TStringCore m_text;
 };
@@ -385,20 +447,6 @@ private:
     static constexpr int kEnd = -1;
 };
 
-namespace qvxsys::detail {
-
-/// The units [start, end) of a path's text; [length, length) is the end.
-struct PathElement
-{
-    int start;
-    int end;
-};
-/// The first element that is not empty at or behind an element's end, and the last one before a position.
-[[nodiscard]] QVXSYS_API PathElement PathElementFrom(TStringView text, int start) noexcept;
-[[nodiscard]] QVXSYS_API PathElement PathElementBefore(TStringView text, int start) noexcept;
-
-} // namespace qvxsys::detail
-
 /// What TPathCore::Elements() returns: a bidirectional range of TStringView. A view in the standard's sense.
 class TPathCore::ElementRange : public std::ranges::view_base
 {
@@ -416,11 +464,11 @@ public:
         iterator() noexcept = default;
         [[nodiscard]] TStringView operator*() const noexcept
         {
-            return {m_text.data() + m_at.start, static_cast<std::size_t>(m_at.end - m_at.start)};
+            return {m_text.data() + m_start, static_cast<std::size_t>(m_end - m_start)};
         }
         iterator& operator++() noexcept
         {
-            m_at = qvxsys::detail::PathElementFrom(m_text, m_at.end);
+            MoveTo(qvxsys::detail::path::NextName(m_text, m_root, m_end));
             return *this;
         }
         iterator operator++(int) noexcept
@@ -431,7 +479,7 @@ public:
         }
         iterator& operator--() noexcept
         {
-            m_at = qvxsys::detail::PathElementBefore(m_text, m_at.start);
+            MoveTo(qvxsys::detail::path::PreviousName(m_text, m_root, m_start));
             return *this;
         }
         iterator operator--(int) noexcept
@@ -440,19 +488,29 @@ public:
             --*this;
             return before;
         }
-        [[nodiscard]] bool operator==(iterator const& other) const noexcept { return m_at.start == other.m_at.start; }
+        [[nodiscard]] bool operator==(iterator const& other) const noexcept { return m_start == other.m_start; }
 
     private:
         friend class ElementRange;
-        iterator(TStringView text, qvxsys::detail::PathElement at) noexcept : m_text(text), m_at(at) {}
+        iterator(TStringView text, int start) noexcept : m_text(text), m_root(qvxsys::detail::path::RootOf(text))
+        {
+            MoveTo(start);
+        }
+        void MoveTo(int start) noexcept
+        {
+            m_start = start;
+            m_end = start < m_text.length() ? qvxsys::detail::path::ElementEnd(m_text, m_root, start) : start;
+        }
 
         TStringView m_text;
-        qvxsys::detail::PathElement m_at{};
+        qvxsys::detail::path::Root m_root{};
+        int m_start = 0;
+        int m_end = 0;
     };
     using const_iterator = iterator;
 
-    [[nodiscard]] iterator begin() const noexcept { return {m_text, qvxsys::detail::PathElementFrom(m_text, 0)}; }
-    [[nodiscard]] iterator end() const noexcept { return {m_text, {m_text.length(), m_text.length()}}; }
+    [[nodiscard]] iterator begin() const noexcept { return {m_text, 0}; }
+    [[nodiscard]] iterator end() const noexcept { return {m_text, m_text.length()}; }
     [[nodiscard]] bool empty() const noexcept { return m_text.empty(); }
 
 private:

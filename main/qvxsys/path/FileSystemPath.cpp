@@ -5,9 +5,8 @@
 #include <qvxsys/CharacterUtils.h>
 
 #include "PathAccess.h"
-#include "PathText.h"
 
-using namespace qvxsys::path;
+using namespace qvxsys::detail::path;
 using qvxsys::detail::PathAccess;
 
 namespace {

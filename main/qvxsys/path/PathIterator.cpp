@@ -6,10 +6,9 @@
 
 #include <qvxsys/TStackWalker.h>
 
-#include "PathText.h"
 #include "ThrowSite.h"
 
-using namespace qvxsys::path;
+using namespace qvxsys::detail::path;
 using qvxsys::error::ThrowSite;
 
 namespace {
@@ -138,26 +137,6 @@ bool TPathCore::iterator::operator==(iterator const& other) const noexcept
         return false;
     }
     return m_path == other.m_path || (m_path != nullptr && other.m_path != nullptr && *m_path == *other.m_path);
-}
-
-qvxsys::detail::PathElement qvxsys::detail::PathElementFrom(TStringView text, int start) noexcept
-{
-    Root const root = RootOf(text);
-    // What follows the root path begins behind all separators.
-    int const first = start < root.Length() ? start : SkipSeparators(text, start);
-    return {first, first < text.length() ? ElementEnd(text, root, first) : first};
-}
-
-qvxsys::detail::PathElement qvxsys::detail::PathElementBefore(TStringView text, int start) noexcept
-{
-    Root const root = RootOf(text);
-    int previous = PreviousElement(text, root, start);
-    int end = ElementEnd(text, root, previous);
-    if (previous == end) {
-        previous = PreviousElement(text, root, previous);
-        end = ElementEnd(text, root, previous);
-    }
-    return {previous, end};
 }
 
 TPathCore::Exception::Exception(TStringCore const& message, TError::ErrorInfo const& info, bool withCallStack)

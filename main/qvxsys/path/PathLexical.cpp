@@ -3,12 +3,10 @@
 #include <qvxsys/TPathCore.h>
 
 #include <algorithm>
-#include <vector>
 
 #include "PathAccess.h"
-#include "PathText.h"
 
-using namespace qvxsys::path;
+using namespace qvxsys::detail::path;
 using qvxsys::detail::PathAccess;
 
 namespace {
@@ -21,70 +19,99 @@ bool SameName(TStringView a, TStringView b) noexcept
     return qvxsys::FoldedEqual()(a, b);
 }
 
-// A path taken apart for lexical work; views of its text.
-struct Normal
-{
-    TStringView root;               ///< with its root directory
-    std::vector<TStringView> names; ///< without "."; ".." at the beginning only
-    std::size_t fixed = 0;          ///< the names that ".." does not take back: the share
-    bool isRooted = false;
-};
-
-// One of its own kinds, in which "/" does not only separate.
+// In "//?/Volume{...}/dir" the name behind the prefix is not one like others.
 bool IsOpaque(TStringView text) noexcept
 {
-    return RootOf(text).name == 0 && text.startsWith(TStringView(u"//?", 3));
+    return RootOf(text).name == 0 && text.size() >= 3 && text[0] == u'/' && text[1] == u'/' && text[2] == u'?';
 }
 
-Normal Normalized(TStringView text)
+// Whether nothing is to be done. False for some that are normal.
+bool IsNormal(TStringView text) noexcept
 {
-    Normal normal;
     Root const root = RootOf(text);
-    normal.root = text.left(root.Length());
-    normal.isRooted = root.directory;
-    normal.fixed = IsUnc(text) ? 1 : 0;
-    for (int start = SkipSeparators(text, root.Length()); start < text.length();) {
+    for (int start = root.Length(); start < text.length();) {
         int const end = FindSeparator(text, start);
+        int const length = end - start;
+        bool const isDots = At(text, start) == u'.' && (length == 1 || (length == 2 && At(text, start + 1) == u'.'));
+        if (length == 0 || isDots || end + 1 == text.length()) {
+            return false;
+        }
+        start = end + 1;
+    }
+    return true;
+}
+
+// Names that belong together, without a root: what nothing is left of is ".", and a "./" keeps a first name apart that
+// would be read as a root name.
+void MakePath(TStringCore& names)
+{
+    if (names.empty()) {
+        names = kDot;
+    } else if (RootOf(names).name > 0) {
+        names.prepend(TStringView(u"./", 2));
+    }
+}
+
+// Takes the last name back; what lies before `kept` stays.
+void Climb(TStringCore& text, int root, int kept)
+{
+    int start = text.length();
+    while (start > kept && At(text, start - 1) != u'/') {
+        --start;
+    }
+    text.truncate(start > root ? start - 1 : start);
+}
+
+TStringCore NormalText(TStringView text)
+{
+    Root const root = RootOf(text);
+    TStringCore result;
+    result.reserve(text.length() + 2);
+    result.append(text.left(root.Length()));
+    bool isShare = IsUnc(text); // the next name, which is what it is
+    int kept = root.Length();   // ".." takes back nothing of this
+    for (int start = SkipSeparators(text, root.Length()), end = 0; start < text.length();
+         start = SkipSeparators(text, end)) {
+        end = FindSeparator(text, start);
         TStringView const name = text.mid(start, end - start);
-        start = SkipSeparators(text, end);
-        bool const isShare = normal.names.size() < normal.fixed;
-        if (name == kDots && !isShare) {
-            if (normal.names.size() > normal.fixed && normal.names.back() != kDots) {
-                normal.names.pop_back();
-            } else if (!normal.isRooted) {
-                normal.names.push_back(name);
+        bool const isUp = name == kDots && !isShare;
+        if (isUp && result.length() > kept) {
+            Climb(result, root.Length(), kept);
+        } else if (isShare || (name != kDot && !(isUp && root.directory))) {
+            if (result.length() > root.Length()) {
+                result.append(u'/');
             }
-        } else if (name != kDot || isShare) {
-            normal.names.push_back(name);
+            result.append(name);
+            kept = isShare || isUp ? result.length() : kept;
+            isShare = false;
         }
     }
-    return normal;
+    if (root.Length() == 0) {
+        MakePath(result);
+    }
+    return result;
 }
 
-// A "./" keeps a first name apart that would be read as a root name.
-TPathCore Joined(TStringView root, std::vector<TStringView> const& names)
+// The names of a normal form, without the "." that is for nothing but to be there.
+TStringView NamesOf(TStringView normal, Root root) noexcept
 {
-    TStringCore text = root;
-    if (root.empty() && (names.empty() || RootOf(names[0]).name > 0)) {
-        text.append(names.empty() ? kDot : TStringView(u"./", 2));
-    }
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        if (i > 0) {
-            text.append(u'/');
+    TStringView const names = normal.mid(root.Length());
+    bool const hasDot = root.Length() == 0 && !names.empty() && names.left(FindSeparator(names, 0)) == kDot;
+    return hasDot ? names.mid(SkipSeparators(names, 1)) : names;
+}
+
+// Steps over the first name of each while they are the same; returns their number.
+int SkipCommonNames(TStringView& a, TStringView& b) noexcept
+{
+    for (int n = 0;; ++n) {
+        int const endA = FindSeparator(a, 0);
+        int const endB = FindSeparator(b, 0);
+        if (a.empty() || b.empty() || !SameName(a.left(endA), b.left(endB))) {
+            return n;
         }
-        text.append(names[i]);
+        a = a.mid(SkipSeparators(a, endA));
+        b = b.mid(SkipSeparators(b, endB));
     }
-    return PathAccess::AsIs(static_cast<TStringCore&&>(text));
-}
-
-std::size_t CommonNames(Normal const& a, Normal const& b) noexcept
-{
-    std::size_t const n = std::min(a.names.size(), b.names.size());
-    std::size_t i = 0;
-    while (i < n && SameName(a.names[i], b.names[i])) {
-        ++i;
-    }
-    return i;
 }
 
 // What Windows has a device for: a word, or a word and a digit. `upper` is ASCII.
@@ -116,30 +143,40 @@ bool IsDevice(TStringView name) noexcept
 TPathCore TPathCore::LexicallyNormal() const
 {
     TStringView const text = m_text;
-    if (text.empty() || IsOpaque(text)) {
-        return *this;
-    }
-    Normal const normal = Normalized(text);
-    return Joined(normal.root, normal.names);
+    return IsNormal(text) || IsOpaque(text) ? *this : PathAccess::AsIs(NormalText(text));
 }
 
 TPathCore TPathCore::LexicallyRelative(TPathCore const& base) const
 {
+    TPathCore const normalTo = LexicallyNormal();
+    TPathCore const normalFrom = base.LexicallyNormal();
     if (IsOpaque(m_text) || IsOpaque(base.m_text)) {
-        return *this == base ? TPathCore(kDot) : TPathCore();
+        return normalTo == normalFrom ? TPathCore(kDot) : TPathCore();
     }
-    Normal const to = Normalized(m_text);
-    Normal const from = Normalized(base.m_text);
-    std::size_t const common = CommonNames(to, from);
-    bool const cannotClimb = common < std::min(from.names.size(), from.fixed);
-    if (!SameName(to.root, from.root) || cannotClimb ||
-        std::find(from.names.begin() + static_cast<std::ptrdiff_t>(common), from.names.end(), kDots) !=
-            from.names.end()) {
+    TStringView const to = normalTo.m_text;
+    TStringView const from = normalFrom.m_text;
+    Root const root = RootOf(from);
+    TStringView names = NamesOf(to, RootOf(to));
+    TStringView up = NamesOf(from, root);
+    bool const hasShare = IsUnc(from) && !up.empty();
+    if (!SameName(to.left(RootOf(to).Length()), from.left(root.Length())) ||
+        (SkipCommonNames(names, up) == 0 && hasShare)) {
         return {};
     }
-    std::vector<TStringView> names(from.names.size() - common, kDots);
-    names.insert(names.end(), to.names.begin() + static_cast<std::ptrdiff_t>(common), to.names.end());
-    return Joined({}, names);
+    TStringCore result;
+    for (int end = 0; !up.empty(); up = up.mid(SkipSeparators(up, end))) {
+        end = FindSeparator(up, 0);
+        if (up.left(end) == kDots) {
+            return {};
+        }
+        result.append(result.empty() ? kDots : TStringView(u"/..", 3));
+    }
+    if (!result.empty() && !names.empty()) {
+        result.append(u'/');
+    }
+    result.append(names);
+    MakePath(result);
+    return PathAccess::AsIs(static_cast<TStringCore&&>(result));
 }
 
 bool TPathCore::IsWithin(TPathCore const& folder) const

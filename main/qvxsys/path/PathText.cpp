@@ -1,8 +1,8 @@
-#include "PathText.h"
+#include <qvxsys/PathText.h>
 
 #include <qvxsys/TCType.h>
 
-namespace qvxsys::path {
+namespace qvxsys::detail::path {
 namespace {
 
 // "/UNC/" in any case behind the first three units of at least eight.
@@ -39,7 +39,7 @@ int RootNameLength(TStringView text) noexcept
 
 } // namespace
 
-Root RootOf(TStringView text) noexcept
+Root RootWithName(TStringView text) noexcept
 {
     int const name = RootNameLength(text);
     return {name, name < text.length() && At(text, name) == u'/'};
@@ -55,99 +55,17 @@ bool IsUnc(TStringView text) noexcept
     return StartsWithTwoSeparators(text) && (At(text, 2) != u'?' || HasUncMarker(text));
 }
 
-// The rule: with S behind the first ':' (or 0), F the first unit from S on that is not '/', and L the last '/', the
-// file name begins behind L when L >= F, and else at F; it is none when nothing is there.
-//
-// Looked at from the end: when no ':' stands behind L, S <= L + 1. Either F < L, and the name begins behind L; or all
-// from S to L are '/', and F, if any, is just there, too. When a ':' stands behind L, another one before L makes S <= L
-// again, with the same result. So the beginning of the text matters only when the last part has a ':', and then only
-// whether it has one, too.
-int FilenameStart(TStringView text) noexcept
+int FilenameStartAtColon(TStringView text) noexcept
 {
     int const length = text.length();
     int start = length;
     int colon = kNone;
-    while (start > 0 && At(text, start - 1) != u'/') {
-        --start;
-        if (At(text, start) == u':') {
-            colon = start;
-        }
+    for (; start > 0 && At(text, start - 1) != u'/'; --start) {
+        colon = At(text, start - 1) == u':' ? start - 1 : colon;
     }
-    if (colon != kNone) {
-        int before = start;
-        while (before > 0 && At(text, before - 1) != u':') {
-            --before;
-        }
-        if (before == 0) {
-            start = colon + 1;
-        }
-    }
-    return start < length ? start : kNone;
-}
-
-int ExtensionStart(TStringView text) noexcept
-{
-    int const start = FilenameStart(text);
-    if (start == kNone) {
-        return kNone;
-    }
-    int dot = text.length() - 1;
-    while (dot > start && At(text, dot) != u'.') {
-        --dot;
-    }
-    if (dot == start) {
-        return kNone;
-    }
-    // A name of nothing but dots has none; of others, it is enough that one unit differs.
-    for (int i = start; i < text.length(); ++i) {
-        if (At(text, i) != u'.') {
-            return dot + 1;
-        }
-    }
-    return kNone;
-}
-
-int ParentLength(TStringView text) noexcept
-{
-    int const name = FilenameStart(text);
-    if (name == kNone) {
-        return text.length();
-    }
-    Root const root = RootOf(text);
-    bool const withSeparator = root.directory ? name > root.name + 1 : name > 0;
-    return withSeparator ? name - 1 : name;
-}
-
-int FindSeparator(TStringView text, int from) noexcept
-{
-    while (from < text.length() && At(text, from) != u'/') {
-        ++from;
-    }
-    return from;
-}
-
-int SkipSeparators(TStringView text, int from) noexcept
-{
-    while (from < text.length() && At(text, from) == u'/') {
-        ++from;
-    }
-    return from;
-}
-
-int ElementEnd(TStringView text, Root root, int start) noexcept
-{
-    if (start == 0 && root.name > 0) {
-        return root.name;
-    }
-    return root.directory && start == root.name ? start + 1 : FindSeparator(text, start);
-}
-
-int NextElement(TStringView text, Root root, int start, int end) noexcept
-{
-    if (end >= text.length() || start == root.name || end == root.name) {
-        return end;
-    }
-    return SkipSeparators(text, end + 1);
+    bool const isFirst = text.left(start).indexOf(u':') < 0;
+    int const name = colon != kNone && isFirst ? colon + 1 : start;
+    return name < length ? name : kNone;
 }
 
 // Back over separators to the end of a name, and back to its beginning: this is the element before, unless
@@ -173,4 +91,10 @@ int PreviousElement(TStringView text, Root root, int start) noexcept
     return !root.directory && name == first && end < start ? end : name;
 }
 
-} // namespace qvxsys::path
+int PreviousName(TStringView text, Root root, int start) noexcept
+{
+    int const previous = PreviousElement(text, root, start);
+    return ElementEnd(text, root, previous) > previous ? previous : PreviousElement(text, root, previous);
+}
+
+} // namespace qvxsys::detail::path

@@ -1,9 +1,10 @@
 #include <qvxsys/TPathCore.h>
 
-#include "PathAccess.h"
-#include "PathText.h"
+#include <cstring>
 
-using namespace qvxsys::path;
+#include "PathAccess.h"
+
+using namespace qvxsys::detail::path;
 
 namespace {
 
@@ -38,14 +39,16 @@ bool IsServerAt(TStringView text, int i) noexcept
     return At(text, i) != u'?' && (At(text, i) != u'.' || FindSeparator(text, i) > i + 1);
 }
 
+bool IsSeparatorMissing(TStringView left, TStringView right) noexcept
+{
+    return !left.empty() && !right.empty() && left.end()[-1] != u'/' && right[0] != u'/';
+}
+
 } // namespace
 
-void TPathCore::Normalize()
+void TPathCore::NormalizeText()
 {
     int const length = m_text.length();
-    if (length == 0) {
-        return;
-    }
     int at = m_text.indexOf(u'\\');
     if (at >= 0) {
         char16_t* const units = m_text.data();
@@ -57,14 +60,6 @@ void TPathCore::Normalize()
     if (At(text, length - 1) == u'/' && RootOf(text).Length() != length) {
         m_text.truncate(length - 1);
     }
-}
-
-TPathCore TPathCore::Piece(int start, int end) const
-{
-    if (start == 0 && end == m_text.length()) {
-        return *this;
-    }
-    return TPathCore(AsIs(), TStringCore(m_text.constData() + start, end - start));
 }
 
 TPathCore TPathCore::fromVector(std::vector<TStringCore> const& elements)
@@ -110,49 +105,6 @@ TStringCore TPathCore::NativeShortPath() const
     return IsServerAt(text, 8) ? Native(u'/' + TStringCore(text.mid(7))) : NativeString();
 }
 
-TPathCore TPathCore::RootName() const
-{
-    return Piece(0, RootOf(m_text).name);
-}
-
-TPathCore TPathCore::RootDirectory() const
-{
-    Root const root = RootOf(m_text);
-    return Piece(root.name, root.Length());
-}
-
-TPathCore TPathCore::RootPath() const
-{
-    return Piece(0, RootOf(m_text).Length());
-}
-
-TPathCore TPathCore::Filename() const
-{
-    int const start = FilenameStart(m_text);
-    return start == kNone ? TPathCore() : Piece(start, m_text.length());
-}
-
-TPathCore TPathCore::Stem() const
-{
-    int const start = FilenameStart(m_text);
-    if (start == kNone) {
-        return {};
-    }
-    int const extension = ExtensionStart(m_text.view().mid(start));
-    return Piece(start, extension == kNone ? m_text.length() : start + extension - 1);
-}
-
-TStringCore TPathCore::Extension() const
-{
-    int const start = ExtensionStart(m_text);
-    return start == kNone ? TStringCore() : TStringCore(m_text.constData() + start, m_text.length() - start);
-}
-
-TPathCore TPathCore::Parent() const
-{
-    return Piece(0, ParentLength(m_text));
-}
-
 TStringCore TPathCore::UNCShareName() const
 {
     Span const share = ShareOf(m_text);
@@ -171,72 +123,15 @@ char16_t TPathCore::AdminShareDriveLetter() const noexcept
     return share.start < share.end ? At(m_text, share.start) : u'\0';
 }
 
-bool TPathCore::HasRootName() const noexcept
-{
-    return RootOf(m_text).name > 0;
-}
-
-bool TPathCore::HasRootDirectory() const noexcept
-{
-    return RootOf(m_text).directory;
-}
-
-bool TPathCore::HasRootPath() const noexcept
-{
-    return RootOf(m_text).Length() > 0;
-}
-
-bool TPathCore::HasFilename() const noexcept
-{
-    return FilenameStart(m_text) != kNone;
-}
-
-bool TPathCore::HasStem() const noexcept
-{
-    return HasFilename();
-}
-
-bool TPathCore::HasExtension() const noexcept
-{
-    return ExtensionStart(m_text) != kNone;
-}
-
-bool TPathCore::HasParentPath() const noexcept
-{
-    int const length = ParentLength(m_text);
-    return length > 0 && length < m_text.length();
-}
-
 bool TPathCore::HasUNCObjectName() const noexcept
 {
     return ObjectStart(m_text) < m_text.length();
-}
-
-bool TPathCore::IsAbsolute() const noexcept
-{
-    Root const root = RootOf(m_text);
-    return root.directory && root.name > 0;
-}
-
-bool TPathCore::IsRelative() const noexcept
-{
-    return !HasRootDirectory();
-}
-
-bool TPathCore::IsUNC() const noexcept
-{
-    return IsUnc(m_text);
 }
 
 bool TPathCore::IsAdminShare() const noexcept
 {
     Span const share = ShareOf(m_text);
     return share.end - share.start == 2 && At(m_text, share.start + 1) == u'$';
-}
-
-bool TPathCore::IsExtendedLength() const noexcept
-{
-    return IsExtended(m_text);
 }
 
 bool TPathCore::IsDots() const noexcept
@@ -248,14 +143,29 @@ bool TPathCore::IsDots() const noexcept
 
 TPathCore& TPathCore::Append(TPathCore const& other)
 {
-    if (!m_text.empty() && !other.m_text.empty() && m_text.view().end()[-1] != u'/' && other.m_text.front() != u'/') {
-        TStringCore const right = other.m_text; // which may be this path's own
-        m_text.reserve(m_text.length() + 1 + right.length());
-        m_text.append(u'/').append(right);
-    } else {
-        m_text.append(other.m_text);
+    if (&other == this) {
+        return *this = Joined(*this, other);
     }
+    if (IsSeparatorMissing(m_text, other.m_text)) {
+        m_text.append(u'/');
+    }
+    m_text.append(other.m_text);
     return *this;
+}
+
+TPathCore TPathCore::Joined(TPathCore const& a, TPathCore const& b)
+{
+    TStringView const left = a.m_text;
+    TStringView const right = b.m_text;
+    bool const separate = IsSeparatorMissing(left, right);
+    TStringCore text;
+    text.reserve(left.length() + right.length() + 1);
+    text.append(left);
+    if (separate) {
+        text.append(u'/');
+    }
+    text.append(right);
+    return TPathCore(AsIs(), static_cast<TStringCore&&>(text));
 }
 
 TPathCore& TPathCore::operator+=(TPathCore const& other)
