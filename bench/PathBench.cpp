@@ -24,8 +24,10 @@ struct Text
     std::string other; // differs at its end
 };
 Text const g_texts[] = {{"12", "src/main.cpp", "src/main.hpp"},
-                        {"53", "/home/someone/projects/library/sources/PathParsing.cpp",
-                         "/home/someone/projects/library/sources/PathParsing.hpp"}};
+                        {"50", "/home/someone/projects/library/sources/PathText.cpp",
+                         "/home/someone/projects/library/sources/PathText.hpp"},
+                        {"61", "/home/someone/projects/library/sources/FileSystemPathTest.cpp",
+                         "/home/someone/projects/library/sources/FileSystemPathTest.hpp"}};
 
 struct Own
 {

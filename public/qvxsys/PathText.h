@@ -90,7 +90,9 @@ struct Root
 /// from S to L are '/', and F, if any, is just there, too. When a ':' stands behind L, another one before L makes
 /// S <= L again, with the same result. So the beginning of the text matters only when the last part has a ':', and then
 /// only whether it has one, too.
-[[nodiscard]] inline int FilenameStart(TStringView text) noexcept
+///
+/// Returns whether the last part has no ':', which a name cut from the text depends on when it is looked at as a path.
+[[nodiscard]] inline bool FindPlainFilename(TStringView text, int& name) noexcept
 {
     int const length = text.length();
     int start = length;
@@ -119,9 +121,17 @@ struct Root
         }
     }
     if (colons != 0) [[unlikely]] {
-        return FilenameStartAtColon(text);
+        name = FilenameStartAtColon(text);
+        return false;
     }
-    return start < length ? start : kNone;
+    name = start < length ? start : kNone;
+    return true;
+}
+[[nodiscard]] inline int FilenameStart(TStringView text) noexcept
+{
+    int name;
+    (void)FindPlainFilename(text, name);
+    return name;
 }
 
 /// Where the extension of the file name that begins at `name` begins, behind its dot; kNone without one.

@@ -117,8 +117,13 @@ public:
     /// The file name as a path of its own after RemoveExtension().
     [[nodiscard]] TPathCore Stem() const
     {
-        int const start = qvxsys::detail::path::FilenameStart(m_text);
-        return start < 0 ? TPathCore() : Piece(start, StemEnd(start));
+        using namespace qvxsys::detail::path;
+        int start;
+        if (!FindPlainFilename(m_text, start)) [[unlikely]] {
+            return Filename().RemoveExtension();
+        }
+        int const extension = ExtensionStart(m_text, start);
+        return start < 0 ? TPathCore() : Piece(start, extension < 0 ? m_text.length() : extension - 1);
     }
     /// Without its dot; ".profile", "." and ".." have none, "name." has an empty one.
     [[nodiscard]] TStringCore Extension() const
@@ -258,7 +263,7 @@ public:
     /// count as one, except that without a root directory an empty element follows the first one behind the root name
     /// ("a/b" is "a", "", "b"), and that the first one behind a root directory is empty when that is doubled.
     /// @{
-    [[nodiscard]] iterator begin() const QVXSYS_LIFETIME_BOUND;
+    [[nodiscard]] iterator begin() const noexcept QVXSYS_LIFETIME_BOUND;
     [[nodiscard]] iterator end() const noexcept QVXSYS_LIFETIME_BOUND;
     /// The number of elements; linear.
     [[nodiscard]] std::size_t size() const noexcept;
@@ -312,21 +317,17 @@ private:
     struct AsIs
     {};
     TPathCore(AsIs, TStringCore&& text) noexcept : m_text(static_cast<TStringCore&&>(text)) {}
+    // Not through a string that is moved: the move would wait for its units to reach the cache.
+    TPathCore(AsIs, char16_t const* units, int length) : m_text(units, length) {}
     [[nodiscard]] TPathCore Piece(int start, int end) const
     {
         int const length = end - start;
         if (length > TStringCore::kInlineLength && length == m_text.length()) {
             return *this;
         }
-        return TPathCore(AsIs(), TStringCore(m_text.constData() + start, length));
+        return TPathCore(AsIs(), m_text.constData() + start, length);
     }
     [[nodiscard]] qvxsys::detail::path::Root RootPart() const noexcept { return qvxsys::detail::path::RootOf(m_text); }
-    [[nodiscard]] int StemEnd(int start) const noexcept
-    {
-        // The file name is looked at as a path of its own, in which a ':' can begin another file name.
-        int const extension = qvxsys::detail::path::ExtensionStart(m_text.view().mid(start));
-        return extension < 0 ? m_text.length() : start + extension - 1;
-    }
     void Normalize()
     {
         int const length = m_text.length();
@@ -348,11 +349,11 @@ private:
     {
         char16_t const* const a = m_text.constData();
         char16_t const* const b = other.m_text.constData();
-        unsigned const stop = qvxsys::detail::FirstStop(a, b);
-        if (stop < qvxsys::detail::kFirstUnits) {
-            return a[stop] == b[stop];
+        if (m_text.length() > TStringCore::kInlineLength) {
+            return m_text.length() == other.m_text.length() && std::memcmp(a, b, m_text.lengthInBytes()) == 0;
         }
-        return m_text.length() == other.m_text.length() && std::memcmp(a, b, m_text.lengthInBytes()) == 0;
+        unsigned const stop = qvxsys::detail::FirstStop(a, b);
+        return stop < qvxsys::detail::kFirstUnits && a[stop] == b[stop];
     }
 
     TStringCore m_text;
@@ -375,8 +376,9 @@ public:
 /// Walks the elements of one path, which it refers to and must not outlive; see Elements() for the usual way.
 ///
 /// It remembers positions, not text: an element is cut from the path when it is asked for. After a change of the path,
-/// stepping and reading throw unless the positions fit the new text. Two iterators are equal when their paths compare
-/// equal and they stand at the same position. Errors are TPathCore::Exception with these codes:
+/// stepping and reading throw where the text around the positions tells that no such element is there any more. Two
+/// iterators are equal when their paths compare equal and they stand at the same position. Errors are
+/// TPathCore::Exception with these codes:
 ///   0x4E3E0D3F "Invalid TPathCore::iterator asignment of from one TPathCore to different TPathCore."
 ///              assigning when both walk a path and not the same object
 ///   0xA22179A7 "Invalid position in TPathCore::iterator::nextElement."
@@ -416,9 +418,27 @@ public:
     iterator& operator=(iterator const& other);
     ~iterator() = default;
 
-    [[nodiscard]] TStringCore operator*() const;
+    [[nodiscard]] TStringCore operator*() const
+    {
+        // The usual case is checked here: the element is what it was.
+        TStringView const text = Text();
+        if (!IsElement(text)) [[unlikely]] {
+            return ElementNow();
+        }
+        return TStringCore(text.data() + m_start, m_end - m_start);
+    }
     [[nodiscard]] pointer operator->() const { return pointer(**this); }
-    iterator& operator++();
+    iterator& operator++()
+    {
+        using namespace qvxsys::detail::path;
+        TStringView const text = Text();
+        Root const root = RootOf(text);
+        if (!IsElement(text) || m_start < root.Length()) [[unlikely]] {
+            return Increment();
+        }
+        MoveTo(text, root, NextElement(text, root, m_start, m_end));
+        return *this;
+    }
     iterator operator++(int)
     {
         iterator const before(*this);
@@ -434,17 +454,41 @@ public:
         return before;
     }
     /// Compares both paths' texts when they are not one object.
-    [[nodiscard]] bool operator==(iterator const& other) const noexcept;
+    [[nodiscard]] bool operator==(iterator const& other) const noexcept
+    {
+        return m_start == other.m_start &&
+               (m_path == other.m_path || (m_path != nullptr && other.m_path != nullptr && *m_path == *other.m_path));
+    }
 
 private:
     friend class TPathCore;
     iterator(TPathCore const& path, int start, int end) noexcept : m_path(&path), m_start(start), m_end(end) {}
 
+    static constexpr int kEnd = -1;
+
+    [[nodiscard]] TStringView Text() const noexcept
+    {
+        return m_path != nullptr ? m_path->m_text.view() : TStringView();
+    }
+    /// Whether the remembered extent lies in the text and ends as one behind the root path does.
+    [[nodiscard]] bool IsElement(TStringView text) const noexcept
+    {
+        using qvxsys::detail::path::At;
+        return m_start >= 0 && m_start < text.length() &&
+               (m_end == text.length() || (m_end < text.length() && At(text, m_end) == u'/'));
+    }
+    void MoveTo(TStringView text, qvxsys::detail::path::Root root, int start) noexcept
+    {
+        bool const isEnd = start >= text.length();
+        m_start = isEnd ? kEnd : start;
+        m_end = isEnd ? kEnd : qvxsys::detail::path::ElementEnd(text, root, start);
+    }
+    [[nodiscard]] TStringCore ElementNow() const;
+    iterator& Increment();
+
     TPathCore const* m_path = nullptr;
     int m_start = kEnd;
     int m_end = kEnd;
-
-    static constexpr int kEnd = -1;
 };
 
 /// What TPathCore::Elements() returns: a bidirectional range of TStringView. A view in the standard's sense.
@@ -522,6 +566,18 @@ private:
 // The iterators view the path's text, not the range.
 template<>
 inline constexpr bool std::ranges::enable_borrowed_range<TPathCore::ElementRange> = true;
+
+inline TPathCore::iterator TPathCore::begin() const noexcept
+{
+    iterator it(*this, 0, 0);
+    it.MoveTo(m_text, RootPart(), 0);
+    return it;
+}
+
+inline TPathCore::iterator TPathCore::end() const noexcept
+{
+    return {*this, iterator::kEnd, iterator::kEnd};
+}
 
 inline TPathCore::ElementRange TPathCore::Elements() const& noexcept
 {

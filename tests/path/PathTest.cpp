@@ -225,6 +225,25 @@ TEST(PathIterator, Misuse)
     }
 }
 
+TEST(PathIterator, MisuseTellsItsCallStack)
+{
+    TStackWalker::InitSym(true);
+    TError::ErrorInfo const info = TError::ErrorInfo::TestError();
+    auto const messages = TPathCore::Exception(u"message", info, true).GetMessagesVector();
+    EXPECT_EQ(TPathCore::Exception(u"message", info, false).GetMessagesVector().size(), 1u);
+    try {
+        ++TPathCore().end();
+    } catch (TPathCore::Exception const& e) {
+        EXPECT_GT(e.GetMessagesVector().size(), 2u);
+    }
+    TStackWalker::InitSym(false);
+    ASSERT_GT(messages.size(), 2u);
+    EXPECT_EQ(messages[0], u"message");
+    EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [](TStringCore const& line) {
+        return line.contains(u"path_test") && line.contains(u'!');
+    }));
+}
+
 TEST(PathIterator, EqualityLooksAtTextAndPosition)
 {
     TPathCore const path = u"C:/dir/file", copy = u"c:/DIR/file", other = u"C:/dir/file2";

@@ -23,19 +23,6 @@ bool IsAmidPair(TStringView text, int i) noexcept
 
 } // namespace
 
-TPathCore::iterator TPathCore::begin() const
-{
-    if (m_text.empty()) {
-        return end();
-    }
-    return {*this, 0, ElementEnd(m_text, RootOf(m_text), 0)};
-}
-
-TPathCore::iterator TPathCore::end() const noexcept
-{
-    return {*this, iterator::kEnd, iterator::kEnd};
-}
-
 std::size_t TPathCore::size() const noexcept
 {
     TStringView const text = m_text;
@@ -74,9 +61,9 @@ TPathCore::iterator& TPathCore::iterator::operator=(iterator const& other)
     return *this;
 }
 
-TStringCore TPathCore::iterator::operator*() const
+TStringCore TPathCore::iterator::ElementNow() const
 {
-    TStringView const text = m_path != nullptr ? m_path->m_text.view() : TStringView();
+    TStringView const text = Text();
     if (m_start == kEnd || m_start >= text.length() || IsAmidPair(text, m_start)) {
         throw Exception(u"TPathCore::iterator::locateElementEnd element starting position is out of range, or not "
                         u"valid for current path.",
@@ -86,35 +73,28 @@ TStringCore TPathCore::iterator::operator*() const
     return TStringCore(text.data() + m_start, end - m_start);
 }
 
-TPathCore::iterator& TPathCore::iterator::operator++()
+TPathCore::iterator& TPathCore::iterator::Increment()
 {
     if (m_path != nullptr && m_start == kEnd) {
         throw Exception(u"TPathCore::iterator trying to increment beyond end.", ThrowSite(0x24209A38, kSource), true);
     }
-    TStringView const text = m_path != nullptr ? m_path->m_text.view() : TStringView();
+    TStringView const text = Text();
     if (m_start == kEnd || m_start >= text.length()) {
         throw Exception(u"Invalid position in TPathCore::iterator::nextElement.", ThrowSite(0xA22179A7, kSource), true);
     }
-    // Where the element ends is known: it need not be looked for again, only be an end still.
     Root const root = RootOf(text);
-    bool const inRoot = m_start < root.Length();
-    bool const ends = inRoot ? m_end == ElementEnd(text, root, m_start)
-                             : m_end == text.length() || (m_end < text.length() && At(text, m_end) == u'/');
-    if (!ends) {
+    if (m_end != ElementEnd(text, root, m_start)) {
         throw Exception(u"TPathCore::iterator::locateNextElement element end position is out of range, or not valid "
                         u"for this path.",
                         ThrowSite(0x38CA4808, kSource), true);
     }
-    int const next = NextElement(text, root, m_start, m_end);
-    bool const isEnd = next >= text.length();
-    m_start = isEnd ? kEnd : next;
-    m_end = isEnd ? kEnd : ElementEnd(text, root, next);
+    MoveTo(text, root, NextElement(text, root, m_start, m_end));
     return *this;
 }
 
 TPathCore::iterator& TPathCore::iterator::operator--()
 {
-    TStringView const text = m_path != nullptr ? m_path->m_text.view() : TStringView();
+    TStringView const text = Text();
     int const start = m_start == kEnd ? text.length() : m_start;
     if (start == 0) {
         throw Exception(u"TPathCore::iterator trying to decrement beyond beginning.", ThrowSite(0x6C884971, kSource),
@@ -129,14 +109,6 @@ TPathCore::iterator& TPathCore::iterator::operator--()
     m_start = previous;
     m_end = end;
     return *this;
-}
-
-bool TPathCore::iterator::operator==(iterator const& other) const noexcept
-{
-    if (m_start != other.m_start) {
-        return false;
-    }
-    return m_path == other.m_path || (m_path != nullptr && other.m_path != nullptr && *m_path == *other.m_path);
 }
 
 TPathCore::Exception::Exception(TStringCore const& message, TError::ErrorInfo const& info, bool withCallStack)

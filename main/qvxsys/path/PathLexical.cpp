@@ -25,15 +25,21 @@ bool IsOpaque(TStringView text) noexcept
     return RootOf(text).name == 0 && text.size() >= 3 && text[0] == u'/' && text[1] == u'/' && text[2] == u'?';
 }
 
+// 1 for ".", 2 for "..", 0 for other names.
+int DotsOf(TStringView text, int start, int end) noexcept
+{
+    int const length = end - start;
+    bool const isDots = length >= 1 && length <= 2 && At(text, start) == u'.' && At(text, end - 1) == u'.';
+    return isDots ? length : 0;
+}
+
 // Whether nothing is to be done. False for some that are normal.
 bool IsNormal(TStringView text) noexcept
 {
     Root const root = RootOf(text);
     for (int start = root.Length(); start < text.length();) {
         int const end = FindSeparator(text, start);
-        int const length = end - start;
-        bool const isDots = At(text, start) == u'.' && (length == 1 || (length == 2 && At(text, start + 1) == u'.'));
-        if (length == 0 || isDots || end + 1 == text.length()) {
+        if (end == start || DotsOf(text, start, end) != 0 || end + 1 == text.length()) {
             return false;
         }
         start = end + 1;
@@ -52,40 +58,43 @@ void MakePath(TStringCore& names)
     }
 }
 
-// Takes the last name back; what lies before `kept` stays.
-void Climb(TStringCore& text, int root, int kept)
+// The length of a text without its last name; what lies before `kept` stays.
+int Climbed(char16_t const* text, int length, int root, int kept) noexcept
 {
-    int start = text.length();
-    while (start > kept && At(text, start - 1) != u'/') {
-        --start;
+    while (length > kept && text[length - 1] != u'/') {
+        --length;
     }
-    text.truncate(start > root ? start - 1 : start);
+    return length > root ? length - 1 : length;
 }
 
 TStringCore NormalText(TStringView text)
 {
     Root const root = RootOf(text);
     TStringCore result;
-    result.reserve(text.length() + 2);
-    result.append(text.left(root.Length()));
+    result.resize(text.length());
+    char16_t* const units = result.data();
+    std::copy_n(text.data(), root.Length(), units);
+    int length = root.Length();
     bool isShare = IsUnc(text); // the next name, which is what it is
     int kept = root.Length();   // ".." takes back nothing of this
     for (int start = SkipSeparators(text, root.Length()), end = 0; start < text.length();
          start = SkipSeparators(text, end)) {
         end = FindSeparator(text, start);
-        TStringView const name = text.mid(start, end - start);
-        bool const isUp = name == kDots && !isShare;
-        if (isUp && result.length() > kept) {
-            Climb(result, root.Length(), kept);
-        } else if (isShare || (name != kDot && !(isUp && root.directory))) {
-            if (result.length() > root.Length()) {
-                result.append(u'/');
+        int const dots = DotsOf(text, start, end);
+        bool const isUp = dots == 2 && !isShare;
+        if (isUp && length > kept) {
+            length = Climbed(units, length, root.Length(), kept);
+        } else if (isShare || (dots != 1 && !(isUp && root.directory))) {
+            if (length > root.Length()) {
+                units[length++] = u'/';
             }
-            result.append(name);
-            kept = isShare || isUp ? result.length() : kept;
+            std::copy(text.data() + start, text.data() + end, units + length);
+            length += end - start;
+            kept = isShare || isUp ? length : kept;
             isShare = false;
         }
     }
+    result.truncate(length);
     if (root.Length() == 0) {
         MakePath(result);
     }

@@ -1,6 +1,6 @@
 #include <qvxsys/TPathCore.h>
 
-#include <cstring>
+#include <algorithm>
 
 #include "PathAccess.h"
 
@@ -158,14 +158,15 @@ TPathCore TPathCore::Joined(TPathCore const& a, TPathCore const& b)
     TStringView const left = a.m_text;
     TStringView const right = b.m_text;
     bool const separate = IsSeparatorMissing(left, right);
-    TStringCore text;
-    text.reserve(left.length() + right.length() + 1);
-    text.append(left);
+    TPathCore joined;
+    joined.m_text.resize(left.length() + right.length() + (separate ? 1 : 0));
+    char16_t* const units = joined.m_text.data();
+    std::copy_n(left.data(), left.size(), units);
     if (separate) {
-        text.append(u'/');
+        units[left.size()] = u'/';
     }
-    text.append(right);
-    return TPathCore(AsIs(), static_cast<TStringCore&&>(text));
+    std::copy_n(right.data(), right.size(), units + left.size() + (separate ? 1 : 0));
+    return joined;
 }
 
 TPathCore& TPathCore::operator+=(TPathCore const& other)

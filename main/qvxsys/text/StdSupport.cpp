@@ -18,18 +18,17 @@ namespace {
 
 // Four units, folded. ASCII, the usual case, by arithmetic on all four: a lane's bit 7 tells what is 'A' or above and
 // what is above 'Z', and letters between get bit 5.
-std::uint64_t FoldedFour(char16_t const* units, std::size_t n) noexcept
+std::uint64_t Folded(std::uint64_t four) noexcept
 {
     constexpr std::uint64_t kLanes = 0x0001000100010001;
-    std::uint64_t four = 0;
-    std::memcpy(&four, units, n * sizeof(char16_t));
     if ((four & 0xFF80 * kLanes) == 0) [[likely]] {
         std::uint64_t const letters = (four + (0x80 - 'A') * kLanes) & ~(four + (0x7F - 'Z') * kLanes) & 0x80 * kLanes;
         return four | letters >> 2;
     }
-    char16_t folded[4] = {};
-    std::transform(units, units + n, folded, [](char16_t c) noexcept { return TCType::FoldCase(c); });
-    std::memcpy(&four, folded, sizeof four);
+    char16_t units[4];
+    std::memcpy(units, &four, sizeof units);
+    std::transform(units, units + 4, units, [](char16_t c) noexcept { return TCType::FoldCase(c); });
+    std::memcpy(&four, units, sizeof units);
     return four;
 }
 
@@ -52,9 +51,15 @@ std::size_t HashFolded(TStringView text) noexcept
     std::uint64_t hash = text.size();
     std::size_t i = 0;
     for (; i + 4 <= text.size(); i += 4) {
-        hash = mixed(hash, FoldedFour(text.data() + i, 4));
+        std::uint64_t four;
+        std::memcpy(&four, text.data() + i, sizeof four);
+        hash = mixed(hash, Folded(four));
     }
-    hash = mixed(hash, FoldedFour(text.data() + i, text.size() - i));
+    std::uint64_t rest = 0;
+    for (; i < text.size(); ++i) {
+        rest = rest << 16 | text[i];
+    }
+    hash = mixed(hash, Folded(rest));
     return mixed(hash, 0);
 }
 
