@@ -23,6 +23,7 @@
 #include <qvxsys/Launch.h>
 #include <qvxsys/LogicException.h>
 #include <qvxsys/ParallelFor.h>
+#include <qvxsys/PathIterator.h>
 #include <qvxsys/PathText.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/Processor.h>

@@ -23,40 +23,51 @@ std::string Cell(TStringCore const& text, char const* empty = "-")
     return text.empty() ? empty : "`" + text.toStdString() + "`";
 }
 
-std::string PartsRow(TStringCore const& text)
+using Cells = std::vector<std::string>;
+
+Cells PartsOf(TPathCore const& path)
 {
-    TPathCore const path = text;
     std::string elements;
     for (TStringCore const& element : path) {
         elements += (elements.empty() ? "" : " ") + Cell(element, "(empty)");
     }
-    std::string const extension = path.HasExtension() ? Cell(path.Extension(), "(empty)") : "-";
-    return "| " + Cell(text) + " | " + Cell(path) + " | " + Cell(path.RootName()) + " | " + Cell(path.Parent()) +
-           (path.HasParentPath() ? "" : " (no)") + " | " + Cell(path.Filename()) + " | " + Cell(path.Stem()) + " | " +
-           extension + " | " + (elements.empty() ? "-" : elements) + " |";
+    return {Cell(path),
+            Cell(path.RootName()),
+            Cell(path.Parent()) + (path.HasParentPath() ? "" : " (no)"),
+            Cell(path.Filename()),
+            Cell(path.Stem()),
+            path.HasExtension() ? Cell(path.Extension(), "(empty)") : "-",
+            elements.empty() ? "-" : elements};
 }
 
-std::string RootsRow(TStringCore const& text)
+Cells RootsOf(TPathCore const& path)
 {
-    TPathCore const path = text;
-    std::string const kind = path.IsAbsolute() ? "absolute" : path.IsRelative() ? "relative" : "neither";
-    std::string const share = Cell(path.UNCShareName()) + (path.IsAdminShare() ? " (admin)" : "");
-    return "| " + Cell(text) + " | " + kind + " | " + (path.IsUNC() ? "UNC" : "-") +
-           (path.IsExtendedLength() ? " extended" : "") + " | " + share + " | " + Cell(path.UNCObjectName()) + " | " +
-           Cell(path.NativeLongPath()) + " | " + Cell(path.NativeShortPath()) + " | " + Cell(path.LexicallyNormal()) +
-           " |";
+    std::string const kind = std::string(path.IsUNC() ? "UNC" : "-") + (path.IsExtendedLength() ? " extended" : "");
+    return {path.IsAbsolute()   ? "absolute"
+            : path.IsRelative() ? "relative"
+                                : "neither",
+            kind,
+            Cell(path.UNCShareName()) + (path.IsAdminShare() ? " (admin)" : ""),
+            Cell(path.UNCObjectName()),
+            Cell(path.NativeLongPath()),
+            Cell(path.NativeShortPath()),
+            Cell(path.LexicallyNormal())};
 }
 
 // Each row of the page's two tables is what the operations make of its first cell.
 TEST(PathPage, TablesAreTrue)
 {
     std::ifstream page(QVXSYS_PATHS_PAGE, std::ios::binary);
-    std::string (*row)(TStringCore const&) = nullptr;
+    Cells (*cells)(TPathCore const&) = nullptr;
     int rows = 0;
     for (std::string line; std::getline(page, line);) {
-        row = line.starts_with("## Parts") ? PartsRow : line.starts_with("## Roots") ? RootsRow : row;
-        if (row != nullptr && line.starts_with("| `")) {
-            EXPECT_EQ(line, row(TStringCore(line.substr(3, line.find('`', 3) - 3))));
+        cells = line.starts_with("## Parts") ? PartsOf : line.starts_with("## Roots") ? RootsOf : cells;
+        if (cells != nullptr && line.starts_with("| `")) {
+            std::string row = line.substr(0, line.find('`', 3) + 1);
+            for (std::string const& cell : cells(row.substr(3, row.size() - 4))) {
+                row += " | " + cell;
+            }
+            EXPECT_EQ(line, row + " |");
             ++rows;
         }
     }
@@ -66,8 +77,9 @@ TEST(PathPage, TablesAreTrue)
 TEST(PathRules, EveryShortText)
 {
     constexpr TStringView kUnits = u"/:?.c";
-    for (TStringView const prefix : {u"", u"//?/", u"//?/uNc/", u"//s", u"C:", u"\xD83D\xDE00/", u"\xDC00\xD800"}) {
-        int const most = prefix.empty() ? 6 : 4;
+    for (TStringView const prefix :
+         {u"", u"//?/", u"//?/uNc/", u"//s", u"C:", u"\xD83D\xDE00/", u"\xDC00\xD800", u"a\\\u00E9", u"//s/c$"}) {
+        int const most = prefix.empty() ? 5 : 4;
         for (int length = 0; length <= most; ++length) {
             for (int n = 0, end = static_cast<int>(std::pow(5, length)); n < end; ++n) {
                 TStringCore text = prefix;
@@ -77,22 +89,6 @@ TEST(PathRules, EveryShortText)
                 ASSERT_EQ(PathCheck().Run(text, u"a/../b"), "");
             }
         }
-    }
-}
-
-TEST(PathRules, RandomTexts)
-{
-    std::mt19937 random(41);
-    constexpr TStringView kUnits(u"///\\\\:?..cCunUN$ \u00E9\xD83D\xDE00\xD800\xDC5C\0", 22);
-    auto const text = [&] {
-        TStringCore result;
-        for (auto n = random() % 24; n > 0; --n) {
-            result.append(kUnits[random() % kUnits.size()]);
-        }
-        return result;
-    };
-    for (int i = 0; i < 20'000; ++i) {
-        ASSERT_EQ(PathCheck().Run(text(), text()), "");
     }
 }
 
@@ -108,22 +104,18 @@ TEST(PathRules, AsTheStandardLibrary)
         }
         return result;
     };
-    auto const own = [](fs::path const& path) {
-        std::string generic = path.generic_string(); // with a '/' at the end where something was taken back
-        return TPathCore(generic.size() > 1 && generic.ends_with('/') ? generic.substr(0, generic.size() - 1)
-                                                                      : generic);
-    };
+    // Normal forms have a '/' at the end where something was taken back.
+    auto const own = [](fs::path const& path) { return TPathCore(path.generic_string()); };
     for (int i = 0; i < 20'000; ++i) {
         bool const rooted = random() % 2 != 0;
         std::string const some = text(rooted), other = text(rooted);
         fs::path const theirs = some;
         TPathCore const ours = some;
-        ASSERT_EQ(ours.Filename(), TPathCore(theirs.filename().generic_string())) << some;
+        ASSERT_EQ(ours.Filename(), own(theirs.filename())) << some;
         ASSERT_EQ(ours.Parent(), own(theirs.parent_path())) << some;
-        bool const dots = ours.Filename() == u"...";
-        ASSERT_EQ(ours.HasExtension() ? u'.' + ours.Extension() : TStringCore(),
-                  dots ? TStringCore() : TStringCore(theirs.extension().generic_string()))
-            << some;
+        if (ours.Filename() != u"...") {
+            ASSERT_EQ(ours.HasExtension() ? u'.' + ours.Extension() : u""_qs, own(theirs.extension())) << some;
+        }
         ASSERT_EQ(ours.LexicallyNormal(), own(theirs.lexically_normal())) << some;
         TPathCore const base = TPathCore(other).LexicallyNormal();
         if (!base.GenericString().startsWith(u"..")) { // where the standard's answer does not lead back
@@ -134,94 +126,67 @@ TEST(PathRules, AsTheStandardLibrary)
     }
 }
 
-unsigned CodeOf(void (*misuse)(TPathCore& path), TStringView message)
+TPathCore const g_other = u"C:/dir/file";
+
+// An iterator of "C:/dir/file" taken at an element (-1: the end), then the path changed, then a step or a look.
+struct Misuse
 {
-    TPathCore path = u"C:/dir/file";
-    try {
-        misuse(path);
-    } catch (TPathCore::Exception const& e) {
-        EXPECT_EQ(e.GetErrorSource(), 2);
-        EXPECT_EQ(e.GetMessagesVector(), std::vector<TStringCore>{message});
-        std::unique_ptr<QuorvexException> const clone(e.Clone());
-        EXPECT_THROW(clone->Throw(), TPathCore::Exception);
-        return e.GetErrorCode();
+    unsigned code;
+    char16_t const* message;
+    int element;
+    char16_t const* changed;
+    void (*act)(TPathCore::iterator&);
+
+    void Do() const
+    {
+        TPathCore path = u"C:/dir/file";
+        auto it = element < 0 ? path.end() : std::next(path.begin(), element);
+        path = changed;
+        act(it);
     }
-    return 0;
-}
+};
 
 TEST(PathIterator, Misuse)
 {
-    struct Case
-    {
-        unsigned code;
-        char16_t const* message;
-        void (*misuse)(TPathCore& path);
-    };
+    constexpr char16_t kSame[] = u"C:/dir/file";
     constexpr char16_t kEnd[] = u"TPathCore::iterator::locateElementEnd element starting position is out of range, or "
                                 u"not valid for current path.";
     constexpr char16_t kChanged[] = u"TPathCore::iterator::locateNextElement element end position is out of range, or "
                                     u"not valid for this path.";
     constexpr char16_t kPosition[] = u"Invalid position in TPathCore::iterator::nextElement.";
     constexpr char16_t kSync[] = u"TPathCore::iterator out of sync in prev.";
-    Case const cases[] = {
-        {0x4E3E0D3F, u"Invalid TPathCore::iterator asignment of from one TPathCore to different TPathCore.",
-         [](TPathCore& path) {
-             TPathCore const same = path;
-             auto it = path.begin();
-             it = same.begin();
-         }},
-        {0x24209A38, u"TPathCore::iterator trying to increment beyond end.", [](TPathCore& path) { ++path.end(); }},
-        {0x6C884971, u"TPathCore::iterator trying to decrement beyond beginning.",
-         [](TPathCore& path) { --path.begin(); }},
-        {0x6C884971, u"TPathCore::iterator trying to decrement beyond beginning.",
-         [](TPathCore&) { --TPathCore().end(); }},
-        {0x9E82DC54, kEnd, [](TPathCore& path) { (void)*path.end(); }},
-        {0x9E82DC54, kEnd,
-         [](TPathCore& path) {
-             auto const it = --path.end();
-             path.RemoveFilename();
-             (void)it->length();
-         }},
-        {0x9E82DC54, kEnd,
-         [](TPathCore& path) {
-             auto const it = std::next(path.begin(), 2);
-             path = u"aa\xD83D\xDE00";
-             (void)*it;
-         }},
-        {0xA22179A7, kPosition, [](TPathCore&) { ++TPathCore::iterator(); }},
-        {0xA22179A7, kPosition,
-         [](TPathCore& path) {
-             auto it = --path.end();
-             path.Clear();
-             ++it;
-         }},
-        {0x38CA4808, kChanged,
-         [](TPathCore& path) {
-             auto it = --path.end();
-             path += u"name";
-             ++it;
-         }},
-        {0x38CA4808, kChanged,
-         [](TPathCore& path) {
-             auto it = path.begin();
-             path = u"//server";
-             ++it;
-         }},
-        {0x2BC6B9CE, kSync,
-         [](TPathCore& path) {
-             auto it = --path.end();
-             path = u"C:/directory/file";
-             --it;
-         }},
-        {0x2BC6B9CE, kSync,
-         [](TPathCore& path) {
-             auto it = --path.end();
-             path.Clear();
-             --it;
-         }},
+    constexpr char16_t kBegin[] = u"TPathCore::iterator trying to decrement beyond beginning.";
+    constexpr char16_t kForeign[] =
+        u"Invalid TPathCore::iterator asignment of from one TPathCore to different TPathCore.";
+    constexpr auto kUp = [](TPathCore::iterator& it) { ++it; };
+    constexpr auto kDown = [](TPathCore::iterator& it) { --it; };
+    constexpr auto kRead = [](TPathCore::iterator& it) { (void)it->length(); };
+    Misuse const cases[] = {
+        {0x4E3E0D3F, kForeign, 0, kSame, [](TPathCore::iterator& it) { it = g_other.begin(); }},
+        {0x24209A38, u"TPathCore::iterator trying to increment beyond end.", -1, kSame, kUp},
+        {0x6C884971, kBegin, 0, kSame, kDown},
+        {0x6C884971, kBegin, -1, u"", kDown},
+        {0x9E82DC54, kEnd, -1, kSame, kRead},
+        {0x9E82DC54, kEnd, 3, u"C:/dir", kRead},
+        {0x9E82DC54, kEnd, 2, u"aa\xD83D\xDE00", kRead},
+        {0xA22179A7, kPosition, 0, kSame, [](TPathCore::iterator&) { ++TPathCore::iterator(); }},
+        {0xA22179A7, kPosition, 3, u"C:/dir", kUp},
+        {0x38CA4808, kChanged, 3, u"C:/dir/filename", kUp},
+        {0x38CA4808, kChanged, 0, u"//server", kUp},
+        {0x2BC6B9CE, kSync, 3, u"C:/directory/file", kDown},
+        {0x2BC6B9CE, kSync, 3, u"", kDown},
     };
-    for (Case const& c : cases) {
-        EXPECT_EQ(CodeOf(c.misuse, c.message), c.code) << TStringCore(c.message);
+    for (Misuse const& misuse : cases) {
+        try {
+            misuse.Do();
+            ADD_FAILURE() << TStringCore(misuse.message) << " after " << TStringCore(misuse.changed);
+        } catch (TPathCore::Exception const& e) {
+            EXPECT_EQ(e.GetErrorCode(), misuse.code);
+            EXPECT_EQ(e.GetErrorSource(), 2);
+            EXPECT_EQ(e.GetMessagesVector(), std::vector<TStringCore>{misuse.message});
+            std::unique_ptr<QuorvexException> const clone(e.Clone());
+            EXPECT_THROW(clone->Throw(), TPathCore::Exception);
+        }
     }
 }
 
@@ -229,28 +194,24 @@ TEST(PathIterator, MisuseTellsItsCallStack)
 {
     TStackWalker::InitSym(true);
     TError::ErrorInfo const info = TError::ErrorInfo::TestError();
-    auto const messages = TPathCore::Exception(u"message", info, true).GetMessagesVector();
-    EXPECT_EQ(TPathCore::Exception(u"message", info, false).GetMessagesVector().size(), 1u);
+    std::vector<TStringCore> const without = TPathCore::Exception(u"message", info, false).GetMessagesVector();
+    std::vector<TStringCore> messages;
     try {
         ++TPathCore().end();
     } catch (TPathCore::Exception const& e) {
-        EXPECT_GT(e.GetMessagesVector().size(), 2u);
+        messages = e.GetMessagesVector();
     }
     TStackWalker::InitSym(false);
-    ASSERT_GT(messages.size(), 2u);
-    EXPECT_EQ(messages[0], u"message");
-    EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [](TStringCore const& line) {
-        return line.contains(u"path_test") && line.contains(u'!');
-    }));
+    EXPECT_EQ(without.size(), 1u);
+    EXPECT_TRUE(std::any_of(messages.begin(), messages.end(),
+                            [](TStringCore const& line) { return line.contains(u"path_test!"); }));
 }
 
 TEST(PathIterator, EqualityLooksAtTextAndPosition)
 {
     TPathCore const path = u"C:/dir/file", copy = u"c:/DIR/file", other = u"C:/dir/file2";
-    EXPECT_EQ(path.begin(), copy.begin());
-    EXPECT_EQ(--path.end(), std::next(copy.begin(), 3));
-    EXPECT_NE(path.begin(), other.begin());
-    EXPECT_NE(path.begin(), path.end());
+    EXPECT_TRUE(path.begin() == copy.begin() && --path.end() == std::next(copy.begin(), 3));
+    EXPECT_TRUE(path.begin() != other.begin() && path.begin() != path.end());
     auto it = path.begin();
     EXPECT_EQ(*it++, u"C:");
     EXPECT_EQ(it->length(), 1);
@@ -306,11 +267,10 @@ TEST(Path, SharesOrCopiesWithoutAllocating)
 
 TEST(Path, ContainersFoldedAndExact)
 {
-    std::unordered_set<TPathCore> const folded{u"a/B", u"A\\b", u"c"};
-    std::set<TPathCore> const ordered{u"a/B", u"A\\b", u"c"};
-    std::unordered_set<TPathCore, qvxsys::ExactPathHash, qvxsys::ExactPathEqual> const exact{u"a/B", u"A\\b", u"a\\B"};
-    std::set<TPathCore, qvxsys::ExactPathLess> const exactOrdered{u"a/B", u"A\\b", u"a\\B"};
-    EXPECT_TRUE(folded.size() == 2 && ordered.size() == 2 && exact.size() == 2 && exactOrdered.size() == 2);
+    std::initializer_list<TPathCore> const some{u"a/B", u"A\\b", u"c"};
+    EXPECT_EQ(std::unordered_set<TPathCore>(some).size() + std::set<TPathCore>(some).size(), 4u);
+    EXPECT_EQ((std::unordered_set<TPathCore, qvxsys::ExactPathHash, qvxsys::ExactPathEqual>(some).size()), 3u);
+    EXPECT_EQ((std::set<TPathCore, qvxsys::ExactPathLess>(some).size()), 3u);
     // Comparing ends at an embedded 0, and so does the hash.
     TPathCore const longer = TStringView(u"a\0b", 3);
     EXPECT_TRUE(longer == u"A" && std::hash<TPathCore>()(longer) == std::hash<TPathCore>()(u"A"));
@@ -318,34 +278,17 @@ TEST(Path, ContainersFoldedAndExact)
 
 TEST(PathLexical, Within)
 {
-    struct Case
-    {
-        char16_t const* path;
-        char16_t const* folder;
-        bool within;
-    };
-    Case const cases[] = {
-        {u"C:/a/b", u"c:\\A", true},
-        {u"C:/a/../b", u"C:/a", false},
-        {u"C:/ab", u"C:/a", false},
-        {u"C:/a", u"D:/a", false},
-        {u"C:/a", u"C:/", true},
-        {u"/a", u"a", false},
-        {u"a", u"", true},
-        {u"..", u".", false},
-        {u"../a", u"..", true},
-        {u"../..", u"..", false},
-        {u"..a", u".", true},
-        {u"//s/x/../../y", u"//s/x", true},
-        {u"//s/y/a", u"//s/x", false},
-        {u"//s/y", u"//s/", true},
-        {u"//?/C:/a/b", u"//?/C:/a", true},
-        {u"./C:/x", u"C:/", false},
-        {u"//?/Volume{1}/a", u"//?/", false},
-        {u"C:a", u"C:/", false},
-    };
-    for (Case const& c : cases) {
-        EXPECT_EQ(TPathCore(c.path).IsWithin(c.folder), c.within) << TPathCore(c.path) << " in " << TPathCore(c.folder);
+    using Pair = std::pair<TPathCore, TPathCore>;
+    for (auto const& [path, folder] :
+         {Pair(u"C:/a/b", u"c:\\A"), Pair(u"C:/a", u"C:/"), Pair(u"a", u""), Pair(u"../a", u".."), Pair(u"..a", u"."),
+          Pair(u"//s/x/../../y", u"//s/x"), Pair(u"//s/y", u"//s/"), Pair(u"//?/C:/a/b", u"//?/C:/a")}) {
+        EXPECT_TRUE(path.IsWithin(folder)) << path << " in " << folder;
+    }
+    for (auto const& [path, folder] :
+         {Pair(u"C:/a/../b", u"C:/a"), Pair(u"C:/ab", u"C:/a"), Pair(u"C:/a", u"D:/a"), Pair(u"/a", u"a"),
+          Pair(u"..", u"."), Pair(u"../..", u".."), Pair(u"//s/y/a", u"//s/x"), Pair(u"./C:/x", u"C:/"),
+          Pair(u"//?/Volume{1}/a", u"//?/"), Pair(u"C:a", u"C:/")}) {
+        EXPECT_FALSE(path.IsWithin(folder)) << path << " in " << folder;
     }
     EXPECT_EQ(TPathCore(u"//s/y/a").LexicallyRelative(u"//s/x"), u"");
     EXPECT_EQ(TPathCore(u"./C:").LexicallyRelative(u"").GenericString(), u"./C:");
@@ -354,35 +297,18 @@ TEST(PathLexical, Within)
 TEST(PathNames, WindowsRules)
 {
     using enum TPathCore::NameFault;
-    std::pair<TStringCore, TPathCore::NameFault> const cases[] = {
-        {u"", Empty},
-        {u"a b.c", None},
-        {u".profile", None},
-        {u"a?", Character},
-        {u"a\tb", Character},
-        {u"a:b", Character},
-        {u"a\\b", Character},
-        {u"a.", TrailingDotOrSpace},
-        {u"..", TrailingDotOrSpace},
-        {u"a ", TrailingDotOrSpace},
-        {u"CON", Device},
-        {u"nul.tar.gz", Device},
-        {u"Aux .x", Device},
-        {u"prn", Device},
-        {u"com\u00B9", Device},
-        {u"LPT9.txt", Device},
-        {u"COM0", None},
-        {u"COM10", None},
-        {u"COM\u2074", None},
-        {u"conin$", Device},
-        {u"CONSOLE", None},
-        {u"a.CON", None},
-        {TStringCore(u'n', 255), None},
-        {TStringCore(u'n', 256), TooLong},
-        {u"\xD800", None},
-    };
-    for (auto const& [name, fault] : cases) {
-        EXPECT_EQ(TPathCore::CheckName(name), fault) << name;
+    std::pair<TPathCore::NameFault, std::vector<TStringCore>> const cases[] = {
+        {None, {u"a b.c", u".profile", u"COM0", u"COM10", u"COM\u2074", u"CONSOLE", u"a.CON", u"\xD800"}},
+        {None, {TStringCore(u'n', 255)}},
+        {Empty, {u""}},
+        {Character, {u"a?", u"a\tb", u"a:b", u"a\\b"}},
+        {TrailingDotOrSpace, {u"a.", u"..", u"a ", u"CON "}},
+        {Device, {u"CON", u"nul.tar.gz", u"Aux .x", u"prn", u"com\u00B9", u"LPT9.txt", u"conin$"}},
+        {TooLong, {TStringCore(u'n', 256)}}};
+    for (auto const& [fault, names] : cases) {
+        for (TStringCore const& name : names) {
+            EXPECT_EQ(TPathCore::CheckName(name), fault) << name;
+        }
     }
     EXPECT_EQ(TPathCore(u"C:/a/../b/./c.txt").CheckNames(), None);
     EXPECT_EQ(TPathCore(u"C:/a/nul/c.txt").CheckNames(), Device);
@@ -391,12 +317,7 @@ TEST(PathNames, WindowsRules)
 
 TEST(PathBridge, BytesAndBack)
 {
-    struct Case
-    {
-        std::string bytes;
-        std::u16string text;
-    };
-    Case const cases[] = {
+    std::pair<std::string, std::u16string> const cases[] = {
         {"a/b", u"a/b"},
         {"dir/", u"dir/"},
         {"//a//", u"//a//"},
@@ -407,24 +328,17 @@ TEST(PathBridge, BytesAndBack)
         {"a\\b", {u'a', 0xDC5C, u'b'}},
         {"\xC3\xA9\xF0\x9F\x98\x80", u"\u00E9\U0001F600"},
         {"\xFF\xC3", {0xDCFF, 0xDCC3}},
-        {"\xED\xA0\x80", {0xDCED, 0xDCA0, 0xDC80}},                         // a surrogate
-        {"\xC0\xAF\xE0\x80\xAF", {0xDCC0, 0xDCAF, 0xDCE0, 0xDC80, 0xDCAF}}, // '/' in too many bytes
-        {"\xF4\x90\x80\x80", {0xDCF4, 0xDC90, 0xDC80, 0xDC80}},
-        {std::string("a\0b", 3), std::u16string(u"a\0b", 3)},
-    };
-    for (Case const& c : cases) {
-        TPathCore const path = qvxsys::detail::PathFromBytes(c.bytes);
-        EXPECT_EQ(path.GenericString(), TStringView(c.text));
-        EXPECT_EQ(qvxsys::detail::PathToBytes(path), c.bytes);
+        // A surrogate, '/' in too many bytes, and what is above U+10FFFF.
+        {"\xED\xA0\x80", {0xDCED, 0xDCA0, 0xDC80}},
+        {"\xC0\xAF", {0xDCC0, 0xDCAF}},
+        {"\xE0\x80\xAF", {0xDCE0, 0xDC80, 0xDCAF}},
+        {"\xF4\x90\x80\x80", {0xDCF4, 0xDC90, 0xDC80, 0xDC80}}};
+    for (auto const& [bytes, text] : cases) {
+        TPathCore const path = qvxsys::detail::PathFromBytes(bytes);
+        EXPECT_EQ(path.GenericString(), TStringView(text));
+        EXPECT_EQ(qvxsys::detail::PathToBytes(path), bytes);
     }
     EXPECT_EQ(qvxsys::detail::PathToBytes(std::u16string{0xD800, 0xDC3A, 0xDFFF}), "\xF0\x90\x80\xBA\xED\xBF\xBF");
-    std::mt19937 random(43);
-    for (int i = 0; i < 20'000; ++i) {
-        std::string bytes(random() % 12, '\0');
-        std::generate(bytes.begin(), bytes.end(),
-                      [&] { return "\\:/C\xED\xA0\xB2\x80\xF0\x9F\xC3\xA9"[random() % 12]; });
-        ASSERT_EQ(qvxsys::detail::PathToBytes(qvxsys::detail::PathFromBytes(bytes)), bytes);
-    }
     EXPECT_EQ(qvxsys::detail::PathFromUnits(u"C:\\a//b\\").GenericString(), u"C:/a//b/");
 }
 

@@ -38,7 +38,7 @@ FILES = [
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
-    (r"public/qvxsys/(FileSystemPath|PathText|TPathCore)\.h", "path"),
+    (r"public/qvxsys/(FileSystemPath|PathIterator|PathText|TPathCore)\.h", "path"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
     (r"public/qvxsys/StaticRepository\.h", "repository"),
     (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Executor|Future|FutureCoroutine|FutureGroup|FutureState|Launch|"
