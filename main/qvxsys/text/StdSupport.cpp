@@ -48,19 +48,29 @@ std::size_t HashFolded(TStringView text) noexcept
         hash = (hash ^ four) * kFactor;
         return hash ^ hash >> 32; // multiplying mixes upwards only
     };
-    std::uint64_t hash = text.size();
-    std::size_t i = 0;
-    for (; i + 4 <= text.size(); i += 4) {
+    auto const at = [text](std::size_t i) {
         std::uint64_t four;
         std::memcpy(&four, text.data() + i, sizeof four);
-        hash = mixed(hash, Folded(four));
+        return Folded(four);
+    };
+    // Two chains of multiplications, neither of which waits for the other.
+    std::uint64_t even = text.size();
+    std::uint64_t odd = kFactor;
+    std::size_t i = 0;
+    for (; i + 8 <= text.size(); i += 8) {
+        even = mixed(even, at(i));
+        odd = mixed(odd, at(i + 4));
+    }
+    if (i + 4 <= text.size()) {
+        even = mixed(even, at(i));
+        i += 4;
     }
     std::uint64_t rest = 0;
     for (; i < text.size(); ++i) {
         rest = rest << 16 | text[i];
     }
-    hash = mixed(hash, Folded(rest));
-    return mixed(hash, 0);
+    odd = mixed(odd, Folded(rest));
+    return mixed(mixed(even, odd), 0);
 }
 
 int Order(TStringView a, TStringView b) noexcept
