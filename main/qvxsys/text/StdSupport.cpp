@@ -16,20 +16,25 @@
 namespace qvxsys::detail {
 namespace {
 
-// Four units, folded. ASCII, the usual case, by arithmetic on all four: a lane's bit 7 tells what is 'A' or above and
-// what is above 'Z', and letters between get bit 5.
-std::uint64_t Folded(std::uint64_t four) noexcept
+[[gnu::noinline]] std::uint64_t FoldedOneByOne(std::uint64_t four) noexcept
 {
-    constexpr std::uint64_t kLanes = 0x0001000100010001;
-    if ((four & 0xFF80 * kLanes) == 0) [[likely]] {
-        std::uint64_t const letters = (four + (0x80 - 'A') * kLanes) & ~(four + (0x7F - 'Z') * kLanes) & 0x80 * kLanes;
-        return four | letters >> 2;
-    }
     char16_t units[4];
     std::memcpy(units, &four, sizeof units);
     std::transform(units, units + 4, units, [](char16_t c) noexcept { return TCType::FoldCase(c); });
     std::memcpy(&four, units, sizeof units);
     return four;
+}
+
+// Four units, folded. ASCII, the usual case, by arithmetic on all four: a lane's bit 7 tells what is 'A' or above and
+// what is above 'Z', and letters between get bit 5.
+[[gnu::always_inline]] inline std::uint64_t Folded(std::uint64_t four) noexcept
+{
+    constexpr std::uint64_t kLanes = 0x0001000100010001;
+    if ((four & 0xFF80 * kLanes) != 0) [[unlikely]] {
+        return FoldedOneByOne(four);
+    }
+    std::uint64_t const letters = (four + (0x80 - 'A') * kLanes) & ~(four + (0x7F - 'Z') * kLanes) & 0x80 * kLanes;
+    return four | letters >> 2;
 }
 
 } // namespace
