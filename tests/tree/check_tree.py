@@ -14,8 +14,9 @@ import tempfile
 # The layers, lowest first. Each may use itself and those it names (and what they name).
 LAYERS = {
     "memory": [],
+    "unwind": ["memory"],
     "text": ["memory"],
-    "error": ["text"],
+    "error": ["text", "unwind"],
     "system": ["error"],
     "sync": ["system"],
     "repository": ["sync"],
@@ -29,6 +30,8 @@ FILES = [
     (r"main/platform/", "memory"),
     (r"main/diagnostics/tmemory", "memory"),
     (r"public/qvxsys/TMemory\.h", "memory"),
+    (r"main/diagnostics/unwind/", "unwind"),
+    (r"public/qvxsys/StackTrace\.h", "unwind"),
     (r"public/qvxsys/Platform\.h", "memory"),
     (r"public/qvxsys/qvxsys\.h", "tool"),
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
