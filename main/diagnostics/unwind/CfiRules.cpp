@@ -108,7 +108,7 @@ Value Register(std::uint64_t number, std::uint64_t offset, std::uint64_t pc) noe
     case kReturnAddress:
         return {Value::Number, false, pc + offset};
     default:
-        return {};
+        return {Value::Unknown, false, offset};
     }
 }
 
@@ -142,7 +142,7 @@ Value Evaluate(Reader code, std::uint64_t pc, bool startsWithCfa) noexcept
             return {};
         }
     }
-    return depth == 1 && !code.Failed() ? stack[0] : Value{};
+    return depth > 0 && !code.Failed() ? stack[depth - 1] : Value{};
 }
 
 /// Where a register of the caller's is.

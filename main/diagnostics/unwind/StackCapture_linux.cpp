@@ -264,10 +264,16 @@ private:
         return true;
     }
 
-    /// Whether a word there belongs to the frame that lies between.
-    static bool IsIn(Address sp, Address at, Address cfa) noexcept
+    /// Whether a register can have been saved there, in the frame that ends at `cfa`.
+    bool IsIn(Position const& at, Address saved, Address cfa) const noexcept
     {
-        return at >= sp && at < cfa && cfa - at >= 8 && at % 8 == 0;
+        if (saved % 8 != 0 || saved > cfa - 8) {
+            return false;
+        }
+        // A function that was interrupted while it took its frame down may have the value below the stack pointer;
+        // nobody writes the 128 bytes there (x86-64 ABI, 3.2.2).
+        return saved >= at.sp ||
+               (at.interrupted && at.sp - saved <= 128 && (saved >= m_stack.low || IsReadable(saved)));
     }
 
     bool Leave(FrameRule const& rule, Position& at) noexcept
@@ -286,7 +292,7 @@ private:
         if (rule.framePointer != FrameRule::Saved::No) {
             Address const from = rule.framePointer == FrameRule::Saved::FromCfa ? cfa : at.bp;
             Address const saved = from + static_cast<Address>(rule.framePointerOffset);
-            if (!IsIn(at.sp, saved, cfa)) {
+            if (!IsIn(at, saved, cfa)) {
                 return false;
             }
             at.bp = Load(saved);
@@ -305,20 +311,27 @@ private:
             return false;
         }
         at = {Load(at.sp + kRip), Load(at.sp + kRsp), Load(at.sp + kRbp), true};
-        if (!m_stack.Has(at.sp)) {
-            End(true);
-            m_stack = FindStretch(at.sp);
-            m_grown = false;
-        }
+        ComeTo(at.sp);
         return true;
     }
 
+    /// The walk goes on there, perhaps on another stack.
+    void ComeTo(Address sp) noexcept
+    {
+        if (!m_stack.Has(sp)) {
+            End(true);
+            m_stack = FindStretch(sp);
+            m_grown = false;
+        }
+    }
+
     /// Has the compiler's unwinder go over one frame.
-    [[gnu::noinline]] static bool Ask(Position& at) noexcept
+    [[gnu::noinline]] bool Ask(Position& at) noexcept
     {
         Registers registers{at};
         _Unwind_Backtrace(TakeRegisters, &registers);
         at = registers.from;
+        ComeTo(at.sp);
         return registers.found;
     }
 
