@@ -388,7 +388,7 @@ bool Machine::Simple(std::uint8_t op, Reader& code) noexcept
         return true; // GNU_args_size
     case 0x2F:
         number = code.Unsigned();
-        return SetOffset(number, -static_cast<std::int64_t>(code.Unsigned()));
+        return SetOffset(number, static_cast<std::int64_t>(0 - code.Unsigned()));
     default:
         return false;
     }

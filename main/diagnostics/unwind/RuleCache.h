@@ -122,14 +122,14 @@ private:
                    static_cast<std::uint64_t>(-rule.cfaOffset) << 4;
         }
         bool const saved = rule.framePointer == FrameRule::Saved::FromCfa;
-        std::int64_t const words = saved ? -rule.framePointerOffset / 8 : 0;
+        std::int64_t const at = saved ? rule.framePointerOffset : 0;
         if (rule.kind != FrameRule::Kind::Frame || rule.cfaInMemory ||
             rule.framePointer == FrameRule::Saved::FromFramePointer || rule.cfaOffset < 8 || rule.cfaOffset > 0x7FF8 ||
-            rule.cfaOffset % 8 != 0 || (saved && (rule.framePointerOffset % 8 != 0 || words < 2 || words > 31))) {
+            rule.cfaOffset % 8 != 0 || at % 8 != 0 || at > 0 || at < -31 * 8 || (saved && at > -16)) {
             return 0;
         }
         std::uint64_t const base = rule.cfaBase == FrameRule::Base::StackPointer ? FromStack : FromFrame;
-        return base | static_cast<std::uint64_t>(words) << 2 | static_cast<std::uint64_t>(rule.cfaOffset) << 4;
+        return base | static_cast<std::uint64_t>(-at / 8) << 2 | static_cast<std::uint64_t>(rule.cfaOffset) << 4;
     }
 
     Set m_sets[std::size_t{1} << kSetBits];
