@@ -73,7 +73,8 @@ thread_local std::size_t t_frames;
     }
 }
 
-int volatile g_sink;
+thread_local int volatile g_sink;
+Trace g_trace;
 
 template<std::size_t Bytes, std::size_t Alignment>
 [[gnu::noinline]] void Recurse(int depth)
@@ -219,6 +220,14 @@ void EveryInstruction()
         });
 }
 
+/// Without the sanitizer's own look at what is called.
+__attribute__((no_sanitize("undefined"), noinline)) void CallNothing()
+{
+    void (*volatile none)() = nullptr;
+    none();
+    g_sink = 1;
+}
+
 struct Shape
 {
     char const* name;
@@ -266,6 +275,27 @@ TEST(Capture, SameAsTheCompilersUnwinder)
     }
 }
 
+TEST(Capture, CallThroughNullTellsWhoCalled)
+{
+    WithHandler(
+        SIGSEGV, 0,
+        [](int, siginfo_t*, void*) {
+            g_trace = Trace::Current();
+            siglongjmp(g_back, 1);
+        },
+        [] {
+            if (sigsetjmp(g_back, 1) == 0) {
+                CallNothing();
+            }
+        });
+    auto const frames = g_trace.Frames();
+    auto const zero = std::find(frames.begin(), frames.end(), nullptr);
+    Compare();
+    ASSERT_GE(frames.end() - zero, static_cast<std::ptrdiff_t>(t_frames)) << g_trace.ToText();
+    EXPECT_TRUE(std::equal(frames.rbegin(), frames.rbegin() + static_cast<std::ptrdiff_t>(t_frames) - 3,
+                           Trace::Current().Frames().rbegin()));
+}
+
 TEST(Capture, SameAtEveryInstruction)
 {
 #if defined(__SANITIZE_THREAD__)
@@ -285,12 +315,6 @@ TEST(Capture, ManyThreads)
         EXPECT_EQ(t_differences, 0);
     });
 }
-
-namespace {
-
-Trace g_trace;
-
-} // namespace
 
 TEST(Capture, OtherLibraryAtTheSamePlace)
 {

@@ -3,6 +3,9 @@
 #include <atomic>
 
 namespace qvxsys::unwind {
+
+constinit ModuleRecord g_modules[kMaxModules];
+
 namespace {
 
 // Records are claimed by number, filled in by the claimer alone and then shown, so nobody ever waits: a signal handler
@@ -11,7 +14,6 @@ struct Table
 {
     std::atomic<unsigned> claimed{1};
     std::atomic<std::uintptr_t> begins[kMaxModules]{}; // 0 until the record is complete
-    ModuleRecord records[kMaxModules];
 };
 
 constinit Table g_table;
@@ -24,7 +26,7 @@ std::uint16_t Record(std::uintptr_t address, std::uintptr_t begin, std::uintptr_
             return 0;
         }
     } while (!g_table.claimed.compare_exchange_weak(number, number + 1, std::memory_order_relaxed));
-    ModuleRecord& record = g_table.records[number];
+    ModuleRecord& record = g_modules[number];
     record.begin = begin;
     record.end = end;
     platform::Describe(address, record);
@@ -44,7 +46,7 @@ std::uint16_t ModuleAt(std::uintptr_t address) noexcept
     unsigned const claimed = g_table.claimed.load(std::memory_order_relaxed);
     for (unsigned number = 1; number < claimed; ++number) {
         if (g_table.begins[number].load(std::memory_order_acquire) == begin) {
-            ModuleRecord const& record = g_table.records[number];
+            ModuleRecord const& record = g_modules[number];
             if (record.end == end && platform::IsSame(record)) {
                 return static_cast<std::uint16_t>(number);
             }
@@ -57,14 +59,9 @@ bool IsStill(std::uint16_t number, std::uintptr_t address) noexcept
 {
     std::uintptr_t begin = 0;
     std::uintptr_t end = 0;
-    ModuleRecord const& record = g_table.records[number];
+    ModuleRecord const& record = g_modules[number];
     return platform::FindRange(address, begin, end) && begin == record.begin && end == record.end &&
            (record.isPermanent || record.buildIdInMemory != nullptr) && platform::IsSame(record);
-}
-
-ModuleRecord const& Module(std::uint16_t number) noexcept
-{
-    return g_table.records[number];
 }
 
 } // namespace qvxsys::unwind

@@ -11,6 +11,8 @@ namespace qvxsys::unwind {
 /// One module at one place in memory. What is known of it never changes.
 struct ModuleRecord : quorvex::StackModule
 {
+    [[nodiscard]] bool Has(std::uintptr_t address) const noexcept { return address - begin < end - begin; }
+
     /// Where the build-id lies in memory, if that can be read without asking for as long as anything is loaded there.
     unsigned char const* buildIdInMemory = nullptr;
     /// It stays for as long as the library's own code does: the program, the library and what that is built on.
@@ -28,7 +30,13 @@ constexpr unsigned kMaxModules = 1024;
 /// was recorded that would matter: same place, same build. False for modules that cannot be told apart.
 [[nodiscard]] bool IsStill(std::uint16_t number, std::uintptr_t address) noexcept;
 
-[[nodiscard]] ModuleRecord const& Module(std::uint16_t number) noexcept;
+extern ModuleRecord g_modules[kMaxModules];
+
+/// Number 0 is an empty one.
+[[nodiscard]] inline ModuleRecord const& Module(std::uint16_t number) noexcept
+{
+    return g_modules[number];
+}
 
 namespace platform {
 

@@ -35,15 +35,15 @@ public:
         [[nodiscard]] std::uint16_t Module() const noexcept { return static_cast<std::uint16_t>(word >> 19 & 0x3FF); }
     };
 
-    /// The entry of an address; with Is() == None when there is none.
+    /// The entry of an address; with Is() == None when there is none. What its module's record says can be read then.
     [[nodiscard]] Entry Find(std::uintptr_t pc) const noexcept
     {
         std::uint64_t const hash = Hash(pc);
         Set const& set = m_sets[hash >> kTagBits];
         std::uint64_t const tag = hash & kTagMask;
-        std::uint64_t word = set.ways[0].load(std::memory_order_relaxed);
+        std::uint64_t word = set.ways[0].load(std::memory_order_acquire);
         if (word >> kTagShift != tag) {
-            word = set.ways[1].load(std::memory_order_relaxed);
+            word = set.ways[1].load(std::memory_order_acquire);
             word = word >> kTagShift == tag ? word : 0;
         }
         return {word};
@@ -60,11 +60,11 @@ public:
         std::uint64_t const word = packed | std::uint64_t{module} << 19 | hash << kTagShift;
         // What was first becomes second: two addresses of one set that come in turns both stay.
         Set& set = m_sets[hash >> kTagBits];
-        std::uint64_t const first = set.ways[0].load(std::memory_order_relaxed);
+        std::uint64_t const first = set.ways[0].load(std::memory_order_acquire);
         if (first != 0 && first >> kTagShift != word >> kTagShift) {
-            set.ways[1].store(first, std::memory_order_relaxed);
+            set.ways[1].store(first, std::memory_order_release);
         }
-        set.ways[0].store(word, std::memory_order_relaxed);
+        set.ways[0].store(word, std::memory_order_release);
     }
 
     [[nodiscard]] static FrameRule Unpack(Entry entry) noexcept

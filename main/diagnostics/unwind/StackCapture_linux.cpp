@@ -211,9 +211,16 @@ public:
         case FrameRule::Kind::Unsupported:
             return Ask(at);
         case FrameRule::Kind::End:
-            m_regular = true;
-            return false;
+            break;
         }
+        if (at.interrupted && at.ip < kPage) {
+            // A call through a null pointer: all that has happened is that the return address was pushed.
+            FrameRule called;
+            called.kind = FrameRule::Kind::Frame;
+            called.cfaOffset = 8;
+            return Leave(called, at);
+        }
+        m_regular = true;
         return false;
     }
 
@@ -347,7 +354,7 @@ int WalkStack(void** frames, int capacity, int skip, Position at) noexcept
     Walk walk(at.sp);
     Address stackEnd = walk.StackEnd();
     int count = 0;
-    while (at.ip != 0 && at.At() >> 47 == 0) {
+    while ((at.ip != 0 || at.interrupted) && at.At() >> 47 == 0) {
         if (skip > 0) {
             --skip;
         } else {

@@ -1,6 +1,8 @@
 #include <qvxsys/StackTrace.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "ModuleTable.h"
 #include "StackCapture.h"
@@ -42,16 +44,15 @@ void FindTraceModules(void* const* frames, std::uint16_t* modules, int count) no
     constexpr unsigned kRecent = 4;
     std::uint16_t recent[kRecent] = {};
     unsigned next = 0;
+    std::uint16_t number = 0;
     for (int i = 0; i < count; ++i) {
         // What a function calls last may return to behind its end, and that may be the end of the module.
         auto const address = reinterpret_cast<std::uintptr_t>(frames[i]) - 1;
-        std::uint16_t number = 0;
-        for (std::uint16_t const known : recent) {
-            auto const& module = unwind::Module(known);
-            number = module.begin <= address && address < module.end ? known : number;
-        }
-        if (number == 0) {
-            number = unwind::ModuleAt(address);
+        if (!unwind::Module(number).Has(address)) {
+            auto const* const known = std::find_if(std::begin(recent), std::end(recent), [address](auto candidate) {
+                return unwind::Module(candidate).Has(address);
+            });
+            number = known != std::end(recent) ? *known : unwind::ModuleAt(address);
             recent[next++ % kRecent] = number;
         }
         modules[i] = number;
