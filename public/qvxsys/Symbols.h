@@ -2,8 +2,9 @@
 // From addresses to names: the functions, source lines and modules of a call stack that was captured as bare addresses,
 // and what symbols the modules of the process have.
 //
-//     std::vector<void*> const frames = ...;                     // innermost first, as they were captured
-//     for (auto const& frame : quorvex::symbols::Resolve(frames)) {
+//     auto const trace = quorvex::StackTrace::Current();         // StackTrace.h
+//     ...
+//     for (auto const& frame : quorvex::symbols::Resolve(trace.Frames())) {
 //         std::cerr << frame.Module() << ' ' << frame.Symbol() << ' ' << frame.File() << ':' << frame.Line() << '\n';
 //     }
 //

@@ -9,9 +9,9 @@
 #include <random>
 #include <sstream>
 
-#include <execinfo.h>
 #include <gtest/gtest.h>
 
+#include <qvxsys/StackTrace.h>
 #include <qvxsys/Symbols.h>
 
 #include "support/ChildProcess.h"
@@ -24,8 +24,8 @@ using symbols::SymbolSource;
 
 std::vector<void*> Capture()
 {
-    void* frames[100];
-    return std::vector<void*>(frames, frames + ::backtrace(frames, 100));
+    auto const trace = quorvex::StackTrace::Current();
+    return {trace.Frames().begin(), trace.Frames().end()};
 }
 
 symbols::LoadedModule ModuleNamed(std::string const& name)
@@ -59,7 +59,7 @@ TEST(Symbols, FramesOfTheProgramAreThoseOfAddr2line)
     std::erase_if(addresses, [&](void* address) {
         return reinterpret_cast<std::uintptr_t>(address) - program.base >= program.size;
     });
-    std::vector<std::string> command{"/usr/bin/addr2line", "-f", "-C", "-e", program.path};
+    std::vector<std::string> command{ADDR2LINE, "-f", "-C", "-e", program.path};
     for (void* const address : addresses) {
         std::ostringstream number;
         number << std::hex << reinterpret_cast<std::uintptr_t>(address) - 1 - program.base;
@@ -112,7 +112,7 @@ TEST(Symbols, OfAddressesThemselves)
 
 // Variants of one library (plugin/make_variants.sh).
 
-std::string const kVariants = STACK_VARIANTS;
+std::string const kVariants = SYMBOL_VARIANTS;
 
 /// The frames inside the library, by a call through it and back.
 std::vector<symbols::Frame> FramesIn(std::string const& name, SharedLibrary const& library)
@@ -156,7 +156,7 @@ TEST_P(SymbolsOfVariant, AreFound)
     EXPECT_EQ(frames[1].Symbol(), "PluginCall");
     for (std::size_t i = 0; i < 2; ++i) {
         EXPECT_EQ(frames[i].Line(), v.hasLines ? (i == 0 ? 7 : 14) : -1);
-        EXPECT_EQ(frames[i].File().ends_with("tests/stack/plugin/Plugin.cpp"), v.hasLines) << frames[i].File();
+        EXPECT_EQ(frames[i].File().ends_with("tests/stack/plugin/SymbolPlugin.cpp"), v.hasLines) << frames[i].File();
     }
     auto const module = ModuleNamed(file);
     EXPECT_EQ(module.source, v.source);
