@@ -1,6 +1,7 @@
 // Names and lines of addresses, in the program beside addr2line, and in libraries whose symbols are in many places.
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -8,6 +9,7 @@
 #include <memory>
 #include <random>
 #include <sstream>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -113,6 +115,7 @@ TEST(Symbols, OfAddressesThemselves)
 // Variants of one library (plugin/make_variants.sh).
 
 std::string const kVariants = SYMBOL_VARIANTS;
+constexpr char kInner[] = "Inner(int (*)(void*), void*)";
 
 /// The frames inside the library, by a call through it and back.
 std::vector<symbols::Frame> FramesIn(std::string const& name, SharedLibrary const& library)
@@ -172,8 +175,6 @@ TEST_P(SymbolsOfVariant, AreFound)
     EXPECT_EQ(frames[1].Symbol(), "PluginCall"); // what was found out stays
 }
 
-constexpr char kInner[] = "Inner(int (*)(void*), void*)";
-
 INSTANTIATE_TEST_SUITE_P(
     Variants, SymbolsOfVariant,
     testing::Values(Variant{"full", "", SymbolSource::LineInformation, "", kInner, true},
@@ -192,6 +193,29 @@ INSTANTIATE_TEST_SUITE_P(
         std::string const path = param.param.searchPath;
         return param.param.name + (path.empty() ? "" : "_in_" + path);
     });
+
+TEST(Symbols, ModulesComeAndGoWhileOthersLook)
+{
+    std::atomic<bool> done{false};
+    std::vector<std::thread> lookers;
+    for (int i = 0; i < 3; ++i) {
+        lookers.emplace_back([&done] {
+            do {
+                EXPECT_NE(symbols::ResolveAddress(reinterpret_cast<void*>(&Ends)).Symbol(), "");
+            } while (!done);
+        });
+    }
+    for (int round = 0; round < 30; ++round) {
+        std::string const name = round % 2 == 0 ? "full.so" : "stripped.so";
+        SharedLibrary const library(kVariants + '/' + name);
+        auto const frames = FramesIn(name, library);
+        EXPECT_TRUE(frames.size() == 2 && frames[0].Symbol() == (round % 2 == 0 ? kInner : ""));
+    }
+    done = true;
+    for (std::thread& looker : lookers) {
+        looker.join();
+    }
+}
 
 std::string Contents(std::string const& path)
 {
@@ -229,7 +253,7 @@ TEST(Symbols, DamagedDebugFiles)
     auto const target = folder / fs::relative(stored, kVariants + "/stored");
     fs::create_directories(target.parent_path());
     std::mt19937 random(1);
-    for (int round = 0; round < 100; ++round) {
+    for (int round = 0; round < 40; ++round) {
         std::string bytes = good;
         for (int i = 0; i < 20; ++i) {
             bytes[random() % bytes.size()] = static_cast<char>(random());
