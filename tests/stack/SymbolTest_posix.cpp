@@ -142,6 +142,7 @@ struct Variant
 class SymbolsOfVariant : public testing::TestWithParam<Variant>
 {
 protected:
+    void SetUp() override { ::setenv("DEBUGINFOD_URLS", "http://127.0.0.1:1/", 1); }
     void TearDown() override { symbols::SetSearchPath({}); }
 };
 
@@ -165,6 +166,8 @@ TEST_P(SymbolsOfVariant, AreFound)
     EXPECT_EQ(module.source, v.source);
     EXPECT_TRUE(v.debugFile[0] == 0 ? module.debugFile.empty() : module.debugFile.ends_with(v.debugFile))
         << module.debugFile;
+    // libdwfl would have loaded it by now, to ask for what is missing.
+    EXPECT_EQ(ModuleNamed("libdebuginfod.so.1").path, "");
     auto const address = reinterpret_cast<std::uintptr_t>(frames[0].Address());
     EXPECT_LT(address - module.base, module.size);
 
