@@ -61,7 +61,7 @@ TEST(Symbols, FramesOfTheProgramAreThoseOfAddr2line)
     std::erase_if(addresses, [&](void* address) {
         return reinterpret_cast<std::uintptr_t>(address) - program.base >= program.size;
     });
-    std::vector<std::string> command{ADDR2LINE, "-f", "-C", "-e", program.path};
+    std::vector<std::string> command{ADDR2LINE, "-a", "-i", "-f", "-C", "-e", program.path};
     for (void* const address : addresses) {
         std::ostringstream number;
         number << std::hex << reinterpret_cast<std::uintptr_t>(address) - 1 - program.base;
@@ -71,27 +71,30 @@ TEST(Symbols, FramesOfTheProgramAreThoseOfAddr2line)
     auto const frames = symbols::Resolve(addresses);
     ASSERT_GT(frames.size(), 5u);
     std::size_t withLine = 0;
+    std::string function;
+    std::getline(oracle, function); // the first address
     for (symbols::Frame const& frame : frames) {
-        std::string function;
+        // The place is that of the innermost function, the name that of the one which others were inlined into.
         std::string place;
-        ASSERT_TRUE(std::getline(oracle, function) && std::getline(oracle, place));
-        place = place.substr(0, place.find(" (discriminator"));
+        for (std::string line; std::getline(oracle, line) && !line.starts_with("0x");) {
+            function = line;
+            ASSERT_TRUE(std::getline(oracle, line));
+            place = place.empty() ? line.substr(0, line.find(" (discriminator")) : place;
+        }
         EXPECT_EQ(frame.Module(), std::filesystem::path(program.path).filename().string());
+        // addr2line has the bare names of functions that are local to a source.
+        EXPECT_NE(frame.Symbol().find(function), std::string_view::npos) << frame.Symbol() << " is not " << function;
         if (place.starts_with("??")) {
             EXPECT_EQ(frame.File(), "");
             EXPECT_EQ(frame.Line(), -1);
-            EXPECT_EQ(frame.Symbol(), function);
         } else {
             // addr2line puts the folder of the compilation before relative names.
             std::string const own = std::string(frame.File()) + ':' + std::to_string(frame.Line());
             EXPECT_TRUE(('/' + place).ends_with('/' + own) || place == own) << own << " is not " << place;
-            // Of inlined code addr2line names the inlined function.
-            EXPECT_TRUE(frame.Symbol() == function || !place.ends_with("SymbolTest_posix.cpp")) << function;
             ++withLine;
         }
     }
     EXPECT_GE(withLine, 3u);
-    EXPECT_EQ(frames.size() > 1 ? frames[1].Symbol().substr(0, 12) : "", "(anonymous n");
 }
 
 TEST(Symbols, OfAddressesThemselves)
@@ -274,12 +277,11 @@ TEST(Symbols, CacheKeepsItsLimit)
 {
     std::size_t const before = symbols::GetCacheUse().limit;
     std::vector<void*> addresses;
-    auto const program = symbols::LoadedModules().front();
-    for (std::size_t i = 0; i < 2000; ++i) {
-        addresses.push_back(reinterpret_cast<void*>(program.base + i * 7 % program.size));
+    for (std::uintptr_t i = 0; i < 500; ++i) {
+        addresses.push_back(reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(&Ends) + i * 7));
     }
     auto const expected = symbols::Resolve(addresses);
-    for (std::size_t const limit : {std::size_t{0}, std::size_t{100}, std::size_t{20'000}, std::size_t{1} << 20}) {
+    for (std::size_t const limit : {std::size_t{0}, std::size_t{100}, std::size_t{20'000}, std::size_t{1} << 19}) {
         symbols::SetCacheLimit(limit);
         for (int round = 0; round < 2; ++round) {
             auto const frames =
