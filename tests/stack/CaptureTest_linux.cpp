@@ -139,37 +139,51 @@ void WithHandler(int signal, int flags, void (*handler)(int, siginfo_t*, void*),
     sigaction(signal, &before, nullptr);
 }
 
-void CompareOnSignal(int, siginfo_t*, void*)
+sigjmp_buf g_back;
+
+void CompareOnSignal(int signal, siginfo_t*, void*)
 {
     Compare();
+    if (signal != SIGUSR1) {
+        siglongjmp(g_back, 1);
+    }
 }
 
 alignas(4096) char g_spareStack[1 << 18];
 
-void OnOtherStack()
+void OnOtherStack(int signal, void (*body)())
 {
     stack_t stack{};
     stack.ss_sp = g_spareStack;
     stack.ss_size = sizeof g_spareStack;
     sigaltstack(&stack, nullptr);
-    WithHandler(SIGUSR1, SA_ONSTACK, CompareOnSignal, [] { raise(SIGUSR1); });
+    WithHandler(signal, SA_ONSTACK, CompareOnSignal, body);
     stack.ss_flags = SS_DISABLE;
     sigaltstack(&stack, nullptr);
 }
 
-sigjmp_buf g_back;
-
 void AtFault()
 {
-    auto const handler = [](int, siginfo_t*, void*) {
-        Compare();
-        siglongjmp(g_back, 1);
-    };
-    WithHandler(SIGILL, 0, handler, [] {
+    WithHandler(SIGILL, 0, CompareOnSignal, [] {
         if (sigsetjmp(g_back, 1) == 0) {
             __builtin_trap();
         }
     });
+}
+
+[[gnu::noinline]] int RecurseForEver()
+{
+    char volatile frame[500];
+    frame[0] = 1;
+    return g_sink != 0 ? RecurseForEver() + frame[0] : 0;
+}
+
+void Overflow()
+{
+    if (sigsetjmp(g_back, 1) == 0) {
+        g_sink = 1;
+        RecurseForEver();
+    }
 }
 
 ucontext_t g_main;
@@ -235,7 +249,7 @@ constexpr Shape kShapes[] = {
     {"in library functions", Sorting, 8},
     {"exceptions", Exceptions, 2},
     {"signal", [] { WithHandler(SIGUSR1, 0, CompareOnSignal, [] { raise(SIGUSR1); }); }, 1},
-    {"signal stack", OnOtherStack, 1},
+    {"signal stack", [] { OnOtherStack(SIGUSR1, [] { raise(SIGUSR1); }); }, 1},
     {"fault", AtFault, 1},
     {"fibre", Fibre, 1, 11},
 };
@@ -290,6 +304,17 @@ TEST(Capture, SameAtEveryInstruction)
     GTEST_SKIP() << "signals come later there";
 #endif
     Check({"every instruction", EveryInstruction, 10000});
+}
+
+TEST(Capture, OverflowedStack)
+{
+#if defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "which has a shadow stack of its own";
+#endif
+    Elsewhere([] {
+        Check({"overflow", [] { OnOtherStack(SIGSEGV, Overflow); }, 1, 200});
+        return 0;
+    });
 }
 
 TEST(Capture, ManyThreads)

@@ -12,7 +12,7 @@ namespace {
 // may come in between. Two threads that meet a module at the same time may record it twice, which only costs the room.
 struct Table
 {
-    std::atomic<unsigned> claimed{0}; // the highest number so far
+    std::atomic<unsigned> claimed{0};                  // the highest number so far
     std::atomic<std::uintptr_t> begins[kMaxModules]{}; // 0 until the record is complete
 };
 

@@ -279,8 +279,8 @@ private:
         }
         // A function that was interrupted while it took its frame down may have the value below the stack pointer;
         // nobody writes the 128 bytes there (x86-64 ABI, 3.2.2).
-        return saved >= at.sp ||
-               (at.interrupted && at.sp - saved <= 128 && (saved >= m_stack.low || IsReadable(saved)));
+        return saved >= at.sp ? saved >= m_stack.low
+                              : at.interrupted && at.sp - saved <= 128 && (saved >= m_stack.low || IsReadable(saved));
     }
 
     bool Leave(FrameRule const& rule, Position& at) noexcept
@@ -288,12 +288,12 @@ private:
         Address cfa =
             (rule.cfaBase == FrameRule::Base::StackPointer ? at.sp : at.bp) + static_cast<Address>(rule.cfaOffset);
         if (rule.cfaInMemory) {
-            if (cfa < at.sp || cfa % 8 != 0 || cfa + 8 < cfa || !Reach(cfa + 8)) {
+            if (cfa < at.sp || cfa < m_stack.low || cfa % 8 != 0 || cfa + 8 < cfa || !Reach(cfa + 8)) {
                 return false;
             }
             cfa = Load(cfa);
         }
-        if (cfa <= at.sp || cfa % 8 != 0 || at.sp % 8 != 0 || !Reach(cfa)) {
+        if (cfa <= at.sp || cfa <= m_stack.low || cfa % 8 != 0 || at.sp % 8 != 0 || !Reach(cfa)) {
             return false;
         }
         if (rule.framePointer != FrameRule::Saved::No) {
@@ -329,6 +329,10 @@ private:
             End(true);
             m_stack = FindStretch(sp);
             m_grown = false;
+            // A stack that overflowed begins above the stack pointer, behind its guard pages.
+            for (int pages = 0; m_stack.low == m_stack.high && pages < 256 && !IsReadable(m_stack.low); ++pages) {
+                m_stack.low = m_stack.high += kPage;
+            }
         }
     }
 
@@ -368,12 +372,11 @@ int WalkStack(void** frames, int capacity, int skip, Position at) noexcept
         Address const cfa = base + entry.CfaOffset();
         Address const saved = cfa - 8 * entry.Saved();
         bool const known = entry.Is() == RuleCache::FromStack || entry.Is() == RuleCache::FromFrame;
-        if (known && cfa > at.sp && cfa <= stackEnd && saved >= at.sp && saved <= cfa && ((cfa | at.sp) & 7) == 0 &&
-            (entry.Module() == 0 || walk.IsValid(entry.Module(), at.At()))) [[likely]] {
+        if (known && !at.interrupted && cfa > at.sp && cfa <= stackEnd && saved >= at.sp && saved <= cfa &&
+            ((cfa | at.sp) & 7) == 0 && (entry.Module() == 0 || walk.IsValid(entry.Module(), at.At()))) [[likely]] {
             at.bp = entry.Saved() != 0 ? Load(saved) : at.bp;
             at.ip = Load(cfa - 8);
             at.sp = cfa;
-            at.interrupted = false;
         } else {
             if (!walk.Step(at)) {
                 break;
