@@ -28,6 +28,8 @@ struct FrameRule
     Saved framePointer = Saved::No; ///< No: still in its register
     std::int64_t cfaOffset = 0;
     std::int64_t framePointerOffset = 0;
+
+    bool operator==(FrameRule const&) const = default;
 };
 
 /// One entry of .eh_frame and what it refers to: from the first byte behind the length to the end.

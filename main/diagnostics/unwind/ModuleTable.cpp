@@ -12,7 +12,7 @@ namespace {
 // may come in between. Two threads that meet a module at the same time may record it twice, which only costs the room.
 struct Table
 {
-    std::atomic<unsigned> claimed{1};
+    std::atomic<unsigned> claimed{0};                  // the highest number so far
     std::atomic<std::uintptr_t> begins[kMaxModules]{}; // 0 until the record is complete
 };
 
@@ -22,10 +22,11 @@ std::uint16_t Record(std::uintptr_t address, std::uintptr_t begin, std::uintptr_
 {
     unsigned number = g_table.claimed.load(std::memory_order_relaxed);
     do {
-        if (number >= kMaxModules) {
+        if (number + 1 >= kMaxModules) {
             return 0;
         }
     } while (!g_table.claimed.compare_exchange_weak(number, number + 1, std::memory_order_relaxed));
+    ++number;
     ModuleRecord& record = g_modules[number];
     record.begin = begin;
     record.end = end;
@@ -44,7 +45,7 @@ std::uint16_t ModuleAt(std::uintptr_t address) noexcept
         return 0;
     }
     unsigned const claimed = g_table.claimed.load(std::memory_order_relaxed);
-    for (unsigned number = 1; number < claimed; ++number) {
+    for (unsigned number = 1; number <= claimed; ++number) {
         if (g_table.begins[number].load(std::memory_order_acquire) == begin) {
             ModuleRecord const& record = g_modules[number];
             if (record.end == end && platform::IsSame(record)) {

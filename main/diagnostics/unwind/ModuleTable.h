@@ -46,7 +46,7 @@ bool FindRange(std::uintptr_t address, std::uintptr_t& begin, std::uintptr_t& en
 /// Fills in everything about the module whose range is given, by an address in it.
 void Describe(std::uintptr_t address, ModuleRecord& record) noexcept;
 
-/// Whether the record tells of what is in its range now.
+/// Whether the record tells of what is in its range now: by its build-id, or of a module without one by its name.
 bool IsSame(ModuleRecord const& record) noexcept;
 
 } // namespace platform

@@ -69,11 +69,17 @@ void ReadBuildId(std::uintptr_t bias, ModuleRecord& record) noexcept
     }
 }
 
-void SetName(char const* path, ModuleRecord& record) noexcept
+/// As much of the end of a path as a name has room for.
+char const* End(char const* path) noexcept
 {
+    constexpr std::size_t kMost = sizeof ModuleRecord::name - 1;
     std::size_t const length = std::strlen(path);
-    std::size_t const kept = length < sizeof record.name ? length : sizeof record.name - 1;
-    std::memcpy(record.name, path + (length - kept), kept + 1);
+    return length > kMost ? path + (length - kMost) : path;
+}
+
+bool IsProgram(ModuleRecord const& record) noexcept
+{
+    return record.Has(::getauxval(AT_PHDR));
 }
 
 void SetProgramName(ModuleRecord& record) noexcept
@@ -83,17 +89,14 @@ void SetProgramName(ModuleRecord& record) noexcept
     auto const length = ::readlink("/proc/self/exe", path, sizeof path - 1);
     errno = before;
     path[length > 0 ? length : 0] = 0;
-    SetName(path, record);
+    std::strcpy(record.name, End(path));
 }
 
 /// The library's code is running, so the library is loaded, and what it is linked with: they go only after it.
 bool StaysLoaded(ModuleRecord const& record) noexcept
 {
-    auto const has = [&record](auto address) {
-        auto const at = reinterpret_cast<std::uintptr_t>(address);
-        return record.begin <= at && at < record.end;
-    };
-    return has(::getauxval(AT_PHDR)) || has(&CaptureStack) || has(&std::terminate) || has(&_Unwind_Backtrace) ||
+    auto const has = [&record](auto address) { return record.Has(reinterpret_cast<std::uintptr_t>(address)); };
+    return IsProgram(record) || has(&CaptureStack) || has(&std::terminate) || has(&_Unwind_Backtrace) ||
            has(&::readlink) || has(&_dl_find_object);
 }
 
@@ -119,17 +122,24 @@ void Describe(std::uintptr_t address, ModuleRecord& record) noexcept
     record.bias = found.dlfo_link_map->l_addr;
     ReadBuildId(record.bias, record);
     record.isPermanent = StaysLoaded(record);
-    if (auto const program = ::getauxval(AT_PHDR); record.begin <= program && program < record.end) {
+    if (IsProgram(record)) {
         SetProgramName(record);
     } else {
-        SetName(found.dlfo_link_map->l_name, record);
+        std::strcpy(record.name, End(found.dlfo_link_map->l_name));
     }
 }
 
 bool IsSame(ModuleRecord const& record) noexcept
 {
-    return record.isPermanent || (record.buildIdInMemory != nullptr &&
-                                  std::memcmp(record.buildIdInMemory, record.buildId, record.buildIdLength) == 0);
+    if (record.isPermanent) {
+        return true;
+    }
+    if (record.buildIdInMemory != nullptr) {
+        return std::memcmp(record.buildIdInMemory, record.buildId, record.buildIdLength) == 0;
+    }
+    dl_find_object found;
+    return _dl_find_object(reinterpret_cast<void*>(record.begin), &found) == 0 &&
+           std::strcmp(record.name, End(found.dlfo_link_map->l_name)) == 0;
 }
 
 } // namespace qvxsys::unwind::platform

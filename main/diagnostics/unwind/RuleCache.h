@@ -72,10 +72,12 @@ public:
         FrameRule rule;
         if (entry.Is() == Other) {
             rule.kind = static_cast<FrameRule::Kind>(entry.word >> 2 & 3);
-            rule.cfaBase = FrameRule::Base::FramePointer;
-            rule.cfaInMemory = true;
-            rule.cfaOffset = -static_cast<std::int64_t>(entry.CfaOffset());
-            rule.framePointer = FrameRule::Saved::FromFramePointer;
+            if (rule.kind == FrameRule::Kind::Frame) {
+                rule.cfaBase = FrameRule::Base::FramePointer;
+                rule.cfaInMemory = true;
+                rule.cfaOffset = -static_cast<std::int64_t>(entry.CfaOffset());
+                rule.framePointer = FrameRule::Saved::FromFramePointer;
+            }
             return rule;
         }
         rule.kind = FrameRule::Kind::Frame;

@@ -202,7 +202,7 @@ public:
     /// Goes on to the caller; false at the end of the stack, or where it makes no sense any more.
     [[gnu::noinline]] bool Step(Position& at) noexcept
     {
-        FrameRule const rule = RuleAt(at.At());
+        FrameRule const rule = at.At() >> 47 == 0 ? RuleAt(at.At()) : FrameRule{FrameRule::Kind::End};
         switch (rule.kind) {
         case FrameRule::Kind::Frame:
             return Leave(rule, at);
@@ -279,8 +279,8 @@ private:
         }
         // A function that was interrupted while it took its frame down may have the value below the stack pointer;
         // nobody writes the 128 bytes there (x86-64 ABI, 3.2.2).
-        return saved >= at.sp ||
-               (at.interrupted && at.sp - saved <= 128 && (saved >= m_stack.low || IsReadable(saved)));
+        return saved >= at.sp ? saved >= m_stack.low
+                              : at.interrupted && at.sp - saved <= 128 && (saved >= m_stack.low || IsReadable(saved));
     }
 
     bool Leave(FrameRule const& rule, Position& at) noexcept
@@ -288,12 +288,12 @@ private:
         Address cfa =
             (rule.cfaBase == FrameRule::Base::StackPointer ? at.sp : at.bp) + static_cast<Address>(rule.cfaOffset);
         if (rule.cfaInMemory) {
-            if (cfa < at.sp || cfa % 8 != 0 || cfa + 8 < cfa || !Reach(cfa + 8)) {
+            if (cfa < at.sp || cfa < m_stack.low || cfa % 8 != 0 || cfa + 8 < cfa || !Reach(cfa + 8)) {
                 return false;
             }
             cfa = Load(cfa);
         }
-        if (cfa <= at.sp || cfa % 8 != 0 || at.sp % 8 != 0 || !Reach(cfa)) {
+        if (cfa <= at.sp || cfa <= m_stack.low || cfa % 8 != 0 || at.sp % 8 != 0 || !Reach(cfa)) {
             return false;
         }
         if (rule.framePointer != FrameRule::Saved::No) {
@@ -329,6 +329,10 @@ private:
             End(true);
             m_stack = FindStretch(sp);
             m_grown = false;
+            // A stack that overflowed begins above the stack pointer, behind its guard pages.
+            for (int pages = 0; m_stack.low == m_stack.high && pages < 256 && !IsReadable(m_stack.low); ++pages) {
+                m_stack.low = m_stack.high += kPage;
+            }
         }
     }
 
@@ -349,40 +353,61 @@ private:
     bool m_regular = false;
 };
 
-int WalkStack(void** frames, int capacity, int skip, Position at) noexcept
+/// What the walk's caller gets.
+struct Frames
 {
-    Walk walk(at.sp);
-    Address stackEnd = walk.StackEnd();
+    void** frames;
+    int capacity;
+    int skip;
     int count = 0;
-    while ((at.ip != 0 || at.interrupted) && at.At() >> 47 == 0) {
+
+    /// False when there is no room for more.
+    [[gnu::always_inline]] bool Add(Address ip) noexcept
+    {
         if (skip > 0) {
             --skip;
-        } else {
-            frames[count++] = reinterpret_cast<void*>(at.ip);
-            if (count == capacity) {
-                break;
-            }
+            return true;
         }
-        RuleCache::Entry const entry = g_rules.Find(at.At());
+        frames[count++] = reinterpret_cast<void*>(ip);
+        return count < capacity;
+    }
+};
+
+/// Goes on to the next frame that is one of a call, adding those on the way that were interrupted.
+[[gnu::noinline]] bool StepToCall(Walk& walk, Position& at, Frames& out) noexcept
+{
+    do {
+        if (!walk.Step(at) || (at.interrupted && !out.Add(at.ip))) {
+            return false;
+        }
+    } while (at.interrupted);
+    return true;
+}
+
+int WalkStack(Frames out, Position at) noexcept
+{
+    constexpr Address kCodeEnd = Address{1} << 47; // and there is none at 0
+    Walk walk(at.sp);
+    Address stackEnd = walk.StackEnd();
+    while (at.ip - 1 < kCodeEnd && out.Add(at.ip)) {
+        RuleCache::Entry const entry = g_rules.Find(at.ip - 1);
         Address const base = entry.Is() == RuleCache::FromStack ? at.sp : at.bp;
         Address const cfa = base + entry.CfaOffset();
         Address const saved = cfa - 8 * entry.Saved();
         bool const known = entry.Is() == RuleCache::FromStack || entry.Is() == RuleCache::FromFrame;
         if (known && cfa > at.sp && cfa <= stackEnd && saved >= at.sp && saved <= cfa && ((cfa | at.sp) & 7) == 0 &&
-            (entry.Module() == 0 || walk.IsValid(entry.Module(), at.At()))) [[likely]] {
+            (entry.Module() == 0 || walk.IsValid(entry.Module(), at.ip - 1))) [[likely]] {
             at.bp = entry.Saved() != 0 ? Load(saved) : at.bp;
             at.ip = Load(cfa - 8);
             at.sp = cfa;
-            at.interrupted = false;
-        } else {
-            if (!walk.Step(at)) {
-                break;
-            }
+        } else if (StepToCall(walk, at, out)) {
             stackEnd = walk.StackEnd();
+        } else {
+            break;
         }
     }
-    walk.End(count == capacity);
-    return count;
+    walk.End(out.count == out.capacity);
+    return out.count;
 }
 
 } // namespace
@@ -393,7 +418,7 @@ int WalkStack(void** frames, int capacity, int skip, Position at) noexcept
         return 0;
     }
     auto const frame = reinterpret_cast<Address>(__builtin_frame_address(0));
-    return WalkStack(frames, capacity, skip, {Load(frame + 8), frame + 16, Load(frame)});
+    return WalkStack({frames, capacity, skip}, {Load(frame + 8), frame + 16, Load(frame)});
 }
 
 } // namespace qvxsys::unwind
