@@ -1,6 +1,5 @@
 // The examples of the headers of call stacks and symbols.
 
-#include <cstdint>
 #include <iostream>
 
 #include <qvxsys/qvxsys.h>
@@ -24,11 +23,11 @@ bool Lines()
 
 bool Names()
 {
-    void* const frames[] = {reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(&TStackWalker::IsActive) + 1)};
-    for (auto const& frame : quorvex::symbols::Resolve(frames)) {
+    auto const trace = quorvex::StackTrace::Current();
+    for (auto const& frame : quorvex::symbols::Resolve(trace.Frames())) {
         std::cout << frame.Module() << ' ' << frame.Symbol() << ' ' << frame.File() << ':' << frame.Line() << '\n';
     }
-    return !quorvex::symbols::LoadedModules().empty();
+    return !trace.IsEmpty();
 }
 
 } // namespace

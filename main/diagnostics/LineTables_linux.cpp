@@ -135,7 +135,9 @@ void LineTables::ReadUncoveredRanges()
         Dwarf_Addr begin = 0;
         Dwarf_Addr end = 0;
         for (std::ptrdiff_t next = 0; (next = ::dwarf_ranges(&die, next, &base, &begin, &end)) > 0;) {
-            m_uncovered.push_back({begin, end, offset});
+            if (begin > 1) { // of code that the linker left out the rest is at 0 or 1
+                m_uncovered.push_back({begin, end, offset});
+            }
         }
     }
     std::sort(m_uncovered.begin(), m_uncovered.end(), [](Range const& a, Range const& b) { return a.begin < b.begin; });

@@ -88,7 +88,10 @@ std::string MappedFileAt(std::uintptr_t address)
         std::uintptr_t const begin = std::strtoull(line.c_str(), &end, 16);
         if (*end == '-' && address >= begin && address < std::strtoull(end + 1, nullptr, 16)) {
             auto const slash = line.find('/');
-            return slash != std::string::npos ? line.substr(slash) : std::string();
+            std::string path = slash != std::string::npos ? line.substr(slash) : std::string();
+            constexpr std::string_view kGone = " (deleted)";
+            path.resize(path.size() - (path.ends_with(kGone) ? kGone.size() : 0));
+            return path;
         }
     }
     return {};
@@ -207,8 +210,6 @@ public:
         return report;
     }
 
-    void DropLines() noexcept { m_lines.reset(); }
-
     void Close() noexcept
     {
         m_lines.reset();
@@ -228,8 +229,12 @@ private:
             return;
         }
         m_isOpen = true;
-        m_file = ElfFile::Open(FilePath());
-        if (m_file && m_file->BuildId() != m_loaded.buildId) {
+        // A program that the dynamic linker was told to run is not what /proc/self/exe names.
+        for (std::string const& path : {FilePath(), m_loaded.path}) {
+            m_file = ElfFile::Open(path);
+            if (m_file && m_file->BuildId() == m_loaded.buildId) {
+                break;
+            }
             m_file.reset(); // another one, put in its place since
         }
         bool const complete = m_file && m_file->SectionOfType(SHT_SYMTAB) != nullptr && m_file->HasLineInformation();
@@ -383,10 +388,7 @@ SymbolPieces SymbolReader::Read(std::uintptr_t address, bool wantLine)
         module->Read(address, wantLine, state.folders, pieces, state.rows);
     }
     if (state.rows > kMostRows) {
-        for (auto const& module : state.inLoadOrder) {
-            module->DropLines();
-        }
-        state.rows = 0;
+        Forget(); // libdw cannot forget a part of a file
     }
     return pieces;
 }

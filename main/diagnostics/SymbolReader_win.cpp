@@ -143,6 +143,7 @@ SymbolSource SourceOf(IMAGEHLP_MODULEW64 const& info) noexcept
     }
     switch (info.SymType) {
     case SymNone:
+    case SymDeferred:
         return SymbolSource::None;
     case SymExport:
         return SymbolSource::DynamicSymbols;

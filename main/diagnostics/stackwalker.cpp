@@ -6,7 +6,7 @@
 #include <qvxsys/Symbols.h>
 #include <qvxsys/TSystem.h>
 
-#include "ErrorPlatform.h"
+#include "StackCapture.h"
 
 namespace {
 
@@ -98,7 +98,7 @@ std::list<std::string> const& TStackWalker::GetCollected() const noexcept
 std::list<std::string> TStackWalker::GenerateCallstackImpl(StackWalkerConfig const& config)
 {
     void* frames[StackWalkerConfig::numberOfStackWalks];
-    int const count = qvxsys::error::platform::CaptureTrace(frames, StackWalkerConfig::numberOfStackWalks, 0);
+    int const count = qvxsys::unwind::CaptureStack(frames, StackWalkerConfig::numberOfStackWalks, 0);
     if (count <= 0) {
         return {};
     }

@@ -2,8 +2,9 @@
 // From addresses to names: the functions, source lines and modules of a call stack that was captured as bare addresses,
 // and what symbols the modules of the process have.
 //
-//     std::vector<void*> const frames = ...;                     // innermost first, as they were captured
-//     for (auto const& frame : quorvex::symbols::Resolve(frames)) {
+//     auto const trace = quorvex::StackTrace::Current();         // StackTrace.h
+//     ...
+//     for (auto const& frame : quorvex::symbols::Resolve(trace.Frames())) {
 //         std::cerr << frame.Module() << ' ' << frame.Symbol() << ' ' << frame.File() << ':' << frame.Line() << '\n';
 //     }
 //
@@ -18,8 +19,9 @@
 //
 // A module counts from the moment it is loaded, and no longer when it is unloaded.
 //
-// Everything here may be called from any thread. Lookups of addresses that are not remembered are made one after the
-// other; looking up what is remembered runs in parallel and allocates nothing beyond the result.
+// Everything here may be called from any thread, but neither in signal handlers nor in callbacks of dl_iterate_phdr.
+// Lookups of addresses that are not remembered are made one after the other; looking up what is remembered runs in
+// parallel and allocates nothing beyond the result.
 
 #include <cstddef>
 #include <cstdint>
@@ -122,9 +124,9 @@ struct CacheUse
 /// Bounds what is remembered of single addresses: 4 MiB at start, some 12,000 addresses. Beyond it the addresses that
 /// were not asked for lately are forgotten. 0 remembers nothing.
 ///
-/// Apart from it a module in which an address was looked up keeps an index of its functions, 24 bytes each, and the
-/// line tables of the compilation units that were needed, up to a million rows of about 40 bytes for the process, then
-/// they are dropped and read again on demand.
+/// Apart from it a module in which an address was looked up keeps an index of its functions, 24 bytes each, the
+/// sections of its debug information if they are compressed, and the line tables of the compilation units that were
+/// needed. At a million rows of about 40 bytes in the process all of this is dropped, and read again on demand.
 QVXSYS_API void SetCacheLimit(std::size_t bytes);
 [[nodiscard]] QVXSYS_API CacheUse GetCacheUse();
 /// Forgets all addresses, function indexes and line tables, and closes what was opened for them.

@@ -34,6 +34,7 @@
 #include <qvxsys/ReferenceCount.h>
 #include <qvxsys/Run.h>
 #include <qvxsys/SharedState.h>
+#include <qvxsys/StackTrace.h>
 #include <qvxsys/StaticRepository.h>
 #include <qvxsys/StringUtils.h>
 #include <qvxsys/Symbols.h>

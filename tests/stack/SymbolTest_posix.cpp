@@ -1,6 +1,7 @@
 // Names and lines of addresses, in the program beside addr2line, and in libraries whose symbols are in many places.
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -8,10 +9,11 @@
 #include <memory>
 #include <random>
 #include <sstream>
+#include <thread>
 
-#include <execinfo.h>
 #include <gtest/gtest.h>
 
+#include <qvxsys/StackTrace.h>
 #include <qvxsys/Symbols.h>
 
 #include "support/ChildProcess.h"
@@ -24,8 +26,8 @@ using symbols::SymbolSource;
 
 std::vector<void*> Capture()
 {
-    void* frames[100];
-    return std::vector<void*>(frames, frames + ::backtrace(frames, 100));
+    auto const trace = quorvex::StackTrace::Current();
+    return {trace.Frames().begin(), trace.Frames().end()};
 }
 
 symbols::LoadedModule ModuleNamed(std::string const& name)
@@ -59,7 +61,7 @@ TEST(Symbols, FramesOfTheProgramAreThoseOfAddr2line)
     std::erase_if(addresses, [&](void* address) {
         return reinterpret_cast<std::uintptr_t>(address) - program.base >= program.size;
     });
-    std::vector<std::string> command{"/usr/bin/addr2line", "-f", "-C", "-e", program.path};
+    std::vector<std::string> command{ADDR2LINE, "-a", "-i", "-f", "-C", "-e", program.path};
     for (void* const address : addresses) {
         std::ostringstream number;
         number << std::hex << reinterpret_cast<std::uintptr_t>(address) - 1 - program.base;
@@ -69,27 +71,30 @@ TEST(Symbols, FramesOfTheProgramAreThoseOfAddr2line)
     auto const frames = symbols::Resolve(addresses);
     ASSERT_GT(frames.size(), 5u);
     std::size_t withLine = 0;
+    std::string function;
+    std::getline(oracle, function); // the first address
     for (symbols::Frame const& frame : frames) {
-        std::string function;
+        // The place is that of the innermost function, the name that of the one which others were inlined into.
         std::string place;
-        ASSERT_TRUE(std::getline(oracle, function) && std::getline(oracle, place));
-        place = place.substr(0, place.find(" (discriminator"));
+        for (std::string line; std::getline(oracle, line) && !line.starts_with("0x");) {
+            function = line;
+            ASSERT_TRUE(std::getline(oracle, line));
+            place = place.empty() ? line.substr(0, line.find(" (discriminator")) : place;
+        }
         EXPECT_EQ(frame.Module(), std::filesystem::path(program.path).filename().string());
+        // addr2line has the bare names of functions that are local to a source.
+        EXPECT_NE(frame.Symbol().find(function), std::string_view::npos) << frame.Symbol() << " is not " << function;
         if (place.starts_with("??")) {
             EXPECT_EQ(frame.File(), "");
             EXPECT_EQ(frame.Line(), -1);
-            EXPECT_EQ(frame.Symbol(), function);
         } else {
             // addr2line puts the folder of the compilation before relative names.
             std::string const own = std::string(frame.File()) + ':' + std::to_string(frame.Line());
             EXPECT_TRUE(('/' + place).ends_with('/' + own) || place == own) << own << " is not " << place;
-            // Of inlined code addr2line names the inlined function.
-            EXPECT_TRUE(frame.Symbol() == function || !place.ends_with("SymbolTest_posix.cpp")) << function;
             ++withLine;
         }
     }
     EXPECT_GE(withLine, 3u);
-    EXPECT_EQ(frames.size() > 1 ? frames[1].Symbol().substr(0, 12) : "", "(anonymous n");
 }
 
 TEST(Symbols, OfAddressesThemselves)
@@ -112,7 +117,8 @@ TEST(Symbols, OfAddressesThemselves)
 
 // Variants of one library (plugin/make_variants.sh).
 
-std::string const kVariants = STACK_VARIANTS;
+std::string const kVariants = SYMBOL_VARIANTS;
+constexpr char kInner[] = "Inner(int (*)(void*), void*)";
 
 /// The frames inside the library, by a call through it and back.
 std::vector<symbols::Frame> FramesIn(std::string const& name, SharedLibrary const& library)
@@ -139,6 +145,7 @@ struct Variant
 class SymbolsOfVariant : public testing::TestWithParam<Variant>
 {
 protected:
+    void SetUp() override { ::setenv("DEBUGINFOD_URLS", "http://127.0.0.1:1/", 1); }
     void TearDown() override { symbols::SetSearchPath({}); }
 };
 
@@ -156,12 +163,14 @@ TEST_P(SymbolsOfVariant, AreFound)
     EXPECT_EQ(frames[1].Symbol(), "PluginCall");
     for (std::size_t i = 0; i < 2; ++i) {
         EXPECT_EQ(frames[i].Line(), v.hasLines ? (i == 0 ? 7 : 14) : -1);
-        EXPECT_EQ(frames[i].File().ends_with("tests/stack/plugin/Plugin.cpp"), v.hasLines) << frames[i].File();
+        EXPECT_EQ(frames[i].File().ends_with("tests/stack/plugin/SymbolPlugin.cpp"), v.hasLines) << frames[i].File();
     }
     auto const module = ModuleNamed(file);
     EXPECT_EQ(module.source, v.source);
     EXPECT_TRUE(v.debugFile[0] == 0 ? module.debugFile.empty() : module.debugFile.ends_with(v.debugFile))
         << module.debugFile;
+    // libdwfl would have loaded it by now, to ask for what is missing.
+    EXPECT_EQ(ModuleNamed("libdebuginfod.so.1").path, "");
     auto const address = reinterpret_cast<std::uintptr_t>(frames[0].Address());
     EXPECT_LT(address - module.base, module.size);
 
@@ -171,8 +180,6 @@ TEST_P(SymbolsOfVariant, AreFound)
     EXPECT_EQ(gone.Symbol(), "");
     EXPECT_EQ(frames[1].Symbol(), "PluginCall"); // what was found out stays
 }
-
-constexpr char kInner[] = "Inner(int (*)(void*), void*)";
 
 INSTANTIATE_TEST_SUITE_P(
     Variants, SymbolsOfVariant,
@@ -192,6 +199,29 @@ INSTANTIATE_TEST_SUITE_P(
         std::string const path = param.param.searchPath;
         return param.param.name + (path.empty() ? "" : "_in_" + path);
     });
+
+TEST(Symbols, ModulesComeAndGoWhileOthersLook)
+{
+    std::atomic<bool> done{false};
+    std::vector<std::thread> lookers;
+    for (int i = 0; i < 3; ++i) {
+        lookers.emplace_back([&done] {
+            do {
+                EXPECT_NE(symbols::ResolveAddress(reinterpret_cast<void*>(&Ends)).Symbol(), "");
+            } while (!done);
+        });
+    }
+    for (int round = 0; round < 30; ++round) {
+        std::string const name = round % 2 == 0 ? "full.so" : "stripped.so";
+        SharedLibrary const library(kVariants + '/' + name);
+        auto const frames = FramesIn(name, library);
+        EXPECT_TRUE(frames.size() == 2 && frames[0].Symbol() == (round % 2 == 0 ? kInner : ""));
+    }
+    done = true;
+    for (std::thread& looker : lookers) {
+        looker.join();
+    }
+}
 
 std::string Contents(std::string const& path)
 {
@@ -229,7 +259,7 @@ TEST(Symbols, DamagedDebugFiles)
     auto const target = folder / fs::relative(stored, kVariants + "/stored");
     fs::create_directories(target.parent_path());
     std::mt19937 random(1);
-    for (int round = 0; round < 100; ++round) {
+    for (int round = 0; round < 40; ++round) {
         std::string bytes = good;
         for (int i = 0; i < 20; ++i) {
             bytes[random() % bytes.size()] = static_cast<char>(random());
@@ -247,12 +277,11 @@ TEST(Symbols, CacheKeepsItsLimit)
 {
     std::size_t const before = symbols::GetCacheUse().limit;
     std::vector<void*> addresses;
-    auto const program = symbols::LoadedModules().front();
-    for (std::size_t i = 0; i < 2000; ++i) {
-        addresses.push_back(reinterpret_cast<void*>(program.base + i * 7 % program.size));
+    for (std::uintptr_t i = 0; i < 500; ++i) {
+        addresses.push_back(reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(&Ends) + i * 7));
     }
     auto const expected = symbols::Resolve(addresses);
-    for (std::size_t const limit : {std::size_t{0}, std::size_t{100}, std::size_t{20'000}, std::size_t{1} << 20}) {
+    for (std::size_t const limit : {std::size_t{0}, std::size_t{100}, std::size_t{20'000}, std::size_t{1} << 19}) {
         symbols::SetCacheLimit(limit);
         for (int round = 0; round < 2; ++round) {
             auto const frames =

@@ -14,10 +14,11 @@ import tempfile
 # The layers, lowest first. Each may use itself and those it names (and what they name).
 LAYERS = {
     "memory": [],
+    "unwind": ["memory"],
     "text": ["memory"],
-    "error": ["text"],
+    "error": ["text", "unwind"],
     "system": ["error"],
-    "stack": ["system"],
+    "stack": ["system", "unwind"],
     "path": ["stack"],
     "sync": ["system"],
     "repository": ["sync"],
@@ -31,6 +32,8 @@ FILES = [
     (r"main/platform/", "memory"),
     (r"main/diagnostics/tmemory", "memory"),
     (r"public/qvxsys/TMemory\.h", "memory"),
+    (r"main/diagnostics/unwind/", "unwind"),
+    (r"public/qvxsys/StackTrace\.h", "unwind"),
     (r"main/diagnostics/", "stack"),
     (r"public/qvxsys/(Symbols|TStackWalker)\.h", "stack"),
     (r"public/qvxsys/Platform\.h", "memory"),
