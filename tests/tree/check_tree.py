@@ -17,17 +17,19 @@ LAYERS = {
     "text": ["memory"],
     "error": ["text"],
     "system": ["error"],
+    "dump": ["system"],
     "sync": ["system"],
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
-    "tool": ["task", "repository", "hash"],
+    "tool": ["task", "repository", "hash", "dump"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
 FILES = [
     (r"main/platform/", "memory"),
     (r"main/diagnostics/tmemory", "memory"),
+    (r"main/diagnostics/dump/", "dump"),
     (r"public/qvxsys/TMemory\.h", "memory"),
     (r"public/qvxsys/Platform\.h", "memory"),
     (r"public/qvxsys/qvxsys\.h", "tool"),
@@ -35,6 +37,7 @@ FILES = [
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
+    (r"public/qvxsys/(CrashDump|CrashHandler)\.h", "dump"),
     (r"public/qvxsys/StaticRepository\.h", "repository"),
     (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Executor|Future|FutureCoroutine|FutureGroup|FutureState|Launch|"
      r"ParallelFor|Promise|Run|SharedState|TThreadPool|TaskState|Tasks|Timer)\.h", "task"),
