@@ -8,6 +8,7 @@
 #include <qvxsys/CodePointView.h>
 #include <qvxsys/CpuTime.h>
 #include <qvxsys/CrashDump.h>
+#include <qvxsys/CrashHandler.h>
 #include <qvxsys/Deadline.h>
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Executor.h>

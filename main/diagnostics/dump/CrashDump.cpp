@@ -33,15 +33,20 @@ bool IsUnicode(TStringView path) noexcept
 
 } // namespace
 
+bool qvxsys::dump::IsRefused(TStringView path, unsigned int type) noexcept
+{
+    bool const known = (type & ~static_cast<unsigned int>(qvxsys::minidump::MiniDumpValidTypeFlags)) == 0;
+    if (known && !HasZero(path) && IsUnicode(path)) {
+        return false;
+    }
+    platform::SetLastError(known && !HasZero(path) ? platform::Refusal::NoText : platform::Refusal::BadArgument);
+    return true;
+}
+
 int WriteCrashDump(void* process, unsigned long processId, TStringView path, qvxsys::minidump::MINIDUMP_TYPE type)
 {
     unsigned int const flags = static_cast<unsigned int>(type);
-    if (HasZero(path) || (flags & ~static_cast<unsigned int>(qvxsys::minidump::MiniDumpValidTypeFlags)) != 0) {
-        platform::SetLastError(platform::Refusal::BadArgument);
-        return 0;
-    }
-    if (!IsUnicode(path)) {
-        platform::SetLastError(platform::Refusal::NoText);
+    if (qvxsys::dump::IsRefused(path, flags)) {
         return 0;
     }
     try {

@@ -1,5 +1,5 @@
 #pragma once
-// Platform primitives under CrashDump.h.
+// Platform primitives under CrashDump.h and CrashHandler.h.
 
 #include <qvxsys/TStringView.h>
 
@@ -14,4 +14,16 @@ void SetLastError(Refusal refusal) noexcept;
 /// error tells why. Throws std::bad_alloc.
 bool WriteDump(void* process, unsigned long processId, TStringView path, unsigned int type);
 
+/// As quorvex::crash has them, for such a path and type.
+bool InstallHandler(TStringView path, unsigned int type, bool announce);
+void RemoveHandler() noexcept;
+bool PrepareThread() noexcept;
+
 } // namespace qvxsys::dump::platform
+
+namespace qvxsys::dump {
+
+/// True, with the last error, for a path that no file can have and for types with unknown flags.
+bool IsRefused(TStringView path, unsigned int type) noexcept;
+
+} // namespace qvxsys::dump

@@ -125,12 +125,14 @@ void DumpContents::CollectThreads() noexcept
         thread->stack = SIZE_MAX;
         thread->context.ContextFlags = CONTEXT_CONTROL | CONTEXT_INTEGER | CONTEXT_SEGMENTS | CONTEXT_FLOATING_POINT;
         FillContext(found.registers, thread->context);
-        static_assert(sizeof found.floats == sizeof thread->context.FltSave);
-        std::memcpy(thread->context.FltSave, &found.floats, sizeof found.floats);
-        thread->context.MxCsr = found.floats.mxcsr;
-        if (found.id == m_request.thread) {
+        bool const given = found.id == m_request.thread;
+        if (given) {
             FillContext(m_request.context, thread->context);
         }
+        user_fpregs_struct const& floats = given && m_request.hasFloats ? m_request.floats : found.floats;
+        static_assert(sizeof floats == sizeof thread->context.FltSave);
+        std::memcpy(thread->context.FltSave, &floats, sizeof floats);
+        thread->context.MxCsr = floats.mxcsr;
         CollectStack(*thread);
     }
 }

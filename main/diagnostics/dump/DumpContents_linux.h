@@ -23,8 +23,10 @@ struct DumpRequest
     std::uint32_t type; ///< MINIDUMP_TYPE
     char const* path;   ///< UTF-8, absolute or from the current folder
     int thread;         ///< whose registers are `context` instead of those it is found with; 0: none
-    ucontext_t context; ///< without floats: those are as they are found
-    bool crashed;       ///< the thread was ended by `signal`
+    ucontext_t context;
+    bool hasFloats; ///< else the thread's floats are as they are found
+    user_fpregs_struct floats;
+    bool crashed; ///< the thread was ended by `signal`
     siginfo_t signal;
     std::uint64_t patience; ///< ns to wait for another tracer to leave
 };
