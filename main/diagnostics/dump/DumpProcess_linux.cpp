@@ -101,6 +101,11 @@ DumpResult DumpOwnProcess(DumpRequest const& request, HelperPage& page, std::uin
     page.result = {};
     page.result.error = ECANCELED; // unless the helper says otherwise: somebody ended it
     std::uint64_t const signals = kernel::BlockSignals();
+    // A process that has changed its user may not be traced by that user's processes, and its helper is one.
+    bool const guarded = kernel::Call(SYS_prctl, PR_GET_DUMPABLE) != 1;
+    if (guarded) {
+        kernel::Call(SYS_prctl, PR_SET_DUMPABLE, 1);
+    }
     long const helper = kernel::Call(SYS_clone, 0);
     if (helper == 0) {
         RunHelper(request, page);
@@ -116,6 +121,9 @@ DumpResult DumpOwnProcess(DumpRequest const& request, HelperPage& page, std::uin
         }
         kernel::Call(SYS_prctl, PR_SET_PTRACER, 0);
         result = page.result;
+    }
+    if (guarded) {
+        kernel::Call(SYS_prctl, PR_SET_DUMPABLE, 0);
     }
     kernel::RestoreSignals(signals);
     g_dumping.store(0, std::memory_order_release);

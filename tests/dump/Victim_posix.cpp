@@ -1,0 +1,143 @@
+// A program to be dumped.
+//
+//     dump_victim wait THREADS                  tells "ready" and waits for the end of its input
+//     dump_victim crash KIND [PATH]             crashes, with a handler that writes to PATH
+
+#include <csetjmp>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <malloc.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <qvxsys/CrashHandler.h>
+#include <qvxsys/TStringCore.h>
+
+#define NOT_INLINED extern "C" [[gnu::noinline, gnu::noipa]]
+
+NOT_INLINED void WaitForTheEnd(int pipe)
+{
+    char byte;
+    while (read(pipe, &byte, 1) > 0) {
+    }
+}
+
+namespace {
+
+std::jmp_buf g_mended;
+
+int Wait(int threads)
+{
+    int ends[2];
+    if (pipe(ends) != 0) {
+        return 1;
+    }
+    std::vector<std::thread> waiting;
+    for (int i = 0; i < threads; ++i) {
+        waiting.emplace_back([&ends] {
+            prctl(PR_SET_NAME, "waiting");
+            WaitForTheEnd(ends[0]);
+        });
+    }
+    std::cout << "ready" << std::endl;
+    WaitForTheEnd(STDIN_FILENO);
+    close(ends[1]);
+    for (std::thread& thread : waiting) {
+        thread.join();
+    }
+    return 0;
+}
+
+NOT_INLINED int UseTheStack(volatile char* above, int depth)
+{
+    volatile char here[1024];
+    here[0] = above[0];
+    return depth == 0 ? here[0] : UseTheStack(here, depth + 1) + here[0];
+}
+
+NOT_INLINED void CrashHere(std::string const& kind)
+{
+    if (kind == "write") {
+        *reinterpret_cast<int volatile*>(0x1230) = 1;
+    } else if (kind == "noncanonical") {
+        *reinterpret_cast<int volatile*>(0x4141414141414141) = 1;
+    } else if (kind == "divide") {
+        int volatile zero = 0;
+        zero = 100 / zero;
+    } else if (kind == "illegal") {
+        asm volatile("ud2");
+    } else if (kind == "breakpoint") {
+        asm volatile("int3");
+    } else if (kind == "abort") {
+        std::abort();
+    } else if (kind == "terminate") {
+        std::terminate();
+    } else if (kind == "sent") {
+        kill(getpid(), SIGSEGV);
+    } else if (kind == "overflow") {
+        char volatile first = 1;
+        UseTheStack(&first, 1);
+    } else if (kind == "malloc") {
+        // The size of what is left of the heap, found wrong by malloc with its lock held.
+        std::size_t* const last = static_cast<std::size_t*>(std::malloc(2000));
+        last[malloc_usable_size(last) / sizeof(std::size_t)] = ~std::size_t{7};
+        std::free(std::malloc(100'000));
+    }
+}
+
+void Leave(int)
+{
+    _exit(42);
+}
+
+void Mend(int)
+{
+    std::longjmp(g_mended, 1);
+}
+
+int Crash(std::string const& kind, char const* path)
+{
+    rlimit const none{0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+    bool const mended = kind == "mended";
+    if (kind == "chained" || mended) {
+        signal(SIGSEGV, mended ? Mend : Leave);
+    }
+    if (path != nullptr && !quorvex::crash::InstallHandler(TStringCore(path))) {
+        return 3;
+    }
+    if (kind == "on a thread") {
+        std::thread([] {
+            static_cast<void>(quorvex::crash::PrepareThread());
+            CrashHere("overflow");
+        }).join();
+    } else if (kind == "two at once") {
+        std::thread other([] { CrashHere("write"); });
+        CrashHere("write");
+        other.join();
+    } else if (kind != "mended" || setjmp(g_mended) == 0) {
+        CrashHere(kind == "chained" || mended ? "write" : kind);
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    if (count == 3 && std::strcmp(arguments[1], "wait") == 0) {
+        return Wait(std::atoi(arguments[2]));
+    }
+    if (count >= 3 && std::strcmp(arguments[1], "crash") == 0) {
+        return Crash(arguments[2], count > 3 ? arguments[3] : nullptr);
+    }
+    return 2;
+}
