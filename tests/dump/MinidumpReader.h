@@ -6,7 +6,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -35,8 +34,8 @@ public:
 
     explicit MinidumpReader(std::filesystem::path const& path)
     {
-        std::ifstream in(path, std::ios::binary);
-        m_bytes.assign(std::istreambuf_iterator<char>(in), {});
+        m_bytes.resize(std::filesystem::file_size(path));
+        std::ifstream(path, std::ios::binary).read(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
         if (Text(0, 4) != "MDMP" || At<std::uint16_t>(4) != 0xA793) {
             throw std::runtime_error("no minidump");
         }

@@ -48,22 +48,22 @@ constexpr std::size_t kMostDynamicEntries = 512;
 /// Looks through one segment of notes.
 bool FindInNotes(std::uint8_t const* notes, std::size_t size, std::size_t alignment, BuildId& id) noexcept
 {
-    std::size_t const mask = alignment == 8 ? 7 : 3;
+    std::uint64_t const mask = alignment == 8 ? 7 : 3;
     while (size >= sizeof(NoteHeader)) {
         NoteHeader header;
         std::memcpy(&header, notes, sizeof header);
-        std::uint64_t const name = (std::uint64_t{header.nameSize} + mask) & ~std::uint64_t{mask};
-        std::uint64_t const whole = sizeof header + name + ((std::uint64_t{header.size} + mask) & ~std::uint64_t{mask});
-        if (sizeof header + name + header.size > size) {
+        std::uint64_t const content = (sizeof header + std::uint64_t{header.nameSize} + mask) & ~mask;
+        std::uint64_t const end = content + header.size;
+        if (end > size) {
             return false;
         }
         if (header.type == kGnuBuildId && header.nameSize == 4 && std::memcmp(notes + sizeof header, "GNU", 4) == 0 &&
             header.size != 0) {
             id.size = std::min<std::size_t>(header.size, sizeof id.bytes);
-            std::memcpy(id.bytes, notes + sizeof header + name, id.size);
+            std::memcpy(id.bytes, notes + content, id.size);
             return true;
         }
-        std::size_t const step = static_cast<std::size_t>(std::min<std::uint64_t>(whole, size));
+        std::size_t const step = static_cast<std::size_t>(std::min<std::uint64_t>((end + mask) & ~mask, size));
         notes += step;
         size -= step;
     }
