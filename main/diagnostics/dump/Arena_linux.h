@@ -89,6 +89,9 @@ public:
     /// `count` elements, zeroed when `values` is null; the first of them.
     T* Append(T const* values, std::size_t count) noexcept
     {
+        if (count == 0) {
+            return m_data;
+        }
         if (count > m_capacity - m_size && !Reserve(m_size + count)) {
             return nullptr;
         }

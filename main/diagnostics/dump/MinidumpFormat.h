@@ -258,6 +258,8 @@ struct MINIDUMP_MEMORY_INFO
 };
 static_assert(sizeof(MINIDUMP_MEMORY_INFO) == 48);
 
+#pragma pack(pop)
+
 /// CONTEXT of x86-64.
 struct CONTEXT
 {
@@ -278,6 +280,8 @@ struct CONTEXT
     std::uint64_t LastExceptionToRip, LastExceptionFromRip;
 };
 static_assert(sizeof(CONTEXT) == 1232);
+
+#pragma pack(push, 4)
 
 /// LinuxDsoDebug: what the dynamic linker tells debuggers. The list of dso_count link maps stands at `map`.
 struct LinuxDebug64
