@@ -241,7 +241,8 @@ TEST_F(DumpTest, AnotherProcessWithManyThreadsInTheDebugger)
     if (stacks.empty()) {
         GTEST_SKIP() << "no lldb";
     }
-    EXPECT_EQ(CountOf(stacks, "WaitForTheEnd(pipe="), kThreads + 1) << stacks.substr(0, 4000);
+    EXPECT_GE(CountOf(stacks, "WaitForTheEnd(pipe="), kThreads)
+        << "the main thread may be on its way there" << stacks.substr(0, 4000);
     EXPECT_EQ(CountOf(stacks, "`main("), 1);
 }
 

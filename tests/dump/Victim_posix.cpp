@@ -3,6 +3,7 @@
 //     dump_victim wait THREADS                  tells "ready" and waits for the end of its input
 //     dump_victim crash KIND [PATH]             crashes, with a handler that writes to PATH
 
+#include <atomic>
 #include <csetjmp>
 #include <csignal>
 #include <cstdlib>
@@ -14,7 +15,6 @@
 #include <thread>
 #include <vector>
 
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -23,9 +23,10 @@
 
 #define NOT_INLINED extern "C" [[gnu::noinline, gnu::noipa]]
 
-NOT_INLINED void WaitForTheEnd(int pipe)
+NOT_INLINED void WaitForTheEnd(int pipe, std::atomic<int>& waiting)
 {
     char byte;
+    ++waiting;
     while (read(pipe, &byte, 1) > 0) {
     }
 }
@@ -40,17 +41,18 @@ int Wait(int threads)
     if (pipe(ends) != 0) {
         return 1;
     }
-    std::vector<std::thread> waiting;
+    std::atomic<int> waiting{0};
+    std::vector<std::thread> others;
     for (int i = 0; i < threads; ++i) {
-        waiting.emplace_back([&ends] {
-            prctl(PR_SET_NAME, "waiting");
-            WaitForTheEnd(ends[0]);
-        });
+        others.emplace_back([&] { WaitForTheEnd(ends[0], waiting); });
+    }
+    while (waiting.load() != threads) {
+        std::this_thread::yield();
     }
     std::cout << "ready" << std::endl;
-    WaitForTheEnd(STDIN_FILENO);
+    WaitForTheEnd(STDIN_FILENO, waiting);
     close(ends[1]);
-    for (std::thread& thread : waiting) {
+    for (std::thread& thread : others) {
         thread.join();
     }
     return 0;

@@ -1,6 +1,7 @@
 #pragma once
 // Memory straight from the kernel, given back all at once. Running out is remembered, not thrown: Take() then returns
-// null, and whoever uses the arena asks Failed() once at the end.
+// null, and whoever uses the arena asks Failed() once at the end. It is mapped by the C library's functions, which are
+// bare system calls but for errno, since race detectors must learn when an address is used anew.
 
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +27,7 @@ public:
     {
         while (m_chunks != nullptr) {
             Chunk* const next = m_chunks->next;
-            kernel::Call(SYS_munmap, kernel::Word(m_chunks), static_cast<long>(m_chunks->size));
+            ::munmap(m_chunks, m_chunks->size);
             m_chunks = next;
         }
     }
@@ -56,13 +57,12 @@ private:
     {
         constexpr std::size_t kChunk = 1 << 20;
         std::size_t const size = (least + sizeof(Chunk) + kChunk - 1) & ~(kChunk - 1);
-        long const where = kernel::Call(SYS_mmap, 0, static_cast<long>(size), PROT_READ | PROT_WRITE,
-                                        MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (size < least || kernel::Failed(where)) {
+        void* const where = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (size < least || where == MAP_FAILED) {
             m_failed = true;
             return false;
         }
-        m_chunks = new (reinterpret_cast<void*>(where)) Chunk{m_chunks, size};
+        m_chunks = new (where) Chunk{m_chunks, size};
         m_next = reinterpret_cast<std::byte*>(m_chunks + 1);
         m_left = size - sizeof(Chunk);
         return true;

@@ -80,14 +80,13 @@ DumpResult DumpProcess(DumpRequest const& request) noexcept
 
 HelperPage* NewHelperPage() noexcept
 {
-    long const where =
-        kernel::Call(SYS_mmap, 0, sizeof(HelperPage), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    return kernel::Failed(where) ? nullptr : new (reinterpret_cast<void*>(where)) HelperPage{};
+    void* const where = ::mmap(nullptr, sizeof(HelperPage), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    return where == MAP_FAILED ? nullptr : new (where) HelperPage{};
 }
 
 void DeleteHelperPage(HelperPage* page) noexcept
 {
-    kernel::Call(SYS_munmap, kernel::Word(page), sizeof(HelperPage));
+    ::munmap(page, sizeof(HelperPage));
 }
 
 DumpResult DumpOwnProcess(DumpRequest const& request, HelperPage& page, std::uint64_t patience) noexcept

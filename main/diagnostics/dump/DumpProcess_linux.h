@@ -9,7 +9,7 @@
 namespace qvxsys::dump {
 
 /// Dumps a process that is not the caller's. To be called on a thread with all signals blocked, that ends soon after
-/// (see TracedProcess). Allocates from the kernel only, takes no locks, leaves errno alone.
+/// (see TracedProcess). Allocates from the kernel only, takes no locks, may change errno.
 DumpResult DumpProcess(DumpRequest const& request) noexcept;
 
 /// What a process shares with the helper that dumps it.
