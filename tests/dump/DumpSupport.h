@@ -17,11 +17,11 @@
 
 #include "support/ChildProcess.h"
 
-/// `dump_victim wait THREADS`, waiting.
+/// `dump_victim wait THREADS` or `alone THREADS`, waiting.
 class Victim
 {
 public:
-    explicit Victim(int threads)
+    explicit Victim(int threads, char const* how = "wait")
     {
         int in[2];
         int out[2];
@@ -32,7 +32,7 @@ public:
         if (m_id == 0) {
             dup2(in[0], STDIN_FILENO);
             dup2(out[1], STDOUT_FILENO);
-            execl(DUMP_VICTIM, "dump_victim", "wait", std::to_string(threads).c_str(), nullptr);
+            execl(DUMP_VICTIM, "dump_victim", how, std::to_string(threads).c_str(), nullptr);
             _exit(127);
         }
         close(in[0]);

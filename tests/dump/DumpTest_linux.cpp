@@ -241,9 +241,28 @@ TEST_F(DumpTest, AnotherProcessWithManyThreadsInTheDebugger)
     if (stacks.empty()) {
         GTEST_SKIP() << "no lldb";
     }
-    EXPECT_GE(CountOf(stacks, "WaitForTheEnd(pipe="), kThreads)
+    EXPECT_GE(CountOf(stacks, "WaitForTheEnd(waiting="), kThreads)
         << "the main thread may be on its way there" << stacks.substr(0, 4000);
     EXPECT_EQ(CountOf(stacks, "`main("), 1);
+}
+
+TEST_F(DumpTest, StoppedProcessesAndThoseWithoutAMainThread)
+{
+    Victim stopped(3);
+    int status = 0;
+    kill(stopped.Id(), SIGSTOP);
+    ASSERT_EQ(waitpid(stopped.Id(), &status, WUNTRACED), stopped.Id());
+    EXPECT_EQ(Dump(stopped.Id(), File()), 1) << GetLastErrorString();
+    YieldUntil([&] { return stopped.Status("State") == "T (stopped)"; });
+    kill(stopped.Id(), SIGCONT);
+    EXPECT_EQ(stopped.End(), 0);
+
+    Victim const alone(3, "alone");
+    ASSERT_TRUE(alone.Status("State").starts_with("Z"));
+    EXPECT_EQ(Dump(alone.Id(), File()), 1) << GetLastErrorString();
+    MinidumpReader const dump(File());
+    EXPECT_GE(dump.threads.size(), 3u);
+    EXPECT_EQ(dump.modules.front().name, fs::canonical(DUMP_VICTIM).string());
 }
 
 TEST_F(DumpTest, OwnProcessInTheDebugger)

@@ -1,6 +1,7 @@
 // A program to be dumped.
 //
 //     dump_victim wait THREADS                  tells "ready" and waits for the end of its input
+//     dump_victim alone THREADS                 the same without its main thread
 //     dump_victim crash KIND [PATH]             crashes, with a handler that writes to PATH
 
 #include <atomic>
@@ -23,11 +24,11 @@
 
 #define NOT_INLINED extern "C" [[gnu::noinline, gnu::noipa]]
 
-NOT_INLINED void WaitForTheEnd(int pipe, std::atomic<int>& waiting)
+NOT_INLINED void WaitForTheEnd(std::atomic<int>& waiting)
 {
     char byte;
     ++waiting;
-    while (read(pipe, &byte, 1) > 0) {
+    while (read(STDIN_FILENO, &byte, 1) > 0) {
     }
 }
 
@@ -35,23 +36,28 @@ namespace {
 
 std::jmp_buf g_mended;
 
-int Wait(int threads)
+int Wait(int threads, bool alone)
 {
-    int ends[2];
-    if (pipe(ends) != 0) {
-        return 1;
-    }
-    std::atomic<int> waiting{0};
+    static std::atomic<int> waiting{0};
     std::vector<std::thread> others;
     for (int i = 0; i < threads; ++i) {
-        others.emplace_back([&] { WaitForTheEnd(ends[0], waiting); });
+        others.emplace_back([] { WaitForTheEnd(waiting); });
     }
     while (waiting.load() != threads) {
         std::this_thread::yield();
     }
+    if (alone) {
+        for (std::thread& thread : others) {
+            thread.detach();
+        }
+        std::thread([main = pthread_self()] {
+            pthread_join(main, nullptr);
+            std::cout << "ready" << std::endl;
+        }).detach();
+        pthread_exit(nullptr);
+    }
     std::cout << "ready" << std::endl;
-    WaitForTheEnd(STDIN_FILENO, waiting);
-    close(ends[1]);
+    WaitForTheEnd(waiting);
     for (std::thread& thread : others) {
         thread.join();
     }
@@ -135,8 +141,9 @@ int Crash(std::string const& kind, char const* path)
 
 int main(int count, char** arguments)
 {
-    if (count == 3 && std::strcmp(arguments[1], "wait") == 0) {
-        return Wait(std::atoi(arguments[2]));
+    bool const alone = count == 3 && std::strcmp(arguments[1], "alone") == 0;
+    if (count == 3 && (alone || std::strcmp(arguments[1], "wait") == 0)) {
+        return Wait(std::atoi(arguments[2]), alone);
     }
     if (count >= 3 && std::strcmp(arguments[1], "crash") == 0) {
         return Crash(arguments[2], count > 3 ? arguments[3] : nullptr);

@@ -90,7 +90,7 @@ int DumpContents::Collect() noexcept
 
 void DumpContents::ReadMappings() noexcept
 {
-    ReadFile(ShortPath() << "/proc/" << static_cast<unsigned>(m_process.Id()) << "/maps", m_mapsText, kMostFile);
+    ReadFile(ShortPath() << "/proc/" << m_process.LivingId() << "/maps", m_mapsText, kMostFile);
     ForEachMapping({m_mapsText.Data(), m_mapsText.Size()}, [this](Mapping const& mapping) { mappings.Add(mapping); });
 }
 
@@ -227,7 +227,7 @@ void DumpContents::CollectModules() noexcept
     }
 
     ArenaBytes auxiliary(m_arena);
-    ReadFile(ShortPath() << "/proc/" << static_cast<unsigned>(m_process.Id()) << "/auxv", auxiliary, kPage);
+    ReadFile(ShortPath() << "/proc/" << m_process.LivingId() << "/auxv", auxiliary, kPage);
     std::uint64_t headers = 0;
     std::uint64_t count = 0;
     for (std::size_t at = 0; at + sizeof(Elf64_auxv_t) <= auxiliary.Size(); at += sizeof(Elf64_auxv_t)) {
@@ -384,8 +384,7 @@ void DumpContents::CollectRanges() noexcept
              MiniDumpWithDataSegs | MiniDumpWithCodeSegs)) {
         return;
     }
-    int const pageMap =
-        kernel::Open(ShortPath() << "/proc/" << static_cast<unsigned>(m_process.Id()) << "/pagemap", O_RDONLY);
+    int const pageMap = kernel::Open(ShortPath() << "/proc/" << m_process.LivingId() << "/pagemap", O_RDONLY);
     std::uint64_t moduleEnd = 0; // of the mapping before, if a module's: zeroed data follows without a file
     for (Mapping const& mapping : mappings) {
         bool const inModule = mapping.IsFile() || (moduleEnd == mapping.start && mapping.name.empty());

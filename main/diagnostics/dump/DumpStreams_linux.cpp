@@ -389,7 +389,7 @@ void DumpStreams::PutFile(MINIDUMP_STREAM_TYPE type, char const* path) noexcept
 
 void DumpStreams::MakeFiles() noexcept
 {
-    ShortPath const process = ShortPath() << "/proc/" << static_cast<unsigned>(m_request.process);
+    ShortPath const process = ShortPath() << "/proc/" << static_cast<unsigned>(m_contents.threads[0].id);
     auto const of = [&](char const* name) { return ShortPath(process) << name; };
     PutFile(LinuxCpuInfo, "/proc/cpuinfo");
     PutFile(LinuxProcStatus, of("/status"));

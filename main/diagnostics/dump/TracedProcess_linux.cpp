@@ -174,10 +174,8 @@ void TracedProcess::AwaitStop(TracedThread& thread, std::uint64_t deadline) noex
 int TracedProcess::StopAll(std::uint64_t patience) noexcept
 {
     std::uint64_t const begin = kernel::Nanoseconds();
-    ShortPath folderName;
-    folderName << "/proc/" << static_cast<unsigned>(m_process);
     int const folder =
-        kernel::Open(ShortPath() << static_cast<char const*>(folderName) << "/task", O_RDONLY | O_DIRECTORY);
+        kernel::Open(ShortPath() << "/proc/" << static_cast<unsigned>(m_process) << "/task", O_RDONLY | O_DIRECTORY);
     if (folder < 0) {
         return folder == -ENOENT ? ESRCH : -folder;
     }
@@ -207,7 +205,7 @@ int TracedProcess::StopAll(std::uint64_t patience) noexcept
         error = kept == 0 ? ESRCH : ENOTSUP;
     }
     if (error == 0) {
-        m_memory = kernel::Open(ShortPath() << static_cast<char const*>(folderName) << "/mem", O_RDONLY);
+        m_memory = kernel::Open(ShortPath() << "/proc/" << LivingId() << "/mem", O_RDONLY);
         error = m_memory < 0 ? -m_memory : 0;
     }
     return error;

@@ -44,7 +44,9 @@ public:
 
     /// The threads in the kernel's order, without those that are gone.
     [[nodiscard]] ArenaArray<TracedThread> const& Threads() const noexcept { return m_threads; }
-    [[nodiscard]] int Id() const noexcept { return m_process; }
+    /// The id under which /proc has the process's memory: that of a thread which lives, since that of a process whose
+    /// first thread has ended shows none. Only after StopAll() has succeeded.
+    [[nodiscard]] unsigned int LivingId() const noexcept { return static_cast<unsigned int>(m_threads[0].id); }
     /// How long the threads have been stopped, from the first to the last, until they went on or until now.
     [[nodiscard]] std::uint64_t StoppedFor() const noexcept;
 
