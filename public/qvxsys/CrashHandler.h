@@ -4,7 +4,9 @@
 //
 //     int main()
 //     {
-//         quorvex::crash::InstallHandler(u"/var/crash/server-%p.dmp");
+//         if (!quorvex::crash::InstallHandler(u"/var/crash/server-%p.dmp")) {
+//             std::cerr << "no crash dumps: " << GetLastErrorString() << '\n';
+//         }
 //         ...
 //     }
 //

@@ -152,15 +152,10 @@ bool TracedProcess::ReadRegisters(TracedThread& thread) noexcept
 
 /// Nothing is waited for by wait(): that would take news from others in this process who wait for any child, as they
 /// would take them from here. Registers can be read of a thread that has stopped and of no other, so that tells.
-void TracedProcess::AwaitStop(TracedThread& thread, std::uint64_t deadline) noexcept
+bool TracedProcess::HasStopped(TracedThread& thread) noexcept
 {
-    for (long pause = 10'000; !ReadRegisters(thread); pause = std::min(pause * 2, 1'000'000L)) {
-        char const state = StateOf(thread.id);
-        thread.gone = state == 0 || state == 'Z' || state == 'X';
-        if (thread.gone || kernel::Nanoseconds() > deadline) {
-            return;
-        }
-        kernel::Sleep(pause);
+    if (!ReadRegisters(thread)) {
+        return false;
     }
     thread.stopped = true;
     // An event stop is this tracer's doing, or the whole process is stopped. Any other is a signal on its way.
@@ -168,6 +163,30 @@ void TracedProcess::AwaitStop(TracedThread& thread, std::uint64_t deadline) noex
     if (!kernel::Failed(Trace(PTRACE_GETSIGINFO, thread.id, nullptr, &info)) &&
         (info.si_code >> 8) != PTRACE_EVENT_STOP) {
         thread.signal = info.si_signo;
+    }
+    return true;
+}
+
+/// Waits for the threads from the `first` on: all have been told, and stop as they get a processor.
+void TracedProcess::AwaitStops(std::size_t first) noexcept
+{
+    constexpr int kLookEvery = 16;
+    std::uint64_t const deadline = kernel::Nanoseconds() + kStopTimeout;
+    bool waiting = true;
+    for (int round = 1; waiting && kernel::Nanoseconds() < deadline; ++round) {
+        waiting = false;
+        for (std::size_t i = first; i < m_threads.Size(); ++i) {
+            TracedThread& thread = m_threads[i];
+            if (thread.stopped || thread.gone || HasStopped(thread)) {
+                continue;
+            }
+            char const state = round % kLookEvery == 0 ? StateOf(thread.id) : 'R';
+            thread.gone = state == 0 || state == 'Z' || state == 'X';
+            waiting = waiting || !thread.gone;
+        }
+        if (waiting) {
+            kernel::Sleep(20'000);
+        }
     }
 }
 
@@ -188,10 +207,8 @@ int TracedProcess::StopAll(std::uint64_t patience) noexcept
             error = 0;
             added = 1;
         }
-        std::uint64_t const deadline = kernel::Nanoseconds() + kStopTimeout;
-        for (; known < m_threads.Size(); ++known) {
-            AwaitStop(m_threads[known], deadline);
-        }
+        AwaitStops(known);
+        known = m_threads.Size();
     }
     kernel::Close(folder);
     std::size_t kept = 0;

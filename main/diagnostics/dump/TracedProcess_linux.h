@@ -58,7 +58,8 @@ private:
     TracedThread* Find(int id) noexcept;
     int SeizeNew(int folder, std::size_t* added) noexcept;
     int Seize(int id) noexcept;
-    void AwaitStop(TracedThread& thread, std::uint64_t deadline) noexcept;
+    bool HasStopped(TracedThread& thread) noexcept;
+    void AwaitStops(std::size_t first) noexcept;
     bool ReadRegisters(TracedThread& thread) noexcept;
     [[nodiscard]] char StateOf(int thread) const noexcept;
 
