@@ -56,10 +56,7 @@ void CheckMapping(Mapping const& mapping)
         static_cast<unsigned long long>(mapping.inode));
     std::string const text = std::string(line, static_cast<std::size_t>(length)) + std::string(mapping.name);
     Mapping again;
-    Require(ParseMapping(text, again));
-    Require(again.start == mapping.start && again.end == mapping.end && again.offset == mapping.offset &&
-            again.inode == mapping.inode && again.readable == mapping.readable && again.writable == mapping.writable &&
-            again.executable == mapping.executable && again.shared == mapping.shared && again.name == mapping.name);
+    Require(ParseMapping(text, again) && again == mapping);
 }
 
 } // namespace
@@ -69,17 +66,14 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     ForEachMapping({reinterpret_cast<char const*>(data), size}, CheckMapping);
     FuzzedMemory memory(data, size);
     Require(FindBuildId(memory, FuzzedMemory::kBase).size <= sizeof(BuildId::bytes));
-    if (size >= 58) {
-        std::string image(reinterpret_cast<char const*>(data), size);
-        std::memcpy(image.data(),
-                    "\x7F"
-                    "ELF\x02",
-                    5);
-        image[54] = 56; // the size of a program header
-        image[55] = 0;
-        FuzzedMemory elf(reinterpret_cast<std::uint8_t const*>(image.data()), image.size());
-        Require(FindBuildId(elf, FuzzedMemory::kBase).size <= sizeof(BuildId::bytes));
-    }
+    // The same with a beginning that is taken for that of a file: its class, and the size of a program header.
+    std::string image(reinterpret_cast<char const*>(data), size);
+    image.resize(std::max<std::size_t>(size, 64));
+    image.replace(0, 5, {0x7F, 'E', 'L', 'F', 2});
+    image[54] = 56;
+    image[55] = 0;
+    FuzzedMemory elf(reinterpret_cast<std::uint8_t const*>(image.data()), image.size());
+    Require(FindBuildId(elf, FuzzedMemory::kBase).size <= sizeof(BuildId::bytes));
     std::uint64_t dynamic = 0;
     FindDynamicLinkerRecord(memory, FuzzedMemory::kBase, size / 56, &dynamic);
     return 0;

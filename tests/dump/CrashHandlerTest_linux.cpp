@@ -33,7 +33,7 @@ constexpr Kind kKinds[] = {
     {"terminate", SIGABRT, SI_TKILL, "CrashHere"},     {"sent", SIGSEGV, SI_USER, "CrashHere"},
     {"overflow", SIGSEGV, SEGV_MAPERR, "UseTheStack"}, {"on a thread", SIGSEGV, SEGV_ACCERR, "UseTheStack"},
     {"malloc", SIGABRT, SI_TKILL, "malloc"},           {"two at once", SIGSEGV, SEGV_MAPERR, "CrashHere"},
-    {"chained", SIGSEGV, SEGV_MAPERR, "CrashHere"},    {"mended", SIGSEGV, SEGV_MAPERR, "CrashHere"},
+    {"chained", SIGSEGV, SEGV_MAPERR, "CrashHere"},
 };
 
 } // namespace

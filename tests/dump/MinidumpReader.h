@@ -122,9 +122,8 @@ private:
             Check(context, 1232);
             threads[At<std::uint32_t>(at)] = thread;
         }
-        std::uint64_t const names = m_streams.at(24);
-        for (std::uint32_t i = 0; i < At<std::uint32_t>(names); ++i) {
-            std::uint64_t const at = names + 4 + i * 12;
+        for (std::uint32_t i = 0; Has(24) && i < In<std::uint32_t>(24, 0); ++i) {
+            std::uint64_t const at = m_streams.at(24) + 4 + i * 12;
             threads.at(At<std::uint32_t>(at)).name = String(At<std::uint64_t>(at + 4));
         }
     }
@@ -136,8 +135,8 @@ private:
             std::uint64_t const at = list + 4 + i * 108;
             Module module{At<std::uint64_t>(at), At<std::uint32_t>(at + 8), String(At<std::uint32_t>(at + 20)), {}};
             std::string const record = Text(At<std::uint32_t>(at + 80), At<std::uint32_t>(at + 76));
-            for (unsigned char const byte : record.substr(record.empty() ? 0 : 4)) {
-                module.buildId += "0123456789abcdef"[byte >> 4];
+            for (char const byte : record.substr(record.empty() ? 0 : 4)) {
+                module.buildId += "0123456789abcdef"[byte >> 4 & 15];
                 module.buildId += "0123456789abcdef"[byte & 15];
             }
             modules.push_back(module);

@@ -5,7 +5,6 @@
 //     dump_victim crash KIND [PATH]             crashes, with a handler that writes to PATH
 
 #include <atomic>
-#include <csetjmp>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -22,7 +21,7 @@
 #include <qvxsys/CrashHandler.h>
 #include <qvxsys/TStringCore.h>
 
-#define NOT_INLINED extern "C" [[gnu::noinline, gnu::noipa]]
+#define NOT_INLINED extern "C" [[gnu::noinline]]
 
 NOT_INLINED void WaitForTheEnd(std::atomic<int>& waiting)
 {
@@ -33,8 +32,6 @@ NOT_INLINED void WaitForTheEnd(std::atomic<int>& waiting)
 }
 
 namespace {
-
-std::jmp_buf g_mended;
 
 int Wait(int threads, bool alone)
 {
@@ -106,18 +103,12 @@ void Leave(int)
     _exit(42);
 }
 
-void Mend(int)
-{
-    std::longjmp(g_mended, 1);
-}
-
 int Crash(std::string const& kind, char const* path)
 {
     rlimit const none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
-    bool const mended = kind == "mended";
-    if (kind == "chained" || mended) {
-        signal(SIGSEGV, mended ? Mend : Leave);
+    if (kind == "chained") {
+        signal(SIGSEGV, Leave);
     }
     if (path != nullptr && !quorvex::crash::InstallHandler(TStringCore(path))) {
         return 3;
@@ -131,8 +122,8 @@ int Crash(std::string const& kind, char const* path)
         std::thread other([] { CrashHere("write"); });
         CrashHere("write");
         other.join();
-    } else if (kind != "mended" || setjmp(g_mended) == 0) {
-        CrashHere(kind == "chained" || mended ? "write" : kind);
+    } else {
+        CrashHere(kind == "chained" ? "write" : kind);
     }
     return 0;
 }

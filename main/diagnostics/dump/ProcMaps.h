@@ -19,6 +19,7 @@ struct Mapping
     bool shared;
     std::string_view name; ///< as it stands in the text: line feeds as \012, " (deleted)" behind a removed file's
 
+    bool operator==(Mapping const&) const noexcept = default;
     [[nodiscard]] std::uint64_t Size() const noexcept { return end - start; }
     [[nodiscard]] bool IsFile() const noexcept { return !name.empty() && name.front() == '/'; }
 };
