@@ -14,6 +14,7 @@
 #include <type_traits>
 
 #include <qvxsys/Platform.h>
+#include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringView.h>
 
 namespace qvxsys::minidump {
@@ -88,14 +89,26 @@ QVXSYS_API int WriteCrashDump(void* process, unsigned long processId, wchar_t co
 QVXSYS_API int WriteCrashDump(void* process, unsigned long processId, TStringView path,
                               qvxsys::minidump::MINIDUMP_TYPE type);
 
-/// The same with the type as <dbghelp.h> declares it, or as a number, which is what its flags become when they are
-/// combined.
+namespace qvxsys::detail {
+
+/// What converts to the arguments of a function above, but not by itself or not to one alone.
 template<class Path, class Type>
-requires(std::is_same_v<Type, int> ||
-         (std::is_enum_v<Type> && std::is_convertible_v<Type, int> &&
-          !std::is_same_v<Type, qvxsys::minidump::MINIDUMP_TYPE>)) int WriteCrashDump(void* process,
-                                                                                      unsigned long processId,
-                                                                                      Path const& path, Type type)
+concept OtherDumpArguments = (std::is_same_v<Type, int> ||
+                              (std::is_enum_v<Type> && std::is_convertible_v<Type, int>)) &&
+                             (std::is_same_v<Path, TStringCore> || !std::is_same_v<Type, minidump::MINIDUMP_TYPE>);
+
+} // namespace qvxsys::detail
+
+/// The same for a string, and for a type as <dbghelp.h> declares it or as a number, which is what flags become when
+/// they are combined.
+template<class Path, class Type>
+requires qvxsys::detail::OtherDumpArguments<Path, Type>
+int WriteCrashDump(void* process, unsigned long processId, Path const& path, Type type)
 {
-    return WriteCrashDump(process, processId, path, static_cast<qvxsys::minidump::MINIDUMP_TYPE>(type));
+    auto const flags = static_cast<qvxsys::minidump::MINIDUMP_TYPE>(type);
+    if constexpr (std::is_same_v<Path, TStringCore>) {
+        return WriteCrashDump(process, processId, path.view(), flags);
+    } else {
+        return WriteCrashDump(process, processId, path, flags);
+    }
 }

@@ -30,6 +30,7 @@
 #include <qvxsys/CrashDump.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/TStringView.h>
+#include <qvxsys/WideText.h>
 
 namespace quorvex::crash {
 
@@ -46,6 +47,11 @@ struct HandlerOptions
 /// installed already (EALREADY), for a path or a type that WriteCrashDump would refuse (ENAMETOOLONG beyond 4000
 /// bytes), and when the system refuses. To be called at start, while no other thread calls it or RemoveHandler().
 [[nodiscard]] QVXSYS_API bool InstallHandler(TStringView path, HandlerOptions const& options = {});
+template<qvxsys::detail::WidePointer W>
+[[nodiscard]] bool InstallHandler(W const& path, HandlerOptions const& options = {})
+{
+    return InstallHandler(qvxsys::detail::WideText(path), options);
+}
 
 /// Puts back the handlers that were there before, unless others have been installed since. Does nothing when none is
 /// installed.

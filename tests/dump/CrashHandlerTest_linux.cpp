@@ -85,7 +85,7 @@ TEST(CrashHandler, InstallingAndRemoving)
     EXPECT_FALSE(quorvex::crash::InstallHandler(TStringCore(std::string(5000, 'x'))));
     EXPECT_EQ(errno, ENAMETOOLONG);
     for (int i = 0; i < 2; ++i) {
-        ASSERT_TRUE(quorvex::crash::InstallHandler(u"/nonexistent/a.dmp"));
+        ASSERT_TRUE(quorvex::crash::InstallHandler(L"/nonexistent/a.dmp"));
         EXPECT_FALSE(quorvex::crash::InstallHandler(u"/nonexistent/a.dmp"));
         EXPECT_EQ(errno, EALREADY);
         quorvex::crash::RemoveHandler();
