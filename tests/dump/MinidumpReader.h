@@ -45,7 +45,7 @@ public:
             std::uint32_t const size = At<std::uint32_t>(entry + 4);
             std::uint32_t const place = At<std::uint32_t>(entry + 8);
             Check(place, size);
-            if (!m_streams.emplace(At<std::uint32_t>(entry), place).second) {
+            if (!m_streams.emplace(At<std::uint32_t>(entry), place).second && At<std::uint32_t>(entry) != 0) {
                 throw std::runtime_error("a stream twice");
             }
             m_sizes[At<std::uint32_t>(entry)] = size;
