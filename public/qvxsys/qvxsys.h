@@ -33,8 +33,10 @@
 #include <qvxsys/ReferenceCount.h>
 #include <qvxsys/Run.h>
 #include <qvxsys/SharedState.h>
+#include <qvxsys/StackTrace.h>
 #include <qvxsys/StaticRepository.h>
 #include <qvxsys/StringUtils.h>
+#include <qvxsys/Symbols.h>
 #include <qvxsys/SyncWords.h>
 #include <qvxsys/TCType.h>
 #include <qvxsys/TError.h>
@@ -45,6 +47,7 @@
 #include <qvxsys/TMemory.h>
 #include <qvxsys/TScanStringCore.h>
 #include <qvxsys/TSemaphore.h>
+#include <qvxsys/TStackWalker.h>
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringEditing.h>
 #include <qvxsys/TStringException.h>

@@ -14,15 +14,17 @@ import tempfile
 # The layers, lowest first. Each may use itself and those it names (and what they name).
 LAYERS = {
     "memory": [],
+    "unwind": ["memory"],
     "text": ["memory"],
-    "error": ["text"],
+    "error": ["text", "unwind"],
     "system": ["error"],
+    "stack": ["system", "unwind"],
     "dump": ["system"],
     "sync": ["system"],
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
-    "tool": ["task", "repository", "hash", "dump"],
+    "tool": ["task", "repository", "hash", "stack", "dump"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -31,6 +33,10 @@ FILES = [
     (r"main/diagnostics/tmemory", "memory"),
     (r"main/diagnostics/dump/", "dump"),
     (r"public/qvxsys/TMemory\.h", "memory"),
+    (r"main/diagnostics/unwind/", "unwind"),
+    (r"public/qvxsys/StackTrace\.h", "unwind"),
+    (r"main/diagnostics/", "stack"),
+    (r"public/qvxsys/(Symbols|TStackWalker)\.h", "stack"),
     (r"public/qvxsys/Platform\.h", "memory"),
     (r"public/qvxsys/qvxsys\.h", "tool"),
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),

@@ -7,8 +7,4 @@ namespace qvxsys::error::platform {
 /// error stream elsewhere. Failures are ignored; errno is kept.
 void DebugOutput(char const* text) noexcept;
 
-/// Up to `capacity` return addresses of the calling functions, innermost first, beginning behind `skip` of them.
-/// Returns how many there are. Allocates nothing.
-int CaptureTrace(void** frames, int capacity, int skip) noexcept;
-
 } // namespace qvxsys::error::platform

@@ -5,8 +5,8 @@
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/QuorvexException.h>
 
-#include "ErrorPlatform.h"
 #include "ErrorRecord.h"
+#include "StackCapture.h"
 #include "ThrowSite.h"
 
 QuorvexError::QuorvexError(unsigned int code, TStringCore&& name) noexcept
@@ -86,7 +86,7 @@ void RecordLocation(ErrorInfo const&, ErrorOrigin&) noexcept
 
 void RecordTrace(ErrorInfo const&, ErrorOrigin& origin) noexcept
 {
-    origin.frameCount = qvxsys::error::platform::CaptureTrace(origin.frames, ErrorOrigin::kMaxFrames, 1);
+    origin.frameCount = qvxsys::unwind::CaptureStack(origin.frames, ErrorOrigin::kMaxFrames, 1);
 }
 
 ErrorOrigin const* GetOrigin(ErrorInfo const& info) noexcept

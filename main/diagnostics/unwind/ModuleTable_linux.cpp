@@ -1,0 +1,145 @@
+#include "ModuleTable.h"
+
+#include <cerrno>
+#include <cstring>
+#include <exception>
+
+#include <dlfcn.h>
+#include <elf.h>
+#include <link.h>
+#include <sys/auxv.h>
+#include <unistd.h>
+#include <unwind.h>
+
+#include "StackCapture.h"
+
+namespace qvxsys::unwind::platform {
+namespace {
+
+// What is in the first page of a module can be read whatever is loaded there: its first segment begins with it.
+constexpr std::uintptr_t kFirstPage = 4096;
+
+/// The bytes of the build-id note among the notes, and their number.
+unsigned char const* FindBuildId(unsigned char const* notes, std::size_t size, std::uint8_t& length) noexcept
+{
+    while (size >= sizeof(ElfW(Nhdr))) {
+        ElfW(Nhdr) header;
+        std::memcpy(&header, notes, sizeof header);
+        std::size_t const name = sizeof header;
+        std::size_t const value = name + ((std::size_t{header.n_namesz} + 3) & ~std::size_t{3});
+        std::size_t const next = value + ((std::size_t{header.n_descsz} + 3) & ~std::size_t{3});
+        if (next > size) {
+            break;
+        }
+        if (header.n_type == NT_GNU_BUILD_ID && header.n_namesz == 4 && std::memcmp(notes + name, "GNU", 4) == 0 &&
+            header.n_descsz > 0 && header.n_descsz <= quorvex::StackModule::kMaxBuildId) {
+            length = static_cast<std::uint8_t>(header.n_descsz);
+            return notes + value;
+        }
+        notes += next;
+        size -= next;
+    }
+    return nullptr;
+}
+
+void ReadBuildId(std::uintptr_t bias, ModuleRecord& record) noexcept
+{
+    ElfW(Ehdr) file;
+    std::memcpy(&file, reinterpret_cast<void const*>(record.begin), sizeof file);
+    std::uintptr_t const table = sizeof(ElfW(Phdr)) * file.e_phnum;
+    if (std::memcmp(file.e_ident, ELFMAG, SELFMAG) != 0 || file.e_phentsize != sizeof(ElfW(Phdr)) ||
+        file.e_phoff > kFirstPage || table > kFirstPage - file.e_phoff) {
+        return;
+    }
+    for (unsigned i = 0; i < file.e_phnum; ++i) {
+        ElfW(Phdr) segment;
+        std::memcpy(&segment, reinterpret_cast<void const*>(record.begin + file.e_phoff + i * sizeof segment),
+                    sizeof segment);
+        std::uintptr_t const notes = bias + segment.p_vaddr;
+        if (segment.p_type != PT_NOTE || notes < record.begin || notes - record.begin > kFirstPage ||
+            segment.p_memsz > kFirstPage - (notes - record.begin)) {
+            continue;
+        }
+        if (auto const* const id =
+                FindBuildId(reinterpret_cast<unsigned char const*>(notes), segment.p_memsz, record.buildIdLength)) {
+            record.buildIdInMemory = id;
+            std::memcpy(record.buildId, id, record.buildIdLength);
+            return;
+        }
+    }
+}
+
+/// As much of the end of a path as a name has room for.
+char const* End(char const* path) noexcept
+{
+    constexpr std::size_t kMost = sizeof ModuleRecord::name - 1;
+    std::size_t const length = std::strlen(path);
+    return length > kMost ? path + (length - kMost) : path;
+}
+
+bool IsProgram(ModuleRecord const& record) noexcept
+{
+    return record.Has(::getauxval(AT_PHDR));
+}
+
+void SetProgramName(ModuleRecord& record) noexcept
+{
+    char path[1024];
+    int const before = errno;
+    auto const length = ::readlink("/proc/self/exe", path, sizeof path - 1);
+    errno = before;
+    path[length > 0 ? length : 0] = 0;
+    std::strcpy(record.name, End(path));
+}
+
+/// The library's code is running, so the library is loaded, and what it is linked with: they go only after it.
+bool StaysLoaded(ModuleRecord const& record) noexcept
+{
+    auto const has = [&record](auto address) { return record.Has(reinterpret_cast<std::uintptr_t>(address)); };
+    return IsProgram(record) || has(&CaptureStack) || has(&std::terminate) || has(&_Unwind_Backtrace) ||
+           has(&::readlink) || has(&_dl_find_object);
+}
+
+} // namespace
+
+bool FindRange(std::uintptr_t address, std::uintptr_t& begin, std::uintptr_t& end) noexcept
+{
+    dl_find_object found;
+    if (_dl_find_object(reinterpret_cast<void*>(address), &found) != 0) {
+        return false;
+    }
+    begin = reinterpret_cast<std::uintptr_t>(found.dlfo_map_start);
+    end = reinterpret_cast<std::uintptr_t>(found.dlfo_map_end);
+    return true;
+}
+
+void Describe(std::uintptr_t address, ModuleRecord& record) noexcept
+{
+    dl_find_object found;
+    if (_dl_find_object(reinterpret_cast<void*>(address), &found) != 0 || found.dlfo_link_map == nullptr) {
+        return;
+    }
+    record.bias = found.dlfo_link_map->l_addr;
+    ReadBuildId(record.bias, record);
+    record.isPermanent = StaysLoaded(record);
+    if (IsProgram(record)) {
+        SetProgramName(record);
+    } else {
+        std::strcpy(record.name, End(found.dlfo_link_map->l_name));
+    }
+}
+
+bool IsSame(ModuleRecord const& record) noexcept
+{
+    if (record.isPermanent) {
+        return true;
+    }
+    if (record.buildIdInMemory != nullptr) {
+        return std::memcmp(record.buildIdInMemory, record.buildId, record.buildIdLength) == 0;
+    }
+    dl_find_object found;
+    return _dl_find_object(reinterpret_cast<void*>(record.begin), &found) == 0 &&
+           std::strcmp(record.name, End(found.dlfo_link_map->l_name)) == 0;
+}
+
+} // namespace qvxsys::unwind::platform
