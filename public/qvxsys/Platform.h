@@ -42,6 +42,13 @@
 #define QVXSYS_THREAD_POINTER "%%fs:0"
 #endif
 
+/// Its argument where the system's own headers never declare the names of dbghelp.h, nothing where they may.
+#if defined(_WIN32)
+#define QVXSYS_WITHOUT_DBGHELP(declaration)
+#else
+#define QVXSYS_WITHOUT_DBGHELP(declaration) declaration
+#endif
+
 namespace qvxsys::detail {
 
 /// A word that differs between any two threads alive, read in one instruction and the same in every module of the

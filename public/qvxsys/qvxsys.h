@@ -7,6 +7,8 @@
 #include <qvxsys/CodePointIterator.h>
 #include <qvxsys/CodePointView.h>
 #include <qvxsys/CpuTime.h>
+#include <qvxsys/CrashDump.h>
+#include <qvxsys/CrashHandler.h>
 #include <qvxsys/Deadline.h>
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Executor.h>

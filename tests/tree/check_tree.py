@@ -20,17 +20,20 @@ LAYERS = {
     "system": ["error"],
     "stack": ["system", "unwind"],
     "path": ["stack"],
+    "dump": ["system"],
     "sync": ["system"],
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
     "tool": ["path", "task", "repository", "hash", "stack"],
+    "tool": ["task", "repository", "hash", "stack", "dump"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
 FILES = [
     (r"main/platform/", "memory"),
     (r"main/diagnostics/tmemory", "memory"),
+    (r"main/diagnostics/dump/", "dump"),
     (r"public/qvxsys/TMemory\.h", "memory"),
     (r"main/diagnostics/unwind/", "unwind"),
     (r"public/qvxsys/StackTrace\.h", "unwind"),
@@ -43,6 +46,7 @@ FILES = [
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
     (r"public/qvxsys/(FileSystemPath|PathIterator|PathText|TPathCore)\.h", "path"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
+    (r"public/qvxsys/(CrashDump|CrashHandler)\.h", "dump"),
     (r"public/qvxsys/StaticRepository\.h", "repository"),
     (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Executor|Future|FutureCoroutine|FutureGroup|FutureState|Launch|"
      r"ParallelFor|Promise|Run|SharedState|TThreadPool|TaskState|Tasks|Timer)\.h", "task"),
