@@ -21,7 +21,8 @@ LAYERS = {
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
-    "tool": ["task", "repository", "hash"],
+    "monitor": ["sync"],
+    "tool": ["task", "repository", "hash", "monitor"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -47,6 +48,7 @@ FILES = [
     (r"main/qvxsys/repository/", "repository"),
     (r"main/thread/", "task"),
     (r"main/qvxsys/hash/", "hash"),
+    (r"main/monitor/", "monitor"),
     (r"tools/qvx/", "tool"),
 ]
 
