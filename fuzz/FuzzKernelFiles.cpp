@@ -1,0 +1,90 @@
+// Arbitrary bytes as what the kernel tells: lines in pieces against the whole text cut by hand, and every parser's
+// promises.
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+#include <vector>
+
+#include "ControlGroup.h"
+#include "KernelText.h"
+#include "ProcessText.h"
+
+namespace {
+
+using namespace qvxsys::system;
+
+void Require(bool condition)
+{
+    if (!condition) {
+        std::abort();
+    }
+}
+
+constexpr std::size_t kBuffer = 64;
+
+/// The lines that fit the buffer with their line feeds.
+std::vector<std::string_view> Lines(std::string_view text)
+{
+    std::vector<std::string_view> lines;
+    while (text.find('\n') != std::string_view::npos) {
+        std::string_view const line = TakeUntil(text, '\n');
+        if (line.size() < kBuffer) {
+            lines.push_back(line);
+        }
+    }
+    return lines;
+}
+
+void CheckLine(std::string_view line)
+{
+    // A number is made of digits, and grows with them.
+    std::string_view rest = line;
+    std::string_view const word = TakeWord(rest);
+    Require(word.size() + rest.size() <= line.size());
+    bool const isDigits = !word.empty() && word.find_first_not_of("0123456789") == std::string_view::npos;
+    auto const number = ParseNumber(word);
+    Require(number.has_value() == isDigits);
+    Require(!number || word.size() < 2 || *number >= *ParseNumber(word.substr(0, word.size() - 1)));
+    auto const bytes = ParseBytes(line, "MemTotal:");
+    Require(!bytes || line.find("MemTotal:") != std::string_view::npos);
+
+    std::uint64_t count = 0;
+    ForEachOfList(line.substr(0, 16), [&](std::uint64_t each) { count += each <= 65'535 ? 1 : 1'000'000; });
+    Require(count <= 16 * 65'536);
+
+    ControlGroupMounts mounts;
+    mounts.Take(line);
+    bool unified = false;
+    auto const path = ParseGroupLine(line, Controller::Memory, unified);
+    Require(!path || (!path->empty() && line.ends_with(*path)));
+    ControlGroupMount mount;
+    mount.folder = PathText("/cg");
+    mount.root = PathText(line.substr(0, line.size() / 2));
+    Require(GroupFolder(mount, line).View().starts_with("/cg"));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+{
+    std::string_view const text(static_cast<char const*>(static_cast<void const*>(data)), size);
+    std::size_t at = 0;
+    auto const read = [&](char* to, std::size_t room) {
+        std::size_t const step = at < size ? data[at] % 40u + 1 : 0;
+        std::size_t const length = text.substr(at).copy(to, std::min(room, step));
+        at += length;
+        return length;
+    };
+    LineReader<decltype(read), kBuffer> lines(read);
+    for (std::string_view const expected : Lines(text)) {
+        auto const line = lines.Next();
+        Require(line == expected);
+        CheckLine(*line);
+    }
+    Require(!lines.Next());
+    auto const stat = qvxsys::monitor::ParseStat(text);
+    Require(!stat || text.ends_with('\n'));
+    return 0;
+}
