@@ -17,7 +17,8 @@ namespace qvx {
 /// "80%": 0.8. Empty when it is none or is not above 0 and at most 100.
 [[nodiscard]] std::optional<double> ParsePercentage(std::string_view text);
 
-/// "10s", "1.5m", "250ms", "1h", "10": seconds when there is no unit. Empty when it is none or longer than 10,000 hours.
+/// "10s", "1.5m", "250ms", "1h", "10": seconds when there is no unit. Empty when it is none or longer than 10,000
+/// hours.
 [[nodiscard]] std::optional<std::chrono::milliseconds> ParseDuration(std::string_view text);
 
 /// "1.50 GiB", "12 B"

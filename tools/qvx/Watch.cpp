@@ -1,12 +1,14 @@
 #include "Watch.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <functional>
 #include <iostream>
 #include <memory>
 #include <set>
+#include <system_error>
 #include <utility>
 
 #include <qvxsys/Format.h>
@@ -48,7 +50,7 @@ public:
     // One write for a line, so that several processes may share the file.
     void Add(TStringCore const& text)
     {
-        TRecursiveMutex::Scope const scope(m_mutex);
+        TLockScope const lock(m_mutex);
         std::string const line = text.toStdString() + '\n';
         if (m_isVerbose) {
             std::cerr << line;
@@ -137,7 +139,7 @@ private:
 void Watcher::OnReclaim(char const* limit)
 {
     {
-        TRecursiveMutex::Scope const scope(m_mutex);
+        TLockScope const lock(m_mutex);
         if (m_requests.isOver) {
             return;
         }
@@ -151,7 +153,7 @@ void Watcher::OnReclaim(char const* limit)
 void Watcher::OnTerminate(bool isForMemory, TStringCore const& message)
 {
     m_log.Add(message);
-    TRecursiveMutex::Scope const scope(m_mutex);
+    TLockScope const lock(m_mutex);
     m_requests.terminate = isForMemory;
     m_command.Wake();
 }
@@ -159,7 +161,7 @@ void Watcher::OnTerminate(bool isForMemory, TStringCore const& message)
 void Watcher::OnDecision(ResourceDecision const& decision)
 {
     if (decision.m_verdict != ResourceDecision::Verdict::Spared) {
-        TRecursiveMutex::Scope const scope(m_mutex);
+        TLockScope const lock(m_mutex);
         m_requests.decision = decision;
         m_requests.isNewDecision = true;
         m_command.Wake();
@@ -205,7 +207,7 @@ void Watcher::StartManager()
 void Watcher::StopManager()
 {
     {
-        TRecursiveMutex::Scope const scope(m_mutex);
+        TLockScope const lock(m_mutex);
         m_requests.isOver = true;
     }
     m_reclaimed.Signal();
@@ -213,7 +215,7 @@ void Watcher::StopManager()
         ResourceManager::Stop();
     }
     m_registered.clear();
-    TRecursiveMutex::Scope const scope(m_mutex);
+    TLockScope const lock(m_mutex);
     m_requests = {};
 }
 
@@ -245,7 +247,7 @@ void Watcher::ServeReclaim()
 {
     char const* limit = nullptr;
     {
-        TRecursiveMutex::Scope const scope(m_mutex);
+        TLockScope const lock(m_mutex);
         limit = std::exchange(m_requests.reclaim, nullptr);
     }
     if (limit != nullptr) {
@@ -277,7 +279,7 @@ void Watcher::ServeDecision()
 {
     std::optional<ResourceDecision> decision;
     {
-        TRecursiveMutex::Scope const scope(m_mutex);
+        TLockScope const lock(m_mutex);
         if (std::exchange(m_requests.isNewDecision, false)) {
             decision = m_requests.decision;
         }
@@ -289,6 +291,7 @@ void Watcher::ServeDecision()
         Tell(qvxsys::Format(u"a limit was exceeded; --on-limit freed %1, and the command goes on.",
                             SizeText(decision->m_bytesFreed)));
         m_toldInDryRun.reset();
+        m_attempts = {};
     } else if (m_options.isDryRun && m_toldInDryRun != decision->m_rule) {
         m_toldInDryRun = decision->m_rule;
         Tell(qvxsys::Format(u"would have ended %1 after %2: %3", DisplayName(host::PathOf(m_options.command.front())),
@@ -300,7 +303,7 @@ void Watcher::ServeTermination()
 {
     std::optional<bool> isForMemory;
     {
-        TRecursiveMutex::Scope const scope(m_mutex);
+        TLockScope const lock(m_mutex);
         isForMemory = std::exchange(m_requests.terminate, std::nullopt);
         m_ending = isForMemory ? m_requests.decision : m_ending;
     }

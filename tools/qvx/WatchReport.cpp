@@ -46,7 +46,7 @@ TStringCore Peers(ResourceDecision const& decision, unsigned short port)
         unsigned int const share = peers[i].m_memoryLimitUsage;
         unsigned int const cpu = peers[i].m_cpuUsage;
         texts.push_back(
-            qvxsys::Format(u"%1 (%2, %3% of its limit, %4% CPU)", pid, SizeText(peers[i].m_memory), share, cpu));
+            qvxsys::Format(u"%1 (%2, %3%% of its limit, %4%% CPU)", pid, SizeText(peers[i].m_memory), share, cpu));
     }
     if (peers.size() > kPeersShown) {
         texts.push_back(qvxsys::Format(u"%1 more", peers.size() - kPeersShown));
@@ -74,14 +74,15 @@ TStringCore Measured(ResourceDecision const& decision, WatchOptions const& optio
         break;
     case Rule::MachineMemory:
         text = qvxsys::Format(u"%1 of the machine's memory were in use, more than the %2 of --all-memory, and it used "
-                              u"the largest share of its own limit, %3% (%4). ",
+                              u"the largest share of its own limit, %3%% (%4). ",
                               SizeText(decision.m_machineMemory), SizeText(decision.m_allProcessesLimit), share,
                               SizeText(own.m_memory));
         break;
     case Rule::SustainedCpu:
-        text = qvxsys::Format(u"the watched processes used %1% of the CPU, more than the %2% of --max-cpu, for %3, and "
-                              u"it used the most, %4%. ",
-                              decision.m_cpuTotal, decision.m_maxCpu, TimeText(decision.m_cpuHighFor), cpu);
+        text =
+            qvxsys::Format(u"the watched processes used %1%% of the CPU, more than the %2%% of --max-cpu, for %3, and "
+                           u"it used the most, %4%%. ",
+                           decision.m_cpuTotal, decision.m_maxCpu, TimeText(decision.m_cpuHighFor), cpu);
         break;
     }
     return text.append(Peers(decision, options.port));
