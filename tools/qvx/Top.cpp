@@ -8,8 +8,8 @@
 #include <thread>
 
 #include <qvxsys/Format.h>
-#include <qvxsys/ResourceManager.h>
 #include <qvxsys/ResourceObserver.h>
+#include <qvxsys/TSystem.h>
 #include <qvxsys/std.h>
 
 #include "Failures.h"
@@ -38,9 +38,9 @@ TopView Look(ResourceObserver& observer, TopOptions const& options, TopColumn so
         view.processes.push_back({sample, CommandLineOf(sample.m_values.m_processId)});
     }
     Sort(view.processes, sort);
-    view.machineTotal = ResourceManager::AdjustMemoryLimit(0, 0, 1, false);
-    view.machineUsed =
-        view.machineTotal - std::min(view.machineTotal, ResourceManager::AdjustMemoryLimit(0, 0, 1, true));
+    TSystem::MemoryInfo const machine = TSystem::Memory();
+    view.machineTotal = machine.totalPhysical;
+    view.machineUsed = machine.usedPhysical;
     return view;
 }
 

@@ -15,6 +15,7 @@
 #include <qvxsys/ResourceManager.h>
 #include <qvxsys/TEvent.h>
 #include <qvxsys/TLocks.h>
+#include <qvxsys/TSystem.h>
 #include <qvxsys/std.h>
 
 #include "DisplayText.h"
@@ -177,8 +178,7 @@ void Watcher::StartManager()
     cpu.m_sustainedPeriod = m_options.maxCpu != 0 ? m_options.sustain : kNoCpuPeriod;
     cpu.m_useAverage = m_options.maxCpu != 0 && m_options.average;
     ResourceManager::MemoryConfig memory;
-    memory.m_perProcessLimit =
-        m_options.maxMemory ? *m_options.maxMemory : ResourceManager::AdjustMemoryLimit(0, 0, 1, false);
+    memory.m_perProcessLimit = m_options.maxMemory.value_or(TSystem::Memory().totalPhysical);
     memory.m_allProcessesLimit = m_options.allMemory.value_or(std::numeric_limits<std::uint64_t>::max());
     memory.m_terminateFlag = true;
     ResourceManager::GeneralConfig general;
