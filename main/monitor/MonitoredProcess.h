@@ -44,9 +44,8 @@ public:
 
     /// Whether a process with this id runs; false also when it may not be looked at. On Linux everybody may look.
     [[nodiscard]] static bool IsRunning(unsigned int pid) noexcept;
-    /// False while at least one processor is held below its full frequency: on Windows one that runs slower at this
-    /// moment, on Linux one that is not allowed to run faster, or that was too hot since the last call (ThermalState.h).
-    /// True when the system tells nothing.
+    /// False while at least one processor is held below its full frequency (TSystem::Throttling) or when one was slowed
+    /// down for its heat since the last call, by whomever. True when the system tells nothing.
     [[nodiscard]] static bool IsCpuAtMaxFrequency() noexcept;
 
 private:

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <utility>
 
 namespace qvxsys::monitor {
 
@@ -23,9 +22,8 @@ struct CpuSample
 class ProcessHandle
 {
 public:
-    /// The own process; always good.
-    ProcessHandle() noexcept;
-    /// Not good when there is no such process, when it has ended, or when it may not be looked at.
+    /// The own process, by its id, needs no handle. Not good when there is no such process or when it may not be looked
+    /// at; on Linux also when it has ended.
     explicit ProcessHandle(std::uint32_t pid) noexcept;
     ProcessHandle(ProcessHandle const&) = delete;
     ProcessHandle& operator=(ProcessHandle const&) = delete;
@@ -39,6 +37,9 @@ public:
     [[nodiscard]] std::optional<CpuSample> Sample() const noexcept;
     /// 0 when it cannot be read.
     [[nodiscard]] std::uint64_t PrivateBytes() const noexcept;
+
+    /// Whether a process with this id runs at this moment, without keeping anything of it.
+    [[nodiscard]] static bool Runs(std::uint32_t pid) noexcept;
 
 private:
     std::uint32_t m_pid;

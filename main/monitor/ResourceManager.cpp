@@ -1,7 +1,10 @@
 #include <qvxsys/ResourceManager.h>
 
+#include <algorithm>
+#include <limits>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include <qvxsys/LogicException.h>
 #include <qvxsys/TSystem.h>
