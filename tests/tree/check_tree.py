@@ -21,8 +21,8 @@ LAYERS = {
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
-    "monitor": ["sync"],
-    "tool": ["task", "repository", "hash", "monitor"],
+    "monitor": ["task"],
+    "tool": ["monitor", "repository", "hash"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -40,6 +40,7 @@ FILES = [
     (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Executor|Future|FutureCoroutine|FutureGroup|FutureState|Launch|"
      r"ParallelFor|Promise|Run|SharedState|TThreadPool|TaskState|Tasks|Timer)\.h", "task"),
     (r"public/qvxsys/(Hash|sha2)\.h", "hash"),
+    (r"public/qvxsys/(MemoryPressure|Resource(Manager|Observer|Reporter|Values))\.h", "monitor"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),

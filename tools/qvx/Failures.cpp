@@ -17,9 +17,17 @@ char16_t const* NameOf(Failure failure) noexcept
     case Failure::NotText:
         return u"Qvx_NotText";
     case Failure::CannotDecode:
+        return u"Qvx_CannotDecode";
+    case Failure::CommandNotFound:
+        return u"Qvx_CommandNotFound";
+    case Failure::CannotRun:
+        return u"Qvx_CannotRun";
+    case Failure::CannotListen:
+        return u"Qvx_CannotListen";
+    case Failure::NoTerminal:
         break;
     }
-    return u"Qvx_CannotDecode";
+    return u"Qvx_NoTerminal";
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// qvx: looks into text files with the library's own decoders.
+// qvx: what the library is good for, as a program.
 
 #include <algorithm>
 #include <exception>
@@ -19,6 +19,7 @@
 #include <qvxsys/TTextDecoder.h>
 #include <qvxsys/std.h>
 
+#include "Arguments.h"
 #include "Failures.h"
 #include "Host.h"
 #include "Progress.h"
@@ -78,49 +79,6 @@ constexpr char const* kScanNotes =
     "\n"
     "Exit status: 0 if all was scanned, 1 if something was not, 2 if the command line is wrong, 130 after Ctrl-C.";
 
-// CLI11 takes an argument in brackets for a list of values, one that begins with a dash for an option, an option that
-// ends with "=" for one whose value follows, and it knows "--" only before a subcommand's first positional. What is to
-// be taken as it stands therefore gets a NUL in front, which no argument has of itself.
-constexpr char kGuard = '\0';
-
-std::vector<std::string> Guarded(std::vector<std::string> const& given)
-{
-    std::vector<std::string> arguments;
-    bool onlyPaths = false;
-    bool valueFollows = false;
-    for (std::string const& argument : given) {
-        if (std::exchange(valueFollows, false)) {
-            arguments.push_back(kGuard + argument);
-            continue;
-        }
-        if (argument == "--" && !onlyPaths) {
-            onlyPaths = true;
-            continue;
-        }
-        if (!onlyPaths && (argument == "--find" || argument == "--print")) {
-            arguments.push_back(argument);
-            valueFollows = true;
-            continue;
-        }
-        if (!onlyPaths && (argument.starts_with("--find=") || argument.starts_with("--print="))) {
-            std::size_t const equals = argument.find('=');
-            arguments.push_back(argument.substr(0, equals));
-            arguments.push_back(kGuard + argument.substr(equals + 1));
-            continue;
-        }
-        bool const isList = argument.starts_with('[') && argument.ends_with(']');
-        arguments.push_back(onlyPaths || isList ? kGuard + argument : argument);
-    }
-    // The order in which CLI11 wants them.
-    std::reverse(arguments.begin(), arguments.end());
-    return arguments;
-}
-
-std::string Unguarded(std::string const& argument)
-{
-    return argument.starts_with(kGuard) ? argument.substr(1) : argument;
-}
-
 struct ScanCommand
 {
     ScanCommand() { options.jobs = std::clamp(std::thread::hardware_concurrency(), 1u, 64u); }
@@ -146,14 +104,14 @@ void AddScan(CLI::App& app, ScanCommand& command)
     scan->add_option("PATH", command.paths, "Files and folders")->required()->type_name("");
     auto const known = [](std::string const& name) {
         bool const isKnown = name == "auto" || TTextDecoder::IsKnownEncoding(name.c_str());
-        return isKnown ? std::string() : "unknown encoding: " + Unguarded(name);
+        return isKnown ? std::string() : "unknown encoding: " + qvx::Unguarded(name);
     };
     scan->add_option("--encoding", command.options.encoding, "auto, or the encoding of all files")
         ->check(CLI::Validator(known, ""))
         ->type_name("NAME")
         ->capture_default_str();
     auto const isFindable = [](std::string const& text) {
-        std::string const plain = Unguarded(text);
+        std::string const plain = qvx::Unguarded(text);
         if (plain.empty() || plain.find('\n') != std::string::npos) {
             return std::string("the text must not be empty, nor have line feeds");
         }
@@ -195,7 +153,7 @@ std::optional<TFormatStringCore> RecordFormat(ScanCommand const& command)
         return std::nullopt;
     }
     try {
-        TFormatStringCore format(TStringCore::fromStdString(Unguarded(*command.print)));
+        TFormatStringCore format(TStringCore::fromStdString(qvx::Unguarded(*command.print)));
         std::ostringstream nowhere;
         qvx::ScannedFile const file{{}, {}, {}, {}, {}};
         if (command.find.empty()) {
@@ -224,7 +182,7 @@ bool SetHash(ScanCommand& command)
 int RunScan(ScanCommand command)
 {
     qvx::FindOptions& find = command.options.find;
-    find.text = TStringCore::fromStdString(Unguarded(command.find));
+    find.text = TStringCore::fromStdString(qvx::Unguarded(command.find));
     std::optional<TFormatStringCore> format;
     try {
         format = RecordFormat(command);
@@ -285,7 +243,7 @@ int RunScan(ScanCommand command)
     }
     std::vector<std::filesystem::path> paths;
     std::transform(command.paths.begin(), command.paths.end(), std::back_inserter(paths),
-                   [](std::string const& argument) { return qvx::host::PathOf(Unguarded(argument)); });
+                   [](std::string const& argument) { return qvx::host::PathOf(qvx::Unguarded(argument)); });
     qvx::host::OnInterrupt([stop = command.options.stop] { stop->Signal(); });
     qvx::ScanResult const result = qvx::Scan(paths, command.options, progress, listener);
     progress.Erase();
@@ -309,18 +267,24 @@ int RunScan(ScanCommand command)
 int Run(std::vector<std::string> const& arguments)
 {
     qvx::host::Prepare();
-    CLI::App app("Looks into text files.", "qvx");
+    CLI::App app("Scans text files, and keeps programs within limits.", "qvx");
     app.set_version_flag("--version", "qvx " QVX_VERSION);
     app.require_subcommand(1);
     app.failure_message([](CLI::App const*, CLI::Error const& error) {
-        return "qvx: " + std::string(error.what()) + "\nTry \"qvx --help\" or \"qvx scan --help\".\n";
+        return "qvx: " + std::string(error.what()) + "\nTry \"qvx --help\" or \"qvx COMMAND --help\".\n";
     });
     ScanCommand scan;
     AddScan(app, scan);
+    qvx::Command const commands[] = {qvx::AddWatch(app), qvx::AddTop(app)};
     try {
-        app.parse(Guarded(arguments));
+        app.parse(qvx::Guarded(arguments));
     } catch (CLI::ParseError const& error) {
         return app.exit(error) == 0 ? kSuccess : kUsageError;
+    }
+    for (qvx::Command const& command : commands) {
+        if (command.app->parsed()) {
+            return command.run();
+        }
     }
     return RunScan(scan);
 }
