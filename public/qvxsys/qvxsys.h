@@ -38,6 +38,7 @@
 #include <qvxsys/SharedState.h>
 #include <qvxsys/StaticRepository.h>
 #include <qvxsys/StringUtils.h>
+#include <qvxsys/Symbols.h>
 #include <qvxsys/SyncWords.h>
 #include <qvxsys/TCType.h>
 #include <qvxsys/TError.h>
@@ -48,6 +49,7 @@
 #include <qvxsys/TMemory.h>
 #include <qvxsys/TScanStringCore.h>
 #include <qvxsys/TSemaphore.h>
+#include <qvxsys/TStackWalker.h>
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringEditing.h>
 #include <qvxsys/TStringException.h>

@@ -17,12 +17,13 @@ LAYERS = {
     "text": ["memory"],
     "error": ["text"],
     "system": ["error"],
+    "stack": ["system"],
     "sync": ["system"],
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
     "monitor": ["task"],
-    "tool": ["monitor", "repository", "hash"],
+    "tool": ["monitor", "repository", "hash", "stack"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -30,6 +31,8 @@ FILES = [
     (r"main/platform/", "memory"),
     (r"main/diagnostics/tmemory", "memory"),
     (r"public/qvxsys/TMemory\.h", "memory"),
+    (r"main/diagnostics/", "stack"),
+    (r"public/qvxsys/(Symbols|TStackWalker)\.h", "stack"),
     (r"public/qvxsys/Platform\.h", "memory"),
     (r"public/qvxsys/qvxsys\.h", "tool"),
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
