@@ -86,5 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     Require(!lines.Next());
     auto const stat = qvxsys::monitor::ParseStat(text);
     Require(!stat || text.ends_with('\n'));
+    auto const pages = qvxsys::monitor::ParsePrivatePages(text);
+    Require(!pages || text.ends_with('\n'));
     return 0;
 }

@@ -265,6 +265,26 @@ TEST(MonitoredProcess, OneDescriptorEach)
     EXPECT_EQ(descriptors(), before);
 }
 
+// The other way to the same figure, which is taken when something on the machine is swapped out.
+TEST(MonitoredProcess, PrivateMemoryByStatusAndStatm)
+{
+    PrivateMemory memory;
+    std::ifstream in("/proc/self/status");
+    for (std::string line; std::getline(in, line);) {
+        memory.Take(line);
+    }
+    EXPECT_NEAR(static_cast<double>(MonitoredProcess().GetMemoryUsage()), static_cast<double>(memory.bytes), 1e6);
+    PrivateMemory swapped;
+    for (char const* const line : {"VmRSS:\t 9 kB", "RssAnon:\t  3 kB", "VmSwap: 4 kB", "VmSwap:", "RssAnon: -1 kB"}) {
+        swapped.Take(line);
+    }
+    EXPECT_EQ(swapped.bytes, 7u * 1024);
+    EXPECT_EQ(ParsePrivatePages("900 50 20 1 0 9 0\n"), 30u);
+    for (char const* const text : {"900 50 20", "900 20 50 1\n", "900 x 20\n", "\n", ""}) {
+        EXPECT_EQ(ParsePrivatePages(text), std::nullopt) << text;
+    }
+}
+
 TEST(ProcessStat, Texts)
 {
     std::string const tail = " 1 1 1 0 -1 4194560 100 0 0 0 12 30 5 6 20 0 1 0 987654321 0 0\n";
