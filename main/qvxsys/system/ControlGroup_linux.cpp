@@ -128,7 +128,7 @@ void ControlGroupWalk::Up() noexcept
 {
     m_path.Cut(m_length);
     std::size_t const slash = m_path.View().rfind('/');
-    if (m_length <= m_topLength || slash == std::string_view::npos) {
+    if (IsOutermost() || slash == std::string_view::npos) {
         m_atEnd = true;
         return;
     }
