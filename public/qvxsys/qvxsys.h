@@ -10,6 +10,7 @@
 #include <qvxsys/Deadline.h>
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Executor.h>
+#include <qvxsys/FileSystemPath.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/FormatScan.h>
 #include <qvxsys/Future.h>
@@ -47,6 +48,7 @@
 #include <qvxsys/TLocks.h>
 #include <qvxsys/TMath.h>
 #include <qvxsys/TMemory.h>
+#include <qvxsys/TPathCore.h>
 #include <qvxsys/TScanStringCore.h>
 #include <qvxsys/TSemaphore.h>
 #include <qvxsys/TStackWalker.h>

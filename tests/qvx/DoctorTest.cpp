@@ -33,6 +33,9 @@ TEST(Doctor, SaysWhatOthersSay)
     for (char const* const listener : {"first", "second"}) {
         EXPECT_EQ(found["exchange"][listener]["once"], found["exchange"]["sent"]);
     }
+    EXPECT_TRUE(fs::equivalent(FromUtf8(found["program"]["executable"]), QVX_PROGRAM)) << found["program"];
+    EXPECT_TRUE(fs::exists(FromUtf8(found["program"]["library"]))) << found["program"];
+    EXPECT_NE(found["program"]["library"], found["program"]["executable"]);
     std::set<std::string> modules;
     for (json const& module : found["modules"]) {
         modules.insert(FromUtf8(module["path"]).filename().string());
@@ -42,7 +45,7 @@ TEST(Doctor, SaysWhatOthersSay)
     // The page has the same facts, and says where they are from.
     ChildResult const page = Qvx({"doctor", "--no-exchange"});
     EXPECT_EQ(page.status, 0);
-    for (std::string const text : {"Library", "Encodings", "Processors", "Memory", "Modules"}) {
+    for (std::string const text : {"Library", "Program", "Encodings", "Processors", "Memory", "Modules"}) {
         EXPECT_NE(page.out.find('\n' + text), page.out.find(text) == 0 ? 0 : std::string::npos) << page.out;
     }
     EXPECT_NE(page.out.find(memory["hostTotalFrom"].get<std::string>()), std::string::npos) << page.out;

@@ -18,12 +18,13 @@ LAYERS = {
     "error": ["text"],
     "system": ["error"],
     "stack": ["system"],
+    "path": ["system"],
     "sync": ["system"],
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
     "monitor": ["task"],
-    "tool": ["monitor", "repository", "hash", "stack"],
+    "tool": ["monitor", "path", "repository", "hash", "stack"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -38,6 +39,7 @@ FILES = [
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
+    (r"public/qvxsys/(FileSystemPath|TPathCore)\.h", "path"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
     (r"public/qvxsys/StaticRepository\.h", "repository"),
     (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Executor|Future|FutureCoroutine|FutureGroup|FutureState|Launch|"
@@ -48,6 +50,7 @@ FILES = [
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
     (r"main/qvxsys/system/", "system"),
+    (r"main/qvxsys/path/", "path"),
     (r"main/synchronize/", "sync"),
     (r"main/qvxsys/repository/", "repository"),
     (r"main/thread/", "task"),

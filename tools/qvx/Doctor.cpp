@@ -4,10 +4,12 @@
 #include <filesystem>
 #include <utility>
 
+#include <qvxsys/FileSystemPath.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/Processor.h>
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/Symbols.h>
+#include <qvxsys/TPathCore.h>
 #include <qvxsys/TSystem.h>
 
 #include "DisplayText.h"
@@ -50,6 +52,21 @@ FactGroup Library()
             {TextFact("version", u"version", QVX_VERSION), TextFact("icu", u"ICU", QvxICU::installedVersion()),
              TextFact("unicode", u"Unicode", QvxICU::unicodeVersion()),
              TextFact("instructions", u"instructions", set)}};
+}
+
+FactGroup Program()
+{
+    auto const pathFact = [](char const* key, char16_t const* label, TPathCore const& path) {
+        std::filesystem::path const native = qvxsys::ToFileSystem(path);
+        return Fact{key, NameText(native).toStdString(), label, DisplayName(native), {}};
+    };
+    // A text of the library's own; a function's address could be that of a stub in the program.
+    void const* const inLibrary = quorvex::cpu::InstructionSetName(quorvex::cpu::InstructionSet::Portable);
+    return {"program",
+            u"Program",
+            {CountFact("pid", u"process id", TSystem::ProcessID()),
+             pathFact("executable", u"executable", TSystem::ExecutableFilename()),
+             pathFact("library", u"library", TSystem::ModuleFilename(inLibrary))}};
 }
 
 FactGroup Encodings()
@@ -108,7 +125,7 @@ std::pair<char const*, char16_t const*> NamesOf(SymbolSource source)
     return {"none", u"none"};
 }
 
-FactGroup Program()
+FactGroup Modules()
 {
     FactGroup group{"modules", u"Modules and what their functions are named by", {}};
     for (LoadedModule const& module : quorvex::symbols::LoadedModules()) {
@@ -151,11 +168,11 @@ FactGroup Exchange(std::vector<TStringCore>& complaints)
 Diagnosis Diagnose(DoctorOptions const& options)
 {
     Diagnosis diagnosis;
-    diagnosis.groups = {Library(), Encodings(), Processors(), Memory()};
+    diagnosis.groups = {Library(), Program(), Encodings(), Processors(), Memory()};
     if (options.checksExchange) {
         diagnosis.groups.push_back(Exchange(diagnosis.complaints));
     }
-    diagnosis.groups.push_back(Program());
+    diagnosis.groups.push_back(Modules());
     return diagnosis;
 }
 
