@@ -2,19 +2,21 @@
 // hands out no process descriptors.
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstddef>
-#include <cstdio>
+#include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <linux/filter.h>
 #include <linux/seccomp.h>
-#include <pthread.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -23,6 +25,7 @@
 
 #include <gtest/gtest.h>
 #include <qvxsys/QuorvexException.h>
+#include <qvxsys/TSystem.h>
 
 #include "MonitoredProcess.h"
 #include "ProcessText.h"
@@ -33,35 +36,51 @@ using namespace qvxsys::monitor;
 
 constexpr int kNotPossible = 77;
 
+std::string StatOf(unsigned pid)
+{
+    std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+std::string StateOf(unsigned pid)
+{
+    std::string const stat = StatOf(pid);
+    return stat.substr(stat.rfind(')') + 2, 1);
+}
+
+int g_pipe[2]; // from a child to its maker
+
+void Tell()
+{
+    EXPECT_EQ(write(g_pipe[1], "x", 1), 1);
+}
+
 /// A forked process that does `work` and then waits to be killed. Made when the work is done.
 class Child
 {
 public:
     explicit Child(std::function<void()> const& work = [] {})
     {
-        int ready[2];
-        EXPECT_EQ(pipe(ready), 0);
+        EXPECT_EQ(pipe(g_pipe), 0);
         m_pid = fork();
         if (m_pid == 0) {
             alarm(60);
             prctl(PR_SET_PDEATHSIG, SIGKILL);
             work();
-            EXPECT_EQ(write(ready[1], "x", 1), 1);
+            Tell();
             for (;;) {
                 pause();
             }
         }
-        close(ready[1]);
+        close(g_pipe[1]);
         char x = 0;
-        EXPECT_EQ(read(ready[0], &x, 1), 1);
-        close(ready[0]);
+        EXPECT_EQ(read(g_pipe[0], &x, 1), 1);
+        close(g_pipe[0]);
     }
     ~Child()
     {
-        if (m_pid != 0) {
-            End();
-            Reap();
-        }
+        End();
+        Reap();
     }
     Child(Child const&) = delete;
     Child& operator=(Child const&) = delete;
@@ -70,18 +89,16 @@ public:
     /// Leaves a zombie.
     void End() const
     {
-        kill(m_pid, SIGKILL);
         siginfo_t info{};
-        waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOWAIT);
+        if (!m_isReaped && kill(m_pid, SIGKILL) == 0) {
+            waitid(P_PID, static_cast<id_t>(m_pid), &info, WEXITED | WNOWAIT);
+        }
     }
-    void Reap()
-    {
-        waitpid(m_pid, nullptr, 0);
-        m_pid = 0;
-    }
+    void Reap() { m_isReaped = m_isReaped || waitpid(m_pid, nullptr, 0) == m_pid; }
 
 private:
     pid_t m_pid = 0;
+    bool m_isReaped = false;
 };
 
 bool IsRefused(unsigned pid)
@@ -94,21 +111,14 @@ bool IsRefused(unsigned pid)
     }
 }
 
+std::uint64_t StartOf(unsigned pid)
+{
+    return ParseStat(StatOf(pid)).value().started;
+}
+
 bool LooksEnded(MonitoredProcess const& process)
 {
     return !process.IsRunning() && process.GetCpuUsage() == 0 && process.GetMemoryUsage() == 0;
-}
-
-/// The next process to be made gets this id, where the system lets itself be told so.
-bool MakeNextPid(unsigned pid)
-{
-    return static_cast<bool>(std::ofstream("/proc/sys/kernel/ns_last_pid") << pid - 1 << std::flush);
-}
-
-std::uint64_t StartOf(unsigned pid)
-{
-    std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
-    return ParseStat(std::string(std::istreambuf_iterator<char>(in), {})).value().started;
 }
 
 /// Runs through the life of a child; which step went wrong, 0 for none.
@@ -122,19 +132,17 @@ int LifeOfAChild()
         return 1;
     }
     child.End();
-    if (!LooksEnded(process) || !IsRefused(pid)) {
-        return 2;
-    }
+    bool const knowsZombies = LooksEnded(process) && IsRefused(pid);
     child.Reap();
-    if (!LooksEnded(process) || !IsRefused(pid)) {
-        return 3;
+    if (!knowsZombies || !LooksEnded(process) || !IsRefused(pid)) {
+        return knowsZombies ? 3 : 2;
     }
     // Start times are in ticks of 10 ms: another process of the same tick cannot be told without a descriptor.
     while (StartOf(Child().Pid()) == started) {
     }
     // Other processes are made on the machine, too: it can take some tries.
     for (int i = 0; i < 100; ++i) {
-        if (!MakeNextPid(pid)) {
+        if (!(std::ofstream("/proc/sys/kernel/ns_last_pid") << pid - 1 << std::flush)) {
             return kNotPossible;
         }
         Child const other;
@@ -184,45 +192,46 @@ TEST(MonitoredProcess, KilledReapedRecycled)
 
 TEST(MonitoredProcess, FirstThreadEndedBeforeTheOthers)
 {
-    int ready[2];
-    ASSERT_EQ(pipe(ready), 0);
-    pid_t const child = fork();
-    if (child == 0) {
-        alarm(60);
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        static int const out = ready[1];
-        pthread_t other;
-        pthread_create(
-            &other, nullptr,
-            [](void*) -> void* {
-                std::string state;
-                while (state != "Z") { // until the first thread is gone
-                    std::ifstream in("/proc/self/stat");
-                    std::string skip;
-                    in >> skip >> skip >> state;
-                }
-                EXPECT_EQ(write(out, "x", 1), 1);
-                for (;;) {
-                    pause();
-                }
-            },
-            nullptr);
+    Child const child([] {
+        // The parent hears of it from another thread, once the first one is gone.
+        std::thread([] {
+            while (StateOf(static_cast<unsigned>(getpid())) != "Z") {
+            }
+            Tell();
+            pause();
+        }).detach();
         syscall(SYS_exit, 0);
-    }
-    char x = 0;
-    ASSERT_EQ(read(ready[0], &x, 1), 1);
-    EXPECT_TRUE(MonitoredProcess(static_cast<unsigned>(child)).IsRunning());
-    std::ifstream in("/proc/" + std::to_string(child) + "/stat");
-    std::string const stat(std::istreambuf_iterator<char>(in), {});
-    EXPECT_NE(stat.find(") Z "), std::string::npos) << stat;
-    EXPECT_FALSE(ParseStat(stat).value().ended) << stat;
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    close(ready[0]);
-    close(ready[1]);
+    });
+    EXPECT_EQ(StateOf(child.Pid()), "Z");
+    EXPECT_TRUE(MonitoredProcess(child.Pid()).IsRunning());
+    EXPECT_FALSE(ParseStat(StatOf(child.Pid())).value().ended);
 }
 
-// The kernel's sum over all mappings, which it takes another way.
+TEST(MonitoredProcess, ProcessorTimeAsTheCLibraryHasIt)
+{
+    MonitoredProcess const process;
+    auto const wallStart = std::chrono::steady_clock::now();
+    std::clock_t const start = std::clock();
+    static_cast<void>(process.GetCpuUsage());
+    while (std::clock() - start < CLOCKS_PER_SEC / 5) {
+    }
+    unsigned const percent = process.GetCpuUsage();
+    double const used = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    std::chrono::duration<double> const wall = std::chrono::steady_clock::now() - wallStart;
+    EXPECT_NEAR(percent, used * 100 / wall.count() / TSystem::Processors().usable, 8);
+}
+
+/// Calls visit(line) for each line of a file in /proc/PID.
+void ForEachLine(unsigned pid, char const* name, std::function<void(std::string const&)> const& visit)
+{
+    std::ifstream in("/proc/" + std::to_string(pid) + '/' + name);
+    for (std::string line; std::getline(in, line);) {
+        visit(line);
+    }
+}
+
+// As statm has it, beside the two figures of status, which take its place when something on the machine is swapped out,
+// and the sum over all mappings.
 TEST(MonitoredProcess, PrivateMemoryOfAChild)
 {
     constexpr std::size_t kPrivate = 48 << 20, kShared = 32 << 20;
@@ -230,87 +239,57 @@ TEST(MonitoredProcess, PrivateMemoryOfAChild)
         std::memset(mmap(nullptr, kPrivate, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0), 1, kPrivate);
         std::memset(mmap(nullptr, kShared, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0), 1, kShared);
     });
-    std::ifstream in("/proc/" + std::to_string(child.Pid()) + "/smaps_rollup");
-    std::uint64_t expected = 0, kilobytes = 0;
-    for (std::string key; in >> key; in.ignore(100, '\n')) {
-        if (key == "Anonymous:" && in >> kilobytes) {
-            expected = kilobytes * 1024;
-        }
-        in.clear();
-    }
-    ASSERT_GE(expected, kPrivate);
-    EXPECT_NEAR(static_cast<double>(MonitoredProcess(child.Pid()).GetMemoryUsage()), static_cast<double>(expected),
-                1e6);
+    double mapped = 0;
+    ForEachLine(child.Pid(), "smaps_rollup", [&](std::string const& line) {
+        mapped += line.starts_with("Anonymous:") ? std::stod(line.substr(10)) * 1024 : 0;
+    });
+    PrivateMemory status;
+    ForEachLine(child.Pid(), "status", [&](std::string const& line) { status.Take(line); });
+    double const bytes = static_cast<double>(MonitoredProcess(child.Pid()).GetMemoryUsage());
+    EXPECT_GE(bytes, kPrivate);
+    EXPECT_NEAR(bytes, mapped, 1e6);
+    EXPECT_NEAR(bytes, static_cast<double>(status.bytes), 1e6);
 }
 
 TEST(MonitoredProcess, OneDescriptorEach)
 {
-    auto const descriptors = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
-                             std::filesystem::directory_iterator());
-    };
+    using Files = std::filesystem::directory_iterator;
+    auto const descriptors = [] { return std::distance(Files("/proc/self/fd"), Files()); };
     Child const child;
     auto const before = descriptors();
     {
         std::vector<MonitoredProcess> processes;
         for (int i = 0; i < 20; ++i) {
             processes.emplace_back(child.Pid());
-            static_cast<void>(processes.back().GetCpuUsage());
-            static_cast<void>(processes.back().GetMemoryUsage());
+            EXPECT_GT(processes.back().GetMemoryUsage() + processes.back().GetCpuUsage(), 0u);
         }
         processes.emplace_back();
         EXPECT_EQ(descriptors(), before + 20);
-        EXPECT_TRUE(IsRefused(static_cast<unsigned>(-1)));
     }
     EXPECT_EQ(descriptors(), before);
 }
 
-// The other way to the same figure, which is taken when something on the machine is swapped out.
-TEST(MonitoredProcess, PrivateMemoryByStatusAndStatm)
+TEST(ProcessText, MalformedOrCutOff)
 {
-    PrivateMemory memory;
-    std::ifstream in("/proc/self/status");
-    for (std::string line; std::getline(in, line);) {
-        memory.Take(line);
+    std::string const tail = " 1 1 1 0 -1 4194560 100 0 0 0 12 30 5 6 20 0 1 0 987654321 0 0\n";
+    for (std::string const& text : {"7 (sh) S" + tail, "7 (a) Z (b\n) c) R" + tail, "7 () Z" + tail}) {
+        ProcessStat const stat = ParseStat(text).value();
+        EXPECT_EQ(stat.ended, text.starts_with("7 () Z"));
+        EXPECT_EQ(stat.ticks, 42u);
+        EXPECT_EQ(stat.started, 987654321u);
+        EXPECT_FALSE(ParseStat(text.substr(0, text.size() - 1)));
     }
-    EXPECT_NEAR(static_cast<double>(MonitoredProcess().GetMemoryUsage()), static_cast<double>(memory.bytes), 1e6);
-    PrivateMemory swapped;
-    for (char const* const line : {"VmRSS:\t 9 kB", "RssAnon:\t  3 kB", "VmSwap: 4 kB", "VmSwap:", "RssAnon: -1 kB"}) {
-        swapped.Take(line);
-    }
-    EXPECT_EQ(swapped.bytes, 7u * 1024);
+    EXPECT_FALSE(ParseStat("7 (sh) S 1 1 1\n"));
+    EXPECT_FALSE(ParseStat("7 (sh) S 1 1 1 0 -1 4194560 100 0 0 0 -12 30 5 6 20 0 1 0 9 0 0\n"));
     EXPECT_EQ(ParsePrivatePages("900 50 20 1 0 9 0\n"), 30u);
     for (char const* const text : {"900 50 20", "900 20 50 1\n", "900 x 20\n", "\n", ""}) {
         EXPECT_EQ(ParsePrivatePages(text), std::nullopt) << text;
     }
-}
-
-TEST(ProcessStat, Texts)
-{
-    std::string const tail = " 1 1 1 0 -1 4194560 100 0 0 0 12 30 5 6 20 0 1 0 987654321 0 0\n";
-    struct Case
-    {
-        std::string text;
-        bool good;
-        bool ended;
-    } const cases[] = {
-        {"7 (sh) S" + tail, true, false},
-        {"7 (a) Z (b\n) c) R" + tail, true, false},
-        {"7 () Z" + tail, true, true},
-        {"7 (sh) S 1 1 1 0 -1 4194560 100 0 0 0 12 30 5 6 20 0 1 0 98765", false, false},
-        {"7 (sh) S 1 1 1\n", false, false},
-        {"7 (sh) S 1 1 1 0 -1 4194560 100 0 0 0 -12 30 5 6 20 0 1 0 9 0 0\n", false, false},
-        {"", false, false},
-    };
-    for (Case const& row : cases) {
-        auto const stat = ParseStat(row.text);
-        ASSERT_EQ(stat.has_value(), row.good) << row.text;
-        if (stat) {
-            EXPECT_EQ(stat->ended, row.ended) << row.text;
-            EXPECT_EQ(stat->ticks, 42u);
-            EXPECT_EQ(stat->started, 987654321u);
-        }
+    PrivateMemory memory;
+    for (char const* const line : {"VmRSS:\t 9 kB", "RssAnon:\t  3 kB", "VmSwap: 4 kB", "VmSwap:", "RssAnon: -1 kB"}) {
+        memory.Take(line);
     }
+    EXPECT_EQ(memory.bytes, 7u * 1024);
 }
 
 } // namespace

@@ -3,25 +3,24 @@
 
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
-#include <string_view>
-#include <utility>
-#include <vector>
 
 #include "support/TemporaryFolder.h"
-
-/// Paths as on the machine, and contents.
-using FakeFiles = std::vector<std::pair<std::string_view, std::string_view>>;
 
 class FakeTree
 {
 public:
-    explicit FakeTree(FakeFiles const& files)
+    /// "PATH=CONTENT|PATH=CONTENT": each content gets a line feed, unless it ends with "~", which stands for its
+    /// absence.
+    explicit FakeTree(std::string const& files)
     {
-        for (auto const& [path, content] : files) {
+        std::istringstream in(files);
+        for (std::string path, content; std::getline(in, path, '=') && std::getline(in, content, '|');) {
             auto const file = m_folder.Path() / path.substr(1);
             std::filesystem::create_directories(file.parent_path());
-            std::ofstream(file, std::ios::binary) << content;
+            bool const isCut = content.ends_with('~');
+            std::ofstream(file, std::ios::binary) << content.substr(0, content.size() - isCut) << (isCut ? "" : "\n");
         }
     }
     std::string Root() const { return m_folder.Path().string(); }
