@@ -11,11 +11,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <qvxsys/TStringCore.h>
 #include <qvxsys/TSystem.h>
 
 #include "BenchSupport.h"
-#include "ChildProcessManager.h"
 #include "MonitoredProcess.h"
 
 namespace {
@@ -49,24 +47,6 @@ std::vector<pid_t> const& Children(std::size_t count)
     return family.pids;
 }
 
-void CheckRow(std::size_t count)
-{
-    bench::Register("k3 check, own process and " + std::to_string(count) + " children/own",
-                    [count](benchmark::State& state) {
-                        ChildProcessManager children([](TStringCore const&) {});
-                        for (std::size_t i = 0; i < count; ++i) {
-                            children.Add(static_cast<unsigned int>(Children(count)[i]));
-                        }
-                        MonitoredProcess const own;
-                        for ([[maybe_unused]] auto _ : state) {
-                            benchmark::DoNotOptimize(MonitoredProcess::IsCpuAtMaxFrequency());
-                            benchmark::DoNotOptimize(own.GetCpuUsage() + children.GetCpuUsage());
-                            benchmark::DoNotOptimize(own.GetMemoryUsage() + children.GetMemoryUsage());
-                            benchmark::DoNotOptimize(TSystem::Memory());
-                        }
-                    });
-}
-
 /// One whole read of a file by plain system calls: the bound for what a figure out of it can cost.
 void FileRow(std::string const& row, char const* path)
 {
@@ -97,8 +77,6 @@ void RegisterRows()
     bench::Row("k5 does a process run", "own", [] {
         benchmark::DoNotOptimize(MonitoredProcess::IsRunning(static_cast<unsigned int>(Children(1)[0])));
     });
-    CheckRow(0);
-    CheckRow(50);
 }
 
 } // namespace
