@@ -39,6 +39,17 @@ TEST(CpuPercent, Arithmetic)
     EXPECT_EQ(CpuPercent({kBig, 0, kBig}, {kSecond - 1, 0, kSecond - 1}, 2), 50u); // counters that wrap
 }
 
+TEST(MonitoredProcess, FullFrequency)
+{
+    EXPECT_TRUE(AtFullFrequency({}, 0)); // nothing known
+    EXPECT_TRUE(AtFullFrequency({4, 0, 7}, 7));
+    EXPECT_TRUE(AtFullFrequency({4, 0, 6}, 7));
+    EXPECT_FALSE(AtFullFrequency({4, 0, 8}, 7));
+    EXPECT_FALSE(AtFullFrequency({4, 1, 7}, 7));
+    static_cast<void>(MonitoredProcess::IsCpuAtMaxFrequency());
+    EXPECT_EQ(MonitoredProcess::IsCpuAtMaxFrequency(), TSystem::Throttling().capped == 0);
+}
+
 TEST(MonitoredProcess, Own)
 {
     MonitoredProcess process;
