@@ -69,6 +69,10 @@ TEST(Memory, OfMadeUpMachines)
                     "/cg/a/b/memory.max=102~|/cg/a/memory.max=~",
          "8000 6000"},
         {kUnified + "/../x|/cg/memory.max=1024000|/x/memory.max=1", "1000 1000 /cg/memory.max /cg/memory.current"},
+        {kHost +
+             "/proc/self/mountinfo=1 1 0:1 /other /x rw - cgroup2 cgroup2 rw\n1 1 0:1 / /cg rw - cgroup2 cgroup2 rw|"
+             "/proc/self/cgroup=0::/a|/cg/a/memory.max=1024000|/cg/a/memory.current=0|/x/memory.max=1",
+         "1000 1000 /cg/a/memory.max /cg/a/memory.current"},
         {kUnified + '/' + std::string(2000, 'x') + "|/cg/memory.max=1024000", "8000 6000"},
         {kHost + "/proc/self/mountinfo=" + std::string(9000, 'x') + " - cgroup2 cgroup2 rw\n" +
              "30 1 0:26 / /cg rw - cgroup2 cgroup2 rw|/proc/self/cgroup=x\n0::\n:\n0::/a b\n0::/cut off~|"

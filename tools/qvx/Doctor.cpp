@@ -26,7 +26,7 @@ using quorvex::symbols::SymbolSource;
 
 TStringCore TextOf(std::string const& text)
 {
-    return DisplayName(std::filesystem::path(text));
+    return Printable(TStringCore::fromStdString(text));
 }
 
 Fact TextFact(std::string key, TStringCore const& label, std::string const& text)
