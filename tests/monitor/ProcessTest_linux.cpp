@@ -154,12 +154,12 @@ int LifeOfAChild()
 }
 
 /// From now on pidfd_open fails with this error.
-void RefusePidfd(unsigned error)
+void RefusePidfd(int error)
 {
     sock_filter filter[] = {
         {BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)},
         {BPF_JMP | BPF_JEQ | BPF_K, 0, 1, SYS_pidfd_open},
-        {BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ERRNO | error},
+        {BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ERRNO | static_cast<unsigned>(error)},
         {BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ALLOW},
     };
     sock_fprog const program = {std::size(filter), filter};
@@ -170,7 +170,7 @@ void RefusePidfd(unsigned error)
 
 TEST(MonitoredProcess, KilledReapedRecycled)
 {
-    for (unsigned const error : {0, ENOSYS, EPERM, EMFILE}) {
+    for (int const error : {0, ENOSYS, EPERM, EMFILE}) {
         SCOPED_TRACE(error);
         pid_t const judge = fork();
         if (judge == 0) {
