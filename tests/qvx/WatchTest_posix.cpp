@@ -231,11 +231,12 @@ TEST(Watch, TellsWhatIsLeftBehind)
     EXPECT_EQ(run.ReadUntil("1 MiB\n"), "1 MiB\n");
 }
 
-// What a shell has started in the background counts, is asked to end, and is killed if it does not.
+// What the command has started in a session of its own and left behind counts, is asked to end, and killed if it does
+// not.
 TEST(Watch, EndsAllOfACommandAboveItsLimit)
 {
     unsigned short const port = FreePort();
-    std::string const script = "exec 3<&0; " + Hog() + " stubborn <&3 & wait";
+    std::string const script = "exec 3<&0; (setsid " + Hog() + " stubborn <&3 &); sleep 60";
     RunningProgram run(Watch(port, {"--max-memory", "200M", "--grace", "300ms"}, {"bash", "-c", script}));
     run.ReadUntil("ready\n");
     run.Write("300\n");

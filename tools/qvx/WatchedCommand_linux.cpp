@@ -325,7 +325,11 @@ WatchedCommand::~WatchedCommand()
     KillHelper();
     if (m_state->child > 0 && !m_state->end) {
         Kill();
-        waitpid(m_state->child, nullptr, 0);
+        constexpr std::chrono::seconds kPatience{1}; // what the system is in the middle of may outlast a signal
+        auto const until = std::chrono::steady_clock::now() + kPatience;
+        while (!m_state->end && std::chrono::steady_clock::now() < until) {
+            Wait(until);
+        }
     }
 }
 
