@@ -4,11 +4,8 @@
 
 #include <algorithm>
 #include <fstream>
-#include <map>
 #include <optional>
-#include <ranges>
 #include <regex>
-#include <set>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -89,18 +86,18 @@ std::vector<std::string> Lines(std::string const& text)
     return lines;
 }
 
-/// Waits until all of these have reported, and returns what.
-std::map<unsigned int, ResourceValues> Reports(unsigned short port, std::set<unsigned int> const& pids)
+/// Waits until all of these have reported.
+void AwaitReports(unsigned short port, std::vector<pid_t> const& pids)
 {
     TAutoResetEvent arrived;
     ResourceObserver observer(port, {[&](ResourceValues const&) { arrived.Signal(); }, nullptr});
-    std::map<unsigned int, ResourceValues> reports;
-    do {
-        for (ResourceSample const& sample : observer.GetSnapshot()) {
-            reports[sample.m_values.m_processId] = sample.m_values;
-        }
-    } while (!std::ranges::includes(reports | std::views::keys, pids) && arrived.Wait(std::chrono::minutes(1)));
-    return reports;
+    auto const hasReported = [&](pid_t pid) {
+        return std::ranges::any_of(observer.GetSnapshot(), [pid](ResourceSample const& sample) {
+            return sample.m_values.m_processId == static_cast<unsigned int>(pid);
+        });
+    };
+    while (!std::ranges::all_of(pids, hasReported) && arrived.Wait(std::chrono::minutes(1))) {
+    }
 }
 
 } // namespace
@@ -219,7 +216,7 @@ TEST(Watch, TheCommandDiesWithIt)
 // What goes on when the command has ended is said, and is let be.
 TEST(Watch, TellsWhatIsLeftBehind)
 {
-    RunningProgram run(Watch(FreePort(), {}, {"bash", "-c", "exec 3<&0; " + Hog() + " <&3 & sleep 0.1; exit 5"}));
+    RunningProgram run(Watch(FreePort(), {}, {"bash", "-c", "exec 3<&0; " + Hog() + " <&3 & exit 5"}));
     run.ReadUntil("ready\n");
     EXPECT_EQ(run.Wait(), 5);
     std::string const told = run.ReadErrorsUntil("\n");
@@ -304,11 +301,11 @@ TEST(Watch, OnlyTheHeaviestHasToGo)
     for (RunningProgram* const run : {&first, &hog, &last}) {
         run->ReadUntil("ready\n");
     }
-    std::vector<unsigned int> pids;
+    std::vector<pid_t> pids;
     for (RunningProgram const* const run : {&hog, &first, &last}) {
-        pids.push_back(static_cast<unsigned int>(run->Pid()));
+        pids.push_back(run->Pid());
     }
-    Reports(port, {pids.begin(), pids.end()}); // what is heard here, they have heard
+    AwaitReports(port, pids); // what is heard here, they have heard
     std::string const child = std::to_string(ChildOf(hog.Pid()));
     hog.Write(std::to_string((12 * unit) >> 20) + "\n");
     hog.ReadAll();
@@ -334,7 +331,7 @@ TEST(Watch, OnlyTheHeaviestHasToGo)
         "Memory reclamation was unsucessful. Process has to be terminated.",
         "Logging all CPU/memory info across processes.",
     };
-    for (unsigned int const pid : pids) {
+    for (pid_t const pid : pids) {
         expected.push_back("pid: " + std::to_string(pid) +
                            "; Memory info: # bytes; Memory limit usage: #%; CPU info: #%");
     }

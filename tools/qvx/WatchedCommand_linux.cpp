@@ -296,6 +296,9 @@ std::vector<ProcessKey> WatchedCommand::State::Scan()
 {
     std::set<pid_t> seen;
     std::vector<pid_t> found = ChildrenOf(getpid());
+    if (child > 0 && !end) {
+        found.push_back(child); // where the kernel does not tell of children
+    }
     for (std::size_t i = 0; i < found.size(); ++i) {
         pid_t const pid = found[i];
         bool const isHelper = pid == helper && !helperEnd;
