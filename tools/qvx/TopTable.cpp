@@ -37,12 +37,13 @@ TStringCore Cut(TStringCore const& line, int columns)
         return line;
     }
     TStringCore cut;
+    int width = 0;
     for (char32_t const c : TStringView(line).codePoints()) {
-        TStringCore const longer = TStringCore(cut).append32(c);
-        if (DisplayWidth(longer) > columns) {
+        width += DisplayWidth(TStringCore().append32(c));
+        if (width > columns) {
             break;
         }
-        cut = longer;
+        cut.append32(c);
     }
     return cut;
 }
