@@ -1,6 +1,6 @@
-// A program that uses memory as it is told to on stdin: "N" makes it N MiB, which it touches; at the end of the input it
-// ends with status 0. It answers each line with "N MiB". SIGUSR1 gives all back, "freed". With the argument "stubborn" it
-// does not end for SIGTERM.
+// A program that uses memory as it is told to on stdin: "N" makes it N MiB, which it touches; at the end of the input
+// it ends with status 0. It answers each line with "N MiB". SIGUSR1 gives all back, "freed". With the argument
+// "stubborn" it does not end for SIGTERM.
 
 #include <csignal>
 #include <cstddef>

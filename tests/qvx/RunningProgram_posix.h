@@ -2,6 +2,7 @@
 // A program that the test talks to while it runs.
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <stdexcept>
@@ -110,8 +111,11 @@ public:
 private:
     static std::string Read(int fd, std::string const& until)
     {
+        using Clock = std::chrono::steady_clock;
         std::string text;
-        for (pollfd ready{fd, POLLIN, 0}; (until.empty() || !text.ends_with(until)) && poll(&ready, 1, 60'000) == 1;) {
+        Clock::time_point const end = Clock::now() + std::chrono::minutes(1);
+        pollfd ready{fd, POLLIN, 0};
+        while ((until.empty() || !text.ends_with(until)) && Clock::now() < end && poll(&ready, 1, 60'000) == 1) {
             char c = 0;
             if (read(fd, &c, 1) != 1) {
                 break;

@@ -43,14 +43,6 @@ int AttributesOf(Screen::Style style)
     return static_cast<int>(A_NORMAL);
 }
 
-// What job control does with programs that leave the terminal's keys alone.
-void Suspend()
-{
-    endwin();
-    raise(SIGTSTP);
-    refresh();
-}
-
 } // namespace
 
 Screen::Screen()
@@ -120,7 +112,7 @@ int Screen::Wait(std::chrono::milliseconds timeout)
         case kControlC:
             return Quit;
         case kControlZ:
-            Suspend();
+            raise(SIGTSTP); // ncurses leaves the screen and comes back to it
             return Resized;
         case ERR:
             if (std::chrono::steady_clock::now() >= until) {

@@ -37,7 +37,7 @@ TopView Look(ResourceObserver& observer, TopOptions const& options, TopColumn so
     for (ResourceSample const& sample : observer.GetSnapshot()) {
         view.processes.push_back({sample, CommandLineOf(sample.m_values.m_processId)});
     }
-    Sort(view.processes, sort);
+    Sort(view, sort);
     TSystem::MemoryInfo const machine = TSystem::Memory();
     view.machineTotal = machine.totalPhysical;
     view.machineUsed = machine.usedPhysical;

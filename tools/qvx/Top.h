@@ -37,16 +37,17 @@ struct TopProcess
 struct TopView
 {
     unsigned short port = 0;
-    std::vector<TopProcess> processes;
+    std::vector<TopProcess> processes; ///< in the order of a column
+    TopColumn sort = TopColumn::Share;
     std::uint64_t machineTotal = 0; ///< bytes
     std::uint64_t machineUsed = 0;
 };
 
 /// The heaviest or oldest first; by process id, the smallest.
-void Sort(std::vector<TopProcess>& processes, TopColumn column);
+void Sort(TopView& view, TopColumn column);
 
-/// A heading, a line for each process and one of totals behind an empty one. With bars, in lines of at most `columns`
-/// columns; 0 stands for neither.
+/// A heading, a line for each process and one of totals behind an empty one. With bars and a mark at
+/// the column that sorts, in lines of at most `columns` columns; 0 stands for none of this.
 [[nodiscard]] std::vector<TStringCore> TopLines(TopView const& view, int columns);
 
 [[nodiscard]] std::string TopJson(TopView const& view);

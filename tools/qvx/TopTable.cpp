@@ -37,12 +37,13 @@ TStringCore Cut(TStringCore const& line, int columns)
         return line;
     }
     TStringCore cut;
+    int width = 0;
     for (char32_t const c : TStringView(line).codePoints()) {
-        TStringCore const longer = TStringCore(cut).append32(c);
-        if (DisplayWidth(longer) > columns) {
+        width += DisplayWidth(TStringCore().append32(c));
+        if (width > columns) {
             break;
         }
-        cut = longer;
+        cut.append32(c);
     }
     return cut;
 }
@@ -65,21 +66,25 @@ Totals TotalsOf(TopView const& view)
 
 } // namespace
 
-void Sort(std::vector<TopProcess>& processes, TopColumn column)
+void Sort(TopView& view, TopColumn column)
 {
+    view.sort = column;
     auto const key = [column](TopProcess const& process) {
         ResourceValues const& values = process.sample.m_values;
         std::uint64_t const keys[] = {0, values.m_cpuUsage, values.m_memory, values.m_memoryLimitUsage,
                                       static_cast<std::uint64_t>(process.sample.m_age.count())};
         return std::tuple(~keys[static_cast<std::size_t>(column)], std::uint32_t{values.m_processId});
     };
-    std::ranges::sort(processes, {}, key);
+    std::ranges::sort(view.processes, {}, key);
 }
 
 std::vector<TStringCore> TopLines(TopView const& view, int columns)
 {
     bool const withBars = columns != 0;
     std::vector<TableRow> rows{{u"PID", u"CPU", u"MEMORY", u"SHARE", u"AGE", u"COMMAND"}};
+    if (withBars) {
+        rows.front()[static_cast<std::size_t>(view.sort)].prepend(u"\u2193");
+    }
     for (TopProcess const& process : view.processes) {
         ResourceValues const& values = process.sample.m_values;
         TStringCore const command = TStringCore::fromStdString(process.command);
@@ -90,7 +95,7 @@ std::vector<TStringCore> TopLines(TopView const& view, int columns)
     std::vector<TStringCore> lines = AlignedLines(rows, "rrrrrl");
     Totals const totals = TotalsOf(view);
     lines.push_back({});
-    lines.push_back(qvxsys::Format(u"%1 processes on port %2: CPU %3%%, memory %4; machine: memory %5 of %6",
+    lines.push_back(qvxsys::Format(u"total %1 on port %2: CPU %3%%, memory %4; machine: memory %5 of %6",
                                    view.processes.size(), view.port, std::min(totals.cpu, 100u),
                                    SizeText(totals.memory), SizeText(view.machineUsed), SizeText(view.machineTotal)));
     std::ranges::transform(lines, lines.begin(), [columns](TStringCore const& line) { return Cut(line, columns); });

@@ -183,6 +183,7 @@ void Watcher::StartManager()
     memory.m_terminateFlag = true;
     ResourceManager::GeneralConfig general;
     general.m_checkInterval = m_options.interval;
+    general.m_startDelay = 1s; // the CPU use of the first instants says nothing
     general.m_infoLogEvery = m_options.isVerbose || !m_options.logFile.empty() ? 10 : 0;
     general.m_logFunc = [this](TStringCore const& line) { m_log.Add(line); };
     general.m_terminateFunc = [this](bool flag, TStringCore const& message) { OnTerminate(flag, message); };

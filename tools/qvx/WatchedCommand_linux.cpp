@@ -296,6 +296,9 @@ std::vector<ProcessKey> WatchedCommand::State::Scan()
 {
     std::set<pid_t> seen;
     std::vector<pid_t> found = ChildrenOf(getpid());
+    if (child > 0 && !end) {
+        found.push_back(child); // where the kernel does not tell of children
+    }
     for (std::size_t i = 0; i < found.size(); ++i) {
         pid_t const pid = found[i];
         bool const isHelper = pid == helper && !helperEnd;
@@ -325,7 +328,11 @@ WatchedCommand::~WatchedCommand()
     KillHelper();
     if (m_state->child > 0 && !m_state->end) {
         Kill();
-        waitpid(m_state->child, nullptr, 0);
+        constexpr std::chrono::seconds kPatience{1}; // what the system is in the middle of may outlast a signal
+        auto const until = std::chrono::steady_clock::now() + kPatience;
+        while (!m_state->end && std::chrono::steady_clock::now() < until) {
+            Wait(until);
+        }
     }
 }
 
