@@ -22,6 +22,7 @@
 //
 // On Windows names are UTF-16 and nothing is escaped.
 
+#include <concepts>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -36,6 +37,17 @@ namespace detail {
 [[nodiscard]] QVXSYS_API TPathCore PathFromBytes(std::string_view bytes);
 [[nodiscard]] QVXSYS_API std::string PathToBytes(TPathCore const& path);
 [[nodiscard]] QVXSYS_API TPathCore PathFromUnits(TStringView units);
+
+template<class Name>
+[[nodiscard]] Name NativeNameOf(TPathCore const& path)
+{
+    if constexpr (std::same_as<Name, std::string>) {
+        return PathToBytes(path);
+    } else {
+        TStringCore const native = path.NativeString();
+        return Name(native.begin(), native.end());
+    }
+}
 
 } // namespace detail
 
@@ -56,12 +68,7 @@ using NativeNameView = std::basic_string_view<std::filesystem::path::value_type>
 /// The name as the system spells it.
 [[nodiscard]] inline NativeName ToNative(TPathCore const& path)
 {
-    if constexpr (std::same_as<NativeName, std::string>) {
-        return detail::PathToBytes(path);
-    } else {
-        TStringCore const native = path.NativeString();
-        return {native.begin(), native.end()};
-    }
+    return detail::NativeNameOf<NativeName>(path);
 }
 
 [[nodiscard]] inline TPathCore FromFileSystem(std::filesystem::path const& path)
