@@ -1,9 +1,13 @@
 #pragma once
-// The process and its platform: up-time, ids, sleeping, the desktop main thread, and the texts of platform error codes.
+// The process and its platform: up-time, ids, sleeping, the desktop main thread, memory and processors, the encoding of
+// 8-bit text, and the texts of platform error codes.
 //
 //     unsigned int const start = TSystem::AppUpTime();
 //     Load(file);
 //     Log(TSystem::AppUpTime() - start);                         // milliseconds, right across the wrap
+//
+//     TSystem::MemoryInfo const memory = TSystem::Memory();
+//     ResizeCache(std::min(memory.totalPhysical / 8, memory.availablePhysical / 2));
 //
 //     if (std::FILE* const file = std::fopen(name, "rb"); file == nullptr) {
 //         std::cerr << GetLastErrorString() << '\n';             // "last error : 0x0000000000000002 No such file ..."
@@ -48,6 +52,68 @@ public:
     static std::function<bool()> SetDesktopMainThreadFunc(std::function<bool()> func);
     /// What the installed function returns (or throws); false without one.
     [[nodiscard]] static bool IsDesktopMainThread();
+
+    /// The machine's memory; amounts in bytes. Swap space is not counted: its three fields stay 0, and what is combined
+    /// is physical memory alone.
+    struct MemoryInfo
+    {
+        unsigned long long availablePhysical = 0; ///< can be had without swapping: free, or a cache that is given back
+        unsigned long long usedPhysical = 0;      ///< the total without what is available, at least 1
+        unsigned long long totalPhysical = 0;
+        unsigned int pageSize = 0;
+        unsigned int load = 0; ///< percent in use
+        unsigned long long availableSwap = 0;
+        unsigned long long usedSwap = 0;
+        unsigned long long totalSwap = 0;
+        unsigned long long availableCombined = 0; ///< physical and swap
+        unsigned long long usedCombined = 0;      ///< the combined total without what is available; can be 0
+        unsigned long long totalCombined = 0;     ///< physical and swap
+    };
+    /// The memory that this process can have. On Linux that of the machine (/proc/meminfo) or, where that is less, of
+    /// the control groups that the process lives in, such as a container: the least total and the least available
+    /// amount of any of them, up to the outermost that can be seen. Files in a group's cache count as available.
+    /// Allocates nothing and costs some tens of microseconds, most of them the kernel's own counting.
+    [[nodiscard]] static MemoryInfo Memory() noexcept;
+    /// The memory of the whole machine, whatever this process may have of it.
+    [[nodiscard]] static MemoryInfo HostMemory() noexcept;
+
+    struct ProcessorInfo
+    {
+        unsigned int usable = 1;  ///< how many this process can keep busy: those allowed, or the quota rounded up
+        unsigned int allowed = 1; ///< by the affinity of the process's first thread
+        unsigned int host = 1;    ///< of the machine, online
+        double quota = 0;         ///< processors' worth of time that the control groups grant; 0: without a limit
+    };
+    /// The machine's logical processors. Read anew by each call: they can change while the process runs.
+    [[nodiscard]] static ProcessorInfo Processors() noexcept;
+
+    /// How far the machine's processors are held back. On Linux a processor that idles slowly is not; one is that is
+    /// not allowed to run as fast as it can. On Windows one that runs slower at this moment.
+    struct ThrottlingInfo
+    {
+        unsigned int known = 0;        ///< processors that tell; 0 where none does, as on many virtual machines
+        unsigned int capped = 0;       ///< of those, the ones held below their full frequency
+        unsigned long long events = 0; ///< times that heat has slowed one down since the machine was started
+    };
+    /// Costs the reading of some small files for each processor.
+    [[nodiscard]] static ThrottlingInfo Throttling() noexcept;
+
+    /// Where the figures come from: a file of the kernel's or the name of a system function.
+    struct FigureSources
+    {
+        std::string hostMemory;      ///< all of HostMemory()
+        std::string totalMemory;     ///< the total of Memory()
+        std::string availableMemory; ///< what Memory() says to be available
+        std::string processorQuota;  ///< empty without a quota
+    };
+    [[nodiscard]] static FigureSources Sources();
+
+    /// The name of the encoding that the process's 8-bit text is in, such as "UTF-8", "windows-1252" or "iso-8859-15",
+    /// in up to 19 characters. Found out by the first call; always the same pointer. On Windows that of the active code
+    /// page by a list of 55, and "UTF-8" for any other; elsewhere that of the locale that the program has set, or,
+    /// while it has not, of the one that the environment names, in the list's spelling if it has the encoding. To
+    /// convert, use TTextDecoder: the conversions of strings are UTF-8 on Linux in every locale.
+    [[nodiscard]] static char const* Local8BitEncoding() noexcept;
 
     /// @name Files of program and modules
     /// Names as the module was loaded by, in full; include <qvxsys/TPathCore.h> to use them. Empty where there is none.

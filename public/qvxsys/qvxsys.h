@@ -24,6 +24,7 @@
 #include <qvxsys/KMP.h>
 #include <qvxsys/Launch.h>
 #include <qvxsys/LogicException.h>
+#include <qvxsys/MemoryPressure.h>
 #include <qvxsys/ParallelFor.h>
 #include <qvxsys/PathIterator.h>
 #include <qvxsys/PathText.h>
@@ -34,6 +35,10 @@
 #include <qvxsys/QuorvexException.h>
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/ReferenceCount.h>
+#include <qvxsys/ResourceManager.h>
+#include <qvxsys/ResourceObserver.h>
+#include <qvxsys/ResourceReporter.h>
+#include <qvxsys/ResourceValues.h>
 #include <qvxsys/Run.h>
 #include <qvxsys/SharedState.h>
 #include <qvxsys/StackTrace.h>

@@ -25,8 +25,8 @@ LAYERS = {
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
-    "tool": ["path", "task", "repository", "hash", "stack"],
-    "tool": ["task", "repository", "hash", "stack", "dump"],
+    "monitor": ["task"],
+    "tool": ["monitor", "path", "repository", "hash", "stack", "dump"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -51,6 +51,7 @@ FILES = [
     (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Executor|Future|FutureCoroutine|FutureGroup|FutureState|Launch|"
      r"ParallelFor|Promise|Run|SharedState|TThreadPool|TaskState|Tasks|Timer)\.h", "task"),
     (r"public/qvxsys/(Hash|sha2)\.h", "hash"),
+    (r"public/qvxsys/(MemoryPressure|Resource(Manager|Observer|Reporter|Values))\.h", "monitor"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
@@ -60,6 +61,7 @@ FILES = [
     (r"main/qvxsys/repository/", "repository"),
     (r"main/thread/", "task"),
     (r"main/qvxsys/hash/", "hash"),
+    (r"main/monitor/", "monitor"),
     (r"tools/qvx/", "tool"),
 ]
 

@@ -84,9 +84,9 @@ std::string RawName(std::filesystem::path const& path)
     return hex;
 }
 
-TStringCore Printable(TStringCore text)
+TStringCore Printable(TStringCore text, bool keepsTabs)
 {
-    ReplaceControls(text, u'\t');
+    ReplaceControls(text, keepsTabs ? u'\t' : u' ');
     return text;
 }
 

@@ -17,8 +17,8 @@ namespace qvx {
 [[nodiscard]] std::string RawName(std::filesystem::path const& path);
 
 /// A text with U+FFFD for control characters, which could rewrite the screen, and for those that turn the direction of
-/// what follows them; tabs stay.
-[[nodiscard]] TStringCore Printable(TStringCore text);
+/// what follows them; tabs stay if `keepsTabs`.
+[[nodiscard]] TStringCore Printable(TStringCore text, bool keepsTabs = true);
 
 /// NameText with U+FFFD for the same characters, and for tabs.
 [[nodiscard]] TStringCore DisplayName(std::filesystem::path const& path);

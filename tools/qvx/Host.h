@@ -2,6 +2,7 @@
 // What the tool asks of the operating system. One source file for each system; each has the program's entry point, too,
 // which calls Main.
 
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -33,6 +34,13 @@ void OnInterrupt(std::function<void()> function);
 
 /// In columns; 80 when the terminal does not tell.
 [[nodiscard]] int StderrWidth() noexcept;
+
+/// True when the user can be shown a screen and asked for keys: stdin and stdout are terminals.
+[[nodiscard]] bool IsInteractive() noexcept;
+
+/// A file to write behind what is in it, made if it is not there, which commands that are run do not get. Null, with
+/// errno set, when that cannot be.
+[[nodiscard]] std::FILE* OpenToAppend(std::filesystem::path const& path) noexcept;
 
 /// The path that an argument names, in the system's own spelling.
 [[nodiscard]] std::filesystem::path PathOf(std::string const& argument);

@@ -56,6 +56,16 @@ int StderrWidth() noexcept
     return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col != 0 ? size.ws_col : 80;
 }
 
+bool IsInteractive() noexcept
+{
+    return isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1;
+}
+
+std::FILE* OpenToAppend(std::filesystem::path const& path) noexcept
+{
+    return std::fopen(path.c_str(), "ae");
+}
+
 std::filesystem::path PathOf(std::string const& argument)
 {
     return argument;

@@ -153,6 +153,16 @@ int StderrWidth() noexcept
     return known ? info.srWindow.Right - info.srWindow.Left + 1 : 80;
 }
 
+bool IsInteractive() noexcept
+{
+    return IsConsole(GetStdHandle(STD_INPUT_HANDLE)) && IsConsole(GetStdHandle(STD_OUTPUT_HANDLE));
+}
+
+std::FILE* OpenToAppend(std::filesystem::path const& path) noexcept
+{
+    return _wfopen(path.c_str(), L"abN");
+}
+
 std::filesystem::path PathOf(std::string const& argument)
 {
     TStringCore const text = TStringCore::fromStdString(argument);

@@ -1,6 +1,5 @@
 #include "ScanReport.h"
 
-#include <algorithm>
 #include <ostream>
 
 #include <nlohmann/json.hpp>
@@ -11,44 +10,27 @@
 #include "DisplayText.h"
 #include "Failures.h"
 #include "Host.h"
+#include "TextTable.h"
 
 namespace qvx {
 namespace {
 
 using Json = nlohmann::ordered_json;
 
-// ---- the table
-
-constexpr std::size_t kLeftAligned = 2; // the first columns, which are text
-using Row = std::vector<TStringCore>;
-
-Row MakeRow(TStringCore const& name, std::string const& encoding, Counts const& counts)
+TableRow MakeRow(TStringCore const& name, std::string const& encoding, Counts const& counts)
 {
-    Row row{name, TStringCore::fromStdString(encoding)};
+    TableRow row{name, TStringCore::fromStdString(encoding)};
     for (std::uint64_t const count : {counts.bytes, counts.units, counts.codePoints, counts.lines, counts.malformed}) {
         row.push_back(TStringCore::number(count));
     }
     return row;
 }
 
-void AddMatches(Row& row, std::uint64_t matches, std::uint64_t lines)
+void AddMatches(TableRow& row, std::uint64_t matches, std::uint64_t lines)
 {
     row.push_back(TStringCore::number(matches));
     row.push_back(TStringCore::number(lines));
 }
-
-TStringCore Line(Row const& row, std::vector<int> const& widths)
-{
-    TStringCore line;
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        TStringCore const padding(u' ', widths[i] - DisplayWidth(row[i]));
-        line.append(i == 0 ? u"" : u"  ");
-        line.append(i < kLeftAligned ? row[i] + padding : padding + row[i]);
-    }
-    return line.append(u'\n');
-}
-
-// ---- JSON
 
 void SetPath(Json& entry, std::filesystem::path const& path)
 {
@@ -98,13 +80,16 @@ void SetError(Json& entry, QuorvexException const& error)
     }
     entry["code"] = error.GetErrorCode();
     entry["name"] = error.GetErrorName().toStdString();
+    if (std::list<std::string> const trace = TraceOf(error); !trace.empty()) {
+        entry["trace"] = trace;
+    }
 }
 
 } // namespace
 
 void PrintTable(ScanResult const& result, bool withMatches, std::ostream& out)
 {
-    std::vector<Row> rows{{u"name", u"encoding", u"bytes", u"units", u"code points", u"lines", u"malformed"}};
+    std::vector<TableRow> rows{{u"name", u"encoding", u"bytes", u"units", u"code points", u"lines", u"malformed"}};
     rows.reserve(result.files.size() + 2);
     if (withMatches) {
         rows.front().push_back(u"matches");
@@ -122,14 +107,8 @@ void PrintTable(ScanResult const& result, bool withMatches, std::ostream& out)
     if (withMatches) {
         AddMatches(rows.back(), result.matches, result.matchingLines);
     }
-    std::vector<int> widths(rows.front().size());
-    for (Row const& row : rows) {
-        for (std::size_t i = 0; i < widths.size(); ++i) {
-            widths[i] = std::max(widths[i], DisplayWidth(row[i]));
-        }
-    }
-    for (Row const& row : rows) {
-        out << Line(row, widths).toStdString();
+    for (TStringCore const& line : AlignedLines(rows, "llr")) {
+        out << line << '\n';
     }
 }
 
@@ -226,7 +205,11 @@ void PrintMatchRecord(std::filesystem::path const& path, Match const& match, TFo
 
 void PrintError(ScanError const& error, std::ostream& out)
 {
-    out << qvxsys::Format(u"qvx: %1: %2\n", DisplayName(error.path), Describe(error.error));
+    std::filesystem::path path = error.path;
+    out << qvxsys::Format(u"qvx: %1: %2\n", DisplayName(path.make_preferred()), Describe(error.error));
+    for (std::string const& line : TraceOf(error.error)) {
+        out << "    " << line << '\n';
+    }
 }
 
 } // namespace qvx

@@ -1,4 +1,4 @@
-// qvx: looks into text files with the library's own decoders.
+// qvx: what the library is good for, as a program.
 
 #include <algorithm>
 #include <exception>
@@ -15,10 +15,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/TTextDecoder.h>
 #include <qvxsys/std.h>
 
+#include "Arguments.h"
 #include "Failures.h"
 #include "Host.h"
 #include "Progress.h"
@@ -78,49 +80,6 @@ constexpr char const* kScanNotes =
     "\n"
     "Exit status: 0 if all was scanned, 1 if something was not, 2 if the command line is wrong, 130 after Ctrl-C.";
 
-// CLI11 takes an argument in brackets for a list of values, one that begins with a dash for an option, an option that
-// ends with "=" for one whose value follows, and it knows "--" only before a subcommand's first positional. What is to
-// be taken as it stands therefore gets a NUL in front, which no argument has of itself.
-constexpr char kGuard = '\0';
-
-std::vector<std::string> Guarded(std::vector<std::string> const& given)
-{
-    std::vector<std::string> arguments;
-    bool onlyPaths = false;
-    bool valueFollows = false;
-    for (std::string const& argument : given) {
-        if (std::exchange(valueFollows, false)) {
-            arguments.push_back(kGuard + argument);
-            continue;
-        }
-        if (argument == "--" && !onlyPaths) {
-            onlyPaths = true;
-            continue;
-        }
-        if (!onlyPaths && (argument == "--find" || argument == "--print")) {
-            arguments.push_back(argument);
-            valueFollows = true;
-            continue;
-        }
-        if (!onlyPaths && (argument.starts_with("--find=") || argument.starts_with("--print="))) {
-            std::size_t const equals = argument.find('=');
-            arguments.push_back(argument.substr(0, equals));
-            arguments.push_back(kGuard + argument.substr(equals + 1));
-            continue;
-        }
-        bool const isList = argument.starts_with('[') && argument.ends_with(']');
-        arguments.push_back(onlyPaths || isList ? kGuard + argument : argument);
-    }
-    // The order in which CLI11 wants them.
-    std::reverse(arguments.begin(), arguments.end());
-    return arguments;
-}
-
-std::string Unguarded(std::string const& argument)
-{
-    return argument.starts_with(kGuard) ? argument.substr(1) : argument;
-}
-
 struct ScanCommand
 {
     ScanCommand() { options.jobs = std::clamp(std::thread::hardware_concurrency(), 1u, 64u); }
@@ -132,6 +91,7 @@ struct ScanCommand
     CLI::Option* show = nullptr;
     std::string hash;
     bool asJson = false;
+    bool traces = false;
 };
 
 constexpr std::pair<char const*, sha2::SHA_TYPE> kHashes[] = {{"sha1", sha2::SHA160},
@@ -146,14 +106,14 @@ void AddScan(CLI::App& app, ScanCommand& command)
     scan->add_option("PATH", command.paths, "Files and folders")->required()->type_name("");
     auto const known = [](std::string const& name) {
         bool const isKnown = name == "auto" || TTextDecoder::IsKnownEncoding(name.c_str());
-        return isKnown ? std::string() : "unknown encoding: " + Unguarded(name);
+        return isKnown ? std::string() : "unknown encoding: " + qvx::Unguarded(name);
     };
     scan->add_option("--encoding", command.options.encoding, "auto, or the encoding of all files")
         ->check(CLI::Validator(known, ""))
         ->type_name("NAME")
         ->capture_default_str();
     auto const isFindable = [](std::string const& text) {
-        std::string const plain = Unguarded(text);
+        std::string const plain = qvx::Unguarded(text);
         if (plain.empty() || plain.find('\n') != std::string::npos) {
             return std::string("the text must not be empty, nor have line feeds");
         }
@@ -181,6 +141,7 @@ void AddScan(CLI::App& app, ScanCommand& command)
         ->check(CLI::IsMember(hashes))
         ->excludes(print)
         ->type_name("ALGORITHM");
+    scan->add_flag("--trace", command.traces, "Print with each error the calls that led to it");
     scan->add_option("--jobs", command.options.jobs, "How many files to read at a time")
         ->check(CLI::Range(1u, 1024u))
         ->type_name("N")
@@ -195,7 +156,7 @@ std::optional<TFormatStringCore> RecordFormat(ScanCommand const& command)
         return std::nullopt;
     }
     try {
-        TFormatStringCore format(TStringCore::fromStdString(Unguarded(*command.print)));
+        TFormatStringCore format(TStringCore::fromStdString(qvx::Unguarded(*command.print)));
         std::ostringstream nowhere;
         qvx::ScannedFile const file{{}, {}, {}, {}, {}};
         if (command.find.empty()) {
@@ -224,7 +185,7 @@ bool SetHash(ScanCommand& command)
 int RunScan(ScanCommand command)
 {
     qvx::FindOptions& find = command.options.find;
-    find.text = TStringCore::fromStdString(Unguarded(command.find));
+    find.text = TStringCore::fromStdString(qvx::Unguarded(command.find));
     std::optional<TFormatStringCore> format;
     try {
         format = RecordFormat(command);
@@ -241,6 +202,9 @@ int RunScan(ScanCommand command)
         find.shown = command.show->count() != 0 ? find.shown : std::numeric_limits<std::size_t>::max();
     }
 
+    if (command.traces) {
+        TError::SetOriginHook(TError::RecordTrace);
+    }
     bool const showsProgress = qvx::host::StderrIsTerminal();
     bool const highlights = qvx::host::StdoutHasColours();
     qvx::Progress progress(showsProgress, showsProgress ? qvx::host::StderrWidth() : 0);
@@ -285,7 +249,7 @@ int RunScan(ScanCommand command)
     }
     std::vector<std::filesystem::path> paths;
     std::transform(command.paths.begin(), command.paths.end(), std::back_inserter(paths),
-                   [](std::string const& argument) { return qvx::host::PathOf(Unguarded(argument)); });
+                   [](std::string const& argument) { return qvx::host::PathOf(qvx::Unguarded(argument)); });
     qvx::host::OnInterrupt([stop = command.options.stop] { stop->Signal(); });
     qvx::ScanResult const result = qvx::Scan(paths, command.options, progress, listener);
     progress.Erase();
@@ -309,18 +273,24 @@ int RunScan(ScanCommand command)
 int Run(std::vector<std::string> const& arguments)
 {
     qvx::host::Prepare();
-    CLI::App app("Looks into text files.", "qvx");
+    CLI::App app("Scans text files, and keeps programs within limits.", "qvx");
     app.set_version_flag("--version", "qvx " QVX_VERSION);
     app.require_subcommand(1);
     app.failure_message([](CLI::App const*, CLI::Error const& error) {
-        return "qvx: " + std::string(error.what()) + "\nTry \"qvx --help\" or \"qvx scan --help\".\n";
+        return "qvx: " + std::string(error.what()) + "\nTry \"qvx --help\" or \"qvx COMMAND --help\".\n";
     });
     ScanCommand scan;
     AddScan(app, scan);
+    qvx::Command const commands[] = {qvx::AddWatch(app), qvx::AddTop(app), qvx::AddDoctor(app)};
     try {
-        app.parse(Guarded(arguments));
+        app.parse(qvx::Guarded(arguments));
     } catch (CLI::ParseError const& error) {
         return app.exit(error) == 0 ? kSuccess : kUsageError;
+    }
+    for (qvx::Command const& command : commands) {
+        if (command.app->parsed()) {
+            return command.run();
+        }
     }
     return RunScan(scan);
 }

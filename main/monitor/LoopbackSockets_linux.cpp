@@ -1,0 +1,186 @@
+#include "LoopbackSockets.h"
+
+#include <cerrno>
+#include <utility>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <boost/system/system_error.hpp>
+
+namespace qvxsys::monitor {
+
+namespace {
+
+/// Datagrams that are taken from sockets found ready before Stop and the other socket are looked at again.
+constexpr unsigned int kBurst = 64;
+
+[[noreturn]] void Fail(char const* step)
+{
+    throw boost::system::system_error(errno, boost::system::system_category(), step);
+}
+
+sockaddr_in Endpoint(std::uint32_t address, std::uint16_t port) noexcept
+{
+    sockaddr_in endpoint{};
+    endpoint.sin_family = AF_INET;
+    endpoint.sin_addr.s_addr = htonl(address);
+    endpoint.sin_port = htons(port);
+    return endpoint;
+}
+
+/// A descriptor that is closed unless it is released.
+class Descriptor
+{
+public:
+    explicit Descriptor(int descriptor) : m_descriptor(descriptor)
+    {
+        if (descriptor < 0) {
+            Fail("open");
+        }
+    }
+    Descriptor(Descriptor&& other) noexcept : m_descriptor(other.Release()) {}
+    Descriptor& operator=(Descriptor&&) = delete;
+    ~Descriptor()
+    {
+        if (m_descriptor >= 0) {
+            ::close(m_descriptor);
+        }
+    }
+    [[nodiscard]] int Get() const noexcept { return m_descriptor; }
+    [[nodiscard]] int Release() noexcept { return std::exchange(m_descriptor, -1); }
+
+private:
+    int m_descriptor;
+};
+
+Descriptor Open(int option)
+{
+    Descriptor opened(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP));
+    int const on = 1;
+    if (::setsockopt(opened.Get(), SOL_SOCKET, option, &on, sizeof(on)) != 0) {
+        Fail("set_option");
+    }
+    return opened;
+}
+
+Descriptor Bind(std::uint32_t address, std::uint16_t port)
+{
+    Descriptor bound = Open(SO_REUSEADDR);
+    sockaddr_in const endpoint = Endpoint(address, port);
+    if (::bind(bound.Get(), reinterpret_cast<sockaddr const*>(&endpoint), sizeof(endpoint)) != 0) {
+        Fail("bind");
+    }
+    return bound;
+}
+
+} // namespace
+
+LoopbackSender::LoopbackSender(std::uint16_t port) : m_socket(Open(SO_BROADCAST).Release()), m_port(port)
+{}
+
+LoopbackSender::~LoopbackSender()
+{
+    ::close(static_cast<int>(m_socket));
+}
+
+void LoopbackSender::Send(void const* data, std::size_t size)
+{
+    sockaddr_in const everyone = Endpoint(kLoopbackBroadcast, m_port);
+    while (::sendto(static_cast<int>(m_socket), data, size, MSG_NOSIGNAL, reinterpret_cast<sockaddr const*>(&everyone),
+                    sizeof(everyone)) < 0) {
+        if (errno != EINTR) {
+            Fail("send_to");
+        }
+    }
+}
+
+LoopbackListener::LoopbackListener(std::uint16_t port)
+{
+    Descriptor broadcast = Bind(kLoopbackBroadcast, port);
+    Descriptor direct = Bind(kLoopback, port);
+    Descriptor stop(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    m_sockets = {broadcast.Release(), direct.Release()};
+    m_stop = stop.Release();
+}
+
+LoopbackListener::~LoopbackListener()
+{
+    Close();
+    ::close(static_cast<int>(m_stop));
+}
+
+/// False when there was nothing.
+bool LoopbackListener::TryReceive(std::intptr_t socket, Datagram& datagram) noexcept
+{
+    sockaddr_in from{};
+    socklen_t length = sizeof(from);
+    ssize_t received = 0;
+    do {
+        received = ::recvfrom(static_cast<int>(socket), datagram.bytes.data(), datagram.bytes.size(), MSG_DONTWAIT,
+                              reinterpret_cast<sockaddr*>(&from), &length);
+    } while (received < 0 && errno == EINTR);
+    if (received < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+        return false;
+    }
+    datagram.error.assign(received < 0 ? errno : 0, boost::system::system_category());
+    datagram.size = received < 0 ? 0 : static_cast<std::size_t>(received);
+    datagram.address = ntohl(from.sin_addr.s_addr);
+    datagram.port = ntohs(from.sin_port);
+    return true;
+}
+
+/// Sockets that were found ready are emptied without asking again: under load a datagram costs one system call.
+bool LoopbackListener::Receive(Datagram& datagram) noexcept
+{
+    for (;;) {
+        for (std::size_t i = 0; i < kSockets && m_credit != 0; ++i) {
+            if ((m_ready & (1U << i)) != 0) {
+                if (TryReceive(m_sockets[i], datagram)) {
+                    --m_credit;
+                    return true;
+                }
+                m_ready &= ~(1U << i);
+            }
+        }
+        std::array<pollfd, kSockets + 1> polled{};
+        for (std::size_t i = 0; i < kSockets; ++i) {
+            polled[i] = {static_cast<int>(m_sockets[i]), POLLIN, 0};
+        }
+        polled[kSockets] = {static_cast<int>(m_stop), POLLIN, 0};
+        if (::poll(polled.data(), polled.size(), -1) < 0 && errno != EINTR) {
+            datagram.error.assign(errno, boost::system::system_category());
+            datagram.size = 0;
+            return true;
+        }
+        if (polled[kSockets].revents != 0) {
+            return false;
+        }
+        m_ready = (polled[0].revents != 0 ? 1U : 0U) | (polled[1].revents != 0 ? 2U : 0U);
+        m_credit = kBurst;
+    }
+}
+
+void LoopbackListener::Stop() noexcept
+{
+    // Fails only when the count is full, which is ready, too.
+    eventfd_write(static_cast<int>(m_stop), 1);
+}
+
+void LoopbackListener::Close() noexcept
+{
+    for (std::intptr_t& socket : m_sockets) {
+        if (socket != kNone) {
+            // Not connected, so this may fail; it wakes whoever shares the descriptor after a fork.
+            ::shutdown(static_cast<int>(socket), SHUT_RDWR);
+            ::close(static_cast<int>(socket));
+            socket = kNone;
+        }
+    }
+}
+
+} // namespace qvxsys::monitor

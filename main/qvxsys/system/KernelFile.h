@@ -1,0 +1,55 @@
+#pragma once
+// A file of the kernel's, read without allocating. (KernelFile_linux.cpp)
+
+#include <cerrno>
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "KernelText.h"
+
+namespace qvxsys::system {
+
+/// Puts errno back.
+class KeepErrno
+{
+public:
+    KeepErrno() noexcept = default;
+    ~KeepErrno() { errno = m_errno; }
+    KeepErrno(KeepErrno const&) = delete;
+    KeepErrno& operator=(KeepErrno const&) = delete;
+
+private:
+    int m_errno = errno;
+};
+
+/// Open for reading; errno is as it was once the object is gone.
+class KernelFile
+{
+public:
+    /// One that cannot be opened reads as empty.
+    explicit KernelFile(char const* path) noexcept;
+    ~KernelFile();
+    KernelFile(KernelFile const&) = delete;
+    KernelFile& operator=(KernelFile const&) = delete;
+
+    /// How many bytes have come; 0 at the end and after a failure.
+    std::size_t Read(char* to, std::size_t size) noexcept;
+    /// For LineReader.
+    [[nodiscard]] auto Reader() noexcept
+    {
+        return [this](char* to, std::size_t size) { return Read(to, size); };
+    }
+
+private:
+    KeepErrno m_keep;
+    int m_descriptor;
+};
+
+/// The file's beginning, in one read: enough for the files of a line.
+std::string_view ReadBeginning(char const* path, std::span<char> buffer) noexcept;
+/// The first word of a file of one line; nothing when the line has no end.
+std::optional<std::uint64_t> ReadNumber(char const* path) noexcept;
+
+} // namespace qvxsys::system

@@ -1,0 +1,498 @@
+// `qvx watch` and `qvx top` as users run them, on real processes.
+
+#include "qvx/RunningProgram_posix.h"
+
+#include <algorithm>
+#include <fstream>
+#include <optional>
+#include <regex>
+#include <sstream>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <qvxsys/ResourceObserver.h>
+#include <qvxsys/TEvent.h>
+#include <qvxsys/TSystem.h>
+
+#include "Loopback.h"
+#include "Units.h"
+#include "support/ChildProcess.h"
+#include "support/TemporaryFolder.h"
+
+namespace {
+
+using nlohmann::json;
+using Arguments = std::vector<std::string>;
+
+std::string PathOf(char const* program)
+{
+    return std::filesystem::absolute(program).string();
+}
+
+Arguments Watch(unsigned short port, Arguments const& options, Arguments const& command)
+{
+    Arguments all{PathOf(QVX_PROGRAM), "watch", "--port", std::to_string(port)};
+    all.insert(all.end(), options.begin(), options.end());
+    all.emplace_back("--");
+    all.insert(all.end(), command.begin(), command.end());
+    return all;
+}
+
+std::string Hog()
+{
+    return PathOf(QVX_HOG_PROGRAM);
+}
+
+std::string FileText(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The value of a line of /proc/PID/status; empty when there is none.
+std::string Status(pid_t pid, std::string const& name)
+{
+    std::string const text = FileText("/proc/" + std::to_string(pid) + "/status");
+    std::smatch match;
+    return std::regex_search(text, match, std::regex("(?:^|\n)" + name + ":\\s*([^\n]*)")) ? match[1].str() : "";
+}
+
+std::uint64_t PrivateBytes(pid_t pid)
+{
+    return 1024 * (std::stoull("0" + Status(pid, "RssAnon")) + std::stoull("0" + Status(pid, "VmSwap")));
+}
+
+pid_t ChildOf(pid_t pid)
+{
+    std::string const process = "/proc/" + std::to_string(pid) + "/task/" + std::to_string(pid);
+    return static_cast<pid_t>(std::stol("0" + FileText(process + "/children")));
+}
+
+/// With # for every number, and all sizes in one unit.
+std::string Masked(std::string const& text)
+{
+    std::string const numbers = std::regex_replace(text, std::regex("[0-9]+([.,][0-9]+)*"), "#");
+    return std::regex_replace(numbers, std::regex("# ([KMGT]i)?B"), "# B");
+}
+
+std::vector<std::string> Lines(std::string const& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+/// Waits until all of these have reported.
+void AwaitReports(unsigned short port, std::vector<pid_t> const& pids)
+{
+    TAutoResetEvent arrived;
+    ResourceObserver observer(port, {[&](ResourceValues const&) { arrived.Signal(); }, nullptr});
+    auto const hasReported = [&](pid_t pid) {
+        return std::ranges::any_of(observer.GetSnapshot(), [pid](ResourceSample const& sample) {
+            return sample.m_values.m_processId == static_cast<unsigned int>(pid);
+        });
+    };
+    while (!std::ranges::all_of(pids, hasReported) && arrived.Wait(std::chrono::minutes(1))) {
+    }
+}
+
+} // namespace
+
+// As if the command had been started without it: output byte for byte, exit status, the signal that has ended it.
+TEST(Watch, PassesOnOutputAndEnd)
+{
+    struct
+    {
+        Arguments command;
+        int status;
+        std::string out;
+        std::string err;
+    } const table[] = {
+        {{"sh", "-c", "printf 'a\\0b\\n\\377'; printf c >&2; exit 7"}, 7, std::string("a\0b\n\xFF", 5), "c"},
+        {{"printf", "%s|", "", "a b", "-x", "[1,2]", "--"}, 0, "|a b|-x|[1,2]|--|", ""},
+        {{"sh", "-c", "kill -SEGV $$"}, -SIGSEGV, "", ""},
+        {{"sh", "-c", "kill -INT $$"}, -SIGINT, "", ""},
+        {{"/no such\nfile"},
+         127,
+         "",
+         "qvx: cannot run /no such\uFFFDfile: No such file or directory (Qvx_CommandNotFound)\n"},
+        {{"/etc"}, 126, "", "qvx: cannot run /etc: Permission denied (Qvx_CannotRun)\n"},
+        {{"sh", "-c",
+          "grep -E 'Sig(Blk|Ign)|PPid' /proc/self/status | grep -v PPid; ulimit -n; ls /proc/$$/fd | wc -l"},
+         0,
+         RunChild({"/bin/sh", "-c", "grep -E 'Sig(Blk|Ign)' /proc/self/status; ulimit -n; ls /proc/$$/fd | wc -l"}).out,
+         ""},
+    };
+    unsigned short const port = FreePort();
+    for (auto const& [command, status, out, err] : table) {
+        ChildResult const run = RunChild(Watch(port, {}, command));
+        EXPECT_EQ(run.status, status) << command.back();
+        EXPECT_EQ(run.out, out) << command.back();
+        EXPECT_EQ(run.err, err) << command.back();
+    }
+}
+
+TEST(Watch, RefusesWhatMakesNoSense)
+{
+    std::string const port = std::to_string(FreePort());
+    for (Arguments const& wrong : {Arguments{"--max-memory", "2X"},
+                                   {"--max-memory", "-1"},
+                                   {"--max-memory", "infG"},
+                                   {"--all-memory", "0%"},
+                                   {"--all-memory", "101%"},
+                                   {"--max-cpu", "100"},
+                                   {"--interval", "1500ms"},
+                                   {"--interval", "0s"},
+                                   {"--grace", "1d"},
+                                   {"--port", "0"}}) {
+        ChildResult const run = RunChild(Watch(1, wrong, {"true"}));
+        EXPECT_EQ(run.status, 2) << wrong[1];
+        EXPECT_TRUE(run.err.starts_with("qvx: " + wrong[0] + ": ")) << run.err;
+    }
+    EXPECT_EQ(RunChild({PathOf(QVX_PROGRAM), "watch", "--port", port}).status, 2);
+    ChildResult const log = RunChild(Watch(FreePort(), {"--log", "/nowhere/log"}, {"true"}));
+    EXPECT_EQ(log.err, "qvx: /nowhere/log: No such file or directory (Qvx_CannotAccess)\n");
+    EXPECT_EQ(log.status, 125);
+}
+
+TEST(Watch, HandsOnSignals)
+{
+    for (int const signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGUSR1, SIGUSR2, SIGWINCH}) {
+        std::string const script = "trap 'echo got; exit 3' " + std::to_string(signal) + "; echo ready; read x; exit 4";
+        RunningProgram run(Watch(FreePort(), {}, {"sh", "-c", script}));
+        ASSERT_EQ(run.ReadUntil("ready\n"), "ready\n");
+        run.Send(signal);
+        EXPECT_EQ(run.ReadAll(), "got\n") << signal;
+        EXPECT_EQ(run.Wait(), 3) << signal;
+    }
+    RunningProgram run(Watch(FreePort(), {}, {Hog()}));
+    run.ReadUntil("ready\n");
+    run.Send(SIGTERM);
+    EXPECT_EQ(run.Wait(), -SIGTERM);
+}
+
+TEST(Watch, StopsAndGoesOnWithTheCommand)
+{
+    RunningProgram run(Watch(FreePort(), {}, {Hog()}));
+    run.ReadUntil("ready\n");
+    run.Send(SIGTSTP);
+    int status = 0;
+    ASSERT_EQ(waitpid(run.Pid(), &status, WUNTRACED), run.Pid());
+    ASSERT_TRUE(WIFSTOPPED(status));
+    EXPECT_EQ(Status(ChildOf(run.Pid()), "State").substr(0, 1), "T");
+    run.Write("1\n");
+    run.Send(SIGCONT);
+    EXPECT_EQ(run.ReadUntil("1 MiB\n"), "1 MiB\n");
+    run.EndInput();
+    EXPECT_EQ(run.Wait(), 0);
+}
+
+// Ctrl-C comes from the terminal to both, and to the command only once.
+TEST(Watch, OnATerminal)
+{
+    std::string const script = "n=0; trap 'n=$((n+1))' INT; echo ready; read x; read x; echo got $n";
+    RunningProgram run(Watch(FreePort(), {}, {"bash", "-c", script}), RunningProgram::Terminal);
+    run.ReadUntil("ready");
+    run.Write("\x03");
+    run.ReadUntil("^C");
+    run.Write("a\nb\n");
+    EXPECT_NE(run.ReadUntil("got 1").find("got 1"), std::string::npos);
+    EXPECT_EQ(run.Wait(), 0);
+}
+
+TEST(Watch, TheCommandDiesWithIt)
+{
+    RunningProgram run(Watch(FreePort(), {}, {Hog(), "stubborn"}));
+    run.ReadUntil("ready\n");
+    run.Send(SIGKILL);
+    EXPECT_EQ(run.Wait(), -SIGKILL);
+    EXPECT_EQ(run.ReadAll(), ""); // nobody has it open any more
+}
+
+// What goes on when the command has ended is said, and is let be.
+TEST(Watch, TellsWhatIsLeftBehind)
+{
+    RunningProgram run(Watch(FreePort(), {}, {"bash", "-c", "exec 3<&0; " + Hog() + " <&3 & exit 5"}));
+    run.ReadUntil("ready\n");
+    EXPECT_EQ(run.Wait(), 5);
+    std::string const told = run.ReadErrorsUntil("\n");
+    EXPECT_TRUE(
+        std::regex_match(told, std::regex("qvx watch: the command has ended; what it has started goes on without "
+                                          "limits: 1 \\(pid [0-9]+\\)\\.\n")))
+        << told;
+    run.Write("1\n");
+    EXPECT_EQ(run.ReadUntil("1 MiB\n"), "1 MiB\n");
+}
+
+// What the command has started in a session of its own and left behind counts, is asked to end, and killed if it does
+// not.
+TEST(Watch, EndsAllOfACommandAboveItsLimit)
+{
+    unsigned short const port = FreePort();
+    std::string const script = "exec 3<&0; (setsid " + Hog() + " stubborn <&3 &); sleep 60";
+    RunningProgram run(Watch(port, {"--max-memory", "200M", "--grace", "300ms"}, {"bash", "-c", script}));
+    run.ReadUntil("ready\n");
+    run.Write("300\n");
+    run.ReadUntil("300 MiB\n");
+    EXPECT_EQ(run.ReadAll(), "");
+    EXPECT_EQ(
+        Masked(run.ReadAllErrors()),
+        "qvx watch: ended bash (pid #) after # s: with all it has started it used # B, more than the # B of "
+        "--max-memory. No other process reports on port #. There was no --on-limit to try; asked to end: #, killed "
+        "after # s: #; gone after # s.\n");
+    EXPECT_EQ(run.Wait(), 124);
+}
+
+TEST(Watch, FreeingMemoryInTimeSavesTheCommand)
+{
+    std::string const onLimit = "echo $QVX_LIMIT; kill -USR1 $QVX_PID";
+    RunningProgram run(Watch(FreePort(), {"--max-memory=200M", "--on-limit", onLimit}, {Hog()}));
+    run.ReadUntil("ready\n");
+    run.Write("300\n");
+    EXPECT_EQ(run.ReadUntil("freed\n"), "300 MiB\nfreed\n");
+    EXPECT_EQ(Masked(run.ReadErrorsUntil("goes on.\n")),
+              "memory\nqvx watch: a limit was exceeded; --on-limit freed # B, and the command goes on.\n");
+    run.EndInput();
+    EXPECT_EQ(run.Wait(), 0);
+}
+
+// A CMD that hangs does not keep the command from being ended.
+TEST(Watch, CpuLimitAndACommandOnLimitThatHangs)
+{
+    ChildResult const run = RunChild(
+        Watch(FreePort(), {"--max-cpu=1", "--sustain=1s", "--on-limit=cat /dev/zero >/dev/null", "--grace=200ms"},
+              {"bash", "-c", "while :; do :; done"}));
+    EXPECT_EQ(
+        Masked(run.err),
+        "qvx watch: ended bash (pid #) after # s: the watched processes used #% of the CPU, more than the #% of "
+        "--max-cpu, for # s, and it used the most, #%. No other process reports on port #. --on-limit (ended after "
+        "# s) freed # B; asked to end: #; gone after # s.\n");
+    EXPECT_EQ(run.status, 124);
+}
+
+TEST(Watch, DryRunOnlyTells)
+{
+    RunningProgram run(Watch(FreePort(), {"--max-memory=1", "--dry-run", "--on-limit", "echo no"}, {Hog()}));
+    EXPECT_TRUE(run.ReadErrorsUntil("--max-memory. ").starts_with("qvx watch: would have ended "));
+    run.EndInput();
+    EXPECT_EQ(run.Wait(), 0);
+}
+
+// Three of them share the machine; one takes more than there is for all. The others, though smaller, are there, and
+// report.
+TEST(Watch, OnlyTheHeaviestHasToGo)
+{
+    TSystem::MemoryInfo const machine = TSystem::Memory();
+    std::uint64_t const unit = machine.totalPhysical / 100;
+    if (machine.availablePhysical < 14 * unit) {
+        GTEST_SKIP() << "too little memory is free";
+    }
+    unsigned short const port = FreePort();
+    TemporaryFolder const folder;
+    std::string const log = (folder.Path() / "log").string();
+    std::string const limit = std::to_string(machine.usedPhysical + 6 * unit);
+    RunningProgram first(Watch(port, {"--all-memory", limit}, {Hog()}));
+    RunningProgram hog(Watch(port, {"--all-memory", limit, "--log", log}, {Hog()}));
+    RunningProgram last(Watch(port, {"--all-memory", limit}, {Hog()}));
+    for (RunningProgram* const run : {&first, &hog, &last}) {
+        run->ReadUntil("ready\n");
+    }
+    std::vector<pid_t> pids;
+    for (RunningProgram const* const run : {&hog, &first, &last}) {
+        pids.push_back(run->Pid());
+    }
+    AwaitReports(port, pids); // what is heard here, they have heard
+    std::string const child = std::to_string(ChildOf(hog.Pid()));
+    hog.Write(std::to_string((12 * unit) >> 20) + "\n");
+    hog.ReadAll();
+    EXPECT_TRUE(
+        std::regex_match(Masked(hog.ReadAllErrors()),
+                         std::regex("qvx watch: ended .*qvx_hog \\(pid #\\) after # s: # B of the machine's memory "
+                                    "were in use, more than the # B of --all-memory, and it used the largest "
+                                    "share of its own limit, #% \\(# B\\)\\. Others that report on port #: # \\(# "
+                                    "B, #% of its limit, #% CPU\\), # \\(# B, #% of its limit, #% CPU\\)\\. There "
+                                    "was no --on-limit to try; asked to end: #; gone after # s\\.\n")));
+    EXPECT_EQ(hog.Wait(), 124);
+
+    std::vector<std::string> expected = {
+        "Max CPU limited to 99% over 86400 seconds",
+        "Per Process Memory Limit: # bytes",
+        "All Processes Memory Limit: # bytes",
+        "Checking resources every 1 seconds",
+        "listening on port " + std::to_string(port),
+        "Adding child process: " + child,
+        "Exceeded allowed memory usage across all processes. Memory info: # bytes (current process);# bytes (Quorvex "
+        "total); # bytes (total of all processes); 3 (info count)",
+        "Reclaiming memory. Number registered functions: 0",
+        "Memory reclamation was unsucessful. Process has to be terminated.",
+        "Logging all CPU/memory info across processes.",
+    };
+    for (pid_t const pid : pids) {
+        expected.push_back("pid: " + std::to_string(pid) +
+                           "; Memory info: # bytes; Memory limit usage: #%; CPU info: #%");
+    }
+    expected.insert(expected.end(), {"Process is above memory threshold. Requesting termination.",
+                                     "listening thread has stopped", "stopped"});
+    std::vector<std::string> lines = Lines(FileText(log));
+    std::erase_if(lines, [](std::string const& line) { // every tenth check, and when others keep the processors busy
+        return std::regex_search(line, std::regex(": (Memory|CPU) info: |Detected high CPU"));
+    });
+    for (std::string& line : lines) {
+        line = std::regex_replace(line, std::regex("[0-9,]+ bytes"), "# bytes");
+        line = std::regex_replace(line, std::regex("(usage|info): [0-9]+%"), "$1: #%");
+    }
+    for (std::string& line : expected) {
+        line.insert(0, "Resource Manager: ");
+    }
+    ASSERT_EQ(lines.size(), expected.size());
+    for (std::vector<std::string>* const all : {&lines, &expected}) {
+        std::sort(all->end() - 5, all->end() - 3); // the others, in no order
+    }
+    EXPECT_EQ(lines, expected);
+    for (RunningProgram* const run : {&first, &last}) {
+        run->EndInput();
+        EXPECT_EQ(run->ReadAllErrors(), "");
+        EXPECT_EQ(run->Wait(), 0);
+    }
+}
+
+// The figures are those of the kernel, for the same processes.
+TEST(Top, AgreesWithTheKernelAndPs)
+{
+    unsigned short const port = FreePort();
+    RunningProgram small(Watch(port, {"--max-memory", "100M"}, {Hog(), "a \x1B[1m\tb"}));
+    RunningProgram large(Watch(port, {"--max-memory", "100M"}, {Hog()}));
+    small.ReadUntil("ready\n");
+    large.ReadUntil("ready\n");
+    large.Write("64\n");
+    large.ReadUntil("64 MiB\n");
+    std::string const portText = std::to_string(port);
+    ChildResult const run = RunChild({PathOf(QVX_PROGRAM), "top", "--json", "--sort", "memory", "--port", portText});
+    ASSERT_EQ(run.status, 0) << run.err;
+    json const top = json::parse(run.out);
+    ASSERT_EQ(top["processes"].size(), 2u) << run.out;
+    std::uint64_t sum = 0;
+    for (std::size_t i = 0; i < 2; ++i) {
+        pid_t const pid = (i == 0 ? large : small).Pid();
+        json const& row = top["processes"][i];
+        EXPECT_EQ(row["pid"], pid);
+        ChildResult const ps = RunChild({"/bin/ps", "-ww", "-o", "args=", "-p", std::to_string(pid)});
+        std::string arguments = FileText("/proc/" + std::to_string(pid) + "/cmdline");
+        std::ranges::replace(arguments, '\0', ' ');
+        EXPECT_EQ(row["command"].get<std::string>() + " ", arguments);
+        if (i == 0) {
+            EXPECT_EQ(row["command"].get<std::string>() + "\n", ps.out);
+        }
+        double const memory = row["memory"];
+        auto const measured = static_cast<double>(PrivateBytes(pid) + PrivateBytes(ChildOf(pid)));
+        EXPECT_NEAR(memory, measured, 4 << 20) << "pages come and go";
+        EXPECT_EQ(row["share"], static_cast<int>(memory / (100 << 20) * 100));
+        EXPECT_LT(row["ageSeconds"], 1.5);
+        sum += row["memory"].get<std::uint64_t>();
+    }
+    EXPECT_EQ(top["total"]["memory"], sum);
+    EXPECT_EQ(top["machine"]["memoryTotal"], TSystem::Memory().totalPhysical);
+
+    ChildResult const table = RunChild({PathOf(QVX_PROGRAM), "top", "--once", "--sort", "pid", "--port", portText});
+    std::vector<std::string> const lines = Lines(table.out);
+    ASSERT_EQ(lines.size(), 5u) << table.out;
+    EXPECT_TRUE(std::regex_match(lines[0], std::regex(" *PID +CPU +MEMORY +SHARE +AGE  COMMAND"))) << lines[0];
+    EXPECT_TRUE(lines[1].ends_with("a \uFFFD[1m\uFFFDb")) << lines[1];
+    EXPECT_EQ(Masked(lines[4]), "total # on port #: CPU #%, memory # B; machine: memory # B of # B");
+}
+
+TEST(Top, IsLiveOnATerminal)
+{
+    ChildResult const without = RunChild({PathOf(QVX_PROGRAM), "top"});
+    EXPECT_EQ(without.err, "qvx: this needs a terminal; try qvx top --once, or --json (Qvx_NoTerminal)\n");
+    EXPECT_EQ(without.status, 1);
+
+    unsigned short const port = FreePort();
+    RunningProgram watched(Watch(port, {}, {Hog()}));
+    watched.ReadUntil("ready\n");
+    RunningProgram top({PathOf(QVX_PROGRAM), "top", "--port", std::to_string(port), "--interval", "100ms"},
+                       RunningProgram::Terminal);
+    auto const isRaw = [&] {
+        termios modes{};
+        tcgetattr(top.TerminalDescriptor(), &modes);
+        return (modes.c_lflag & (ICANON | ECHO)) == 0;
+    };
+    std::string const pid = std::to_string(watched.Pid());
+    std::string const drawn = top.ReadUntil(pid);
+    EXPECT_NE(drawn.find("COMMAND"), std::string::npos) << drawn;
+    EXPECT_TRUE(isRaw());
+    winsize const narrow{5, 40, 0, 0};
+    ioctl(top.TerminalDescriptor(), TIOCSWINSZ, &narrow);
+    top.ReadUntil("\x1B[2J");
+    std::string const redrawn = top.ReadUntil("total 1 on port");
+    EXPECT_NE(redrawn.find(pid), std::string::npos) << redrawn;
+    EXPECT_EQ(redrawn.find("COMMAND"), std::string::npos) << "there is no room for it";
+    top.Write("mrq");
+    EXPECT_NE(top.ReadAll().find("\x1B[?1049l"), std::string::npos) << "the other screen is back";
+    EXPECT_EQ(top.Wait(), 0);
+    EXPECT_FALSE(isRaw());
+}
+
+TEST(Loopback, EveryListenerGetsEachDatagramOnce)
+{
+    qvx::LoopbackCheck const check = qvx::CheckLoopback(FreePort());
+    EXPECT_TRUE(check.IsGood()) << check.error.toStdString() << ' ' << check.listeners[0].once << ' '
+                                << check.listeners[1].once;
+    EXPECT_EQ(check.sent, 100u);
+}
+
+TEST(Units, AreReadAndWritten)
+{
+    struct
+    {
+        char const* text;
+        std::optional<std::uint64_t> bytes;
+    } const sizes[] = {
+        {"1", 1},         {"2G", 2ull << 30}, {"1.5k", 1536}, {"3MiB", 3 << 20}, {"8388607T", 8388607ull << 40},
+        {"8388608T", {}}, {"", {}},           {"0", {}},      {"0.9", {}},       {"-1", {}},
+        {"+1", {}},       {"G", {}},          {"1GB", {}},    {"1Gi", {}},       {"1 G", {}},
+        {"nan", {}},      {"1e3", {}},        {"80%", {}},
+    };
+    for (auto const& [text, bytes] : sizes) {
+        EXPECT_EQ(qvx::ParseSize(text), bytes) << text;
+    }
+    using std::chrono::milliseconds;
+    struct
+    {
+        char const* text;
+        std::optional<milliseconds> time;
+    } const times[] = {
+        {"0", milliseconds(0)},
+        {"10", milliseconds(10'000)},
+        {"250ms", milliseconds(250)},
+        {"1.5m", milliseconds(90'000)},
+        {"2h", milliseconds(7'200'000)},
+        {"10001h", {}},
+        {"1d", {}},
+        {"s", {}},
+        {"-1s", {}},
+        {"inf", {}},
+    };
+    for (auto const& [text, time] : times) {
+        EXPECT_EQ(qvx::ParseDuration(text), time) << text;
+    }
+    struct
+    {
+        std::uint64_t bytes;
+        char const* text;
+    } const written[] = {
+        {0, "0 B"},
+        {1023, "1023 B"},
+        {1024, "1.00 KiB"},
+        {(1 << 20) - 1, "1023.99 KiB"},
+        {1610612736, "1.50 GiB"},
+        {~0ull, "16.00 EiB"},
+    };
+    for (auto const& [bytes, text] : written) {
+        EXPECT_EQ(qvx::SizeText(bytes).toStdString(), text);
+    }
+}
