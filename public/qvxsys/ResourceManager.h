@@ -34,7 +34,7 @@
 // manager's) it cannot wait for itself: it returns at once, the manager is detached and goes when they have returned,
 // and Start makes another one. As after any other Stop there is the line "Resource Manager: stopped", then.
 //
-// Cost: two threads that sleep between checks and datagrams, four descriptors on Linux, and those of the children; a
+// Cost: two threads that sleep between checks and datagrams, five descriptors on Linux, and those of the children; a
 // check is a few dozen microseconds and as much for each child. At most 65,536 processes are remembered, however many
 // claim to exist.
 
