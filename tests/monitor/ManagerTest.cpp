@@ -11,6 +11,7 @@
 #include <qvxsys/qvxsys.h>
 
 #include "MonitorSupport.h"
+#include "MonitoredProcess.h"
 #include "PressureRelief.h"
 #include "ResourceReporterManager.h"
 #include "support/LogicAsserts.h"
@@ -111,21 +112,20 @@ TEST(ResourceManager, ChecksHowItIsUsed)
 /// Stop from every function of the host that runs on one of the manager's threads, and from outside in every state.
 TEST(ResourceManager, StopsInEveryState)
 {
-    constexpr std::uint64_t kPlenty = 1ULL << 40;
     struct
     {
         char const* name;
-        std::uint64_t limit;
+        bool exceeds;        ///< whether the machine is above its limit
         char const* outside; ///< the line that another thread waits for and then stops; null: none does
         char const* inside;  ///< the line or call that stops the manager, on the thread that it comes from
     } const s_cases[] = {
-        {"check interval", kPlenty, "Memory info", nullptr},
-        {"reclaim wait", 1, "reclaiming", nullptr},
-        {"reclaim function", 1, nullptr, "reclaiming"},
-        {"both", 1, "Calling reclaim", "reclaiming"},
-        {"terminate function", 1, "reclaiming", "Requesting termination"},
-        {"log function of the worker", 1, nullptr, "Exceeded allowed"},
-        {"log function of the listener", kPlenty, nullptr, "rejected invalid"},
+        {"check interval", false, "Memory info", nullptr},
+        {"reclaim wait", true, "reclaiming", nullptr},
+        {"reclaim function", true, nullptr, "reclaiming"},
+        {"both", true, "Calling reclaim", "reclaiming"},
+        {"terminate function", true, "reclaiming", "Requesting termination"},
+        {"log function of the worker", true, nullptr, "Exceeded allowed"},
+        {"log function of the listener", false, nullptr, "rejected invalid"},
     };
     for (auto const& c : s_cases) {
         SCOPED_TRACE(c.name);
@@ -148,13 +148,13 @@ TEST(ResourceManager, StopsInEveryState)
                 ResourceManager::Stop();
             }
         };
-        settings.memory.m_perProcessLimit = c.limit;
+        settings.memory.m_allProcessesLimit = c.exceeds ? 0 : ~0ULL;
         settings.general.m_checkInterval = 3600s;
         settings.general.m_infoLogEvery = 1;
         settings.general.m_logFunc = hear;
         settings.general.m_terminateFunc = [hear](bool, TStringCore const& line) { hear(line); };
         settings.Start();
-        if (c.limit == kPlenty && c.inside != nullptr) {
+        if (!c.exceeds && c.inside != nullptr) {
             SendRaw(settings.port, 13);
         }
         if (c.outside != nullptr) {
@@ -163,7 +163,7 @@ TEST(ResourceManager, StopsInEveryState)
             ResourceManager::Stop();
         }
         EXPECT_TRUE(lines.WaitFor("Resource Manager: stopped"));
-        EXPECT_EQ(lines.Has("Requesting termination"), c.limit == 1) << "as a stop while reclaiming takes effect";
+        EXPECT_EQ(lines.Has("Requesting termination"), c.exceeds) << "as a stop while reclaiming takes effect";
     }
 }
 
@@ -246,11 +246,14 @@ TEST(MemoryPressure, CallsFunctionsByGradeAndTellsWhatTheyFreed)
     relief.Add("gone", 1, [] {});
     relief.Add("last", 2, [] {});
     block = std::make_unique<std::vector<char>>(kSize, 'x');
-    EXPECT_GE(relief.Reclaim(1), kSize / 2);
-    EXPECT_EQ(reliefs, std::vector<std::string>{"first much"});
+    // Wine tells of no private memory.
+    bool const measured = qvxsys::monitor::MonitoredProcess().GetMemoryUsage() != 0;
+    std::string const first = measured ? "first much" : "first";
+    EXPECT_GE(relief.Reclaim(1), measured ? kSize / 2 : 0);
+    EXPECT_EQ(reliefs, std::vector<std::string>{first});
     relief.Remove("first");
     relief.Reclaim(2);
-    EXPECT_EQ(reliefs, (std::vector<std::string>{"first much", "second", "last"}));
+    EXPECT_EQ(reliefs, (std::vector<std::string>{first, "second", "last"}));
     EXPECT_EQ(AssertRaisedBy([&] { relief.Add("third", 3, [] {}); })->condition, "grade == 1 || grade == 2");
     EXPECT_EQ(AssertRaisedBy([&] { relief.Add("last", 1, [] {}); })->condition, "!IsKnown(name)");
 
