@@ -29,7 +29,8 @@ void InfoTable::Store(ResourceValues const& values, std::int64_t now)
 void InfoTable::Prune(std::uint32_t keep)
 {
     m_processIds.clear();
-    VisitOthers(keep, [this](ResourceValues const& values) { m_processIds.push_back(values.m_processId); });
+    VisitOthers(keep,
+                [this](ResourceValues const& values) { m_processIds.push_back(std::uint32_t{values.m_processId}); });
     auto const running = [this](std::uint32_t processId) { return m_isRunning(processId); };
     m_processIds.erase(std::remove_if(m_processIds.begin(), m_processIds.end(), running), m_processIds.end());
     TLockScope const lock(m_mutex);

@@ -49,7 +49,7 @@ private:
 /// all addresses: nothing from other machines gets here.
 ///
 /// Linux delivers a broadcast only to those who are bound to the broadcast address, and what is sent to 127.0.0.1 only
-/// to one of those who are bound to that; hence two sockets. Three descriptors, closed on exec.
+/// to one of those who are bound to that; hence two sockets. Four descriptors, closed on exec.
 class LoopbackListener
 {
 public:
@@ -72,12 +72,15 @@ private:
     bool TryReceive(std::intptr_t socket, Datagram& datagram) noexcept;
 
     std::array<std::intptr_t, kSockets> m_sockets;
-    /// What Stop makes ready.
+    /// What Stop makes ready, and what waits for that and the sockets.
     std::intptr_t m_stop;
+    std::intptr_t m_wait;
     /// Which sockets may have something, one bit each, and how many datagrams are taken before the system is asked
     /// anew.
     unsigned int m_ready = 0;
     unsigned int m_credit = 0;
+    /// How many times the system is asked at once, as datagrams have been coming one by one.
+    unsigned int m_askFirst = 0;
 };
 
 } // namespace qvxsys::monitor

@@ -5,7 +5,7 @@
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
-#include <poll.h>
+#include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -18,6 +18,8 @@ namespace {
 
 /// Datagrams that are taken from sockets found ready before Stop and the other socket are looked at again.
 constexpr unsigned int kBurst = 64;
+/// How often it is then taken for granted, after a look in vain, that datagrams come one by one.
+constexpr unsigned int kAskFirst = 16;
 
 [[noreturn]] void Fail(char const* step)
 {
@@ -104,13 +106,25 @@ LoopbackListener::LoopbackListener(std::uint16_t port)
     Descriptor broadcast = Bind(kLoopbackBroadcast, port);
     Descriptor direct = Bind(kLoopback, port);
     Descriptor stop(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    Descriptor wait(::epoll_create1(EPOLL_CLOEXEC));
+    std::uint32_t number = 0;
+    for (int const descriptor : {broadcast.Get(), direct.Get(), stop.Get()}) {
+        epoll_event event{};
+        event.events = EPOLLIN;
+        event.data.u32 = number++;
+        if (::epoll_ctl(wait.Get(), EPOLL_CTL_ADD, descriptor, &event) != 0) {
+            Fail("open");
+        }
+    }
     m_sockets = {broadcast.Release(), direct.Release()};
     m_stop = stop.Release();
+    m_wait = wait.Release();
 }
 
 LoopbackListener::~LoopbackListener()
 {
     Close();
+    ::close(static_cast<int>(m_wait));
     ::close(static_cast<int>(m_stop));
 }
 
@@ -134,10 +148,15 @@ bool LoopbackListener::TryReceive(std::intptr_t socket, Datagram& datagram) noex
     return true;
 }
 
-/// Sockets that were found ready are emptied without asking again: under load a datagram costs one system call.
+/// Sockets that were found ready are emptied without asking again: under load a datagram costs one system call. Where
+/// they come one by one that look is mostly left out.
 bool LoopbackListener::Receive(Datagram& datagram) noexcept
 {
-    for (;;) {
+    if (m_askFirst != 0) {
+        --m_askFirst;
+        m_ready = 0;
+    }
+    for (bool asked = false;; asked = true) {
         for (std::size_t i = 0; i < kSockets && m_credit != 0; ++i) {
             if ((m_ready & (1U << i)) != 0) {
                 if (TryReceive(m_sockets[i], datagram)) {
@@ -145,22 +164,22 @@ bool LoopbackListener::Receive(Datagram& datagram) noexcept
                     return true;
                 }
                 m_ready &= ~(1U << i);
+                m_askFirst = asked ? m_askFirst : kAskFirst;
             }
         }
-        std::array<pollfd, kSockets + 1> polled{};
-        for (std::size_t i = 0; i < kSockets; ++i) {
-            polled[i] = {static_cast<int>(m_sockets[i]), POLLIN, 0};
-        }
-        polled[kSockets] = {static_cast<int>(m_stop), POLLIN, 0};
-        if (::poll(polled.data(), polled.size(), -1) < 0 && errno != EINTR) {
+        std::array<epoll_event, kSockets + 1> events{};
+        int const count = ::epoll_wait(static_cast<int>(m_wait), events.data(), static_cast<int>(events.size()), -1);
+        if (count < 0 && errno != EINTR) {
             datagram.error.assign(errno, boost::system::system_category());
             datagram.size = 0;
             return true;
         }
-        if (polled[kSockets].revents != 0) {
+        for (int i = 0; i < count; ++i) {
+            m_ready |= 1U << events[static_cast<std::size_t>(i)].data.u32;
+        }
+        if ((m_ready & (1U << kSockets)) != 0) {
             return false;
         }
-        m_ready = (polled[0].revents != 0 ? 1U : 0U) | (polled[1].revents != 0 ? 2U : 0U);
         m_credit = kBurst;
     }
 }

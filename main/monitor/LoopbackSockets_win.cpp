@@ -81,6 +81,34 @@ private:
     SOCKET m_socket = INVALID_SOCKET;
 };
 
+/// Reset by hand.
+class Event
+{
+public:
+    Event() : m_event(CreateEventW(nullptr, TRUE, FALSE, nullptr))
+    {
+        if (m_event == nullptr) {
+            Fail("open", static_cast<int>(GetLastError()));
+        }
+    }
+    Event(Event const&) = delete;
+    Event& operator=(Event const&) = delete;
+    ~Event()
+    {
+        if (m_event != nullptr) {
+            CloseHandle(m_event);
+        }
+    }
+    [[nodiscard]] HANDLE Get() const noexcept { return m_event; }
+    [[nodiscard]] std::intptr_t Release() noexcept
+    {
+        return reinterpret_cast<std::intptr_t>(std::exchange(m_event, nullptr));
+    }
+
+private:
+    HANDLE m_event;
+};
+
 SOCKET Handle(std::intptr_t socket) noexcept
 {
     return static_cast<SOCKET>(socket);
@@ -120,17 +148,21 @@ LoopbackListener::LoopbackListener(std::uint16_t port)
     }
     Socket broadcast(SO_REUSEADDR);
     bool const both = broadcast.Bind(kLoopbackBroadcast, port);
-    HANDLE const event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    if (event == nullptr) {
-        Fail("open", static_cast<int>(GetLastError()));
+    Event stop;
+    Event wait;
+    if (WSAEventSelect(direct.Get(), wait.Get(), FD_READ) != 0 ||
+        (both && WSAEventSelect(broadcast.Get(), wait.Get(), FD_READ) != 0)) {
+        Fail("open");
     }
     m_sockets = {direct.Release(), both ? broadcast.Release() : kNone};
-    m_stop = reinterpret_cast<std::intptr_t>(event);
+    m_stop = stop.Release();
+    m_wait = wait.Release();
 }
 
 LoopbackListener::~LoopbackListener()
 {
     Close();
+    CloseHandle(EventHandle(m_wait));
     CloseHandle(EventHandle(m_stop));
 }
 
@@ -157,14 +189,6 @@ bool LoopbackListener::TryReceive(std::intptr_t socket, Datagram& datagram) noex
 
 bool LoopbackListener::Receive(Datagram& datagram) noexcept
 {
-    struct Event
-    {
-        Event() noexcept : handle(WSACreateEvent()) {}
-        ~Event() { WSACloseEvent(handle); }
-        Event(Event const&) = delete;
-        Event& operator=(Event const&) = delete;
-        HANDLE handle;
-    };
     for (;;) {
         for (std::size_t i = 0; i < kSockets && m_credit != 0; ++i) {
             if (m_sockets[i] != kNone && (m_ready & (1U << i)) != 0) {
@@ -175,13 +199,8 @@ bool LoopbackListener::Receive(Datagram& datagram) noexcept
                 m_ready &= ~(1U << i);
             }
         }
-        Event const arrived;
-        std::array<HANDLE, 2> const waited{EventHandle(m_stop), arrived.handle};
-        bool selected = true;
-        for (std::intptr_t const socket : m_sockets) {
-            selected = selected && (socket == kNone || WSAEventSelect(Handle(socket), arrived.handle, FD_READ) == 0);
-        }
-        DWORD const which = selected ? WaitForMultipleObjects(2, waited.data(), FALSE, INFINITE) : WAIT_FAILED;
+        std::array<HANDLE, 2> const waited{EventHandle(m_stop), EventHandle(m_wait)};
+        DWORD const which = WaitForMultipleObjects(2, waited.data(), FALSE, INFINITE);
         if (which == WAIT_OBJECT_0) {
             return false;
         }
@@ -190,6 +209,8 @@ bool LoopbackListener::Receive(Datagram& datagram) noexcept
             datagram.size = 0;
             return true;
         }
+        // Before the sockets are looked at: what comes behind that sets it again.
+        ResetEvent(waited[1]);
         m_ready = 3;
         m_credit = kBurst;
     }

@@ -93,7 +93,10 @@ void ResourceManager::Stop()
     }
     if (manager->IsOnOwnThread()) {
         // This thread is one of those to be waited for: another one does that.
-        std::thread stopping([manager] { delete manager; });
+        std::thread stopping([manager] {
+            manager->AwaitStart();
+            delete manager;
+        });
         s_singleton.store(nullptr);
         stopping.detach();
         return;

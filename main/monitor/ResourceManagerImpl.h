@@ -43,6 +43,8 @@ public:
     void Start(std::uint16_t port);
     /// Whether the caller is a function of the host's that this manager has called on one of its threads.
     [[nodiscard]] bool IsOnOwnThread() const noexcept;
+    /// Waits for the start sequence, which a thread that it has started may be ahead of.
+    void AwaitStart() const { m_started.Wait(); }
     /// True for the first caller, who is to destroy the manager.
     [[nodiscard]] bool ClaimStop() noexcept { return !m_stopClaimed.exchange(true); }
 
@@ -111,7 +113,7 @@ private:
     RunningAverage m_average;
     std::int64_t m_highSince = kNoEpisode;
     ResourceDecision m_decision;
-    /// Set when the start sequence is through: a worker that is done at once must not find it under way.
+    /// Set when the start sequence is through: who stops at once must not find it under way.
     TEvent m_started;
     std::atomic<bool> m_stopClaimed = false;
     /// A failed start is not followed by a line that says it has stopped.

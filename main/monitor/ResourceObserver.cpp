@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <qvxsys/TLocks.h>
+#include <qvxsys/TSystem.h>
 
 #include "InfoTable.h"
 #include "MonitoredProcess.h"
@@ -61,8 +62,8 @@ ResourceObserver::~ResourceObserver() = default;
 std::vector<ResourceSample> ResourceObserver::GetSnapshot()
 {
     TLockScope const lock(m_state->mutex);
-    // No process has the id 0.
-    m_state->info.Prune(0);
+    // This process runs.
+    m_state->info.Prune(TSystem::ProcessID());
     return m_state->info.Snapshot(Now());
 }
 

@@ -7,7 +7,7 @@
 //         Print(sample.m_values.m_processId, sample.m_values.m_memory, sample.m_age);
 //     }
 //
-// Threads: all operations may be called from any thread. Costs a thread that sleeps between datagrams and four
+// Threads: all operations may be called from any thread. Costs a thread that sleeps between datagrams and five
 // descriptors on Linux.
 
 #include <functional>

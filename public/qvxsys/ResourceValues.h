@@ -2,7 +2,8 @@
 // ResourceValues: what one process uses, as the resource manager measures it and as it travels between processes; and
 // ResourceSample, such a record with the time of its arrival.
 //
-// Plain values.
+// Plain values. The fields of ResourceValues are not aligned, so no reference or pointer may be bound to one (as
+// function templates that take their arguments by reference do): copy the field, or add 0 to it.
 
 #include <chrono>
 #include <cstdint>

@@ -30,12 +30,17 @@ struct Step
 
 struct Scenario
 {
+    struct Setup
+    {
+        ResourceManager::CpuConfig cpu;
+        ResourceManager::MemoryConfig memory;
+        unsigned int infoEvery;
+        bool functions; ///< whether there are reclaim functions, "a" and "b"
+        bool dryRun;
+    };
+
     char const* name;
-    ResourceManager::CpuConfig cpu;
-    ResourceManager::MemoryConfig memory;
-    unsigned int infoEvery;
-    bool functions; ///< whether there are reclaim functions, "a" and "b"
-    bool dryRun;
+    Setup setup;
     std::vector<Step> steps;
     Transcript expected;
 
@@ -66,7 +71,7 @@ ResourceManager::GeneralConfig General(Scenario const& scenario, Transcript& hea
 {
     ResourceManager::GeneralConfig general;
     general.m_checkInterval = kInterval;
-    general.m_infoLogEvery = scenario.infoEvery;
+    general.m_infoLogEvery = scenario.setup.infoEvery;
     general.m_logFunc = [&heard](TStringCore const& line) { heard += Line(line) + '\n'; };
     general.m_terminateFunc = [&heard](bool flag, TStringCore const& reason) {
         heard += (flag ? "terminate(true): " : "terminate(false): ") + Line(reason) + '\n';
@@ -79,8 +84,8 @@ class ScriptedManager final : public ResourceManagerImpl
 public:
     ScriptedManager(Scenario const& scenario, Transcript& heard)
         : ResourceManagerImpl(
-              scenario.cpu, scenario.memory, General(scenario, heard),
-              {[&heard](ResourceDecision const& decision) { heard += Text(decision) + '\n'; }, scenario.dryRun}),
+              scenario.setup.cpu, scenario.setup.memory, General(scenario, heard),
+              {[&heard](ResourceDecision const& decision) { heard += Text(decision) + '\n'; }, scenario.setup.dryRun}),
           m_steps(scenario.steps)
     {
         m_sleep = [this](std::chrono::milliseconds time) {
@@ -88,7 +93,7 @@ public:
             return m_next == m_steps.size();
         };
         for (char const* const name : {"b", "a"}) {
-            if (scenario.functions) {
+            if (scenario.setup.functions) {
                 CpuFunctions().Add(name, [&heard, name] { heard += std::string(name) + "()\n"; });
                 MemoryFunctions().Add(name, [&heard, name] { heard += std::string(name) + "()\n"; });
             }
@@ -167,11 +172,7 @@ std::string const kOwn1001 = "own; Memory info: 1,001 bytes; Memory limit usage:
 
 Scenario const kScenarios[] = {
     {"CpuEpisodesEndWithIdleAndLast",
-     kCpu,
-     {},
-     0,
-     false,
-     false,
+     {kCpu, {}, 0, false, false},
      {{60}, {0}, {60}, {60}, {60}, {60}, {60}},
      "Detected high CPU usage. 60%\nDetected high CPU usage. 60%\n"
      "Exceeded sustained high CPU threshold above 50% for 20 seconds.  This process has the highest usage of 60%\n"
@@ -181,11 +182,7 @@ Scenario const kScenarios[] = {
          "=> CPU terminate, called 0, freed 0, peers 0\nterminate(true): " +
          kCpuEnd},
     {"CpuIsForTheHeaviestAndTiesCount",
-     kCpuAtOnce,
-     {},
-     0,
-     true,
-     false,
+     {kCpuAtOnce, {}, 0, true, false},
      {{60, 0, 0, 0, {{kPeer, 5, 0, 61}}}, {60}, {60, 0, 0, 0, {{kPeer, 5, 0, 60}}}, {40, 0, 0, 0, {{kPeer, 5, 0, 2}}}},
      "Detected high CPU usage. 100%\n=> CPU spared, called 0, freed 0, peers 1\n"
      "Exceeded sustained high CPU threshold above 50% for 0 seconds.  This process has the highest usage of 60%\n"
@@ -194,11 +191,7 @@ Scenario const kScenarios[] = {
          "CPU info: 40%; 42% (Quorvex total); 2 (info count)\nreport 0\n"
          "CPU reclaimed. Process termination has been averted!\n=> CPU averted, called 2, freed 0, peers 1\n"},
     {"InfoComesEveryThirdTime",
-     kCpu,
-     kMemory,
-     3,
-     false,
-     false,
+     {kCpu, kMemory, 3, false, false},
      {{0, 1000, 100, 4000}, {0}, {0, 1000, 100, 4000}, {1}, {1}, {1, 2, 3, 5000}},
      "CPU info: 0%\nMemory info: 1,000 bytes (current process);1,000 bytes (Quorvex total); 4,000 bytes (total of all "
      "processes); 1 (info count)\nreport 30\nCPU info: 1%; 1% (Quorvex total); 1 (info count)\nreport 30\n"
@@ -206,31 +199,19 @@ Scenario const kScenarios[] = {
      "count)\nreport 30\n"},
     // 90; (90 + 30) / 2; (30 + 30) / 2; nothing; (30 + 90) / 2; 90
     {"AverageOfTheLastTwo",
-     kAverage,
-     {},
-     0,
-     false,
-     false,
+     {kAverage, {}, 0, false, false},
      {{90}, {30}, {30}, {0}, {90}, {90}},
      "Detected high CPU usage. 90%\nDetected high CPU usage. 90%\n"},
-    {"AverageOfNoneIsNeverHigh", kAverageOfNone, {}, 0, false, false, {{100}, {100}, {100}}, ""},
+    {"AverageOfNoneIsNeverHigh", {kAverageOfNone, {}, 0, false, false}, {{100}, {100}, {100}}, ""},
     {"OneByteTooManyIsReclaimed",
-     {},
-     kMemory,
-     0,
-     true,
-     false,
+     {{}, kMemory, 0, true, false},
      {{0, 1000, 100, 1}, {0, 1001}, {0, 900, 90, 5000}},
      kExceeded1001 + Called("memory") +
          "Memory info: 900 bytes (current process);900 bytes (Quorvex total); 5,000 bytes "
          "(total of all processes); 1 (info count)\nreport 0\nMemory reclaimed. Process termination has been averted!\n"
          "=> process averted, called 2, freed 101, peers 0\n"},
     {"TheMachineIsForTheLargestShare",
-     {},
-     kMemory,
-     0,
-     false,
-     false,
+     {{}, kMemory, 0, false, false},
      {{0, 300, 30, 5001, {{kPeer, 400, 31, 0}}}, {0, 300, 30, 5001, {{kPeer, 400, 30, 0}}}},
      "=> machine spared, called 0, freed 0, peers 1\n"
      "Exceeded allowed memory usage across all processes. Memory info: 300 bytes (current process);700 bytes (Quorvex "
@@ -241,20 +222,12 @@ Scenario const kScenarios[] = {
          "=> machine terminate, called 0, freed 0, peers 1\nterminate(false): " +
          kMemoryEnd},
     {"AStopWhileReclaimingTakesEffectStillTerminates",
-     {},
-     kMemory,
-     0,
-     true,
-     false,
+     {{}, kMemory, 0, true, false},
      {{0, 1001}},
      kExceeded1001 + Called("memory") + kMemoryLost + kOwn1001 +
          "=> process terminate, called 2, freed 0, peers 0\nterminate(false): " + kMemoryEnd},
     {"CpuTerminationComesBeforeTheMemoryCheck",
-     kCpuAtOnce,
-     kMemory,
-     0,
-     false,
-     false,
+     {kCpuAtOnce, kMemory, 0, false, false},
      {{60, 1}, {60, 1001}},
      "Detected high CPU usage. 60%\n"
      "Exceeded sustained high CPU threshold above 50% for 0 seconds.  This process has the highest usage of 60%\n"
@@ -264,19 +237,14 @@ Scenario const kScenarios[] = {
          "=> CPU terminate, called 0, freed 0, peers 0\nterminate(false): " +
          kCpuEnd},
     {"ADryRunGoesOn",
-     {},
-     kMemory,
-     2,
-     false,
-     true,
+     {{}, kMemory, 2, false, true},
      {{0, 1001}, {0, 1000, 99, 3}},
      kExceeded1001 + NoneToCall("memory") + kMemoryLost + kOwn1001 +
          "=> process terminate, called 0, freed 0, peers 0\n"
          "Dry run: termination is not requested. Resource Manager: " +
          kMemoryEnd +
          "Memory info: 1,000 bytes (current process);1,000 bytes (Quorvex total); 3 bytes (total of all processes); 1 "
-         "(info "
-         "count)\nreport 20\n"},
+         "(info count)\nreport 20\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Transcripts, ManagerScenario, testing::ValuesIn(kScenarios),
@@ -320,7 +288,7 @@ TEST(InfoTable, IsBoundedHoweverManyProcessesClaimToExist)
     table.Prune(1);
     EXPECT_EQ(table.Snapshot(0).size(), InfoTable::kMost - InfoTable::kBelieved + 1)
         << "1 is kept, the made-up ones go";
-    EXPECT_EQ(table.Find(kReal)->m_memory, 9U);
+    EXPECT_EQ(table.Find(kReal)->m_memory + 0, 9U);
     std::size_t others = 0;
     std::size_t const all = table.VisitOthers(kReal, [&others](ResourceValues const&) { ++others; });
     EXPECT_EQ(all, others + 1);

@@ -11,6 +11,7 @@
 #include <qvxsys/qvxsys.h>
 
 #include "MonitorSupport.h"
+#include "MonitoredProcess.h"
 #include "PressureRelief.h"
 #include "ResourceReporterManager.h"
 #include "support/LogicAsserts.h"
@@ -67,88 +68,64 @@ TEST(ResourceManager, ChecksHowItIsUsed)
             ResourceManager::Start(settings.port, settings.cpu, settings.memory, general);
         };
     };
-    struct
+    struct Misuse
     {
         std::function<void()> action;
         RaisedAssert expected;
-    } const s_stopped[] =
-        {
-            {without(&ResourceManager::GeneralConfig::m_logFunc),
-             {"ResourceManager", 64, "generalConfig.m_logFunc != nullptr"}},
-            {without(&ResourceManager::GeneralConfig::m_terminateFunc),
-             {"ResourceManager", 65, "generalConfig.m_terminateFunc != nullptr"}},
-            {[] { ResourceManager::AddReclaimCpuFunction("f", [] {}); }, {"ResourceManager", 107, "s_singleton"}},
-            {[] { ResourceManager::RemoveReclaimCpuFunction("f"); }, {"ResourceManager", 113, "s_singleton"}},
-            {[] { ResourceManager::AddReclaimMemoryFunction("f", [] {}); }, {"ResourceManager", 119, "s_singleton"}},
-            {[] { ResourceManager::RemoveReclaimMemoryFunction("f"); }, {"ResourceManager", 125, "s_singleton"}},
-            {[] { ResourceManager::RegisterChildProcessId(1); }, {"ResourceManager", 131, "s_singleton"}},
-            {[] { ResourceManager::UnregisterChildProcessId(1); }, {"ResourceManager", 137, "s_singleton"}},
-            {[] { static_cast<void>(ResourceManager::GetCpuAndMemoryUsage()); },
-             {"ResourceManager", 143, "s_singleton"}},
-        },
-            s_started[] = {
-                {[] { ResourceManager::AddReclaimCpuFunction("f", nullptr); }, {"ReclaimFunctions", 28, "func"}},
-                {[] {
-                     ResourceManager::AddReclaimMemoryFunction("f", [] {});
-                     ResourceManager::AddReclaimMemoryFunction("f", [] {});
-                 },
-                 {"ReclaimFunctions", 30, "m_functions.insert(make_pair(name, func)).second"}},
-                {[] { ResourceManager::RemoveReclaimMemoryFunction("g"); },
-                 {"ReclaimFunctions", 36, "m_functions.erase(name) > 0"}},
-            };
+    };
+    using Manager = ResourceManager;
+    std::string const kNotStarted = "s_singleton";
+    Misuse const stopped[] = {
+        {without(&Manager::GeneralConfig::m_logFunc), {"ResourceManager", 64, "generalConfig.m_logFunc != nullptr"}},
+        {without(&Manager::GeneralConfig::m_terminateFunc),
+         {"ResourceManager", 65, "generalConfig.m_terminateFunc != nullptr"}},
+        {[] { Manager::AddReclaimCpuFunction("f", [] {}); }, {"ResourceManager", 107, kNotStarted}},
+        {[] { Manager::RemoveReclaimCpuFunction("f"); }, {"ResourceManager", 113, kNotStarted}},
+        {[] { Manager::AddReclaimMemoryFunction("f", [] {}); }, {"ResourceManager", 119, kNotStarted}},
+        {[] { Manager::RemoveReclaimMemoryFunction("f"); }, {"ResourceManager", 125, kNotStarted}},
+        {[] { Manager::RegisterChildProcessId(1); }, {"ResourceManager", 131, kNotStarted}},
+        {[] { Manager::UnregisterChildProcessId(1); }, {"ResourceManager", 137, kNotStarted}},
+        {[] { static_cast<void>(Manager::GetCpuAndMemoryUsage()); }, {"ResourceManager", 143, kNotStarted}},
+    };
+    Misuse const started[] = {
+        {[] { Manager::AddReclaimCpuFunction("f", nullptr); }, {"ReclaimFunctions", 28, "func"}},
+        {[] { Manager::AddReclaimCpuFunction("taken", [] {}); },
+         {"ReclaimFunctions", 30, "m_functions.insert(make_pair(name, func)).second"}},
+        {[] { Manager::RemoveReclaimMemoryFunction("taken"); },
+         {"ReclaimFunctions", 36, "m_functions.erase(name) > 0"}},
+    };
     auto const check = [](auto const& cases) {
         for (auto const& [action, expected] : cases) {
             RaisedAssert const named{"qvxsys/main/monitor/" + expected.file, expected.line, expected.condition};
             EXPECT_EQ(AssertRaisedBy(action), named);
         }
     };
-    check(s_stopped);
+    check(stopped);
     Settings off = settings;
     off.memory.m_perProcessLimit = 0;
     off.Start();
-    check(s_started);
-    ResourceManager::Stop();
-}
-
-/// What this process reports comes back to it.
-TEST(ResourceManager, HearsItself)
-{
-    Lines lines;
-    Settings settings(lines);
-    settings.general.m_infoLogEvery = 1;
-    settings.general.m_checkInterval = 1s;
-    TEvent came;
-    ResourceObserver const observer(settings.port, {[&came](ResourceValues const&) { came.Signal(); }, {}});
-    settings.Start();
-    EXPECT_TRUE(came.Wait(kLost));
-    YieldUntil([] { return !ResourceManager::GetSnapshot().empty(); });
-    std::vector<ResourceSample> const snapshot = ResourceManager::GetSnapshot();
-    ASSERT_EQ(snapshot.size(), 1U);
-    EXPECT_EQ(snapshot[0].m_values.m_processId, TSystem::ProcessID());
-    EXPECT_LT(snapshot[0].m_age, kLost);
-    EXPECT_GT(ResourceManager::GetCpuAndMemoryUsage().second, 0U);
-    EXPECT_TRUE(lines.WaitFor("Memory info: "));
+    Manager::AddReclaimCpuFunction("taken", [] {});
+    check(started);
     ResourceManager::Stop();
 }
 
 /// Stop from every function of the host that runs on one of the manager's threads, and from outside in every state.
 TEST(ResourceManager, StopsInEveryState)
 {
-    constexpr std::uint64_t kPlenty = 1ULL << 40;
     struct
     {
         char const* name;
-        std::uint64_t limit;
+        bool exceeds;        ///< whether the machine is above its limit
         char const* outside; ///< the line that another thread waits for and then stops; null: none does
         char const* inside;  ///< the line or call that stops the manager, on the thread that it comes from
     } const s_cases[] = {
-        {"check interval", kPlenty, "Memory info", nullptr},
-        {"reclaim wait", 1, "reclaiming", nullptr},
-        {"reclaim function", 1, nullptr, "reclaiming"},
-        {"both", 1, "Calling reclaim", "reclaiming"},
-        {"terminate function", 1, "reclaiming", "Requesting termination"},
-        {"log function of the worker", 1, nullptr, "Exceeded allowed"},
-        {"log function of the listener", kPlenty, nullptr, "rejected invalid"},
+        {"check interval", false, "Memory info", nullptr},
+        {"reclaim wait", true, "reclaiming", nullptr},
+        {"reclaim function", true, nullptr, "reclaiming"},
+        {"both", true, "Calling reclaim", "reclaiming"},
+        {"terminate function", true, "reclaiming", "Requesting termination"},
+        {"log function of the worker", true, nullptr, "Exceeded allowed"},
+        {"log function of the listener", false, nullptr, "rejected invalid"},
     };
     for (auto const& c : s_cases) {
         SCOPED_TRACE(c.name);
@@ -156,7 +133,11 @@ TEST(ResourceManager, StopsInEveryState)
         TEvent go(c.outside == nullptr);
         Settings settings(lines);
         auto const hear = [&](TStringCore const& line) {
+            bool const last = line.endsWith("stopped"); // when the test may be over as soon as it has heard it
             lines.Add(line);
+            if (last) {
+                return;
+            }
             if (line.contains("Checking resources")) {
                 // In time for the first check.
                 ResourceManager::AddReclaimMemoryFunction("f",
@@ -167,13 +148,13 @@ TEST(ResourceManager, StopsInEveryState)
                 ResourceManager::Stop();
             }
         };
-        settings.memory.m_perProcessLimit = c.limit;
+        settings.memory.m_allProcessesLimit = c.exceeds ? 0 : ~0ULL;
         settings.general.m_checkInterval = 3600s;
         settings.general.m_infoLogEvery = 1;
         settings.general.m_logFunc = hear;
         settings.general.m_terminateFunc = [hear](bool, TStringCore const& line) { hear(line); };
         settings.Start();
-        if (c.limit == kPlenty && c.inside != nullptr) {
+        if (!c.exceeds && c.inside != nullptr) {
             SendRaw(settings.port, 13);
         }
         if (c.outside != nullptr) {
@@ -182,7 +163,7 @@ TEST(ResourceManager, StopsInEveryState)
             ResourceManager::Stop();
         }
         EXPECT_TRUE(lines.WaitFor("Resource Manager: stopped"));
-        EXPECT_EQ(lines.Has("Requesting termination"), c.limit == 1) << "as a stop while reclaiming takes effect";
+        EXPECT_EQ(lines.Has("Requesting termination"), c.exceeds) << "as a stop while reclaiming takes effect";
     }
 }
 
@@ -251,7 +232,7 @@ private:
 TEST(MemoryPressure, CallsFunctionsByGradeAndTellsWhatTheyFreed)
 {
     using qvxsys::monitor::PressureSource;
-    constexpr std::size_t kSize = std::size_t{64} << 20;
+    constexpr std::size_t kSize = std::size_t{300} << 20; // more than sanitizers keep back
     std::unique_ptr<std::vector<char>> block;
     std::vector<std::string> reliefs;
     qvxsys::monitor::PressureRelief relief(nullptr, [&](MemoryRelief const& told) {
@@ -265,11 +246,14 @@ TEST(MemoryPressure, CallsFunctionsByGradeAndTellsWhatTheyFreed)
     relief.Add("gone", 1, [] {});
     relief.Add("last", 2, [] {});
     block = std::make_unique<std::vector<char>>(kSize, 'x');
-    EXPECT_GE(relief.Reclaim(1), kSize / 2);
-    EXPECT_EQ(reliefs, std::vector<std::string>{"first much"});
+    // Wine tells of no private memory.
+    bool const measured = qvxsys::monitor::MonitoredProcess().GetMemoryUsage() != 0;
+    std::string const first = measured ? "first much" : "first";
+    EXPECT_GE(relief.Reclaim(1), measured ? kSize / 2 : 0);
+    EXPECT_EQ(reliefs, std::vector<std::string>{first});
     relief.Remove("first");
     relief.Reclaim(2);
-    EXPECT_EQ(reliefs, (std::vector<std::string>{"first much", "second", "last"}));
+    EXPECT_EQ(reliefs, (std::vector<std::string>{first, "second", "last"}));
     EXPECT_EQ(AssertRaisedBy([&] { relief.Add("third", 3, [] {}); })->condition, "grade == 1 || grade == 2");
     EXPECT_EQ(AssertRaisedBy([&] { relief.Add("last", 1, [] {}); })->condition, "!IsKnown(name)");
 
