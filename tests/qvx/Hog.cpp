@@ -36,10 +36,15 @@ int main(int argc, char** argv)
     });
     std::cout << "ready" << std::endl;
     for (std::size_t mebibytes = 0; std::cin >> mebibytes;) {
+        sigset_t back; // only when there is something, and it was said
+        sigemptyset(&back);
+        sigaddset(&back, SIGUSR1);
+        sigprocmask(SIG_BLOCK, &back, nullptr);
         Free();
         std::size_t const size = mebibytes << 20;
         g_memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
         g_size = g_memory != MAP_FAILED ? size : 0;
         std::cout << (g_size >> 20) << " MiB" << std::endl;
+        sigprocmask(SIG_UNBLOCK, &back, nullptr);
     }
 }
