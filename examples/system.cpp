@@ -1,5 +1,6 @@
 // The examples of the headers of process services and numeric functions.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <iostream>
@@ -15,6 +16,14 @@ bool UpTime()
     unsigned int const start = TSystem::AppUpTime();
     TSystem::Sleep(5);
     return TSystem::AppUpTime() - start >= 5; // right across the wrap
+}
+
+bool Memory()
+{
+    TSystem::MemoryInfo const memory = TSystem::Memory();
+    unsigned long long const cache = std::min(memory.totalPhysical / 8, memory.availablePhysical / 2);
+    std::cout << "cache of " << (cache >> 20) << " MiB\n";
+    return cache <= memory.totalPhysical;
 }
 
 bool LastError()
@@ -58,7 +67,7 @@ bool Numbers()
 
 int main()
 {
-    bool const ok = UpTime() && LastError() && CpuTime() && Numbers();
+    bool const ok = UpTime() && Memory() && LastError() && CpuTime() && Numbers();
     std::cout << (ok ? "ok\n" : "not as documented\n");
     return ok ? 0 : 1;
 }

@@ -89,8 +89,13 @@ bool MonitoredProcess::IsCpuAtMaxFrequency() noexcept
 {
     static std::atomic<unsigned long long> s_lastEvents = TSystem::Throttling().events;
     TSystem::ThrottlingInfo const throttling = TSystem::Throttling();
-    unsigned long long const before = s_lastEvents.exchange(throttling.events, std::memory_order_relaxed);
-    return throttling.capped == 0 && throttling.events <= before;
+    return AtFullFrequency(throttling, s_lastEvents.exchange(throttling.events, std::memory_order_relaxed));
+}
+
+bool AtFullFrequency(TSystem::ThrottlingInfo const& now, unsigned long long eventsBefore) noexcept
+{
+    // Fewer events than before: a processor has been taken out.
+    return now.capped == 0 && now.events <= eventsBefore;
 }
 
 std::uint8_t CpuPercent(CpuSample const& before, CpuSample const& now, std::uint64_t processors) noexcept

@@ -16,6 +16,8 @@
 #include <cstdint>
 #include <memory>
 
+#include <qvxsys/TSystem.h>
+
 #include "ProcessHandle.h"
 
 namespace qvxsys::monitor {
@@ -57,5 +59,8 @@ private:
 /// unsigned 64-bit integers, each division truncating; 0 when no time has passed. Only the low 8 bits count, and those
 /// up to 100: 300 % gives 44.
 [[nodiscard]] std::uint8_t CpuPercent(CpuSample const& before, CpuSample const& now, std::uint64_t processors) noexcept;
+
+/// Whether no processor is held back now, nor was one slowed down for its heat since there were `eventsBefore`.
+[[nodiscard]] bool AtFullFrequency(TSystem::ThrottlingInfo const& now, unsigned long long eventsBefore) noexcept;
 
 } // namespace qvxsys::monitor

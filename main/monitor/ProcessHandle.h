@@ -18,7 +18,8 @@ struct CpuSample
 ///
 /// Linux: a pidfd says whether the process has ended, and as long as it has not its id cannot have gone to another
 /// one. Where a pidfd is refused (no free descriptor, a system call filter) the time at which the process was started
-/// takes its place: what is read under the id counts if that has not changed.
+/// takes its place: what is read under the id counts if that has not changed. (It is told in ticks of 10 ms; an id that
+/// comes round within one would not be noticed.)
 class ProcessHandle
 {
 public:

@@ -9,6 +9,7 @@
 
 #include <poll.h>
 #include <sys/syscall.h>
+#include <sys/sysinfo.h>
 #include <unistd.h>
 
 #include "ClockArithmetic.h"
@@ -72,6 +73,32 @@ std::optional<std::uint64_t> ClockTime(clockid_t clock) noexcept
         return std::nullopt;
     }
     return static_cast<std::uint64_t>(time.tv_sec) * kUnitsPerSecond + static_cast<std::uint64_t>(time.tv_nsec) / 100;
+}
+
+bool SwapIsInUse() noexcept
+{
+    struct sysinfo info
+    {};
+    return ::sysinfo(&info) != 0 || info.freeswap != info.totalswap;
+}
+
+std::uint64_t BytesInMemory(std::uint32_t pid) noexcept
+{
+    char buffer[256];
+    std::optional<std::uint64_t> const pages =
+        ParsePrivatePages(system::ReadBeginning(ProcessPath(pid, "statm"), buffer));
+    return system::SaturatedProduct(pages.value_or(0), static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE)));
+}
+
+std::uint64_t BytesInMemoryAndSwap(std::uint32_t pid) noexcept
+{
+    KernelFile file(ProcessPath(pid, "status"));
+    system::LineReader lines(file.Reader());
+    PrivateMemory memory;
+    while (std::optional<std::string_view> const line = lines.Next()) {
+        memory.Take(*line);
+    }
+    return memory.bytes;
 }
 
 } // namespace
@@ -138,19 +165,12 @@ std::optional<CpuSample> ProcessHandle::Sample() const noexcept
     return CpuSample{0, *used, wall};
 }
 
+// RssAnon and VmSwap. The kernel takes half the time for statm, whose "resident" without its "shared" is the same as
+// RssAnon, as for status; that one is needed only when something on the machine is swapped out.
 std::uint64_t ProcessHandle::PrivateBytes() const noexcept
 {
-    KernelFile file(ProcessPath(m_pid, "status"));
-    system::LineReader lines(file.Reader());
-    std::uint64_t bytes = 0;
-    while (std::optional<std::string_view> const line = lines.Next()) {
-        if (line->starts_with("RssAnon:")) {
-            bytes = system::ParseBytes(*line, "RssAnon:").value_or(0);
-        } else if (line->starts_with("VmSwap:")) {
-            bytes = system::SaturatedSum(bytes, system::ParseBytes(*line, "VmSwap:").value_or(0));
-            break;
-        }
-    }
+    KeepErrno const keep;
+    std::uint64_t const bytes = SwapIsInUse() ? BytesInMemoryAndSwap(m_pid) : BytesInMemory(m_pid);
     return HasEnded() ? 0 : bytes;
 }
 

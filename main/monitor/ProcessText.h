@@ -43,4 +43,31 @@ constexpr std::optional<ProcessStat> ParseStat(std::string_view text) noexcept
     return ProcessStat{isDead && *threads <= 1, system::SaturatedSum(*user, *kernel), *started};
 }
 
+/// Of /proc/PID/statm: the pages in memory that are the process's alone.
+constexpr std::optional<std::uint64_t> ParsePrivatePages(std::string_view text) noexcept
+{
+    if (!text.ends_with('\n')) {
+        return std::nullopt;
+    }
+    system::TakeWord(text); // the size of the address space
+    std::optional<std::uint64_t> const resident = system::ParseNumber(system::TakeWord(text));
+    std::optional<std::uint64_t> const shared = system::ParseNumber(system::TakeWord(text));
+    return resident && shared && *shared <= *resident ? std::optional(*resident - *shared) : std::nullopt;
+}
+
+/// Of the lines of /proc/PID/status: what is the process's alone, in memory or swapped out.
+struct PrivateMemory
+{
+    std::uint64_t bytes = 0;
+
+    constexpr void Take(std::string_view line) noexcept
+    {
+        for (std::string_view const key : {"RssAnon:", "VmSwap:"}) {
+            if (line.starts_with(key)) {
+                bytes = system::SaturatedSum(bytes, system::ParseBytes(line, key).value_or(0));
+            }
+        }
+    }
+};
+
 } // namespace qvxsys::monitor

@@ -13,6 +13,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include <qvxsys/Platform.h>
 
@@ -279,6 +280,10 @@ QVXSYS_API void ICU8_BACK_1(char const* s, std::size_t start, std::size_t& i) no
 /// A stored integer, initially 4: the ICU version whose rule syntax callers expect. Thread-safe.
 [[nodiscard]] QVXSYS_API int getIcuVersion() noexcept;
 QVXSYS_API void setIcuVersion(int version) noexcept;
+
+/// The versions of the ICU in use ("72.1") and of the Unicode Standard that its data follow ("15.0").
+[[nodiscard]] QVXSYS_API std::string installedVersion();
+[[nodiscard]] QVXSYS_API std::string unicodeVersion();
 
 /// A collation tailoring that sorts the ten ASCII digits as equal. For version 4 (getIcuVersion) the rule
 /// "&'0'='1'='2'='3'='4'='5'='6'='7'='8'='9'<[variable top]"; for any other version the seven units '&', U+0000, '=',

@@ -22,6 +22,9 @@
 
 #include <qvxsys/Platform.h>
 
+class TPathCore;
+class TStringCore;
+
 class QVXSYS_API TSystem
 {
 public:
@@ -88,10 +91,9 @@ public:
     /// not allowed to run as fast as it can. On Windows one that runs slower at this moment.
     struct ThrottlingInfo
     {
-        unsigned int known = 0;  ///< processors that tell; 0 where none does, as on many virtual machines
-        unsigned int capped = 0; ///< of those, the ones held below their full frequency
-        unsigned long long events =
-            0; ///< times a processor was slowed down for its heat since the start of the machine
+        unsigned int known = 0;        ///< processors that tell; 0 where none does, as on many virtual machines
+        unsigned int capped = 0;       ///< of those, the ones held below their full frequency
+        unsigned long long events = 0; ///< times that heat has slowed one down since the machine was started
     };
     /// Costs the reading of some small files for each processor.
     [[nodiscard]] static ThrottlingInfo Throttling() noexcept;
@@ -112,6 +114,25 @@ public:
     /// while it has not, of the one that the environment names, in the list's spelling if it has the encoding. To
     /// convert, use TTextDecoder: the conversions of strings are UTF-8 on Linux in every locale.
     [[nodiscard]] static char const* Local8BitEncoding() noexcept;
+
+    /// @name Files of program and modules
+    /// Names as the module was loaded by, in full; include <qvxsys/TPathCore.h> to use them. Empty where there is none.
+    /// Windows cuts names of more than 260 units; on Linux they are of any length and any bytes (FileSystemPath.h), and
+    /// a program whose file is gone has the name it had.
+    /// @{
+    /// Of the module that contains the address; null is the program's own.
+    [[nodiscard]] static TPathCore ModuleFilename(void const* address);
+    /// The same as ModuleFilename(nullptr).
+    [[nodiscard]] static TPathCore ExecutableFilename();
+    /// The folders that these files are in: Parent() where there is one.
+    [[nodiscard]] static TPathCore ExecutablePath();
+    [[nodiscard]] static TPathCore ModuleDirectory(void const* address);
+    /// Of a loaded module by its file name; what else `module` has is not looked at. Windows ignores case and takes
+    /// ".dll" for granted; on Linux the name must be that of the file the module was loaded by ("libc.so.6").
+    [[nodiscard]] static TPathCore ModulePath(TPathCore const& module);
+    /// The name from UTF-8, mangled as it is. Null is empty text.
+    [[nodiscard]] static TStringCore unmangleClassName(char const* name);
+    /// @}
 };
 
 /// "last error : 0x", the code as sixteen lower-case hexadecimal digits, a blank and the platform's text for it exactly

@@ -10,6 +10,7 @@
 #include <qvxsys/Deadline.h>
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Executor.h>
+#include <qvxsys/FileSystemPath.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/FormatScan.h>
 #include <qvxsys/Future.h>
@@ -38,6 +39,7 @@
 #include <qvxsys/SharedState.h>
 #include <qvxsys/StaticRepository.h>
 #include <qvxsys/StringUtils.h>
+#include <qvxsys/Symbols.h>
 #include <qvxsys/SyncWords.h>
 #include <qvxsys/TCType.h>
 #include <qvxsys/TError.h>
@@ -46,8 +48,10 @@
 #include <qvxsys/TLocks.h>
 #include <qvxsys/TMath.h>
 #include <qvxsys/TMemory.h>
+#include <qvxsys/TPathCore.h>
 #include <qvxsys/TScanStringCore.h>
 #include <qvxsys/TSemaphore.h>
+#include <qvxsys/TStackWalker.h>
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringEditing.h>
 #include <qvxsys/TStringException.h>

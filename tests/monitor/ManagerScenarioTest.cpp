@@ -14,7 +14,8 @@ namespace {
 using qvxsys::monitor::MonitoredProcess;
 using qvxsys::monitor::ResourceManagerImpl;
 using namespace std::chrono_literals;
-using Transcript = std::vector<std::string>;
+/// Lines, each with its line feed.
+using Transcript = std::string;
 
 constexpr std::chrono::seconds kInterval = 10s;
 
@@ -66,9 +67,9 @@ ResourceManager::GeneralConfig General(Scenario const& scenario, Transcript& hea
     ResourceManager::GeneralConfig general;
     general.m_checkInterval = kInterval;
     general.m_infoLogEvery = scenario.infoEvery;
-    general.m_logFunc = [&heard](TStringCore const& line) { heard.push_back(Line(line)); };
+    general.m_logFunc = [&heard](TStringCore const& line) { heard += Line(line) + '\n'; };
     general.m_terminateFunc = [&heard](bool flag, TStringCore const& reason) {
-        heard.push_back((flag ? "terminate(true): " : "terminate(false): ") + Line(reason));
+        heard += (flag ? "terminate(true): " : "terminate(false): ") + Line(reason) + '\n';
     };
     return general;
 }
@@ -79,7 +80,7 @@ public:
     ScriptedManager(Scenario const& scenario, Transcript& heard)
         : ResourceManagerImpl(
               scenario.cpu, scenario.memory, General(scenario, heard),
-              {[&heard](ResourceDecision const& decision) { heard.push_back(Text(decision)); }, scenario.dryRun}),
+              {[&heard](ResourceDecision const& decision) { heard += Text(decision) + '\n'; }, scenario.dryRun}),
           m_steps(scenario.steps)
     {
         m_sleep = [this](std::chrono::milliseconds time) {
@@ -88,8 +89,8 @@ public:
         };
         for (char const* const name : {"b", "a"}) {
             if (scenario.functions) {
-                CpuFunctions().Add(name, [&heard, name] { heard.push_back(std::string(name) + "()"); });
-                MemoryFunctions().Add(name, [&heard, name] { heard.push_back(std::string(name) + "()"); });
+                CpuFunctions().Add(name, [&heard, name] { heard += std::string(name) + "()\n"; });
+                MemoryFunctions().Add(name, [&heard, name] { heard += std::string(name) + "()\n"; });
             }
         }
     }
@@ -116,7 +117,7 @@ private:
 struct Reporter final : ResourceReporter
 {
     explicit Reporter(Transcript& to) : heard(to) {}
-    void Report(unsigned int seconds) override { heard.push_back("report " + std::to_string(seconds)); }
+    void Report(unsigned int seconds) override { heard += "report " + std::to_string(seconds) + '\n'; }
     Transcript& heard;
 };
 
@@ -130,11 +131,9 @@ TEST_P(ManagerScenario, SaysAndDoesWhatIsWritten)
         Reporter const reporter(heard);
         ScriptedManager manager(GetParam(), heard);
         manager.Run();
-        heard.push_back("end");
+        heard += "end\n";
     }
-    Transcript expected = GetParam().expected;
-    expected.insert(expected.end(), {"end", "stopped"});
-    EXPECT_EQ(heard, expected);
+    EXPECT_EQ(heard, GetParam().expected + "end\nstopped\n");
 }
 
 constexpr std::uint32_t kPeer = 7;
@@ -145,21 +144,42 @@ ResourceManager::CpuConfig const kAverage{.m_maxCpu = 50, .m_sustainedPeriod = 2
 ResourceManager::CpuConfig const kAverageOfNone{.m_maxCpu = 50, .m_sustainedPeriod = 5s, .m_useAverage = true};
 ResourceManager::MemoryConfig const kMemory{.m_perProcessLimit = 1000, .m_allProcessesLimit = 5000};
 
+/// What two functions say and do when they are called, and none.
+std::string Called(std::string const& kind)
+{
+    return "Reclaiming " + kind + ". Number registered functions: 2\nCalling reclaim function named: a\na()\n" +
+           "Calling reclaim function named: b\nb()\n";
+}
+
+std::string NoneToCall(std::string const& kind)
+{
+    return "Reclaiming " + kind + ". Number registered functions: 0\n";
+}
+
+std::string const kCpuLost = "CPU reclamation was unsucessful. Process has to be terminated.\n"
+                             "Logging all CPU/memory info across processes.\n";
+std::string const kMemoryLost = "Memory reclamation was unsucessful. Process has to be terminated.\n"
+                                "Logging all CPU/memory info across processes.\n";
+std::string const kCpuEnd = "Process is above CPU threshold. Requesting termination.\n";
+std::string const kMemoryEnd = "Process is above memory threshold. Requesting termination.\n";
+std::string const kExceeded1001 = "Exceeded allowed memory usage per process. 1,001 bytes\n";
+std::string const kOwn1001 = "own; Memory info: 1,001 bytes; Memory limit usage: 0%; CPU info: 0%\n";
+
 Scenario const kScenarios[] = {
-    {"CpuEpisodesEndWithIdleAndLastWithoutReclaiming",
+    {"CpuEpisodesEndWithIdleAndLast",
      kCpu,
      {},
      0,
      false,
      false,
      {{60}, {0}, {60}, {60}, {60}, {60}, {60}},
-     {"Detected high CPU usage. 60%", "Detected high CPU usage. 60%",
-      "Exceeded sustained high CPU threshold above 50% for 20 seconds.  This process has the highest usage of 60%",
-      "report 0", "Reclaiming CPU. Number registered functions: 0",
-      "CPU reclamation was unsucessful. Process has to be terminated.", "Logging all CPU/memory info across processes.",
-      "own; Memory info: 0 bytes; Memory limit usage: 0%; CPU info: 60%",
-      "=> CPU terminate, called 0, freed 0, peers 0",
-      "terminate(true): Process is above CPU threshold. Requesting termination."}},
+     "Detected high CPU usage. 60%\nDetected high CPU usage. 60%\n"
+     "Exceeded sustained high CPU threshold above 50% for 20 seconds.  This process has the highest usage of 60%\n"
+     "report 0\n" +
+         NoneToCall("CPU") + kCpuLost +
+         "own; Memory info: 0 bytes; Memory limit usage: 0%; CPU info: 60%\n"
+         "=> CPU terminate, called 0, freed 0, peers 0\nterminate(true): " +
+         kCpuEnd},
     {"CpuIsForTheHeaviestAndTiesCount",
      kCpuAtOnce,
      {},
@@ -167,11 +187,12 @@ Scenario const kScenarios[] = {
      true,
      false,
      {{60, 0, 0, 0, {{kPeer, 5, 0, 61}}}, {60}, {60, 0, 0, 0, {{kPeer, 5, 0, 60}}}, {40, 0, 0, 0, {{kPeer, 5, 0, 2}}}},
-     {"Detected high CPU usage. 100%", "=> CPU spared, called 0, freed 0, peers 1",
-      "Exceeded sustained high CPU threshold above 50% for 0 seconds.  This process has the highest usage of 60%",
-      "report 0", "Reclaiming CPU. Number registered functions: 2", "Calling reclaim function named: a", "a()",
-      "Calling reclaim function named: b", "b()", "CPU info: 40%; 42% (Quorvex total); 2 (info count)", "report 0",
-      "CPU reclaimed. Process termination has been averted!", "=> CPU averted, called 2, freed 0, peers 1"}},
+     "Detected high CPU usage. 100%\n=> CPU spared, called 0, freed 0, peers 1\n"
+     "Exceeded sustained high CPU threshold above 50% for 0 seconds.  This process has the highest usage of 60%\n"
+     "report 0\n" +
+         Called("CPU") +
+         "CPU info: 40%; 42% (Quorvex total); 2 (info count)\nreport 0\n"
+         "CPU reclaimed. Process termination has been averted!\n=> CPU averted, called 2, freed 0, peers 1\n"},
     {"InfoComesEveryThirdTime",
      kCpu,
      kMemory,
@@ -179,13 +200,10 @@ Scenario const kScenarios[] = {
      false,
      false,
      {{0, 1000, 100, 4000}, {0}, {0, 1000, 100, 4000}, {1}, {1}, {1, 2, 3, 5000}},
-     {"CPU info: 0%",
-      "Memory info: 1,000 bytes (current process);1,000 bytes (Quorvex total); 4,000 bytes (total of all processes); 1 "
-      "(info count)",
-      "report 30", "CPU info: 1%; 1% (Quorvex total); 1 (info count)", "report 30",
-      "Memory info: 2 bytes (current process);2 bytes (Quorvex total); 5,000 bytes (total of all processes); 1 (info "
-      "count)",
-      "report 30"}},
+     "CPU info: 0%\nMemory info: 1,000 bytes (current process);1,000 bytes (Quorvex total); 4,000 bytes (total of all "
+     "processes); 1 (info count)\nreport 30\nCPU info: 1%; 1% (Quorvex total); 1 (info count)\nreport 30\n"
+     "Memory info: 2 bytes (current process);2 bytes (Quorvex total); 5,000 bytes (total of all processes); 1 (info "
+     "count)\nreport 30\n"},
     // 90; (90 + 30) / 2; (30 + 30) / 2; nothing; (30 + 90) / 2; 90
     {"AverageOfTheLastTwo",
      kAverage,
@@ -194,8 +212,8 @@ Scenario const kScenarios[] = {
      false,
      false,
      {{90}, {30}, {30}, {0}, {90}, {90}},
-     {"Detected high CPU usage. 90%", "Detected high CPU usage. 90%"}},
-    {"AverageOfNoneIsNeverHigh", kAverageOfNone, {}, 0, false, false, {{100}, {100}, {100}}, {}},
+     "Detected high CPU usage. 90%\nDetected high CPU usage. 90%\n"},
+    {"AverageOfNoneIsNeverHigh", kAverageOfNone, {}, 0, false, false, {{100}, {100}, {100}}, ""},
     {"OneByteTooManyIsReclaimed",
      {},
      kMemory,
@@ -203,13 +221,10 @@ Scenario const kScenarios[] = {
      true,
      false,
      {{0, 1000, 100, 1}, {0, 1001}, {0, 900, 90, 5000}},
-     {"Exceeded allowed memory usage per process. 1,001 bytes", "Reclaiming memory. Number registered functions: 2",
-      "Calling reclaim function named: a", "a()", "Calling reclaim function named: b", "b()",
-      "Memory info: 900 bytes (current process);900 bytes (Quorvex total); 5,000 bytes (total of all processes); 1 "
-      "(info "
-      "count)",
-      "report 0", "Memory reclaimed. Process termination has been averted!",
-      "=> process averted, called 2, freed 101, peers 0"}},
+     kExceeded1001 + Called("memory") +
+         "Memory info: 900 bytes (current process);900 bytes (Quorvex total); 5,000 bytes "
+         "(total of all processes); 1 (info count)\nreport 0\nMemory reclaimed. Process termination has been averted!\n"
+         "=> process averted, called 2, freed 101, peers 0\n"},
     {"TheMachineIsForTheLargestShare",
      {},
      kMemory,
@@ -217,16 +232,14 @@ Scenario const kScenarios[] = {
      false,
      false,
      {{0, 300, 30, 5001, {{kPeer, 400, 31, 0}}}, {0, 300, 30, 5001, {{kPeer, 400, 30, 0}}}},
-     {"=> machine spared, called 0, freed 0, peers 1",
-      "Exceeded allowed memory usage across all processes. Memory info: 300 bytes (current process);700 bytes (Quorvex "
-      "total); 5,001 bytes (total of all processes); 2 (info count)",
-      "report 0", "Reclaiming memory. Number registered functions: 0",
-      "Memory reclamation was unsucessful. Process has to be terminated.",
-      "Logging all CPU/memory info across processes.",
-      "own; Memory info: 300 bytes; Memory limit usage: 30%; CPU info: 0%",
-      "pid: 7; Memory info: 400 bytes; Memory limit usage: 30%; CPU info: 0%",
-      "=> machine terminate, called 0, freed 0, peers 1",
-      "terminate(false): Process is above memory threshold. Requesting termination."}},
+     "=> machine spared, called 0, freed 0, peers 1\n"
+     "Exceeded allowed memory usage across all processes. Memory info: 300 bytes (current process);700 bytes (Quorvex "
+     "total); 5,001 bytes (total of all processes); 2 (info count)\nreport 0\n" +
+         NoneToCall("memory") + kMemoryLost +
+         "own; Memory info: 300 bytes; Memory limit usage: 30%; CPU info: 0%\n"
+         "pid: 7; Memory info: 400 bytes; Memory limit usage: 30%; CPU info: 0%\n"
+         "=> machine terminate, called 0, freed 0, peers 1\nterminate(false): " +
+         kMemoryEnd},
     {"AStopWhileReclaimingTakesEffectStillTerminates",
      {},
      kMemory,
@@ -234,27 +247,22 @@ Scenario const kScenarios[] = {
      true,
      false,
      {{0, 1001}},
-     {"Exceeded allowed memory usage per process. 1,001 bytes", "Reclaiming memory. Number registered functions: 2",
-      "Calling reclaim function named: a", "a()", "Calling reclaim function named: b", "b()",
-      "Memory reclamation was unsucessful. Process has to be terminated.",
-      "Logging all CPU/memory info across processes.",
-      "own; Memory info: 1,001 bytes; Memory limit usage: 0%; CPU info: 0%",
-      "=> process terminate, called 2, freed 0, peers 0",
-      "terminate(false): Process is above memory threshold. Requesting termination."}},
+     kExceeded1001 + Called("memory") + kMemoryLost + kOwn1001 +
+         "=> process terminate, called 2, freed 0, peers 0\nterminate(false): " + kMemoryEnd},
     {"CpuTerminationComesBeforeTheMemoryCheck",
      kCpuAtOnce,
      kMemory,
      0,
      false,
      false,
-     {{99, 1}, {99, 1001}},
-     {"Detected high CPU usage. 99%",
-      "Exceeded sustained high CPU threshold above 50% for 0 seconds.  This process has the highest usage of 99%",
-      "report 0", "Reclaiming CPU. Number registered functions: 0",
-      "CPU reclamation was unsucessful. Process has to be terminated.", "Logging all CPU/memory info across processes.",
-      "own; Memory info: 1,001 bytes; Memory limit usage: 0%; CPU info: 99%",
-      "=> CPU terminate, called 0, freed 0, peers 0",
-      "terminate(false): Process is above CPU threshold. Requesting termination."}},
+     {{60, 1}, {60, 1001}},
+     "Detected high CPU usage. 60%\n"
+     "Exceeded sustained high CPU threshold above 50% for 0 seconds.  This process has the highest usage of 60%\n"
+     "report 0\n" +
+         NoneToCall("CPU") + kCpuLost +
+         "own; Memory info: 1,001 bytes; Memory limit usage: 0%; CPU info: 60%\n"
+         "=> CPU terminate, called 0, freed 0, peers 0\nterminate(false): " +
+         kCpuEnd},
     {"ADryRunGoesOn",
      {},
      kMemory,
@@ -262,16 +270,13 @@ Scenario const kScenarios[] = {
      false,
      true,
      {{0, 1001}, {0, 1000, 99, 3}},
-     {"Exceeded allowed memory usage per process. 1,001 bytes", "Reclaiming memory. Number registered functions: 0",
-      "Memory reclamation was unsucessful. Process has to be terminated.",
-      "Logging all CPU/memory info across processes.",
-      "own; Memory info: 1,001 bytes; Memory limit usage: 0%; CPU info: 0%",
-      "=> process terminate, called 0, freed 0, peers 0",
-      "Dry run: termination is not requested. Resource Manager: Process is above memory threshold. Requesting "
-      "termination.",
-      "Memory info: 1,000 bytes (current process);1,000 bytes (Quorvex total); 3 bytes (total of all processes); 1 "
-      "(info count)",
-      "report 20"}},
+     kExceeded1001 + NoneToCall("memory") + kMemoryLost + kOwn1001 +
+         "=> process terminate, called 0, freed 0, peers 0\n"
+         "Dry run: termination is not requested. Resource Manager: " +
+         kMemoryEnd +
+         "Memory info: 1,000 bytes (current process);1,000 bytes (Quorvex total); 3 bytes (total of all processes); 1 "
+         "(info "
+         "count)\nreport 20\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Transcripts, ManagerScenario, testing::ValuesIn(kScenarios),

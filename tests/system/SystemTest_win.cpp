@@ -1,8 +1,10 @@
 #include "Oracle.h"
 
 #include <algorithm>
+#include <string>
 
 #include <gtest/gtest.h>
+#include <qvxsys/TSystem.h>
 
 #include "ProcessorFrequency.h"
 
@@ -48,3 +50,25 @@ unsigned GetPlatformError()
 {
     return GetLastError();
 }
+
+namespace {
+
+TEST(Figures, AsWindowsHasThem)
+{
+    MEMORYSTATUSEX status{};
+    status.dwLength = sizeof status;
+    ASSERT_NE(GlobalMemoryStatusEx(&status), 0);
+    SYSTEM_INFO info;
+    GetSystemInfo(&info);
+    TSystem::MemoryInfo const memory = TSystem::Memory();
+    EXPECT_EQ(memory.totalPhysical, status.ullTotalPhys);
+    EXPECT_EQ(memory.totalCombined, status.ullTotalPhys);
+    EXPECT_NEAR(memory.load, status.dwMemoryLoad, 5);
+    EXPECT_EQ(memory.pageSize, info.dwPageSize);
+    EXPECT_EQ(TSystem::Processors().host, info.dwNumberOfProcessors);
+    UINT const page = GetACP();
+    std::string const expected = page >= 1250 && page <= 1258 ? "windows-" + std::to_string(page) : "UTF-8";
+    EXPECT_EQ(TSystem::Local8BitEncoding(), expected) << page;
+}
+
+} // namespace

@@ -19,7 +19,8 @@ OURS = re.compile(r"^(typeinfo (name )?for |vtable for |(non-)?virtual thunk to 
                   r"IEvent|TEvent|TAutoResetEvent|TCountdownEvent|TCancelEvent|WaitForAll|WaitForAny|WaitForAnyExact|"
                   r"WaitForAllExact|TRecursiveMutex|TReadWriteLock|TSemaphore|TSemaphoreScope|"
                   r"TThreadPool|NonThreadPoolWorkerManager|ParallelForThread|TestHooks|AsyncTask|"
-                  r"TSystem|GetLastErrorString|TMath|ResourceManager|ResourceObserver|ResourceReporter|MemoryPressure|"
+                  r"TPathCore|TStackWalker|TSystem|GetLastErrorString|TMath|ResourceManager|ResourceObserver|ResourceReporter|"
+                  r"MemoryPressure|"
                   r"InitializeStaticRepository|DeinitializeStaticRepository|InitOnce|sha2|quorvex|qvxsys::detail)\b")
 REQUIRED = {"TMalloc", "TCalloc", "TRealloc", "TFree"}
 

@@ -17,12 +17,14 @@ LAYERS = {
     "text": ["memory"],
     "error": ["text"],
     "system": ["error"],
+    "stack": ["system"],
+    "path": ["system"],
     "sync": ["system"],
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
     "monitor": ["task"],
-    "tool": ["monitor", "repository", "hash"],
+    "tool": ["monitor", "path", "repository", "hash", "stack"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -30,11 +32,14 @@ FILES = [
     (r"main/platform/", "memory"),
     (r"main/diagnostics/tmemory", "memory"),
     (r"public/qvxsys/TMemory\.h", "memory"),
+    (r"main/diagnostics/", "stack"),
+    (r"public/qvxsys/(Symbols|TStackWalker)\.h", "stack"),
     (r"public/qvxsys/Platform\.h", "memory"),
     (r"public/qvxsys/qvxsys\.h", "tool"),
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
     (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
+    (r"public/qvxsys/(FileSystemPath|TPathCore)\.h", "path"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
     (r"public/qvxsys/StaticRepository\.h", "repository"),
     (r"public/qvxsys/(AsyncTaskTls|Cancel|Deadline|Executor|Future|FutureCoroutine|FutureGroup|FutureState|Launch|"
@@ -45,6 +50,7 @@ FILES = [
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
     (r"main/qvxsys/system/", "system"),
+    (r"main/qvxsys/path/", "path"),
     (r"main/synchronize/", "sync"),
     (r"main/qvxsys/repository/", "repository"),
     (r"main/thread/", "task"),

@@ -25,5 +25,6 @@ struct Command
 
 [[nodiscard]] Command AddWatch(CLI::App& app);
 [[nodiscard]] Command AddTop(CLI::App& app);
+[[nodiscard]] Command AddDoctor(CLI::App& app);
 
 } // namespace qvx

@@ -1,6 +1,10 @@
 #include "Failures.h"
 
+#include <span>
+
+#include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Format.h>
+#include <qvxsys/Symbols.h>
 
 namespace qvx {
 namespace {
@@ -43,6 +47,18 @@ TStringCore Describe(QuorvexException const& error)
 {
     TStringCore const messages = TStringCore::join(error.GetMessagesVector(), u"; ");
     return error.GetErrorName().empty() ? messages : qvxsys::Format(u"%1 (%2)", messages, error.GetErrorName());
+}
+
+std::list<std::string> TraceOf(QuorvexException const& error)
+{
+    TError::ErrorOrigin const* const origin = TError::GetOrigin(error.GetErrorInfo());
+    if (origin == nullptr) {
+        return {};
+    }
+    StackWalkerConfig config;
+    config.includeThreadInfo = 0;
+    std::span<void* const> const frames(origin->frames, static_cast<std::size_t>(origin->frameCount));
+    return quorvex::symbols::Format(frames, config, 0);
 }
 
 } // namespace qvx

@@ -1,6 +1,9 @@
 #pragma once
 // The tool's own errors. Their codes and names are printed, so scripts may rely on them.
 
+#include <list>
+#include <string>
+
 #include <qvxsys/QuorvexException.h>
 
 namespace qvx {
@@ -22,5 +25,9 @@ enum class Failure : unsigned {
 
 /// All messages on one line, the innermost first, and the code name: "MESSAGE; CONTEXT; ... (NAME)".
 [[nodiscard]] TStringCore Describe(QuorvexException const& error);
+
+/// The calls that were recorded when it was made, innermost first, a line for each as of a TStackWalker without thread
+/// ids; empty when none were.
+[[nodiscard]] std::list<std::string> TraceOf(QuorvexException const& error);
 
 } // namespace qvx

@@ -80,6 +80,9 @@ void SetError(Json& entry, QuorvexException const& error)
     }
     entry["code"] = error.GetErrorCode();
     entry["name"] = error.GetErrorName().toStdString();
+    if (std::list<std::string> const trace = TraceOf(error); !trace.empty()) {
+        entry["trace"] = trace;
+    }
 }
 
 } // namespace
@@ -202,7 +205,11 @@ void PrintMatchRecord(std::filesystem::path const& path, Match const& match, TFo
 
 void PrintError(ScanError const& error, std::ostream& out)
 {
-    out << qvxsys::Format(u"qvx: %1: %2\n", DisplayName(error.path), Describe(error.error));
+    std::filesystem::path path = error.path;
+    out << qvxsys::Format(u"qvx: %1: %2\n", DisplayName(path.make_preferred()), Describe(error.error));
+    for (std::string const& line : TraceOf(error.error)) {
+        out << "    " << line << '\n';
+    }
 }
 
 } // namespace qvx

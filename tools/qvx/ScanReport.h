@@ -38,7 +38,8 @@ void PrintRecord(ScannedFile const& file, TFormatStringCore& format, std::ostrea
 void PrintMatchRecord(std::filesystem::path const& path, Match const& match, TFormatStringCore& format,
                       std::ostream& out);
 
-/// "qvx: PATH: MESSAGES (NAME)"
+/// "qvx: PATH: MESSAGES (NAME)", the path as this system spells it; behind it a line for each call that led there, if
+/// they were recorded (TError::SetOriginHook).
 void PrintError(ScanError const& error, std::ostream& out);
 
 } // namespace qvx

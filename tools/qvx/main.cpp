@@ -15,6 +15,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/TTextDecoder.h>
 #include <qvxsys/std.h>
@@ -90,6 +91,7 @@ struct ScanCommand
     CLI::Option* show = nullptr;
     std::string hash;
     bool asJson = false;
+    bool traces = false;
 };
 
 constexpr std::pair<char const*, sha2::SHA_TYPE> kHashes[] = {{"sha1", sha2::SHA160},
@@ -139,6 +141,7 @@ void AddScan(CLI::App& app, ScanCommand& command)
         ->check(CLI::IsMember(hashes))
         ->excludes(print)
         ->type_name("ALGORITHM");
+    scan->add_flag("--trace", command.traces, "Print with each error the calls that led to it");
     scan->add_option("--jobs", command.options.jobs, "How many files to read at a time")
         ->check(CLI::Range(1u, 1024u))
         ->type_name("N")
@@ -199,6 +202,9 @@ int RunScan(ScanCommand command)
         find.shown = command.show->count() != 0 ? find.shown : std::numeric_limits<std::size_t>::max();
     }
 
+    if (command.traces) {
+        TError::SetOriginHook(TError::RecordTrace);
+    }
     bool const showsProgress = qvx::host::StderrIsTerminal();
     bool const highlights = qvx::host::StdoutHasColours();
     qvx::Progress progress(showsProgress, showsProgress ? qvx::host::StderrWidth() : 0);
@@ -275,7 +281,7 @@ int Run(std::vector<std::string> const& arguments)
     });
     ScanCommand scan;
     AddScan(app, scan);
-    qvx::Command const commands[] = {qvx::AddWatch(app), qvx::AddTop(app)};
+    qvx::Command const commands[] = {qvx::AddWatch(app), qvx::AddTop(app), qvx::AddDoctor(app)};
     try {
         app.parse(qvx::Guarded(arguments));
     } catch (CLI::ParseError const& error) {

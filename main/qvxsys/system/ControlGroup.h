@@ -56,6 +56,8 @@ public:
     [[nodiscard]] bool AtEnd() const noexcept { return m_atEnd; }
     /// Whether the group is of version 2.
     [[nodiscard]] bool IsUnified() const noexcept { return m_unified; }
+    /// Whether it is the last one that can be seen.
+    [[nodiscard]] bool IsOutermost() const noexcept { return m_length <= m_topLength; }
     void Up() noexcept;
     /// The path of one of the group's files, good until the next call.
     [[nodiscard]] char const* File(std::string_view name) noexcept;

@@ -31,11 +31,14 @@ void AppendUnescaped(PathText& path, std::string_view text) noexcept
     }
 }
 
-// The first mount found stays: the later ones are bind mounts of parts of it, as a rule.
+// The first mount found stays, unless it is that of a part of the tree, perhaps a foreign one, and there is one of the
+// whole.
 void TakeMount(ControlGroupMount& mount, std::string_view root, std::string_view folder) noexcept
 {
-    if (!mount.found) {
+    if (!mount.found || (mount.root.View() != "/" && root == "/")) {
         mount.found = true;
+        mount.root.Cut(0);
+        mount.folder.Cut(0);
         AppendUnescaped(mount.root, root);
         AppendUnescaped(mount.folder, folder);
     }
@@ -128,7 +131,7 @@ void ControlGroupWalk::Up() noexcept
 {
     m_path.Cut(m_length);
     std::size_t const slash = m_path.View().rfind('/');
-    if (m_length <= m_topLength || slash == std::string_view::npos) {
+    if (IsOutermost() || slash == std::string_view::npos) {
         m_atEnd = true;
         return;
     }

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <string_view>
@@ -114,7 +115,7 @@ public:
 private:
     bool Fill()
     {
-        std::copy(m_buffer + m_begin, m_buffer + m_end, m_buffer);
+        std::memmove(m_buffer, m_buffer + m_begin, m_end - m_begin);
         m_end -= m_begin;
         m_begin = 0;
         if (m_end == Size) {

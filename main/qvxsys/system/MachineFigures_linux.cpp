@@ -94,12 +94,15 @@ MemoryStatistics ReadStatistics(ControlGroupWalk& group, MemoryFiles const& file
     MemoryStatistics result;
     KernelFile file(group.File("memory.stat"));
     LineReader lines(file.Reader());
-    while (std::optional<std::string_view> const line = lines.Next()) {
-        for (std::string_view const key : files.reclaimable) {
-            result.reclaimable = SaturatedSum(result.reclaimable, ParseBytes(*line, key).value_or(0));
+    while (std::optional<std::string_view> line = lines.Next()) {
+        std::string_view const key = TakeWord(*line);
+        bool const isReclaimable =
+            std::find(std::begin(files.reclaimable), std::end(files.reclaimable), key) != std::end(files.reclaimable);
+        if (isReclaimable) {
+            result.reclaimable = SaturatedSum(result.reclaimable, ParseNumber(TakeWord(*line)).value_or(0));
+        } else if (key == "hierarchical_memory_limit") {
+            result.limitAbove = ParseNumber(TakeWord(*line)).value_or(kGreatest);
         }
-        result.limitAbove =
-            std::min(result.limitAbove, ParseBytes(*line, "hierarchical_memory_limit").value_or(kGreatest));
     }
     return result;
 }
@@ -114,8 +117,8 @@ void NarrowMemory(ControlGroupWalk& group, MachineMemory& memory) noexcept
         limitFile = high < limit ? files.lowerLimit : limitFile;
         limit = std::min(limit, high);
     }
-    if (group.IsUnified() && limit >= memory.host.total) {
-        return; // nothing that narrows, and no need to read on
+    if (limit >= memory.host.total && (group.IsUnified() || !group.IsOutermost())) {
+        return; // nothing that narrows, and no need to read the longest of the files
     }
     MemoryStatistics const statistics = ReadStatistics(group, files);
     if (statistics.limitAbove < limit) {

@@ -470,6 +470,24 @@ void setIcuVersion(int version) noexcept
     g_icuVersion.store(version, std::memory_order_relaxed);
 }
 
+std::string installedVersion()
+{
+    UVersionInfo version;
+    char text[U_MAX_VERSION_STRING_LENGTH];
+    u_getVersion(version);
+    u_versionToString(version, text);
+    return text;
+}
+
+std::string unicodeVersion()
+{
+    UVersionInfo version;
+    char text[U_MAX_VERSION_STRING_LENGTH];
+    u_getUnicodeVersion(version);
+    u_versionToString(version, text);
+    return text;
+}
+
 TStringCore const& t_getIgnoreDigitsRule()
 {
     // Never destroyed: threads may still ask while the process ends.

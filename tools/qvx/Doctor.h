@@ -1,0 +1,50 @@
+#pragma once
+// `qvx doctor`: what the library sees of this machine.
+
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include <qvxsys/TStringCore.h>
+
+namespace qvx {
+
+/// One thing that was found out, for scripts and for people.
+struct Fact
+{
+    std::string key;
+    nlohmann::ordered_json value;
+    TStringCore label;
+    TStringCore text;
+    std::string from; ///< the file or function that says so; can be empty
+};
+
+struct FactGroup
+{
+    std::string key;
+    TStringCore title;
+    std::vector<Fact> facts;
+};
+
+struct Diagnosis
+{
+    std::vector<FactGroup> groups;
+    std::vector<TStringCore> complaints; ///< what does not work as it should
+};
+
+struct DoctorOptions
+{
+    bool asJson = false;
+    bool checksExchange = true;
+};
+
+/// Looks at the machine; with the exchange, which sends datagrams to this machine, for up to a second.
+[[nodiscard]] Diagnosis Diagnose(DoctorOptions const& options);
+
+[[nodiscard]] std::vector<TStringCore> DiagnosisLines(Diagnosis const& diagnosis);
+/// An object with an object for each group; a fact that comes from a file or function K has that as "KFrom". What does
+/// not work is in `complaints`.
+[[nodiscard]] std::string DiagnosisJson(Diagnosis const& diagnosis);
+
+} // namespace qvx
