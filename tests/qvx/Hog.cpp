@@ -1,26 +1,44 @@
-// A program that uses memory as it is told to on stdin: "N" makes it N MiB, which it touches; at the end of the input
-// it ends with status 0. It answers each line with "N MiB". SIGUSR1 gives all back, "freed". With the argument
-// "stubborn" it does not end for SIGTERM.
+// A program that uses memory as it is told to on stdin: "N" makes it grow to N MiB, all of it touched; at the end of
+// the input it ends with status 0. It answers each line with "N MiB". SIGUSR1 gives all back, "freed". With the
+// argument "stubborn" it does not end for SIGTERM.
 
 #include <csignal>
 #include <cstddef>
 #include <iostream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <sys/mman.h>
 #include <unistd.h>
 
 namespace {
 
-void* g_memory = nullptr;
+std::vector<std::pair<void*, std::size_t>> g_pieces;
 std::size_t g_size = 0;
 
-void Free()
+void GrowTo(std::size_t size)
 {
-    if (g_size != 0) {
-        munmap(g_memory, g_size);
-        g_size = 0;
+    if (size > g_size) {
+        std::size_t const more = size - g_size;
+        void* const piece =
+            mmap(nullptr, more, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
+        if (piece != MAP_FAILED) {
+            g_pieces.emplace_back(piece, more);
+            g_size = size;
+        }
     }
+}
+
+// Only while nothing grows.
+void Free(int)
+{
+    for (auto const& [piece, size] : g_pieces) {
+        munmap(piece, size);
+    }
+    g_pieces.clear();
+    g_size = 0;
+    static_cast<void>(write(STDOUT_FILENO, "freed\n", 6) != 0);
 }
 
 } // namespace
@@ -30,16 +48,15 @@ int main(int argc, char** argv)
     if (argc > 1 && std::string(argv[1]) == "stubborn") {
         std::signal(SIGTERM, SIG_IGN);
     }
-    std::signal(SIGUSR1, [](int) {
-        Free();
-        static_cast<void>(write(STDOUT_FILENO, "freed\n", 6) != 0);
-    });
+    std::signal(SIGUSR1, Free);
+    sigset_t back;
+    sigemptyset(&back);
+    sigaddset(&back, SIGUSR1);
     std::cout << "ready" << std::endl;
     for (std::size_t mebibytes = 0; std::cin >> mebibytes;) {
-        Free();
-        std::size_t const size = mebibytes << 20;
-        g_memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
-        g_size = g_memory != MAP_FAILED ? size : 0;
+        sigprocmask(SIG_BLOCK, &back, nullptr);
+        GrowTo(mebibytes << 20);
         std::cout << (g_size >> 20) << " MiB" << std::endl;
+        sigprocmask(SIG_UNBLOCK, &back, nullptr);
     }
 }

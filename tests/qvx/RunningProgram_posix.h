@@ -26,6 +26,7 @@ public:
     /// In a process group of its own. With Terminal all its streams are one terminal of 24 lines and 100 columns.
     explicit RunningProgram(std::vector<std::string> const& command, Streams streams = Pipes)
     {
+        std::signal(SIGPIPE, SIG_IGN);
         int err[2] = {-1, -1};
         if (streams == Terminal) {
             winsize size{24, 100, 0, 0};
@@ -58,6 +59,7 @@ public:
             }
             arguments.push_back(nullptr);
             setenv("TERM", "xterm", 1);
+            std::signal(SIGPIPE, SIG_DFL);
             execv(arguments[0], arguments.data());
             _exit(127);
         }
@@ -80,11 +82,10 @@ public:
     pid_t Pid() const { return m_pid; }
     int TerminalDescriptor() const { return m_in; }
     void Send(int signal) const { kill(m_pid, signal); }
-    void Write(std::string const& text) const
+    /// False when nobody reads any more.
+    bool Write(std::string const& text) const
     {
-        if (write(m_in, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-            throw std::runtime_error("nobody reads");
-        }
+        return write(m_in, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     }
     void EndInput()
     {

@@ -294,7 +294,7 @@ void WatchedCommand::State::Reap()
 
 std::vector<ProcessKey> WatchedCommand::State::Scan()
 {
-    std::set<pid_t> seen;
+    std::set<ProcessKey> seen;
     std::vector<pid_t> found = ChildrenOf(getpid());
     if (child > 0 && !end) {
         found.push_back(child); // where the kernel does not tell of children
@@ -303,14 +303,15 @@ std::vector<ProcessKey> WatchedCommand::State::Scan()
         pid_t const pid = found[i];
         bool const isHelper = pid == helper && !helperEnd;
         std::optional<unsigned long long> const start = isHelper ? std::nullopt : StartOf(pid);
-        if (start && seen.insert(pid).second) {
-            known.insert({static_cast<unsigned int>(pid), *start});
+        if (start && seen.insert({static_cast<unsigned int>(pid), *start}).second) {
             std::vector<pid_t> const children = ChildrenOf(pid);
             found.insert(found.end(), children.begin(), children.end());
         }
     }
-    std::erase_if(
-        known, [](ProcessKey const& process) { return StartOf(static_cast<pid_t>(process.pid)) != process.started; });
+    std::erase_if(known, [&](ProcessKey const& process) {
+        return !seen.contains(process) && StartOf(static_cast<pid_t>(process.pid)) != process.started;
+    });
+    known.insert(seen.begin(), seen.end());
     return {known.begin(), known.end()};
 }
 
