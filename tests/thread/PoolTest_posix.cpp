@@ -1,4 +1,4 @@
-#include "PoolSupport.h"
+#include "TaskSupport.h"
 
 #include <array>
 #include <atomic>
@@ -9,9 +9,6 @@
 #include <system_error>
 
 namespace {
-
-using testing_support::ConfiguredPool;
-using testing_support::kNoLimit;
 
 thread_local int t_newsLeft = -1; // calls of operator new on this thread before one fails; negative: none does
 
