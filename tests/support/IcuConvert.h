@@ -55,6 +55,17 @@ inline Converted<char32_t> ToUtf32(std::u16string_view utf16)
         utf16, [](char32_t* dst, auto... rest) { u_strToUTF32WithSub(reinterpret_cast<UChar32*>(dst), rest...); });
 }
 
+/// Full case mapping by the default locale.
+inline std::u16string InCase(bool upper, std::u16string_view text)
+{
+    return With<char16_t>(
+               text,
+               [upper](UChar* dst, auto room, auto* length, UChar const* src, auto n, auto, auto*, auto* status) {
+                   *length = (upper ? u_strToUpper : u_strToLower)(dst, room, src, n, nullptr, status);
+               })
+        .text;
+}
+
 /// Lets surrogate values through, and in UTF-8 values up to 0x1FFFFF.
 inline Converted<char16_t> ToUtf16Raw(std::u32string_view utf32)
 {

@@ -294,13 +294,11 @@ TEST(TextSymmetry, CodePointTwins)
 {
     TStringCore const text = u"\U0001F600a\U0001F600";
     constexpr char32_t c = 0x1F600;
-    EXPECT_TRUE(text.startsWith32(c) && text.view().endsWith32(c) && text.contains32(c));
+    EXPECT_TRUE(text.startsWith32(c) && text.endsWith32(c) && text.contains32(c));
     EXPECT_EQ(text.count32(c) + text.view().indexOf32(c, 1), 2 + 3);
     EXPECT_EQ(TStringCore(text).removeAll32(c), u"a");
     EXPECT_EQ(TStringCore(text).replaceAnyOf32(u"a", c), TStringCore(c, 3));
     EXPECT_EQ(TStringCore(text).trimLeft32(c).trimRight32(c), TStringCore(text).trim32(c));
-    TStringView view = text;
-    EXPECT_EQ(view.trimLeft32(c).trimRight32(c), u"a");
 }
 
 // Strings convert to pointers; the standard library must compare texts all the same, not addresses.
