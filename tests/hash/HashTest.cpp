@@ -47,6 +47,7 @@ TEST(Codes, ExamplesOfTheStandards)
         for (sha2::SHA_TYPE const type : kTypes) {
             std::string const expected = codes[type - sha2::SHA160];
             EXPECT_TRUE(expected.empty() || HmacOf(type, Bytes(key), Bytes(message)).Hex() == expected) << type;
+            EXPECT_EQ(Hmac(type, Bytes(key)).GetEnumType(), type);
         }
     }
 }

@@ -39,6 +39,13 @@ TEST(TFormatString, Formats)
         char16_t const* result;
     } const cases[] = {
         {u"%1 of %2", {u"a", u"b"}, u"a of b"},
+        {u"%2 %1", {u"a", u"b"}, u"b a"},
+        {u"%1%1", {u"x"}, u"xx"},
+        {u"100%% sure", {}, u"100% sure"},
+        {u"%%%%", {}, u"%%"},
+        {u"%%1", {}, u"%1"},
+        {u"%1%%%2", {u"a", u"b"}, u"a%b"},
+        {u"%1", {u"a", u"b", u"c"}, u"a"},
         {u"<%1>", {u"%1 %2 %"}, u"<%1 %2 %>"},
         {u"", {u"a"}, u""},
         {u"%10%1", {u"1", u"2", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"ten"}, u"ten1"},
@@ -241,7 +248,7 @@ TEST(TFormatString, AgreesWithTheReference)
         for (char16_t& c : format) {
             c = alphabet[random() % std::size(alphabet)];
         }
-        reference::CheckFormat(format, {u"one", u"", u"%1"});
+        reference::CheckFormat(format, {u"one", u"", u"%1 in an argument"});
     }
     // A digit of another script counts by its unit: U+0661 is marker 0x631.
     EXPECT_EQ(reference::Format(u"%\u0661", {}).need, 1585);

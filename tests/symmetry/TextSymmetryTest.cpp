@@ -105,6 +105,7 @@ void CheckCharacter(Text const& text, C c, TStringView sameAs)
     EXPECT_EQ(c >= text, kIsView<Text> ? !(c < text) : less || equal);
     EXPECT_EQ(text > c, c < text);
     EXPECT_EQ(c <= text, text >= c);
+    EXPECT_EQ(c > text, kIsView<Text> ? !(c < text) && !equal : less);
 }
 
 TEST(TextSymmetry, ComparisonsWithACharacterOfEveryType)
@@ -299,6 +300,8 @@ TEST(TextSymmetry, CodePointTwins)
     EXPECT_EQ(TStringCore(text).removeAll32(c), u"a");
     EXPECT_EQ(TStringCore(text).replaceAnyOf32(u"a", c), TStringCore(c, 3));
     EXPECT_EQ(TStringCore(text).trimLeft32(c).trimRight32(c), TStringCore(text).trim32(c));
+    TStringView view = text;
+    EXPECT_EQ(view.trimLeft32(c).trimRight32(c), u"a");
 }
 
 // Strings convert to pointers; the standard library must compare texts all the same, not addresses.

@@ -275,6 +275,7 @@ TEST(NumberParsing, WholeNumbers)
              Case{u"00000000000000000000000000000000012"s, 10, 12, true, 35},
              Case{u"-9223372036854775808 ", 10, kMin, true, 20},
              Case{u"9223372036854775808", 10, 0, false, 19},
+             Case{u"99999999999999999999", 10, 0, false, 20},
              // Not seen by the overflow test as documented: 64 * 10^18 modulo 2^64.
              Case{u"64000000000000000000", 10, 8659767778871345152, true, 20},
          }) {

@@ -192,6 +192,7 @@ TEST(TStringEdit, Replacing)
     S many(u'a', 600000);
     EXPECT_EQ(many.replaceCount(u'a', u'b'), 600000);
     EXPECT_EQ(many, S(u'b', 600000));
+    EXPECT_EQ(S(u"\xD83D\xD83D\xDE00z").reversed(), u"z\xD83D\xDE00\xD83D"); // pairs stay whole
     // Its own text as the argument.
     S s = u"abcabc";
     s.replace(s.view().left(1), s.view());

@@ -141,6 +141,7 @@ TEST(TStringView, WhatDiffersFromStringsAndWhatTheModelOfEditsLeavesOut)
     TStringView const spaced = u"\u3000\t a b\u00A0\u2028";
     EXPECT_EQ(TStringView(spaced).trimLeft(), u"a b\u00A0\u2028");
     EXPECT_EQ(TStringView(spaced).trimRight(), u"\u3000\t a b");
+    EXPECT_EQ(TStringView(spaced).trim(), u"a b");
     EXPECT_EQ(TStringView(u"\U0001F600x\U0001F600\U0001F601").trimmed(u"\U0001F601\U0001F600"), u"x");
 }
 
