@@ -119,6 +119,7 @@ TEST(StringUtils, ConversionsAreIcusForEveryCapacityAndInstructionSet)
         return text;
     };
     OnEverySet([&] {
+        SCOPED_TRACE(quorvex::cpu::InstructionSetName(quorvex::cpu::CurrentInstructionSet()));
         for (std::size_t const n : {0u, 1u, 2u, 3u, 7u, 16u, 33u, 64u, 100u, 257u, 700u, 3000u}) {
             for (int round = 0; round < 10; ++round) {
                 std::u32string wide(n, U'\0');
