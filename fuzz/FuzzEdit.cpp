@@ -6,22 +6,16 @@
 #include <cstring>
 #include <string>
 
-#include <unicode/ustring.h>
-
 #include "support/EditModel.h"
+#include "support/IcuConvert.h"
 
 namespace {
 
 void CheckCase(TStringView text)
 {
-    auto const same = [&](auto map, TStringCore const& own) {
-        std::u16string expected(3 * text.size() + 1, u'\0');
-        UErrorCode status = U_ZERO_ERROR;
-        int const length =
-            map(expected.data(), static_cast<int>(expected.size()), text.data(), text.length(), nullptr, &status);
-        return own.view() == TStringView(expected.data(), static_cast<std::size_t>(length));
-    };
-    if (!same(u_strToUpper, text.toUpper()) || !same(u_strToLower, text.toLower())) {
+    std::u16string const units(text.begin(), text.end());
+    if (text.toUpper().toStdUString() != icu_reference::InCase(true, units) ||
+        text.toLower().toStdUString() != icu_reference::InCase(false, units)) {
         std::abort();
     }
 }

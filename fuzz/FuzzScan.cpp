@@ -4,7 +4,7 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
+#include <functional>
 #include <memory>
 
 #include <qvxsys/qvxsys.h>
@@ -38,80 +38,33 @@ void Do(Scan& scan, unsigned operation, TStringCore& out)
     double real = 0;
     short small = 0;
     unsigned long long large = 0;
-    switch (operation % 24) {
-    case 0:
-        scan.skipWhitespace();
-        break;
-    case 1:
-        scan.skipNonWhitespace();
-        break;
-    case 2:
-        scan.skipAnyOf(u"0123,:");
-        break;
-    case 3:
-        scan.skipAnyNotOf(L",:");
-        break;
-    case 4:
-        scan.skipString(n);
-        break;
-    case 5:
-        scan.skipBool();
-        break;
-    case 6:
-        scan.skipInt(base);
-        break;
-    case 7:
-        scan.skipFloat();
-        break;
-    case 8:
-        scan.skipNewline();
-        break;
-    case 9:
-        scan.skipLine();
-        break;
-    case 10:
-        scan.skip(u"ab");
-        break;
-    case 11:
-        scan.skip(TStringView(u"a\0b", 3));
-        break;
-    case 12:
-        scan.readNonWhitespace(out);
-        break;
-    case 13:
-        scan.readAnyOf(out, u"abc");
-        break;
-    case 14:
-        scan.readAnyNotOf(out, u'a');
-        break;
-    case 15:
-        scan.readString(out, n);
-        break;
-    case 16:
-        scan.readLine(out);
-        break;
-    case 17:
-        scan.readBool(flag);
-        break;
-    case 18:
-        scan.readFloat(single);
-        break;
-    case 19:
-        scan.readFloat(real);
-        break;
-    case 20:
-        scan.readInt(small, base);
-        break;
-    case 21:
-        scan.readInt(large, base);
-        break;
-    case 22:
-        scan.end();
-        break;
-    default:
-        scan = Scan(scan);
-        break;
-    }
+    std::function<void()> const operations[] = {
+        [&] { scan.skipWhitespace(); },
+        [&] { scan.skipNonWhitespace(); },
+        [&] { scan.skipAnyOf(u"0123,:"); },
+        [&] { scan.skipAnyNotOf(L",:"); },
+        [&] { scan.skipString(n); },
+        [&] { scan.skipBool(); },
+        [&] { scan.skipInt(base); },
+        [&] { scan.skipFloat(); },
+        [&] { scan.skipNewline(); },
+        [&] { scan.skipLine(); },
+        [&] { scan.skip(u"ab"); },
+        [&] { scan.skip(TStringView(u"a\0b", 3)); },
+        [&] { scan.readNonWhitespace(out); },
+        [&] { scan.readAnyOf(out, u"abc"); },
+        [&] { scan.readAnyNotOf(out, u'a'); },
+        [&] { scan.readString(out, n); },
+        [&] { scan.readLine(out); },
+        [&] { scan.readBool(flag); },
+        [&] { scan.readFloat(single); },
+        [&] { scan.readFloat(real); },
+        [&] { scan.readInt(small, base); },
+        [&] { scan.readInt(large, base); },
+        [&] { scan.end(); },
+        [&] { scan = Scan(scan); },
+    };
+    operations[operation % std::size(operations)]();
 }
 
 } // namespace

@@ -9,7 +9,8 @@
 #include <vector>
 
 #include <qvxsys/qvxsys.h>
-#include <unicode/ustring.h>
+
+#include "support/IcuConvert.h"
 
 namespace {
 
@@ -32,15 +33,12 @@ std::unique_ptr<Unit[]> Exact(void const* data, std::size_t units)
 
 void CheckBytes(char const* bytes, int n)
 {
-    std::vector<UChar> expected(static_cast<std::size_t>(n) + 1);
-    std::int32_t length = 0;
-    std::int32_t substitutions = 0;
-    UErrorCode status = U_ZERO_ERROR;
-    u_strFromUTF8WithSub(expected.data(), n + 1, &length, bytes, n, 0xFFFD, &substitutions, &status);
+    std::u16string const expected = icu_reference::ToUtf16({bytes, static_cast<std::size_t>(n)}).text;
+    auto const length = static_cast<int>(expected.size());
     TStringCore const text(bytes, n);
-    Require(text.view() == TStringView(expected.data(), static_cast<std::size_t>(length)));
+    Require(text.view() == TStringView(expected));
     Require(StringUtils::MeasureUtf8ToUtf16(bytes, n) == length);
-    std::vector<char16_t> tight(static_cast<std::size_t>(length) + 1);
+    std::vector<char16_t> tight(expected.size() + 1);
     Require(StringUtils::Utf8ToUtf16(bytes, n, tight.data(), length + 1) == length);
 
     // By code point, up to the first 0: the same as the whole-text routine on that stretch.

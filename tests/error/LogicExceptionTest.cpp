@@ -4,32 +4,12 @@
 #include <list>
 #include <memory>
 
+#include "support/LogicAsserts.h"
 #include "support/TextPrinters.h"
 
 namespace {
 
 using TError::ErrorInfo;
-
-struct Call
-{
-    std::string file;
-    int line = 0;
-    std::string condition;
-} g_call;
-
-void Remember(char const* file, int line, char const* condition)
-{
-    g_call = {file, line, condition};
-}
-
-class Hooked
-{
-public:
-    explicit Hooked(AssertHooks::Hook hook) { AssertHooks::SetLogicAssertHook(hook); }
-    ~Hooked() { AssertHooks::SetLogicAssertHook(nullptr); }
-    Hooked(Hooked const&) = delete;
-    Hooked& operator=(Hooked const&) = delete;
-};
 
 TEST(ThrowLogicException, ThrowsWithoutHook)
 {
@@ -53,33 +33,23 @@ TEST(ThrowLogicException, ThrowsWithoutHook)
 
 TEST(ThrowLogicException, ReturnsWhenTheHookDoes)
 {
-    Hooked const hooked(&Remember);
-    EXPECT_EQ(AssertHooks::GetLogicAssertHook(), &Remember);
-    ThrowLogicException("b.cpp", 3, "y");
-    EXPECT_EQ(g_call.file, "b.cpp");
-    EXPECT_EQ(g_call.line, 3);
-    EXPECT_EQ(g_call.condition, "y");
-}
-
-TEST(AssertHooks, DebugHookIsOnlyKept)
-{
-    EXPECT_EQ(AssertHooks::GetDebugAssertHook(), nullptr);
-    AssertHooks::SetDebugAssertHook(&Remember);
-    EXPECT_EQ(AssertHooks::GetDebugAssertHook(), &Remember);
+    EXPECT_EQ(AssertRaisedBy([] { ThrowLogicException("b.cpp", 3, "y"); }, HookThat::Returns),
+              (RaisedAssert{"b.cpp", 3, "y"}));
+    auto const kept = [](char const*, int, char const*) {};
+    AssertHooks::SetDebugAssertHook(kept); // and nothing else
+    EXPECT_EQ(AssertHooks::GetDebugAssertHook(), +kept);
     EXPECT_EQ(AssertHooks::GetLogicAssertHook(), nullptr);
     EXPECT_THROW(ThrowLogicException("", 0, ""), LogicException);
     AssertHooks::SetDebugAssertHook(nullptr);
 }
 
-// The check macro itself, seen through the library's own checks.
 TEST(LogicAssert, NamesSourceAndCondition)
 {
-    Hooked const hooked(&Remember);
-    TScanStringCore scan(static_cast<char16_t const*>(nullptr));
-    EXPECT_EQ(g_call.file, "qvxsys/main/qvxsys/message/TScanStringCore.cpp");
-    EXPECT_GT(g_call.line, 0);
-    EXPECT_EQ(g_call.condition, "m_input");
-    EXPECT_NO_THROW(scan.skipLine().end()); // an empty text
+    auto const scan = [] { EXPECT_NO_THROW(TScanStringCore(static_cast<char16_t const*>(nullptr)).skipLine().end()); };
+    auto const raised = AssertRaisedBy(scan, HookThat::Returns); // goes on with an empty text
+    ASSERT_TRUE(raised);
+    EXPECT_EQ(raised->file, "qvxsys/main/qvxsys/message/TScanStringCore.cpp");
+    EXPECT_EQ(raised->condition, "m_input");
 }
 
 TEST(LogicException, Details)

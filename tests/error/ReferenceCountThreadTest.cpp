@@ -1,12 +1,13 @@
 // References taken and dropped on many threads at once: none is lost, and the object dies exactly once, after all
 // writes to it. Run under ThreadSanitizer.
 
+#include <array>
 #include <atomic>
-#include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <qvxsys/ReferenceCount.h>
+
+#include "support/Threads.h"
 
 namespace {
 
@@ -34,22 +35,17 @@ TEST(ReferenceCountThreads, LastOneDeletes)
 {
     constexpr int kRounds = 200;
     for (int round = 0; round < kRounds; ++round) {
-        RefCntPtr<Shared> shared = MakeRefCnt<Shared>();
-        std::vector<std::thread> threads;
-        for (int t = 0; t < kThreads; ++t) {
-            threads.emplace_back([own = shared, t]() mutable {
-                for (int i = 0; i < 50; ++i) {
-                    RefCntPtr<Shared> const copy = own;
-                    RefCntPtr<Shared> const another = copy;
-                }
-                own->written[t] = 1;
-                own.reset();
-            });
-        }
-        shared.reset();
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
+        std::array<RefCntPtr<Shared>, kThreads> owners;
+        owners.fill(MakeRefCnt<Shared>());
+        InParallel(kThreads, [&owners](int t) {
+            RefCntPtr<Shared> own = std::move(owners[static_cast<std::size_t>(t)]);
+            for (int i = 0; i < 50; ++i) {
+                RefCntPtr<Shared> const copy = own;
+                RefCntPtr<Shared> const another = copy;
+            }
+            own->written[t] = 1;
+            own.reset();
+        });
     }
     EXPECT_EQ(g_deleted, kRounds);
 }

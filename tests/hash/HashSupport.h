@@ -1,18 +1,18 @@
 #pragma once
-// What the tests of digests share.
+// What the tests of digests and the fuzzer share. What differs is thrown.
 
 #include <array>
 #include <cstddef>
 #include <random>
 #include <span>
+#include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include <gtest/gtest.h>
-
+#include "support/InstructionSets.h"
 #include <qvxsys/Hash.h>
-#include <qvxsys/Processor.h>
 
 namespace hash_test {
 
@@ -60,26 +60,72 @@ inline std::vector<std::string_view> Pieces(std::mt19937& random, std::string_vi
     return pieces;
 }
 
-/// Runs each test once for each instruction set that this processor has.
-class OnEverySet : public testing::TestWithParam<InstructionSet>
+/// RFC 2104, section 2.
+inline quorvex::hash::Digest CodeByDefinition(sha2::SHA_TYPE type, std::string_view key, std::string_view message)
 {
-protected:
-    void SetUp() override
-    {
-        m_before = quorvex::cpu::LimitInstructionSet(GetParam());
-        if (quorvex::cpu::CurrentInstructionSet() != GetParam()) {
-            GTEST_SKIP() << "this processor has no " << quorvex::cpu::InstructionSetName(GetParam());
-        }
+    std::size_t const block = type >= sha2::SHA384 ? 128 : 64;
+    auto const digest = [type](std::string_view of) {
+        auto const result = quorvex::hash::DigestOf(type, Bytes(of));
+        return std::string(static_cast<char const*>(static_cast<void const*>(result.Bytes().data())), result.Size());
+    };
+    std::string inner = key.size() > block ? digest(key) : std::string(key);
+    inner.resize(block);
+    std::string outer = inner;
+    for (std::size_t i = 0; i < block; ++i) {
+        inner[i] = static_cast<char>(inner[i] ^ 0x36);
+        outer[i] = static_cast<char>(outer[i] ^ 0x5C);
     }
-    void TearDown() override { quorvex::cpu::LimitInstructionSet(m_before); }
+    return quorvex::hash::DigestOf(type, Bytes(outer + digest(inner + std::string(message))));
+}
 
-private:
-    InstructionSet m_before{};
-};
-
-#define HASH_TEST_ON_EVERY_SET(suite)                                                                                  \
-    INSTANTIATE_TEST_SUITE_P(All, suite,                                                                               \
-                             testing::Values(InstructionSet::Portable, InstructionSet::Avx2, InstructionSet::Avx512),  \
-                             [](auto const& test) { return quorvex::cpu::InstructionSetName(test.param); })
+/// In every instruction set, at once, as a stream and piece by piece, by copies in mid-message: the same digest, which
+/// is returned; and the authentication code of its definition.
+inline std::string CheckedDigest(sha2::SHA_TYPE type, std::string const& message, std::string_view key,
+                                 std::mt19937& random)
+{
+    using namespace quorvex::hash;
+    auto const require = [](bool holds) {
+        if (!holds) {
+            throw std::logic_error(quorvex::cpu::InstructionSetName(quorvex::cpu::CurrentInstructionSet()));
+        }
+    };
+    std::string expected;
+    OnEverySet([&] {
+        std::string const whole = DigestOf(type, Bytes(message)).Hex();
+        expected = expected.empty() ? whole : expected;
+        require(whole == expected);
+        std::istringstream in(message);
+        require(DigestOfStream(type, in).Hex() == expected);
+        sha2 hash;
+        require(hash.GetHash(type, Data(message), message.size()) == expected);
+        hash.Init(type);
+        Hmac hmac(type, Bytes(key));
+        std::size_t done = 0;
+        for (std::string_view const piece : Pieces(random, message)) {
+            hash.Update(Data(piece), piece.size());
+            hmac.Update(Bytes(piece));
+            done += piece.size();
+            if (done > 600) {
+                continue; // enough copies
+            }
+            sha2 copy = hash;
+            copy.Update(Data(message) + done, message.size() - done);
+            copy.End();
+            require(copy.StringHash() == expected && copy.HexHash() == expected);
+            sha2 const ended = copy;
+            int length = 0;
+            auto const* const raw = static_cast<void const*>(ended.RawHash(length));
+            require(FromHex(expected) == std::string_view(static_cast<char const*>(raw), DigestLength(type)));
+        }
+        hash.End();
+        require(hash.StringHash() == expected);
+        Hmac hmacCopy = hmac;
+        require(hmac.End() == CodeByDefinition(type, key, message));
+        require(hmacCopy.End() == HmacOf(type, Bytes(key), Bytes(message)));
+        hmac.Update(Bytes(message)); // begins anew
+        require(hmac.End() == CodeByDefinition(type, key, message));
+    });
+    return expected;
+}
 
 } // namespace hash_test

@@ -1,5 +1,7 @@
 // Lengths that no test can get to byte by byte, and the kernels against each other.
 
+#include <gtest/gtest.h>
+
 #include "hash/HashSupport.h"
 
 #include "ShaCore.h"
@@ -53,8 +55,7 @@ TEST(ShaCore, KernelsAgree)
 {
     std::mt19937 random(5);
     std::string const blocks = RandomBytes(random, 8 * 128 + 1);
-    for (InstructionSet const set : {InstructionSet::Avx2, InstructionSet::Avx512}) {
-        InstructionSet const before = quorvex::cpu::LimitInstructionSet(set);
+    OnEverySet([&] {
         ShaKernels const& kernels = CurrentShaKernels();
         for (std::size_t const offset : {0u, 1u}) {
             for (std::size_t count = 0; count <= 8; ++count) {
@@ -72,13 +73,13 @@ TEST(ShaCore, KernelsAgree)
                 EXPECT_EQ(a64, b64);
             }
         }
-        quorvex::cpu::LimitInstructionSet(before);
-    }
+    });
 }
 
 // A limit to the portable set forces the portable digests.
 TEST(ShaCore, LimitIsKept)
 {
+    using quorvex::cpu::InstructionSet;
     InstructionSet const before = quorvex::cpu::LimitInstructionSet(InstructionSet::Portable);
     EXPECT_EQ(CurrentShaKernels().sha256, &portable::Sha256);
     EXPECT_EQ(CurrentShaKernels().sha512, &portable::Sha512);

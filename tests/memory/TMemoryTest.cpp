@@ -4,9 +4,10 @@
 #include <cstring>
 #include <limits>
 #include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
+
+#include "support/Threads.h"
 
 // Requests that no heap can satisfy are part of these tests; the sanitizers' allocators then return null as malloc
 // does.
@@ -44,18 +45,12 @@ protected:
     ThreadMemoryCounters m_record;
 };
 
-TEST_F(MemoryTest, NothingIsCountedWhileOff)
+TEST_F(MemoryTest, AllocationsModeCountsRequestedSizesOnlyAndOffNothing)
 {
     Track(MemoryTrackingMode::Off);
     TFree(TRealloc(TMalloc(100), 300));
-    EXPECT_EQ(m_record.allocated, 0u);
-    EXPECT_EQ(m_record.allocatedCount, 0u);
-    EXPECT_EQ(m_record.deallocatedCount, 0u);
-}
-
-TEST_F(MemoryTest, AllocationsModeCountsRequestedSizesOnly)
-{
-    Track(MemoryTrackingMode::Allocations);
+    EXPECT_EQ(m_record.allocated + m_record.allocatedCount + m_record.deallocatedCount, 0u);
+    SetMemoryTrackingMode(MemoryTrackingMode::Allocations);
     TFree(TMalloc(100));
     EXPECT_EQ(m_record.allocated, 100u);
     EXPECT_EQ(m_record.allocatedCount, 1u);
@@ -226,25 +221,19 @@ TEST_F(MemoryTest, ScopeEndedOnAnotherThreadLeavesBothThreadsUsable)
 TEST_F(MemoryTest, OrderingIdsAndRecordsArePerThread)
 {
     SetMemoryTrackingMode(MemoryTrackingMode::Full);
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([] {
-            EXPECT_EQ(GetNextOrderingId(), 1u);
-            EXPECT_EQ(GetNextOrderingId(), 2u);
-            MemoryCounter counter;
-            {
-                MemoryScope const scope(counter);
-                for (int n = 0; n < 1000; ++n) {
-                    TFree(TMalloc(16));
-                }
+    InParallel(4, [](int) {
+        EXPECT_EQ(GetNextOrderingId(), 1u);
+        EXPECT_EQ(GetNextOrderingId(), 2u);
+        MemoryCounter counter;
+        {
+            MemoryScope const scope(counter);
+            for (int n = 0; n < 1000; ++n) {
+                TFree(TMalloc(16));
             }
-            EXPECT_EQ(counter.Allocated(), 16000u);
-            EXPECT_EQ(counter.DeallocatedCount(), 1000u);
-        });
-    }
-    for (auto& thread : threads) {
-        thread.join();
-    }
+        }
+        EXPECT_EQ(counter.Allocated(), 16000u);
+        EXPECT_EQ(counter.DeallocatedCount(), 1000u);
+    });
 }
 
 } // namespace

@@ -134,22 +134,16 @@ TEST(TScanString, Steps)
 
 TEST(TScanString, Messages)
 {
-    auto const message = [](char16_t const* text, Step step) { return After(text, step).message; };
-    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.skipNewline(); }),
-              "TScanStringCore::lengthNewLine: No new line found.");
-    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.skipBool(); }),
-              "TScanStringCore::lengthBool: Boolean value not found.");
-    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.skipInt(); }),
-              "TScanStringCore::lengthInt: Integer value not found.");
-    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.skipFloat(); }),
-              "TScanStringCore::lengthFloat: Float value not found.");
-    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.skip(u'y'); }), "TScanStringCore::skip: String mismatch.");
-    EXPECT_EQ(message(u"x", [](Scan& s) -> Scan& { return s.end(); }),
-              "TScanStringCore::end(): Expected null character.");
-    try {
-        TScanStringCore(u"x").end();
-    } catch (QuorvexException const& e) {
-        EXPECT_EQ(e.GetErrorName(), u"QuorvexException_AutoGen_0x57D65295");
+    std::pair<Step, char const*> const cases[] = {
+        {[](Scan& s) -> Scan& { return s.skipNewline(); }, "TScanStringCore::lengthNewLine: No new line found."},
+        {[](Scan& s) -> Scan& { return s.skipBool(); }, "TScanStringCore::lengthBool: Boolean value not found."},
+        {[](Scan& s) -> Scan& { return s.skipInt(); }, "TScanStringCore::lengthInt: Integer value not found."},
+        {[](Scan& s) -> Scan& { return s.skipFloat(); }, "TScanStringCore::lengthFloat: Float value not found."},
+        {[](Scan& s) -> Scan& { return s.skip(u'y'); }, "TScanStringCore::skip: String mismatch."},
+        {[](Scan& s) -> Scan& { return s.end(); }, "TScanStringCore::end(): Expected null character."},
+    };
+    for (auto const& [step, message] : cases) {
+        EXPECT_EQ(After(u"x", step).message, message);
     }
 }
 
@@ -178,15 +172,11 @@ TEST(TScanString, ReadsTexts)
 
 TEST(TScanString, ReadsBooleans)
 {
-    struct
-    {
-        char16_t const* text;
-        bool value;
-    } const cases[] = {{u"Yes", true}, {u"no", false}, {u"TRUE", true}, {u"False", false}, {u"1", true}, {u"0", false}};
-    for (auto const& c : cases) {
-        bool value = !c.value;
-        Scan(c.text).readBool(value).end();
-        EXPECT_EQ(value, c.value);
+    for (char16_t const* const text : {u"Yes", u"no", u"TRUE", u"False", u"1", u"0"}) {
+        bool const expected = TStringView(u"YyTt1").contains(text[0]);
+        bool value = !expected;
+        Scan(text).readBool(value).end();
+        EXPECT_EQ(value, expected);
     }
     bool untouched = true;
     EXPECT_THROW(Scan(u"maybe").readBool(untouched), Scan::Exception);
@@ -265,18 +255,6 @@ TEST(TScanString, EndsAtTheFirstZero)
     EXPECT_EQ(After(text, [](Scan& s) -> Scan& { return s.skip(TStringView(u"ab\0", 3)); }).code, 0x9DAC629F);
     EXPECT_NO_THROW(Scan(text).skip(u"").skip(TStringView()));
     EXPECT_NO_THROW(Scan(text).skipAnyOf(TStringView(u"ab\0", 3)).end());
-}
-
-TEST(TScanString, NullTextFailsTheCheck)
-{
-    ::testing::internal::CaptureStderr();
-    try {
-        Scan scan(static_cast<char16_t const*>(nullptr));
-        FAIL();
-    } catch (LogicException const& e) {
-        EXPECT_TRUE(e.GetInternalMessage().toStdString().ends_with(": m_input"));
-    }
-    ::testing::internal::GetCapturedStderr();
 }
 
 } // namespace

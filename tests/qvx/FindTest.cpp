@@ -69,6 +69,12 @@ std::string ToUtf8(std::u32string const& text)
     return bytes;
 }
 
+ChildResult ScanFile(std::string const& file, std::vector<std::string> arguments)
+{
+    arguments.insert(arguments.begin(), {"scan", file});
+    return Qvx(arguments);
+}
+
 } // namespace
 
 // Texts larger than the pieces they are read in, of few different characters so that much is found, with lines short
@@ -168,9 +174,7 @@ TEST_F(Scan, PrintFormats)
         {{"--print=-", "--find", "-x"}, ""},
     };
     for (auto const& [arguments, out] : table) {
-        std::vector<std::string> all{"scan", file};
-        all.insert(all.end(), arguments.begin(), arguments.end());
-        ChildResult const run = Qvx(all);
+        ChildResult const run = ScanFile(file, arguments);
         EXPECT_EQ(run.out, out) << run.err;
         EXPECT_EQ(run.status, 0);
     }
@@ -199,9 +203,7 @@ TEST_F(Scan, MistakesInFindAndPrint)
         {{"--print", "%6", "--find", "a"}, "(have 5, need 6"},
     };
     for (auto const& [arguments, shown] : table) {
-        std::vector<std::string> all{"scan", file};
-        all.insert(all.end(), arguments.begin(), arguments.end());
-        ChildResult const run = Qvx(all);
+        ChildResult const run = ScanFile(file, arguments);
         EXPECT_EQ(run.status, 2);
         EXPECT_EQ(run.out, "");
         EXPECT_NE(run.err.find(shown), std::string::npos) << run.err;

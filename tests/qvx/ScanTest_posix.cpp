@@ -190,28 +190,6 @@ TEST_F(Scan, FoundLinesAreThoseOfGrep)
     }
 }
 
-// What grep does not see whatever its options: case in texts of other encodings.
-TEST_F(Scan, FindsWhatGrepCannot)
-{
-    struct
-    {
-        std::string bytes;
-        char const* needle;
-    } const table[] = {
-        {std::string("\xFF\xFE\xC9\0T\0\xC9\0\n\0", 10), "\u00E9t\u00E9"}, // UTF-16
-        {"un \xC9T\xC9 chaud, mais pas s\xE8"
-         "che\n",
-         "\u00E9t\u00E9"}, // ISO-8859-1
-    };
-    for (auto const& [bytes, needle] : table) {
-        std::string const file = Write("text", bytes);
-        json const found =
-            json::parse(Qvx({"scan", "--json", "--find", needle, "--ignore-case", file}).out)["files"][0];
-        EXPECT_EQ(found["matchingLines"], 1) << found;
-        EXPECT_EQ(RunChild({"/usr/bin/env", "LC_ALL=C.UTF-8", "grep", "-a", "-c", "-i", needle, file}).out, "0\n");
-    }
-}
-
 TEST_F(Scan, FindTakesTextOnly)
 {
     ChildResult const run = Qvx({"scan", "--find", "\xFF", Write("a", "\xFF")});

@@ -3,10 +3,11 @@
 #include <atomic>
 #include <memory>
 #include <thread>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <qvxsys/StaticRepository.h>
+
+#include "support/Threads.h"
 
 namespace {
 
@@ -39,18 +40,10 @@ void OnThreads(
             std::this_thread::yield();
         }
     };
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            start();
-            function(t);
-        });
-    }
-    start();
-    meanwhile();
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    InParallel(kThreads + 1, [&](int t) {
+        start();
+        t == kThreads ? meanwhile() : function(t);
+    });
 }
 
 TEST(StaticRepositoryThreads, EachObjectIsMadeOnce)

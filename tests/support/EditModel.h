@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -102,6 +103,7 @@ private:
         }
         return points;
     }
+    static Text Join(std::vector<Text> const& points) { return std::accumulate(points.begin(), points.end(), Text()); }
     static bool Has(Text const& set, Text const& point)
     {
         auto const points = CodePoints(set);
@@ -117,11 +119,7 @@ private:
         while (right && !points.empty() && drop(points.back())) {
             points.pop_back();
         }
-        Text result;
-        for (Text const& point : points) {
-            result += point;
-        }
-        return result;
+        return Join(points);
     }
     static Text Cut(Text const& text, int pos, int n)
     {
@@ -166,39 +164,33 @@ private:
             break;
         }
         case 5:
-        case 6: {
-            Text const before = Units(3);
-            Text const after = Units(3);
-            int count = 0;
-            m_model = Replaced(m_model, before, after, folded, count);
-            m_mayDetach = count != 0;
-            Require(m_string.replaceCount(before, after, cs) == count || m_error.empty() == false);
-            break;
-        }
-        case 7: {
-            int count = 0;
-            Text const before = Cut(m_model, 2, 2);
-            Text const after = Cut(m_model, 0, 3);
-            m_model = Replaced(m_model, before, after, folded, count);
-            m_mayDetach = count != 0;
-            TStringView const own = m_string;
-            m_string.replace(own.mid(2, 2), own.left(3), cs);
-            break;
-        }
-        case 8: {
-            int count = 0;
-            Text const before = Units(2);
-            m_model = Replaced(m_model, before, Text(), folded, count);
-            m_string.removeAll(before, cs);
-            break;
-        }
+        case 6:
+        case 7:
+        case 8:
         case 9: {
-            char16_t const before = Unit();
-            char16_t const after = Unit();
+            // Other texts, its own text, nothing, units.
+            Text const before = operation == 7 ? Cut(m_model, 2, 2) : operation == 9 ? Text(1, Unit()) : Units(3);
+            Text const after = operation == 7   ? Cut(m_model, 0, 3)
+                               : operation == 8 ? Text()
+                               : operation == 9 ? Text(1, Unit())
+                                                : Units(3);
             int count = 0;
-            m_model = Replaced(m_model, Text(1, before), Text(1, after), folded, count);
-            m_mayDetach = count != 0;
-            m_string.replace(before, after, cs);
+            m_model = Replaced(m_model, before, after, folded, count);
+            m_mayDetach = count != 0 && operation != 8;
+            TStringView const own = m_string;
+            switch (operation) {
+            case 7:
+                m_string.replace(own.mid(2, 2), own.left(3), cs);
+                break;
+            case 8:
+                m_string.removeAll(before, cs);
+                break;
+            case 9:
+                m_string.replace(before[0], after[0], cs);
+                break;
+            default:
+                Require(m_string.replaceCount(before, after, cs) == count);
+            }
             break;
         }
         case 10: {
@@ -230,23 +222,25 @@ private:
         }
         case 13: {
             int const n = Position();
-            m_string.chop(n);
-            m_model.resize(static_cast<std::size_t>(length - std::clamp(n, 0, length)));
+            int const kept = std::clamp(n, 0, length);
+            folded ? m_string.chop(n) : m_string.truncate(n);
+            m_model.resize(static_cast<std::size_t>(folded ? length - kept : kept));
             break;
         }
         case 14: {
             int const n = Position();
-            m_string.truncate(n);
-            m_model.resize(static_cast<std::size_t>(std::clamp(n, 0, length)));
+            folded ? m_string.resize(n) : m_string.reserve(std::max(n, 0) * 4);
+            m_model.resize(folded ? static_cast<std::size_t>(std::max(n, 0)) : m_model.size());
+            for (int i = length; i < m_string.length(); ++i) {
+                m_model[static_cast<std::size_t>(i)] = m_string[i] = u'r'; // were arbitrary
+            }
+            m_mayDetach = true;
             break;
         }
         case 15: {
             auto points = CodePoints(m_model);
             std::reverse(points.begin(), points.end());
-            m_model.clear();
-            for (Text const& point : points) {
-                m_model += point;
-            }
+            m_model = Join(points);
             m_mayDetach = true;
             m_string.reverse();
             break;
@@ -276,10 +270,7 @@ private:
             m_string =
                 folded ? m_string.leftCodePoints(static_cast<int>(n)) : m_string.rightCodePoints(static_cast<int>(n));
             folded ? points.erase(points.begin() + n, points.end()) : points.erase(points.begin(), points.end() - n);
-            m_model.clear();
-            for (Text const& point : points) {
-                m_model += point;
-            }
+            m_model = Join(points);
             break;
         }
         case 19: {
@@ -338,6 +329,8 @@ private:
             Search(Units(3), Position(), folded, cs);
             break;
         case 24: {
+            m_string.squeeze();
+            m_mayDetach = true;
             if (folded) {
                 m_string.removeBOM();
                 m_model.erase(0, !m_model.empty() && m_model[0] == 0xFEFF ? 1 : 0);
@@ -366,8 +359,12 @@ private:
         bool const inside = start >= 0 && start < length;
         auto const at = static_cast<std::size_t>(start);
         auto const position = [](std::size_t found) { return found == kNone ? -1 : static_cast<int>(found); };
-        Require(m_string.indexOf(needle, from, cs) == (inside ? position(in.find(wanted, at)) : -1));
-        Require(m_string.lastIndexOf(needle, from, cs) == (inside ? position(in.rfind(wanted, at)) : -1));
+        TStringView const view = m_string;
+        auto const viewCs = folded ? CaseCompare::Insensitive : CaseCompare::Sensitive;
+        int const first = inside ? position(in.find(wanted, at)) : -1;
+        int const last = inside ? position(in.rfind(wanted, at)) : -1;
+        Require(m_string.indexOf(needle, from, cs) == first && view.indexOf(needle, from, viewCs) == first);
+        Require(m_string.lastIndexOf(needle, from, cs) == last && view.lastIndexOf(needle, from, viewCs) == last);
         Require(m_string.contains(needle, cs) == (length > 0 && in.find(wanted) != kNone));
         Require(m_string.findOneOf(needle, from) == (inside ? position(m_model.find_first_of(needle, at)) : -1));
         Require(m_string.findOneNotOf(needle, from) == (inside ? position(m_model.find_first_not_of(needle, at)) : -1));
@@ -379,7 +376,7 @@ private:
         for (std::size_t i = in.find(wanted); i != kNone && length > 0 && i < in.size(); i = in.find(wanted, i + 1)) {
             ++count;
         }
-        Require(m_string.count(needle, cs) == count);
+        Require(m_string.count(needle, cs) == count && view.count(needle, viewCs) == count);
     }
 
     std::uint8_t const* m_at;

@@ -1,10 +1,13 @@
 #pragma once
-// The positional formatter written the slow way, as an oracle: one marker at a time, digits by ICU.
+// The positional formatter written the slow way, as an oracle: one marker at a time, digits by ICU. And a check against
+// that, for tests and the fuzzer. What differs is thrown.
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include <qvxsys/qvxsys.h>
 #include <unicode/uchar.h>
 
 namespace reference {
@@ -61,6 +64,33 @@ inline Formatted Format(std::u16string const& format, std::vector<std::u16string
         out.text.clear();
     }
     return out;
+}
+
+inline void CheckFormat(std::u16string const& format, std::vector<std::u16string> const& arguments)
+{
+    Formatted const expected = Format(format, arguments);
+    auto const require = [&format](bool holds) {
+        if (!holds) {
+            throw std::logic_error(TStringCore(format).toStdString());
+        }
+    };
+    std::uint32_t fault = 0;
+    TStringCore result;
+    try {
+        TFormatStringCore f(u"%1");
+        f.arg(std::vector<TStringCore>(arguments.begin(), arguments.end()));
+        f = TStringCore(format);
+        result = f.result();
+        require(TFormatStringCore(f).result().view() == result.view() && f.formatString().toStdUString() == format);
+    } catch (TFormatStringCore::Exception const& e) {
+        fault = e.GetErrorCode();
+        require(fault != 0x0E2B86FB ||
+                e.GetMessagesFront().toStdString() == "Insufficient parameters to format string (have " +
+                                                          std::to_string(arguments.size()) + ", need " +
+                                                          std::to_string(expected.need) + ": format string = \"" +
+                                                          TStringCore(format).toStdString() + "\")");
+    }
+    require(fault == expected.fault && (fault != 0 || result.view() == TStringView(expected.text)));
 }
 
 } // namespace reference

@@ -1,7 +1,7 @@
 // What holds for every kind of event, and the countdown.
 
 #include <atomic>
-#include <map>
+#include <functional>
 #include <random>
 #include <string>
 
@@ -65,16 +65,25 @@ TEST_P(Event, Timeouts)
 using EventDeathTest = Event;
 INSTANTIATE_TEST_SUITE_P(Kinds, EventDeathTest, testing::ValuesIn(kEventKinds), testing::PrintToStringParamName());
 
+/// An event's own wait, and those for many.
 TEST_P(EventDeathTest, NegativeTimeout)
 {
-    for (milliseconds const timeout : {milliseconds(-1), milliseconds::min()}) {
-        auto const wait = [&] {
-            PrintFailedChecks();
-            m_event.Wait(timeout);
-        };
-        EXPECT_DEATH(wait(), "qvxsys/main/synchronize/TEventBase_win:71: timeout.count.. >= 0");
-        m_event.Signal(); // the same when it is set
+    PrintFailedChecks();
+    std::vector<IEvent*> const events{m_owner.get()};
+    std::function<void(milliseconds)> const waits[] = {
+        [&](milliseconds time) { m_event.Wait(time); },
+        [&](milliseconds time) { WaitForAll(events, time); },
+        [&](milliseconds time) { WaitForAny(events, time); },
+        [&](milliseconds time) { static_cast<void>(WaitForAllExact(events, time)); },
+        [&](milliseconds time) { static_cast<void>(WaitForAnyExact(events, time)); },
+    };
+    for (auto const& wait : waits) {
+        for (milliseconds const timeout : {milliseconds(-1), milliseconds::min()}) {
+            EXPECT_DEATH(wait(timeout), "qvxsys/main/synchronize/TEventBase_win:71: timeout.count.. >= 0");
+            m_event.Signal(); // the same when it is set
+        }
     }
+    AssertHooks::SetLogicAssertHook(nullptr);
 }
 
 /// Adding, replacing, removing and signalling in any order, against a plain list.
@@ -190,36 +199,32 @@ TEST_P(Event, CallbacksThatThrow)
 /// A callback has the last reference to the event's owner, and is removed while it runs.
 TEST_P(Event, RemovedCallbackDestroysTheEvent)
 {
-    for (int const how : {0, 1, 2, 3}) {
+    enum How { Removed, Replaced, Throws, SignalsAgain };
+    for (How const how : {Removed, Replaced, Throws, SignalsAgain}) {
         SCOPED_TRACE(how);
         auto owner = std::make_shared<std::shared_ptr<IEvent>>(GetParam().make());
         std::weak_ptr const alive = owner;
         IEvent* const event = owner->get();
         event->AddOnSignalCallback(event, [event, how, own = std::move(owner), depth = 0]() mutable {
-            switch (how) {
-            case 0:
-                event->RemoveOnSignalCallback(event);
-                break;
-            case 1:
+            if (how == Replaced) {
                 event->AddOnSignalCallback(event, [] {});
-                break;
-            case 2:
-                event->RemoveOnSignalCallback(event);
+                return;
+            }
+            if (how == SignalsAgain && depth++ == 0) {
+                event->Reset();
+                event->Signal();
+            }
+            event->RemoveOnSignalCallback(event);
+            if (how == Throws) {
                 throw 1;
-            case 3:
-                if (depth++ == 0) {
-                    event->Reset();
-                    event->Signal();
-                }
-                event->RemoveOnSignalCallback(event);
             }
         });
         EXPECT_FALSE(alive.expired());
         try {
             event->Signal();
-            EXPECT_NE(how, 2);
+            EXPECT_NE(how, Throws);
         } catch (int) {
-            EXPECT_EQ(how, 2);
+            EXPECT_EQ(how, Throws);
         }
         EXPECT_TRUE(alive.expired());
     }
@@ -241,16 +246,9 @@ TEST_P(EventDeathTest, DestroyedByItsOwnCallback)
     }
 }
 
-TEST(TEvent, InitiallySet)
-{
-    TEvent const event(true);
-    EXPECT_TRUE(event.IsSet());
-    event.Reset();
-    EXPECT_FALSE(event.IsSet());
-}
-
 TEST(TAutoResetEvent, PeekTakesNothing)
 {
+    EXPECT_TRUE(TEvent(true).IsSet());
     TAutoResetEvent const event;
     EXPECT_FALSE(event.Peek());
     event.Signal();

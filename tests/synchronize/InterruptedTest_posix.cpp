@@ -120,14 +120,16 @@ TEST_F(Interrupted, WaitsWithoutLimitGoOn)
             event->Reset();
             event->Signal();
         };
-        run([&] { EXPECT_TRUE(event->Wait()); }, again);
-        event->Reset();
-        run([&] { EXPECT_TRUE(event->Wait(kLost)); }, again);
-        event->Reset();
-        run([&] { EXPECT_TRUE(WaitForAllExact(std::vector{event.get()}, kLost)); }, again);
-        event->Reset();
-        if (!kind.autoReset) { // which is used up when it is signalled before the wait has begun
-            run([&] { EXPECT_TRUE(WaitForAny({event.get()}, kLost)); }, again);
+        std::function<bool()> const waits[] = {
+            [&] { return event->Wait(); },
+            [&] { return event->Wait(kLost); },
+            [&] { return WaitForAllExact(std::vector{event.get()}, kLost); },
+            // An auto-reset event is used up when it is signalled before the wait has begun.
+            [&] { return kind.autoReset ? event->Wait() : WaitForAny({event.get()}, kLost); },
+        };
+        for (auto const& wait : waits) {
+            run([&] { EXPECT_TRUE(wait()); }, again);
+            event->Reset();
         }
     }
 }

@@ -246,19 +246,6 @@ TEST(WaitForMany, NullPointers)
     }
 }
 
-TEST(WaitForManyDeathTest, NegativeTimeout)
-{
-    TEvent set(true);
-    std::vector<IEvent*> const events = {&set};
-    char const* const text = "TEventBase_win:71: timeout.count.. >= 0";
-    PrintFailedChecks();
-    EXPECT_DEATH(WaitForAll(events, milliseconds(-1)), text);
-    EXPECT_DEATH(WaitForAny(events, milliseconds(-1)), text);
-    EXPECT_DEATH(static_cast<void>(WaitForAllExact(events, milliseconds(-1))), text);
-    EXPECT_DEATH(static_cast<void>(WaitForAnyExact(events, milliseconds(-1))), text);
-    AssertHooks::SetLogicAssertHook(nullptr);
-}
-
 /// A wait for all that takes many signals and gives them back again and again, because the last one is missing, must
 /// not hide them from another.
 TEST(WaitForMany, SignalsThatAreGivenBackAreNotLost)

@@ -5,13 +5,13 @@
 #include <cmath>
 #include <thread>
 #include <type_traits>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <qvxsys/CpuTime.h>
 #include <qvxsys/TSystem.h>
 
 #include "Oracle.h"
+#include "support/Threads.h"
 
 using namespace quorvex::cputime;
 
@@ -94,25 +94,19 @@ TEST_P(CpuTime, OnlyTheOwnThreadWhileItRuns)
 TEST_P(CpuTime, ConcurrentScopes)
 {
     std::atomic<int> waiting = 4;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (--waiting; waiting != 0;) {
-            }
-            ThreadTimeValue value;
-            double const start = ThreadCpuMilliseconds();
-            {
-                ThreadTimeScope const scope(value);
-                static_cast<void>(TSystem::AppUpTime());
-                static_cast<void>(TSystem::UpTime());
-                Burn(20);
-            }
-            Expect(value, ThreadCpuMilliseconds() - start);
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    InParallel(4, [&](int) {
+        for (--waiting; waiting != 0;) {
+        }
+        ThreadTimeValue value;
+        double const start = ThreadCpuMilliseconds();
+        {
+            ThreadTimeScope const scope(value);
+            static_cast<void>(TSystem::AppUpTime());
+            static_cast<void>(TSystem::UpTime());
+            Burn(20);
+        }
+        Expect(value, ThreadCpuMilliseconds() - start);
+    });
 }
 
 TEST(CpuTracking, Flag)

@@ -52,10 +52,8 @@ TEST(QvxICU, StringFunctionsForward)
     EXPECT_STREQ(bytes, "\xE2\x82\xAC");
     EXPECT_EQ(t_u_strFromUTF8(units, 16, &length, "\xE2\x82\xAC", -1, &status), units);
     EXPECT_EQ(length, 1);
-    EXPECT_LT(t_u_strcmp(u"a", u"b"), 0);
-    EXPECT_EQ(t_u_strncmp(u"ab", u"ac", 1), 0);
-    EXPECT_EQ(t_u_strcasecmp(u"\u00C4", u"\u00E4", 0), 0);
-    EXPECT_EQ(t_u_strncasecmp(u"Ab", u"aC", 1, 0), 0);
+    EXPECT_EQ(t_u_strncmp(u"ab", u"ac", 1) + t_u_strncasecmp(u"Ab", u"aC", 1, 0), 0);
+    EXPECT_TRUE(t_u_strcmp(u"a", u"b") < 0 && t_u_strcasecmp(u"\u00C4", u"\u00E4", 0) == 0);
 }
 
 TEST(QvxICU, ConvertersAndDetection)

@@ -4,43 +4,27 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <numeric>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include <unicode/ucnv.h>
-
+#include "support/IcuDecode.h"
 #include "support/TextPrinters.h"
 
 namespace {
 
 using testing_support::TextError;
 
-// ICU's converter for a single-byte encoding, byte by byte.
 std::u16string IcuDecode(char const* name, std::string const& bytes)
 {
-    UErrorCode status = U_ZERO_ERROR;
-    UConverter* const converter = ucnv_open(name, &status);
-    std::u16string result(bytes.size() + 1, u'\0');
-    int const length = ucnv_toUChars(converter, result.data(), static_cast<int>(result.size()), bytes.data(),
-                                     static_cast<int>(bytes.size()), &status);
-    ucnv_close(converter);
-    result.resize(static_cast<std::size_t>(length));
-    return result;
-}
-
-std::string AllBytes()
-{
-    std::string bytes;
-    for (int b = 0; b < 256; ++b) {
-        bytes += static_cast<char>(b);
-    }
-    return bytes;
+    return icu_reference::Decode(name, bytes).text;
 }
 
 TEST(TStringConvert, LatinEncodingsAreIcus)
 {
-    std::string const bytes = AllBytes();
+    std::string bytes(256, '\0');
+    std::iota(bytes.begin(), bytes.end(), '\0');
     TStringCore const latin1 = TStringCore::fromLatin1(bytes.data(), 256);
     TStringCore const latin9 = TStringCore::fromLatin9(bytes.data(), 256);
     EXPECT_EQ(latin1.toStdUString(), IcuDecode("ISO-8859-1", bytes));

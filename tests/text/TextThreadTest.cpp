@@ -1,30 +1,18 @@
 // What threads may do with texts at once; run under ThreadSanitizer as well.
 
 #include <atomic>
-#include <thread>
 #include <vector>
 
 #include "support/TextPrinters.h"
+#include "support/Threads.h"
 
 namespace {
-
-template<class F>
-void OnThreads(int count, F f)
-{
-    std::vector<std::thread> threads;
-    for (int i = 0; i < count; ++i) {
-        threads.emplace_back([&f, i] { f(i); });
-    }
-    for (auto& thread : threads) {
-        thread.join();
-    }
-}
 
 // Copies of one block are taken, written and dropped on all threads; the original stays as it was.
 TEST(TextThreads, CopiesOfOneBlockAreIndependent)
 {
     TStringCore const original(u'x', 100);
-    OnThreads(4, [&](int id) {
+    InParallel(4, [&](int id) {
         auto const own = static_cast<char16_t>(u'a' + id);
         for (int i = 0; i < 3000; ++i) {
             TStringCore copy = original;
@@ -43,7 +31,7 @@ TEST(TextThreads, OwnershipMovesBetweenThreads)
 {
     for (int round = 0; round < 300; ++round) {
         std::vector<TStringCore> copies(4, TStringCore(u'x', 200));
-        OnThreads(4, [&](int id) {
+        InParallel(4, [&](int id) {
             TStringCore mine = std::move(copies[static_cast<std::size_t>(id)]);
             mine[0] = u'y';
             ASSERT_EQ(mine[1], u'x');
@@ -55,7 +43,7 @@ TEST(TextThreads, OwnershipMovesBetweenThreads)
 TEST(TextThreads, FirstUseFromManyThreads)
 {
     std::atomic<int> spaces{0};
-    OnThreads(4, [&](int id) {
+    InParallel(4, [&](int id) {
         int found = 0;
         for (char32_t c = 0; c < 0x3100; ++c) {
             found += TCType::isSpace(static_cast<char16_t>(c)) ? 1 : 0;

@@ -2,9 +2,6 @@
 #include <memory>
 #include <string>
 
-#include <qvxsys/TThreadPool.h>
-#include <qvxsys/Tasks.h>
-
 #include "TaskSupport.h"
 
 using namespace AsyncTask;
@@ -157,8 +154,7 @@ TEST(Coroutine, HasAnEventThatItsFutureCancels)
 
 TEST(Coroutine, SwitchesThreads)
 {
-    TThreadPool pool(1, nullptr, nullptr);
-    TThreadPool* const before = TestHooks::SwapThreadPool(&pool);
+    Workers workers(1);
     auto const body = []() -> Future<bool> {
         bool const at = TThreadPool::Get().IsThreadPoolThread();
         co_await SwitchTo(Launch::PoolOnly);
@@ -173,7 +169,6 @@ TEST(Coroutine, SwitchesThreads)
                     }()
                                        .Get();
                 }).Get());
-    pool.JoinAll(std::chrono::milliseconds(0xFFFFFFFF));
+    workers.Pool().JoinAll(kNoLimit);
     EXPECT_THROW(body().Get(), BrokenPromiseException);
-    TestHooks::SwapThreadPool(before);
 }

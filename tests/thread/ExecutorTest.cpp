@@ -1,4 +1,4 @@
-#include "PoolSupport.h"
+#include "TaskSupport.h"
 
 #include <algorithm>
 #include <atomic>
@@ -12,8 +12,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using AsyncTask::Launch;
-using testing_support::ConfiguredPool;
-using testing_support::kNoLimit;
 
 TEST(ManualExecutor, RunsWorkOneByOne)
 {
@@ -45,9 +43,10 @@ TEST(ManualExecutor, RefusesAsABusyPoolDoes)
     AsyncTask::ManualExecutor executor;
     executor.SetThreads(1);
     EXPECT_TRUE(AsyncTask::ScheduleOnThreadPool([] {}, Launch::PoolOrDedicated));
-    EXPECT_FALSE(AsyncTask::ScheduleOnThreadPool([] {}, Launch::PoolOrDedicated));
-    EXPECT_TRUE(AsyncTask::ScheduleOnThreadPool([] {}, Launch::PoolQueued));
-    AsyncTask::RunOnDedicatedThread([] {});
+    for (std::uint32_t launch = 0; launch < 8; ++launch) {
+        bool const queued = launch == 4 || launch == 5; // PoolQueued, PoolOnly
+        EXPECT_EQ(AsyncTask::ScheduleOnThreadPool([] {}, static_cast<Launch>(launch)), queued) << launch;
+    }
     EXPECT_EQ(executor.RunAll(), 3U);
     AsyncTask::RunOnDedicatedThread([] {});
     EXPECT_TRUE(AsyncTask::ScheduleOnThreadPool([] {}, Launch::PoolOrDedicated));
@@ -176,7 +175,7 @@ TEST(CallAfter, ForgetsOrMakesEachCall)
     AsyncTask::CallAfter(3ms, [&last] { last.Signal(); });
     last.Wait();
     EXPECT_EQ(made + forgotten, kThreads * kCalls);
-    FailedChecks::In([] { EXPECT_EQ(AsyncTask::CallAfter(0ms, nullptr), 0U); }, FailedChecks::Hook::Returns);
+    FailedCheck([] { EXPECT_EQ(AsyncTask::CallAfter(0ms, nullptr), 0U); }, HookThat::Returns);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "PoolSupport.h"
+#include "TaskSupport.h"
 
 #include <algorithm>
 #include <atomic>
@@ -11,8 +11,6 @@
 #include <vector>
 
 namespace {
-
-using testing_support::ConfiguredPool;
 
 /// Runs a loop and expects each index exactly once.
 template<class Index>
@@ -43,21 +41,17 @@ TEST(ParallelFor, RunsEachIndexOnce)
     }
 }
 
-TEST(ParallelFor, WorksWithoutAPool)
-{
-    ASSERT_FALSE(TThreadPool::IsAvailable());
-    auto const self = std::this_thread::get_id();
-    int runs = 0;
-    AsyncTask::ParallelFor(0, 100'000, [&](int) {
-        ASSERT_EQ(std::this_thread::get_id(), self);
-        ++runs;
-    });
-    EXPECT_EQ(runs, 100'000);
-}
-
 TEST(ParallelFor, GetsHelpWhereTheGrainSaysSo)
 {
     EXPECT_EQ(AsyncTask::MostLoopThreads(), 1U) << "without a pool";
+    std::vector<int> order;
+    auto const expectInOrder = [&order] {
+        order.clear();
+        AsyncTask::ParallelFor(
+            0, 1000, [&](int i) { order.push_back(i); }, 1);
+        EXPECT_TRUE(order.size() == 1000 && std::is_sorted(order.begin(), order.end()));
+    };
+    expectInOrder();
     ConfiguredPool const pool(1);
     if (AsyncTask::MostLoopThreads() < 2) {
         GTEST_SKIP() << "one processor: no help";
@@ -79,11 +73,8 @@ TEST(ParallelFor, GetsHelpWhereTheGrainSaysSo)
     EXPECT_EQ(runs, 2);
 
     AsyncTask::SetParallelExecution(false);
-    std::vector<int> order;
-    AsyncTask::ParallelFor(
-        0, 1000, [&](int i) { order.push_back(i); }, 1);
+    expectInOrder();
     AsyncTask::SetParallelExecution(true);
-    EXPECT_TRUE(order.size() == 1000 && std::is_sorted(order.begin(), order.end()));
 }
 
 TEST(ParallelFor, ThrowsTheFirstExceptionAndStops)
@@ -270,17 +261,16 @@ TEST(ParallelForThread, ThrowsWhatCameFirstWhenAllHaveRun)
 
 TEST(ParallelForThread, EndsWhereTheCallerThrows)
 {
+    auto const self = std::this_thread::get_id();
     for (unsigned int const threads : {0U, 2U}) {
-        auto const self = std::this_thread::get_id();
         std::atomic<unsigned long long> last = 0;
-        EXPECT_THROW(ParallelForThread(threads, 0, 100'000,
-                                       [&](unsigned long long i) {
-                                           last = std::max(last.load(), i);
-                                           if (std::this_thread::get_id() == self) {
-                                               throw std::out_of_range("here");
-                                           }
-                                       }),
-                     std::out_of_range);
+        auto const throws = [&](unsigned long long i) {
+            last = std::max(last.load(), i);
+            if (std::this_thread::get_id() == self) {
+                throw std::out_of_range("here");
+            }
+        };
+        EXPECT_THROW(ParallelForThread(threads, 0, 100'000, throws), std::out_of_range);
         EXPECT_LT(last, 99'999U) << threads;
     }
 }

@@ -1,4 +1,4 @@
-#include "PoolSupport.h"
+#include "TaskSupport.h"
 
 #include <algorithm>
 #include <atomic>
@@ -12,19 +12,9 @@
 namespace {
 
 using namespace std::chrono_literals;
-using testing_support::Blockers;
-using testing_support::ConfiguredPool;
-using testing_support::kNoLimit;
 
 constexpr auto kIfIdle = TThreadPoolWork::IfIdle;
 constexpr auto kQueue = TThreadPoolWork::Queue;
-
-void YieldUntil(std::function<bool()> const& condition)
-{
-    while (!condition()) {
-        std::this_thread::yield();
-    }
-}
 
 TEST(ThreadPool, IsMadeByTheFirstGetAsConfigured)
 {
@@ -48,12 +38,12 @@ TEST(ThreadPool, IsMadeByTheFirstGetAsConfigured)
 
 TEST(ThreadPool, ReportsMisuse)
 {
-    EXPECT_EQ(FailedChecks::In([] { static_cast<void>(TThreadPool::Get()); }),
+    EXPECT_EQ(FailedCheck([] { static_cast<void>(TThreadPool::Get()); }),
               "qvxsys/main/thread/TThreadPool 67: g_numThreads > 0");
     TThreadPool pool(1, nullptr, nullptr);
-    EXPECT_EQ(FailedChecks::In([&] { pool.AddWork(nullptr, kQueue); }), "qvxsys/main/thread/TThreadPool 121: func");
+    EXPECT_EQ(FailedCheck([&] { pool.AddWork(nullptr, kQueue); }), "qvxsys/main/thread/TThreadPool 121: func");
     EXPECT_EQ(pool.GetThreadPoolUseCount(), 0U);
-    FailedChecks::In(
+    FailedCheck(
         [&] {
             EXPECT_FALSE(pool.AddWork(nullptr, kIfIdle));
             TThreadPool& none = TThreadPool::Get();
@@ -61,9 +51,9 @@ TEST(ThreadPool, ReportsMisuse)
             EXPECT_FALSE(none.AddWork([] {}, kIfIdle));
             EXPECT_TRUE(TThreadPool::Shutdown(kNoLimit));
         },
-        FailedChecks::Hook::Returns);
+        HookThat::Returns);
     EXPECT_TRUE(pool.JoinAll(kNoLimit));
-    EXPECT_EQ(FailedChecks::In([&] { EXPECT_FALSE(pool.AddWork(nullptr, kQueue)); }), "") << "closed comes first";
+    EXPECT_EQ(FailedCheck([&] { EXPECT_FALSE(pool.AddWork(nullptr, kQueue)); }), "") << "closed comes first";
 }
 
 TEST(ThreadPool, AcceptsUnforcedWorkWhileAThreadIsFree)
@@ -77,10 +67,12 @@ TEST(ThreadPool, AcceptsUnforcedWorkWhileAThreadIsFree)
         auto const resource = std::make_shared<int>();
         EXPECT_FALSE(pool.AddWork([resource] { FAIL(); }, kIfIdle));
         EXPECT_FALSE(pool.AddWork([resource] { FAIL(); }, static_cast<TThreadPoolWork>(2)));
+        EXPECT_FALSE(pool.IsThreadPoolThread());
         EXPECT_EQ(resource.use_count(), 1) << "refused work is destroyed";
         EXPECT_EQ(pool.GetThreadPoolUseCount(), threads);
         std::atomic<bool> ran = false;
-        EXPECT_TRUE(pool.AddWork([&ran] { ran = true; }, kQueue));
+        TThreadPool const other(0, nullptr, nullptr);
+        EXPECT_TRUE(pool.AddWork([&] { ran = pool.IsThreadPoolThread() && !other.IsThreadPoolThread(); }, kQueue));
         EXPECT_EQ(pool.GetThreadPoolUseCount(), threads + 1);
         blockers.AwaitAll();
         EXPECT_FALSE(ran);
@@ -114,20 +106,6 @@ TEST(ThreadPool, RunsWhatIsQueuedInOrderAndThenLeaves)
     EXPECT_EQ(resource.use_count(), 1) << "work is destroyed when it has run";
 }
 
-TEST(ThreadPool, IsRefusedInsteadOfDeadlockedWhileItIsJoined)
-{
-    ConfiguredPool const configured(1);
-    bool refused = false;
-    TThreadPool::Get().AddWork(
-        [&] {
-            YieldUntil([&] { return !TThreadPool::Get().AddWork([] {}, kQueue); });
-            refused = !AsyncTask::ScheduleOnThreadPool([] {}, AsyncTask::Launch::PoolOnly);
-        },
-        kQueue);
-    EXPECT_TRUE(TThreadPool::Shutdown(kNoLimit));
-    EXPECT_TRUE(refused);
-}
-
 TEST(ThreadPool, GoesWhileItsThreadsStillRun)
 {
     auto const left = std::make_shared<TCountdownEvent>(2);
@@ -142,25 +120,31 @@ TEST(ThreadPool, GoesWhileItsThreadsStillRun)
     left->Wait();
 }
 
-TEST(ThreadPool, StaysClosedForWhoeverKnewItWhenShutdownTimedOut)
+TEST(ThreadPool, RefusesWhatComesWhileItIsJoinedAndAfterwards)
 {
     ConfiguredPool const configured(1);
-    TThreadPool& pool = TThreadPool::Get();
-    TEvent go;
-    TEvent ended;
-    bool accepted = true;
-    pool.AddWork(
-        [&] {
-            go.Wait();
-            accepted = pool.AddWork([] {}, kQueue);
-            ended.Signal();
-        },
-        kQueue);
-    EXPECT_FALSE(TThreadPool::Shutdown(0ms));
-    EXPECT_NE(&TThreadPool::Get(), &pool) << "a new one";
-    go.Signal();
-    ended.Wait();
-    EXPECT_FALSE(accepted);
+    for (bool const inTime : {true, false}) {
+        TThreadPool& pool = TThreadPool::Get();
+        TEvent go;
+        TEvent ended;
+        pool.AddWork(
+            [&] {
+                go.Wait();
+                YieldUntil([&] { return !pool.AddWork([] {}, kQueue); }); // instead of a deadlock
+                EXPECT_TRUE(!inTime || !AsyncTask::ScheduleOnThreadPool([] {}, AsyncTask::Launch::PoolOnly));
+                ended.Signal();
+            },
+            kQueue);
+        if (inTime) {
+            go.Signal();
+            EXPECT_TRUE(TThreadPool::Shutdown(kNoLimit));
+        } else {
+            EXPECT_FALSE(TThreadPool::Shutdown(0ms));
+            EXPECT_NE(&TThreadPool::Get(), &pool) << "a new one; the old one stays for who knew it";
+            go.Signal();
+        }
+        ended.Wait();
+    }
 }
 
 TEST(ThreadPool, RunsExactlyWhatItAcceptedBeforeItClosed)
@@ -182,24 +166,6 @@ TEST(ThreadPool, RunsExactlyWhatItAcceptedBeforeItClosed)
         producers.clear();
         EXPECT_EQ(ran, accepted);
     }
-}
-
-TEST(ThreadPool, KnowsItsThreads)
-{
-    TThreadPool one(1, nullptr, nullptr);
-    TThreadPool other(1, nullptr, nullptr);
-    EXPECT_FALSE(one.IsThreadPoolThread());
-    bool here = false;
-    bool there = true;
-    one.AddWork(
-        [&] {
-            here = one.IsThreadPoolThread();
-            there = other.IsThreadPoolThread();
-        },
-        kQueue);
-    EXPECT_TRUE(one.JoinAll(kNoLimit));
-    EXPECT_TRUE(here);
-    EXPECT_FALSE(there);
 }
 
 TEST(ThreadPool, RunsItemsByTheExecutionHook)
@@ -269,22 +235,6 @@ TEST(ThreadPool, TellsWhatItDoes)
     EXPECT_EQ(after.longestRunning, 0ns);
 }
 
-TEST(ThreadPool, QueuesForLaunchValuesFourAndFive)
-{
-    ConfiguredPool const configured(1);
-    Blockers blocker(1);
-    std::atomic<int> ran = 0;
-    TThreadPool::Get().AddWork(blocker.Item(), kIfIdle);
-    for (std::uint32_t launch = 0; launch < 8; ++launch) {
-        EXPECT_EQ(AsyncTask::ScheduleOnThreadPool([&ran] { ++ran; }, static_cast<AsyncTask::Launch>(launch)),
-                  launch == 4 || launch == 5)
-            << launch;
-    }
-    blocker.Release();
-    EXPECT_TRUE(TThreadPool::Shutdown(kNoLimit));
-    EXPECT_EQ(ran, 2);
-}
-
 /// Every item runs once, whoever adds it and however often the threads fall asleep in between.
 TEST(ThreadPool, LosesNothingUnderLoad)
 {
@@ -319,40 +269,33 @@ TEST(ThreadPool, LosesNothingUnderLoad)
     }
 }
 
-/// One item at a time, added at all moments between the end of the one before and the thread's falling asleep: a lost
-/// wake-up would hang here.
+/// One item at a time, added at all moments between the end of the one before and the threads' falling asleep: a lost
+/// wake-up would hang here. With more threads the items wait for each other, which must not keep one of them from
+/// running.
 TEST(ThreadPool, WakesForEachItem)
 {
-    TThreadPool pool(1, nullptr, nullptr);
-    for (unsigned int i = 0; i < 20'000; ++i) {
-        TEvent done;
-        ASSERT_TRUE(pool.AddWork([&done] { done.Signal(); }, kQueue));
-        done.Wait();
-        for (unsigned int pauses = i % 101; pauses != 0; --pauses) {
-            qvxsys::detail::SpinPause();
+    for (unsigned int const threads : {1U, 4U}) {
+        TThreadPool pool(threads, nullptr, nullptr);
+        for (unsigned int i = 0; i < 20'000 / threads; ++i) {
+            TCountdownEvent all(threads);
+            auto const done = std::make_shared<TCountdownEvent>(threads);
+            for (unsigned int item = 0; item < threads; ++item) {
+                pool.AddWork(
+                    [&all, done] {
+                        all.Signal();
+                        all.Wait();
+                        done->Signal();
+                    },
+                    kQueue);
+            }
+            done->Wait();
+            if (threads != 1 && i % 100 == 0) {
+                YieldUntil([&] { return pool.GetStatistics().sleeping == threads; });
+            }
+            for (unsigned int pauses = i % 101; pauses != 0; --pauses) {
+                qvxsys::detail::SpinPause();
+            }
         }
-    }
-}
-
-/// An item that waits for a later one must not keep it from running on another thread.
-TEST(ThreadPool, UsesAllThreadsForBlockingWork)
-{
-    constexpr unsigned int kThreads = 4;
-    TThreadPool pool(kThreads, nullptr, nullptr);
-    for (int round = 0; round < 50; ++round) {
-        if (round % 2 == 0) {
-            YieldUntil([&] { return pool.GetStatistics().sleeping == kThreads; });
-        }
-        TCountdownEvent all(kThreads);
-        for (unsigned int i = 0; i < kThreads; ++i) {
-            pool.AddWork(
-                [&all] {
-                    all.Signal();
-                    all.Wait();
-                },
-                kQueue);
-        }
-        YieldUntil([&] { return pool.GetThreadPoolUseCount() == 0; });
     }
 }
 
@@ -417,25 +360,6 @@ TEST_F(ThreadPoolDeathTest, ProcessesMayEndWithBusyWorkers)
     EXPECT_EXIT(ExitWithBusyWorkers(), testing::ExitedWithCode(7), "");
 }
 
-TEST(TestHooks, SwapTheSingletons)
-{
-    ConfiguredPool const configured(1);
-    TThreadPool& pool = TThreadPool::Get();
-    TThreadPool mine(2, nullptr, nullptr);
-    EXPECT_EQ(TestHooks::SwapThreadPool(&mine), &pool);
-    EXPECT_EQ(&TThreadPool::Get(), &mine);
-    EXPECT_EQ(TestHooks::SwapThreadPool(&pool), &mine);
-
-    NonThreadPoolWorkerManager manager(nullptr, nullptr);
-    NonThreadPoolWorkerManager* const before = TestHooks::SwapNonThreadPoolManager(&manager);
-    EXPECT_EQ(&NonThreadPoolWorkerManager::Get(), &manager);
-    TEvent done;
-    AsyncTask::RunOnDedicatedThread([&done] { done.Signal(); });
-    done.Wait();
-    EXPECT_EQ(TestHooks::SwapNonThreadPoolManager(before), &manager);
-    EXPECT_TRUE(manager.Close(kNoLimit));
-}
-
 TEST(NonThreadPoolWorkerManager, CountsAndWaits)
 {
     std::atomic<int> starts = 0;
@@ -457,7 +381,7 @@ TEST(NonThreadPoolWorkerManager, CountsAndWaits)
         EXPECT_EQ(manager.GetThreadCount(), 0U);
         EXPECT_EQ(resource.use_count(), 1);
         EXPECT_TRUE(manager.Close(0ms));
-        EXPECT_EQ(FailedChecks::In([&] { manager.RunTask(nullptr); }).empty(), false);
+        EXPECT_EQ(FailedCheck([&] { manager.RunTask(nullptr); }).empty(), false);
     }
     EXPECT_EQ(exits, 2);
 }

@@ -1,38 +1,12 @@
-#include "PoolSupport.h"
+#include "TaskSupport.h"
+
+#include "support/FailingNew.h"
 
 #include <array>
 #include <atomic>
-#include <cstdlib>
-#include <new>
 #include <pthread.h>
 #include <string>
 #include <system_error>
-
-namespace {
-
-using testing_support::ConfiguredPool;
-using testing_support::kNoLimit;
-
-thread_local int t_newsLeft = -1; // calls of operator new on this thread before one fails; negative: none does
-
-} // namespace
-
-[[gnu::noinline]] void* operator new(std::size_t bytes)
-{
-    bool const fails = t_newsLeft >= 0 && t_newsLeft-- == 0;
-    void* const memory = fails ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
-    return memory != nullptr ? memory : throw std::bad_alloc();
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept
-{
-    std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace {
 
@@ -85,10 +59,9 @@ TEST(ParallelFor, RunsWhereHelpersCannotBeAsked)
             GTEST_SKIP() << "one processor: no help";
         }
         std::atomic<int> runs = 0;
-        t_newsLeft = news;
+        FailingNew const failing(news);
         AsyncTask::ParallelFor(
             0, 1000, [&](int) { ++runs; }, 1);
-        t_newsLeft = -1;
         EXPECT_EQ(runs, 1000) << news;
     }
 }

@@ -3,8 +3,6 @@
 #include <thread>
 #include <vector>
 
-#include <qvxsys/SharedState.h>
-
 #include "TaskSupport.h"
 
 using namespace AsyncTask;
@@ -37,21 +35,11 @@ int Thrown(SharedStateBase const& state)
 
 } // namespace
 
-TEST(SharedState, BeginsWithNothing)
-{
-    State state;
-    EXPECT_FALSE(state.IsReady() || state.HasException() || state.IsCancelled() || state.IsDeferred());
-    EXPECT_FALSE(state.TryTakingDeferredOwnership());
-    EXPECT_EQ(state.GetWhenCanceled(), WhenCanceled(0));
-    EXPECT_FALSE(state.GetIgnoreCancelBeforeStart());
-    EXPECT_FALSE(state.WaitFor(std::chrono::milliseconds(0)));
-    state.CheckForException();
-    state.SignalCancelEventIfSet();
-}
-
 TEST(SharedState, TellsWaitersAndCallbacks)
 {
     State state;
+    EXPECT_FALSE(state.IsReady() || state.HasException() || state.IsCancelled() || state.IsDeferred());
+    EXPECT_FALSE(state.TryTakingDeferredOwnership() || state.WaitFor(std::chrono::milliseconds(0)));
     int key = 0, kept = 0, removed = 0;
     state.AddOnReadyCallback(&key, [&kept] { ++kept; });
     state.AddOnReadyCallback(&removed, [&removed] { ++removed; });
@@ -84,13 +72,7 @@ TEST(SharedState, DeferredWorkIsTakenOnce)
     state.SetDeferred();
     EXPECT_TRUE(state.IsDeferred());
     std::atomic<int> taken = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] { taken += state.TryTakingDeferredOwnership(); });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    InParallel(4, [&](int) { taken += state.TryTakingDeferredOwnership(); });
     EXPECT_EQ(taken, 1);
     EXPECT_FALSE(state.IsDeferred());
 }
@@ -111,38 +93,26 @@ TEST(SharedState, CancelEventCallsTheOnCancelFunction)
     state.RemoveCancelOnSignalCallback();
     event->Signal();
     EXPECT_EQ(called, 1);
-}
-
-TEST(SharedState, CancelledBeforeItHasAnEvent)
-{
-    State state;
-    state.Cancel();
-    auto const event = MakeRefCnt<TCancelEvent>();
-    state.SetCancelEvent(event);
-    EXPECT_TRUE(event->IsSet() && state.IsCancelled());
+    // Cancelled before it has one.
+    State cancelled;
+    cancelled.Cancel();
+    auto const late = MakeRefCnt<TCancelEvent>();
+    cancelled.SetCancelEvent(late);
+    EXPECT_TRUE(late->IsSet() && cancelled.IsCancelled());
 }
 
 TEST(SharedState, Checks)
 {
     auto const set = [](State& state) { state.SetCancelEvent(MakeRefCnt<TCancelEvent>()); };
-    for (auto const kind : {FailedChecks::Hook::Throws, FailedChecks::Hook::Returns}) {
+    for (auto const kind : {HookThat::Throws, HookThat::Returns}) {
         State state;
-        EXPECT_EQ(FailedChecks::In([&] { state.AssertIsReady(); }, kind),
+        EXPECT_EQ(FailedCheck([&] { state.AssertIsReady(); }, kind),
                   "qvxsys/main/thread/SharedState 135: m_ready->IsSet()");
-        EXPECT_TRUE(FailedChecks::In([&] { state.RemoveCancelOnSignalCallback(); }, kind).ends_with(": m_ptr"));
+        EXPECT_TRUE(FailedCheck([&] { state.RemoveCancelOnSignalCallback(); }, kind).ends_with(": m_ptr"));
         set(state);
-        EXPECT_EQ(FailedChecks::In([&] { set(state); }, kind), "qvxsys/main/thread/SharedState 66: !m_cancel");
+        EXPECT_EQ(FailedCheck([&] { set(state); }, kind), "qvxsys/main/thread/SharedState 66: !m_cancel");
         state.RemoveCancelOnSignalCallback(); // the lock is free again
     }
-}
-
-TEST(SharedState, InvalidFutureKeepsItsClass)
-{
-    InvalidFutureException const e(TError::ErrorInfo::TestError());
-    EXPECT_EQ(e.GetMessagesFront(), u"InvalidFuture");
-    EXPECT_THROW(e.Throw(), InvalidFutureException);
-    std::unique_ptr<QuorvexException> const clone(e.Clone());
-    EXPECT_NE(dynamic_cast<InvalidFutureException*>(clone.get()), nullptr);
 }
 
 TEST(Hooks, ExceptionHookMapsWhatIsThrown)
@@ -162,37 +132,4 @@ TEST(Hooks, ExceptionHookMapsWhatIsThrown)
     });
     EXPECT_EQ(Thrown(state), 9);
     EXPECT_EQ(Thrown(state), 1);
-}
-
-TEST(Hooks, ExecutionHookReplacesWork)
-{
-    int runs = 0;
-    std::vector<bool> flags;
-    _ApplyExecutionHook([&runs] { ++runs; }, true)();
-    EXPECT_EQ(runs, 1);
-    SetExecutionHook([&](std::function<void()> work, bool flag) -> std::function<void()> {
-        flags.push_back(flag);
-        return [&runs, work = std::move(work)] {
-            work();
-            runs += 10;
-        };
-    });
-    _ApplyExecutionHook([&runs] { ++runs; }, true)();
-    static_cast<void>(_ApplyExecutionHook([&runs] { ++runs; }, false));
-    SetExecutionHook(nullptr);
-    EXPECT_EQ(runs, 12);
-    EXPECT_EQ(flags, (std::vector<bool>{true, false}));
-}
-
-TEST(Hooks, CreatedHookSeesTheState)
-{
-    auto const state = std::make_shared<State>();
-    std::weak_ptr<SharedStateBase> seen;
-    _ApplyOnSharedStateCreatedHook(state);
-    SetOnSharedStateCreatedHook([&seen](std::weak_ptr<SharedStateBase> created) { seen = std::move(created); });
-    EXPECT_TRUE(_HasOnSharedStateCreatedHook());
-    _ApplyOnSharedStateCreatedHook(state);
-    SetOnSharedStateCreatedHook({});
-    EXPECT_FALSE(_HasOnSharedStateCreatedHook());
-    EXPECT_EQ(seen.lock(), state);
 }

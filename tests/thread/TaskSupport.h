@@ -1,52 +1,25 @@
 #pragma once
-// What the tests of tasks share.
+// What the tests of tasks and pools share.
+
+#include <chrono>
+#include <functional>
+#include <thread>
 
 #include <gtest/gtest.h>
+#include <qvxsys/qvxsys.h>
 
-#include <qvxsys/AsyncTaskTls.h>
-#include <qvxsys/LogicException.h>
-#include <qvxsys/TEvent.h>
-#include <qvxsys/TStringCore.h>
+#include "support/LogicAsserts.h"
+#include "support/Threads.h"
 
-/// The check that fails in `body`, as "FILE LINE: CONDITION"; "" when none does. By a hook that throws, or, to see what
-/// the code behind the check does, one that returns.
-class FailedChecks
+inline constexpr std::chrono::milliseconds kNoLimit = std::chrono::milliseconds::max();
+
+/// The check that fails in `body`, as "FILE LINE: CONDITION"; "" when none does.
+template<class Body>
+std::string FailedCheck(Body const& body, HookThat does = HookThat::Throws)
 {
-public:
-    enum class Hook { Throws, Returns };
-
-    template<class Body>
-    static std::string In(Body const& body, Hook kind = Hook::Throws)
-    {
-        Found() = "";
-        AssertHooks::Hook const before = AssertHooks::GetLogicAssertHook();
-        AssertHooks::SetLogicAssertHook(kind == Hook::Throws ? &Throw : &Return);
-        try {
-            body();
-        } catch (Thrown const&) {
-        }
-        AssertHooks::SetLogicAssertHook(before);
-        return Found();
-    }
-
-private:
-    struct Thrown
-    {};
-    static std::string& Found()
-    {
-        static std::string found;
-        return found;
-    }
-    static void Return(char const* file, int line, char const* condition)
-    {
-        Found() = std::string(file) + " " + std::to_string(line) + ": " + condition;
-    }
-    static void Throw(char const* file, int line, char const* condition)
-    {
-        Return(file, line, condition);
-        throw Thrown();
-    }
-};
+    auto const raised = AssertRaisedBy(body, does);
+    return raised ? raised->file + " " + std::to_string(raised->line) + ": " + raised->condition : "";
+}
 
 /// Signals an event when its thread is about to sleep.
 class TellsOfBlocking : public AsyncTask::IWaitHandler
@@ -71,3 +44,69 @@ TStringCore MessageOf(Body const& body)
     }
     return {};
 }
+
+/// The process has a pool of so many threads, and a manager, as long as this lives.
+class Workers
+{
+public:
+    explicit Workers(unsigned int threads)
+        : m_pool(threads, nullptr, nullptr), m_manager(nullptr, nullptr),
+          m_poolBefore(TestHooks::SwapThreadPool(&m_pool)),
+          m_managerBefore(TestHooks::SwapNonThreadPoolManager(&m_manager))
+    {}
+    Workers(Workers const&) = delete;
+    Workers& operator=(Workers const&) = delete;
+    ~Workers()
+    {
+        m_pool.JoinAll(kNoLimit);
+        m_manager.Close(kNoLimit);
+        TestHooks::SwapThreadPool(m_poolBefore);
+        TestHooks::SwapNonThreadPoolManager(m_managerBefore);
+    }
+    TThreadPool& Pool() { return m_pool; }
+    NonThreadPoolWorkerManager& Manager() { return m_manager; }
+
+private:
+    TThreadPool m_pool;
+    NonThreadPoolWorkerManager m_manager;
+    TThreadPool* m_poolBefore;
+    NonThreadPoolWorkerManager* m_managerBefore;
+};
+
+/// The process's own pool while a test runs.
+class ConfiguredPool
+{
+public:
+    explicit ConfiguredPool(unsigned int threads) { TThreadPool::Configure(threads, nullptr, nullptr, nullptr); }
+    ~ConfiguredPool()
+    {
+        TThreadPool::Shutdown(kNoLimit);
+        TThreadPool::Configure(0, nullptr, nullptr, nullptr);
+    }
+    ConfiguredPool(ConfiguredPool const&) = delete;
+    ConfiguredPool& operator=(ConfiguredPool const&) = delete;
+};
+
+/// Items that run until they are let go.
+class Blockers
+{
+public:
+    explicit Blockers(unsigned int count) : m_started(count) {}
+    ~Blockers() { Release(); }
+    Blockers(Blockers const&) = delete;
+    Blockers& operator=(Blockers const&) = delete;
+
+    [[nodiscard]] std::function<void()> Item()
+    {
+        return [this] {
+            m_started.Signal();
+            m_go.Wait();
+        };
+    }
+    void AwaitAll() { m_started.Wait(); }
+    void Release() { m_go.Signal(); }
+
+private:
+    TCountdownEvent m_started;
+    TEvent m_go;
+};
