@@ -67,9 +67,9 @@ public:
     requires(!std::derived_from<T, TStringCore>) TPathCore(T const& text) : m_text(text) { Normalize(); }
     /// The same as the constructor.
     [[nodiscard]] static TPathCore fromWindows(TStringCore const& text) { return TPathCore(text); }
-    /// The elements one after the other, with a '/' between two that neither ends nor begins with one (so none behind a
-    /// root name that "/" follows), treated as a constructor's text. Of toVector() it makes the path again, but for
-    /// doubled separators behind the first name, a '/' at the end, and drives without one: "C:", "a" becomes "C:/a".
+    /// Appends the elements one after the other (see Append()), each made a path first; what comes of it is treated as
+    /// a constructor's text. Of toVector() it makes the path again, but for doubled separators behind the first name, a
+    /// '/' at the end, and drives without one: "C:", "a" becomes "C:/a".
     [[nodiscard]] static TPathCore fromVector(std::vector<TStringCore> const& elements);
     TPathCore(TPathCore const&) noexcept = default;
     TPathCore(TPathCore&&) noexcept = default;

@@ -23,8 +23,8 @@ constexpr char16_t Escaped(char byte) noexcept
     return static_cast<char16_t>(kEscape + static_cast<unsigned char>(byte));
 }
 
-// The bytes of the code point at the beginning of `bytes` (which is not empty), and the code point; 0 where it is
-// malformed: the table of well-formed sequences in the Unicode Standard, section 3.9.
+// The bytes of the code point at the beginning of `bytes` (which is not empty), and the code point; 0, and any `c`,
+// where it is malformed: the table of well-formed sequences in the Unicode Standard, section 3.9.
 int DecodeUtf8(std::string_view bytes, char32_t& c) noexcept
 {
     auto const at = [bytes](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
@@ -69,11 +69,10 @@ void AppendUtf8(std::string& bytes, char32_t c)
     }
 }
 
-// Whether the text up to the ':' at its end is a drive's root name.
-bool IsDrive(TStringCore const& text)
+// Whether the text up to the ':' at its end is a drive's root name ("//abc:" is a server's).
+bool IsDrive(TStringView text) noexcept
 {
-    TStringView const units = text;
-    return (units.size() == 2 || units.size() == 6) && RootOf(units).name == units.length();
+    return text.length() == (IsExtended(text) ? 6 : 2) && RootOf(text).name == text.length();
 }
 
 } // namespace
@@ -91,7 +90,7 @@ TPathCore qvxsys::detail::PathFromBytes(std::string_view bytes)
             text.append(c);
         }
         bytes.remove_prefix(length == 0 ? 1 : static_cast<std::size_t>(length));
-        if (c == U':' && !(IsDrive(text) && (bytes.empty() || bytes[0] == '/'))) {
+        if (length == 1 && c == U':' && !(IsDrive(text) && (bytes.empty() || bytes[0] == '/'))) {
             text.data()[text.length() - 1] = Escaped(':');
         }
     }
