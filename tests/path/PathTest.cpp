@@ -92,36 +92,28 @@ TEST(PathRules, EveryShortText)
     }
 }
 
-// The names of POSIX are the simplest paths: for those the standard library has the same rules on every system.
-TEST(PathRules, AsTheStandardLibrary)
+// The names of POSIX are the simplest paths: their lexical forms are those of the standard library on every system.
+TEST(PathLexical, AsTheStandardLibrary)
 {
     std::mt19937 random(42);
     auto const text = [&random](bool rooted) {
         std::string result = rooted ? "/" : "";
         for (auto n = 1 + random() % 7; n > 0; --n) {
-            static constexpr char const* kNames[] = {"a", "b", ".", "..", "c.d.e", ".f", "g.", "..."};
-            result += std::string(kNames[random() % 8]) + (n > 1 ? "/" : "");
+            static constexpr char const* kNames[] = {"a", "b", ".", "..", "c.d", "..."};
+            result += std::string(kNames[random() % 6]) + (n > 1 ? "/" : "");
         }
         return result;
     };
-    // Normal forms have a '/' at the end where something was taken back.
+    // The standard's normal forms have a '/' at the end where something was taken back.
     auto const own = [](fs::path const& path) { return TPathCore(path.generic_string()); };
+    auto const plain = [own](fs::path const& path) { return fs::path(own(path).GenericString().toStdString()); };
     for (int i = 0; i < 20'000; ++i) {
         bool const rooted = random() % 2 != 0;
-        fs::path const theirs = text(rooted), base = fs::path(text(rooted)).lexically_normal();
-        TPathCore const ours = own(theirs);
-        ASSERT_EQ(ours.Filename(), own(theirs.filename())) << theirs;
-        ASSERT_EQ(ours.Parent(), own(theirs.parent_path())) << theirs;
-        if (ours.Filename() != u"...") {
-            ASSERT_EQ(ours.HasExtension() ? u'.' + ours.Extension() : u""_qs, own(theirs.extension())) << theirs;
-        }
-        ASSERT_EQ(ours.LexicallyNormal(), own(theirs.lexically_normal())) << theirs;
+        fs::path const path = text(rooted), base = plain(fs::path(text(rooted)).lexically_normal());
+        ASSERT_EQ(own(path).LexicallyNormal(), own(path.lexically_normal())) << path;
         if (*base.begin() != "..") { // where the standard's answer does not lead back
-            auto const plain = [own](fs::path const& path) {
-                return fs::path(own(path).GenericString().toStdString());
-            };
-            fs::path const relative = plain(theirs.lexically_normal()).lexically_relative(plain(base));
-            ASSERT_EQ(ours.LexicallyRelative(own(base)), own(relative.lexically_normal())) << theirs << ' ' << base;
+            fs::path const relative = plain(path.lexically_normal()).lexically_relative(base);
+            ASSERT_EQ(own(path).LexicallyRelative(own(base)), own(relative.lexically_normal())) << path << ' ' << base;
         }
     }
 }
@@ -159,6 +151,7 @@ TEST(PathIterator, Misuse)
         {0x6C884971, -1, u"", kDown},
         {0x2BC6B9CE, 3, u"C:/directory/file", kDown},
         {0x2BC6B9CE, 3, u"", kDown}};
+    TStackWalker::InitSym(true);
     for (auto const& [code, element, changed, act] : cases) {
         TPathCore path = kSame;
         Iterator it = element < 0 ? path.end() : std::next(path.begin(), element);
@@ -169,26 +162,14 @@ TEST(PathIterator, Misuse)
         } catch (TPathCore::Exception const& e) {
             EXPECT_EQ(e.GetErrorCode(), code);
             EXPECT_EQ(e.GetErrorSource(), 2);
-            EXPECT_EQ(e.GetMessagesVector(), std::vector{messages.at(code)});
+            EXPECT_EQ(e.GetMessagesVector().front(), messages.at(code));
+            EXPECT_TRUE(e.GetConcatenatedMessages().contains(u"path_test!")) << "no call stack";
             std::unique_ptr<QuorvexException> const clone(e.Clone());
             EXPECT_THROW(clone->Throw(), TPathCore::Exception);
         }
     }
-}
-
-TEST(PathIterator, MisuseTellsItsCallStack)
-{
-    TStackWalker::InitSym(true);
-    TPathCore::Exception const without(u"message", TError::ErrorInfo::TestError(), false);
-    TStringCore messages;
-    try {
-        ++TPathCore().end();
-    } catch (TPathCore::Exception const& e) {
-        messages = e.GetConcatenatedMessages();
-    }
+    EXPECT_EQ(TPathCore::Exception(u"alone", TError::ErrorInfo::TestError(), false).GetMessagesVector().size(), 1u);
     TStackWalker::InitSym(false);
-    EXPECT_EQ(without.GetMessagesVector().size(), 1u);
-    EXPECT_TRUE(messages.startsWith(u"TPathCore::iterator trying") && messages.contains(u"path_test!")) << messages;
 }
 
 TEST(PathIterator, EqualityLooksAtTextAndPosition)

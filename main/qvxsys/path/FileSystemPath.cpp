@@ -1,6 +1,6 @@
 #include <qvxsys/FileSystemPath.h>
 
-#include <cstdint>
+#include <algorithm>
 
 #include <qvxsys/CharacterUtils.h>
 
@@ -69,6 +69,14 @@ void AppendUtf8(std::string& bytes, char32_t c)
     }
 }
 
+// How much of a name, from its beginning on, is the same as bytes and as text; all of it, usually.
+template<class Name>
+int PlainLength(Name const& name) noexcept
+{
+    auto const isPlain = [](auto c) { return static_cast<char32_t>(c) < 0x80 && c != '\\' && c != ':'; };
+    return static_cast<int>(std::find_if_not(name.begin(), name.end(), isPlain) - name.begin());
+}
+
 // Whether the text up to the ':' at its end is a drive's root name ("//abc:" is a server's).
 bool IsDrive(TStringView text) noexcept
 {
@@ -79,18 +87,24 @@ bool IsDrive(TStringView text) noexcept
 
 TPathCore qvxsys::detail::PathFromBytes(std::string_view bytes)
 {
-    TStringCore text;
-    text.reserve(CheckedLength(bytes.size()));
+    int const length = CheckedLength(bytes.size());
+    int const plain = PlainLength(bytes);
+    TStringCore text = TStringCore::fromLatin1(bytes.data(), plain);
+    if (plain == length) {
+        return PathAccess::AsIs(static_cast<TStringCore&&>(text));
+    }
+    text.reserve(length);
+    bytes.remove_prefix(static_cast<std::size_t>(plain));
     while (!bytes.empty()) {
         char32_t c = 0;
-        int const length = DecodeUtf8(bytes, c);
-        if (length == 0 || c == U'\\') {
+        int const n = DecodeUtf8(bytes, c);
+        if (n == 0 || c == U'\\') {
             text.append(Escaped(bytes[0]));
         } else {
             text.append(c);
         }
-        bytes.remove_prefix(length == 0 ? 1 : static_cast<std::size_t>(length));
-        if (length == 1 && c == U':' && !(IsDrive(text) && (bytes.empty() || bytes[0] == '/'))) {
+        bytes.remove_prefix(n == 0 ? 1 : static_cast<std::size_t>(n));
+        if (n == 1 && c == U':' && !(IsDrive(text) && (bytes.empty() || bytes[0] == '/'))) {
             text.data()[text.length() - 1] = Escaped(':');
         }
     }
@@ -101,9 +115,10 @@ TPathCore qvxsys::detail::PathFromBytes(std::string_view bytes)
 std::string qvxsys::detail::PathToBytes(TPathCore const& path)
 {
     TStringView const text = path.GenericString();
-    std::string bytes;
+    int const plain = PlainLength(text);
+    std::string bytes(text.begin(), text.begin() + plain);
     bytes.reserve(text.size());
-    for (int i = 0; i < text.length(); ++i) {
+    for (int i = plain; i < text.length(); ++i) {
         char16_t const unit = At(text, i);
         if (CharacterUtils::IsHighSurrogate(unit) && i + 1 < text.length() &&
             CharacterUtils::IsLowSurrogate(At(text, i + 1))) {
