@@ -1,7 +1,5 @@
 #include <qvxsys/FileSystemPath.h>
 
-#include <algorithm>
-
 #include <qvxsys/CharacterUtils.h>
 
 #include "PathAccess.h"
@@ -69,14 +67,6 @@ void AppendUtf8(std::string& bytes, char32_t c)
     }
 }
 
-// How much of a name, from its beginning on, is the same as bytes and as text; all of it, usually.
-template<class Name>
-int PlainLength(Name const& name) noexcept
-{
-    auto const isPlain = [](auto c) { return static_cast<char32_t>(c) < 0x80 && c != '\\' && c != ':'; };
-    return static_cast<int>(std::find_if_not(name.begin(), name.end(), isPlain) - name.begin());
-}
-
 // Whether the text up to the ':' at its end is a drive's root name ("//abc:" is a server's).
 bool IsDrive(TStringView text) noexcept
 {
@@ -85,16 +75,20 @@ bool IsDrive(TStringView text) noexcept
 
 } // namespace
 
+// Both ways, what is well-formed and has nothing to escape, nearly every name, is converted as any text is: several
+// times as fast. U+FFFD in what comes of it tells that it was not, or that the name has one itself.
 TPathCore qvxsys::detail::PathFromBytes(std::string_view bytes)
 {
     int const length = CheckedLength(bytes.size());
-    int const plain = PlainLength(bytes);
-    TStringCore text = TStringCore::fromLatin1(bytes.data(), plain);
-    if (plain == length) {
-        return PathAccess::AsIs(static_cast<TStringCore&&>(text));
+    TStringCore text;
+    if (bytes.find('\\') == bytes.npos && bytes.find(':') == bytes.npos) {
+        text = TStringCore::fromUtf8(bytes.data(), length);
+        if (text.indexOf(CharacterUtils::kReplacement) < 0) {
+            return PathAccess::AsIs(static_cast<TStringCore&&>(text));
+        }
+        text.clear();
     }
     text.reserve(length);
-    bytes.remove_prefix(static_cast<std::size_t>(plain));
     while (!bytes.empty()) {
         char32_t c = 0;
         int const n = DecodeUtf8(bytes, c);
@@ -115,10 +109,12 @@ TPathCore qvxsys::detail::PathFromBytes(std::string_view bytes)
 std::string qvxsys::detail::PathToBytes(TPathCore const& path)
 {
     TStringView const text = path.GenericString();
-    int const plain = PlainLength(text);
-    std::string bytes(text.begin(), text.begin() + plain);
-    bytes.reserve(text.size());
-    for (int i = plain; i < text.length(); ++i) {
+    std::string bytes = path.GenericString().toStdString();
+    if (bytes.find("\xEF\xBF\xBD") == bytes.npos) {
+        return bytes;
+    }
+    bytes.clear();
+    for (int i = 0; i < text.length(); ++i) {
         char16_t const unit = At(text, i);
         if (CharacterUtils::IsHighSurrogate(unit) && i + 1 < text.length() &&
             CharacterUtils::IsLowSurrogate(At(text, i + 1))) {
