@@ -281,8 +281,9 @@ public:
     /// ("//?/Volume{...}/dir") are left alone. LexicallyNormal() of the result is the result.
     [[nodiscard]] TPathCore LexicallyNormal() const;
     /// What leads from `base` to this path, so that (base / result).LexicallyNormal() == LexicallyNormal(); "." for the
-    /// same path. Empty when nothing does: other root paths or shares, or more ".." in `base` than can be undone. (For
-    /// a `base` that is a drive without a root directory, "C:", use + instead of /.)
+    /// same path. Empty when nothing does: other root paths or shares, or more ".." in `base` than can be undone.
+    /// (Where `base` is a root name alone, / would give it a root directory: behind "C:" use +. Paths that have no
+    /// normal form are relative to themselves only, by ".".)
     [[nodiscard]] TPathCore LexicallyRelative(TPathCore const& base) const;
     /// Whether the normal form of this path is that of `folder` or lies below it. The empty path counts as ".".
     [[nodiscard]] bool IsWithin(TPathCore const& folder) const;
