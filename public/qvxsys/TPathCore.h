@@ -67,9 +67,9 @@ public:
     requires(!std::derived_from<T, TStringCore>) TPathCore(T const& text) : m_text(text) { Normalize(); }
     /// The same as the constructor.
     [[nodiscard]] static TPathCore fromWindows(TStringCore const& text) { return TPathCore(text); }
-    /// The elements one after the other, with a '/' between two that neither ends nor begins with one (so none behind a
-    /// root name that "/" follows), treated as a constructor's text. Of toVector() it makes the path again, but for
-    /// doubled separators behind the first name, a '/' at the end, and drives without one: "C:", "a" becomes "C:/a".
+    /// Appends the elements one after the other (see Append()), each made a path first; what comes of it is treated as
+    /// a constructor's text. Of toVector() it makes the path again, but for doubled separators behind the first name, a
+    /// '/' at the end, and drives without one: "C:", "a" becomes "C:/a".
     [[nodiscard]] static TPathCore fromVector(std::vector<TStringCore> const& elements);
     TPathCore(TPathCore const&) noexcept = default;
     TPathCore(TPathCore&&) noexcept = default;
@@ -281,8 +281,9 @@ public:
     /// ("//?/Volume{...}/dir") are left alone. LexicallyNormal() of the result is the result.
     [[nodiscard]] TPathCore LexicallyNormal() const;
     /// What leads from `base` to this path, so that (base / result).LexicallyNormal() == LexicallyNormal(); "." for the
-    /// same path. Empty when nothing does: other root paths or shares, or more ".." in `base` than can be undone. (For
-    /// a `base` that is a drive without a root directory, "C:", use + instead of /.)
+    /// same path. Empty when nothing does: other root paths or shares, or more ".." in `base` than can be undone.
+    /// (Where `base` is a root name alone, / would give it a root directory: behind "C:" use +. Paths that have no
+    /// normal form are relative to themselves only, by ".".)
     [[nodiscard]] TPathCore LexicallyRelative(TPathCore const& base) const;
     /// Whether the normal form of this path is that of `folder` or lies below it. The empty path counts as ".".
     [[nodiscard]] bool IsWithin(TPathCore const& folder) const;

@@ -75,7 +75,7 @@ TStringCore NormalText(TStringView text)
     char16_t* const units = result.data();
     std::copy_n(text.data(), root.Length(), units);
     int length = root.Length();
-    bool isShare = IsUnc(text); // the next name, which is what it is
+    bool isShare = IsUnc(text); // the next name but "."; ".." is what it is
     int kept = root.Length();   // ".." takes back nothing of this
     for (int start = SkipSeparators(text, root.Length()), end = 0; start < text.length();
          start = SkipSeparators(text, end)) {
@@ -84,7 +84,7 @@ TStringCore NormalText(TStringView text)
         bool const isUp = dots == 2 && !isShare;
         if (isUp && length > kept) {
             length = Climbed(units, length, root.Length(), kept);
-        } else if (isShare || (dots != 1 && !(isUp && root.directory))) {
+        } else if (dots != 1 && !(isUp && root.directory)) {
             if (length > root.Length()) {
                 units[length++] = u'/';
             }

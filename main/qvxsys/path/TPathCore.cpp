@@ -64,15 +64,14 @@ void TPathCore::NormalizeText()
 
 TPathCore TPathCore::fromVector(std::vector<TStringCore> const& elements)
 {
-    TStringCore text;
-    auto const isSeparator = [](char16_t c) { return c == u'/' || c == u'\\'; };
+    TPathCore path;
     for (TStringCore const& element : elements) {
-        if (!text.empty() && !element.empty() && !isSeparator(text.view().end()[-1]) && !isSeparator(element.front())) {
-            text.append(u'/');
-        }
-        text.append(element);
+        // The root name of "///share" would be the path "/".
+        bool const isRootName = path.empty() && element.view() == TStringView(u"//", 2);
+        path.Append(isRootName ? qvxsys::detail::PathAccess::AsIs(TStringCore(element)) : TPathCore(element));
     }
-    return TPathCore(static_cast<TStringCore&&>(text));
+    path.Normalize();
+    return path;
 }
 
 TStringCore TPathCore::NativeString() const

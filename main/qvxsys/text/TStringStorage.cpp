@@ -48,7 +48,9 @@ TStringBlock* TStringStorage::Reallocate(TStringBlock* block, int capacity)
     if (block != nullptr && block->capacity == capacity) {
         return block;
     }
-    auto* const result = static_cast<TStringBlock*>(TRealloc(block, sizeof(TStringBlock) + Bytes(capacity)));
+    // Comparing looks at more units (kFirstUnits) than the smallest capacity has.
+    std::size_t const bytes = Bytes(std::max(capacity, static_cast<int>(qvxsys::detail::kFirstUnits)));
+    auto* const result = static_cast<TStringBlock*>(TRealloc(block, sizeof(TStringBlock) + bytes));
     if (result == nullptr) {
         text::Throw("Out of memory");
     }
