@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 
 #include <dwarf.h>
 #include <elfutils/libdwelf.h>
@@ -24,12 +25,27 @@ void HideSections(ElfFile const& file)
     }
 }
 
+/// libdw ends the process when memory runs out and this does not leave. Nothing but dwarf_end may be called after it.
+[[noreturn]] void OutOfMemory()
+{
+    throw std::bad_alloc();
+}
+
+Dwarf* Begin(ElfFile const& file) noexcept
+{
+    Dwarf* const dwarf = ::dwarf_begin_elf(file.Handle(), DWARF_C_READ, nullptr);
+    if (dwarf != nullptr) {
+        ::dwarf_new_oom_handler(dwarf, OutOfMemory);
+    }
+    return dwarf;
+}
+
 } // namespace
 
 LineTables::LineTables(ElfFile const& file, std::vector<std::string> const& folders)
 {
     HideSections(file);
-    m_dwarf = ::dwarf_begin_elf(file.Handle(), DWARF_C_READ, nullptr);
+    m_dwarf = Begin(file);
     char const* name = nullptr;
     void const* id = nullptr;
     ssize_t const size = m_dwarf != nullptr ? ::dwelf_dwarf_gnu_debugaltlink(m_dwarf, &name, &id) : 0;
@@ -37,7 +53,7 @@ LineTables::LineTables(ElfFile const& file, std::vector<std::string> const& fold
         m_commonFile = FindByBuildId({static_cast<char const*>(id), static_cast<std::size_t>(size)}, folders);
     }
     if (m_commonFile) {
-        m_common = ::dwarf_begin_elf(m_commonFile->Handle(), DWARF_C_READ, nullptr);
+        m_common = Begin(*m_commonFile);
         ::dwarf_setalt(m_dwarf, m_common);
     }
 }

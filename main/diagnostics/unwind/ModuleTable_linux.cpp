@@ -11,6 +11,7 @@
 #include <unistd.h>
 #include <unwind.h>
 
+#include "BuildIdNote.h"
 #include "StackCapture.h"
 
 namespace qvxsys::unwind::platform {
@@ -18,29 +19,6 @@ namespace {
 
 // What is in the first page of a module can be read whatever is loaded there: its first segment begins with it.
 constexpr std::uintptr_t kFirstPage = 4096;
-
-/// The bytes of the build-id note among the notes, and their number.
-unsigned char const* FindBuildId(unsigned char const* notes, std::size_t size, std::uint8_t& length) noexcept
-{
-    while (size >= sizeof(ElfW(Nhdr))) {
-        ElfW(Nhdr) header;
-        std::memcpy(&header, notes, sizeof header);
-        std::size_t const name = sizeof header;
-        std::size_t const value = name + ((std::size_t{header.n_namesz} + 3) & ~std::size_t{3});
-        std::size_t const next = value + ((std::size_t{header.n_descsz} + 3) & ~std::size_t{3});
-        if (next > size) {
-            break;
-        }
-        if (header.n_type == NT_GNU_BUILD_ID && header.n_namesz == 4 && std::memcmp(notes + name, "GNU", 4) == 0 &&
-            header.n_descsz > 0 && header.n_descsz <= quorvex::StackModule::kMaxBuildId) {
-            length = static_cast<std::uint8_t>(header.n_descsz);
-            return notes + value;
-        }
-        notes += next;
-        size -= next;
-    }
-    return nullptr;
-}
 
 void ReadBuildId(std::uintptr_t bias, ModuleRecord& record) noexcept
 {
@@ -60,10 +38,11 @@ void ReadBuildId(std::uintptr_t bias, ModuleRecord& record) noexcept
             segment.p_memsz > kFirstPage - (notes - record.begin)) {
             continue;
         }
-        if (auto const* const id =
-                FindBuildId(reinterpret_cast<unsigned char const*>(notes), segment.p_memsz, record.buildIdLength)) {
-            record.buildIdInMemory = id;
-            std::memcpy(record.buildId, id, record.buildIdLength);
+        auto const id = BuildIdIn({reinterpret_cast<unsigned char const*>(notes), segment.p_memsz});
+        if (!id.empty() && id.size() <= quorvex::StackModule::kMaxBuildId) {
+            record.buildIdInMemory = id.data();
+            record.buildIdLength = static_cast<std::uint8_t>(id.size());
+            std::memcpy(record.buildId, id.data(), id.size());
             return;
         }
     }
