@@ -26,9 +26,16 @@ void HideSections(ElfFile const& file)
 }
 
 /// libdw ends the process when memory runs out and this does not leave. Nothing but dwarf_end may be called after it.
-[[noreturn]] void OutOfMemory()
+[[gnu::noreturn]] void OutOfMemory()
 {
     throw std::bad_alloc();
+}
+
+/// It does not look whether it got its small pieces of memory at all, so it is asked only while there is some.
+void WantMemory()
+{
+    constexpr std::size_t kEnough = std::size_t{1} << 20;
+    ::operator delete(::operator new(kEnough)); // not as an expression, which compilers may leave out
 }
 
 Dwarf* Begin(ElfFile const& file) noexcept
@@ -66,6 +73,7 @@ LineTables::~LineTables()
 
 LineTables::Place LineTables::Find(std::uint64_t address, std::size_t& rows)
 {
+    WantMemory();
     Dwarf_Die unit;
     Dwarf_Lines* lines = nullptr;
     std::size_t count = 0;
@@ -88,6 +96,7 @@ LineTables::Place LineTables::Find(std::uint64_t address, std::size_t& rows)
 
 char const* LineTables::FunctionName(std::uint64_t address)
 {
+    WantMemory();
     Dwarf_Die unit;
     Dwarf_Die* scopes = nullptr;
     int const count = FindUnit(address, unit) ? ::dwarf_getscopes(&unit, address, &scopes) : 0;

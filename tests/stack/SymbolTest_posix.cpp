@@ -11,6 +11,10 @@
 #include <sstream>
 #include <thread>
 
+#include <sys/auxv.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <qvxsys/StackTrace.h>
@@ -200,13 +204,20 @@ INSTANTIATE_TEST_SUITE_P(
         return param.param.name + (path.empty() ? "" : "_in_" + path);
     });
 
-TEST(Symbols, ModulesComeAndGoWhileOthersLook)
+TEST(Symbols, ModulesComeAndGoAndProcessesForkWhileOthersLook)
 {
+    // No file has the kernel's own library: it is looked up through the linker.
+    auto const inKernelLibrary = reinterpret_cast<void const*>(::getauxval(AT_SYSINFO_EHDR) + 1024);
+    void (*const atLoad)() = [] { EXPECT_GT(symbols::Resolve(Capture()).size(), 5u); };
+    std::ostringstream number;
+    number << std::hex << reinterpret_cast<std::uintptr_t>(atLoad);
+    ::setenv("SYMBOL_PLUGIN_AT_LOAD", number.str().c_str(), 1);
     std::atomic<bool> done{false};
     std::vector<std::thread> lookers;
     for (int i = 0; i < 3; ++i) {
-        lookers.emplace_back([&done] {
+        lookers.emplace_back([&done, inKernelLibrary] {
             do {
+                EXPECT_NE(symbols::ResolveAddress(inKernelLibrary).Module(), "");
                 EXPECT_NE(symbols::ResolveAddress(reinterpret_cast<void*>(&Ends)).Symbol(), "");
             } while (!done);
         });
@@ -216,8 +227,20 @@ TEST(Symbols, ModulesComeAndGoWhileOthersLook)
         SharedLibrary const library(kVariants + '/' + name);
         auto const frames = FramesIn(name, library);
         EXPECT_TRUE(frames.size() == 2 && frames[0].Symbol() == (round % 2 == 0 ? kInner : ""));
+#if !defined(__SANITIZE_THREAD__)
+        pid_t const child = ::fork();
+        if (child == 0) {
+            ::alarm(30);
+            symbols::ClearCache();
+            ::_exit(symbols::ResolveAddress(reinterpret_cast<void*>(&Ends)).Symbol().empty() ? 1 : 0);
+        }
+        int status = -1;
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+#endif
     }
     done = true;
+    ::unsetenv("SYMBOL_PLUGIN_AT_LOAD");
     for (std::thread& looker : lookers) {
         looker.join();
     }
