@@ -69,8 +69,14 @@ public:
             }
             return;
         }
-        CatchUp();
+        // The linker's list is looked at under one of our locks always: a child that is forked meanwhile could never
+        // look at it again (glibc leaves that lock of its own as it was).
         std::shared_lock lock(m_cacheMutex);
+        if (ModuleGeneration() != m_generation.load(std::memory_order_acquire)) {
+            lock.unlock();
+            Refresh();
+            lock.lock();
+        }
         for (std::size_t i = 0; i < addresses.size(); ++i) {
             std::uintptr_t const key = reinterpret_cast<std::uintptr_t>(addresses[i]) - step;
             auto const found = m_recent.find(key);
@@ -102,12 +108,6 @@ private:
     SymbolEngine();
 
     /// Takes in modules that were loaded or unloaded meanwhile.
-    void CatchUp()
-    {
-        if (ModuleGeneration() != m_generation.load(std::memory_order_acquire)) {
-            Refresh();
-        }
-    }
     void Refresh();
     /// With m_mutex held.
     void RefreshLocked();
