@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <coroutine>
 #include <csetjmp>
 #include <csignal>
 #include <cstdio>
@@ -200,6 +201,42 @@ void Fibre()
     swapcontext(&g_main, &g_fibre);
 }
 
+struct Coroutine
+{
+    struct promise_type
+    {
+        Coroutine get_return_object() { return {std::coroutine_handle<promise_type>::from_promise(*this)}; }
+        std::suspend_always initial_suspend() noexcept { return {}; }
+        std::suspend_never final_suspend() noexcept { return {}; }
+        void return_void() { Compare(); }
+        void unhandled_exception() { std::terminate(); }
+    };
+    std::coroutine_handle<promise_type> handle;
+};
+
+Coroutine Suspending(int times)
+{
+    for (int i = 0; i < times; ++i) {
+        Recurse<50, 8>(i);
+        co_await std::suspend_always{};
+    }
+}
+
+void Resuming()
+{
+    auto const handle = Suspending(3).handle;
+    for (int i = 0; i < 4; ++i) {
+        t_differences += Elsewhere([handle] { // its frame is on the heap, those below it on a stack that changes
+            t_differences = 0;
+            handle.resume();
+            return t_differences;
+        });
+    }
+    auto const again = Suspending(1).handle;
+    again.resume();
+    again.resume();
+}
+
 constexpr long kSteps = 20000;
 
 /// Compares at every instruction of code that calls through linkage tables, allocates, sorts and formats.
@@ -252,6 +289,7 @@ constexpr Shape kShapes[] = {
     {"signal stack", [] { OnOtherStack(SIGUSR1, [] { raise(SIGUSR1); }); }, 1},
     {"fault", AtFault, 1},
     {"fibre", Fibre, 1, 11},
+    {"coroutine", Resuming, 2},
 };
 
 void Check(Shape const& shape)
