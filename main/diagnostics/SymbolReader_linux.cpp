@@ -27,7 +27,7 @@ namespace {
 using quorvex::symbols::LoadedModule;
 using quorvex::symbols::SymbolSource;
 
-/// Rows of line tables that are kept, some 40 bytes each.
+/// Rows of line tables that are kept, some 80 bytes each.
 constexpr std::size_t kMostRows = 1'000'000;
 constexpr char const* kProgram = "/proc/self/exe";
 

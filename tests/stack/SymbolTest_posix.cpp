@@ -12,6 +12,7 @@
 #include <thread>
 
 #include <sys/auxv.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -271,6 +272,26 @@ TEST(Symbols, ReplacedFileIsNotRead)
     EXPECT_EQ(frames[0].Symbol(), "");
     EXPECT_EQ(frames[1].Symbol(), "PluginCall"); // by the dynamic linker
     EXPECT_EQ(frames[1].Line(), -1);
+}
+
+// A trace for the error that descriptors ran out must not take the names from all later ones.
+TEST(Symbols, WithoutDescriptorsOnlyForNow)
+{
+    SharedLibrary const library(kVariants + "/full.so");
+    symbols::ClearCache();
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    rlimit const none{0, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    auto const without = FramesIn("full.so", library);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    auto const with = FramesIn("full.so", library);
+    ASSERT_EQ(without.size(), 2u);
+    EXPECT_EQ(without[1].Symbol(), "PluginCall"); // by the dynamic linker
+    EXPECT_EQ(without[0].Line(), -1);
+    ASSERT_EQ(with.size(), 2u);
+    EXPECT_EQ(with[0].Symbol(), kInner);
+    EXPECT_EQ(with[0].Line(), 7);
 }
 
 // Debug files with bytes changed at random: whatever is made of them, it is made without a crash.
