@@ -261,11 +261,12 @@ void EveryInstruction()
     });
 }
 
+void (*volatile g_wrong)() = nullptr;
+
 /// Without the sanitizer's own look at what is called.
-__attribute__((no_sanitize("undefined"), noinline)) void CallNothing()
+__attribute__((no_sanitize("undefined"), noinline)) void CallWrong()
 {
-    void (*volatile none)() = nullptr;
-    none();
+    g_wrong();
     g_sink = 1;
 }
 
@@ -317,23 +318,27 @@ TEST(Capture, SameAsTheCompilersUnwinder)
     }
 }
 
-TEST(Capture, CallThroughNullTellsWhoCalled)
+TEST(Capture, CallThroughWrongPointerTellsWhoCalled)
 {
     auto const handler = [](int, siginfo_t*, void*) {
         g_trace = Trace::Current();
         siglongjmp(g_back, 1);
     };
-    WithHandler(SIGSEGV, 0, handler, [] {
-        if (sigsetjmp(g_back, 1) == 0) {
-            CallNothing();
-        }
-    });
-    auto const frames = g_trace.Frames();
-    auto const zero = std::find(frames.begin(), frames.end(), nullptr);
-    Compare();
-    ASSERT_GE(frames.end() - zero, static_cast<std::ptrdiff_t>(t_frames)) << g_trace.ToText();
-    EXPECT_TRUE(std::equal(frames.rbegin(), frames.rbegin() + static_cast<std::ptrdiff_t>(t_frames) - 3,
-                           Trace::Current().Frames().rbegin()));
+    alignas(16) char onStack[64] = {};
+    for (void* const wrong : {static_cast<void*>(nullptr), static_cast<void*>(onStack)}) {
+        g_wrong = reinterpret_cast<void (*)()>(wrong);
+        WithHandler(SIGSEGV, 0, handler, [] {
+            if (sigsetjmp(g_back, 1) == 0) {
+                CallWrong();
+            }
+        });
+        auto const frames = g_trace.Frames();
+        auto const called = std::find(frames.begin(), frames.end(), wrong);
+        Compare();
+        ASSERT_GE(frames.end() - called, static_cast<std::ptrdiff_t>(t_frames)) << g_trace.ToText();
+        EXPECT_TRUE(std::equal(frames.rbegin(), frames.rbegin() + static_cast<std::ptrdiff_t>(t_frames) - 3,
+                               Trace::Current().Frames().rbegin()));
+    }
 }
 
 TEST(Capture, SameAtEveryInstruction)
