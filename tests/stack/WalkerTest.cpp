@@ -109,6 +109,10 @@ Lines FromOddSource(unsigned switches);
 
 TEST(StackWalker, SourcesAreLeftOutInAnyCase)
 {
+    auto const itself = quorvex::symbols::ResolveAddress(reinterpret_cast<void*>(&FromOddSource));
+    if (itself.File().empty() || itself.Symbol().empty()) {
+        GTEST_SKIP() << "no line information here";
+    }
     for (unsigned switches = 0; switches <= kAll; ++switches) {
         Lines const lines = FromOddSource(switches);
         bool const isThere = std::any_of(lines.begin(), lines.end(), [](std::string const& line) {
