@@ -1,11 +1,12 @@
-// Call frame information of any bytes: nothing outside of it is read, and a rule that the cache takes comes back the
-// same.
+// Call frame information and notes of any bytes: nothing outside of them is read, and a rule that the cache takes comes
+// back the same.
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 
+#include "BuildIdNote.h"
 #include "CfiRules.h"
 #include "RuleCache.h"
 
@@ -37,6 +38,10 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     auto const own = Copy(data + 8 + commonSize, ownSize);
     FrameRule const rule =
         ReadRule({common.get(), common.get() + commonSize, own.get(), own.get() + ownSize, function}, pc);
+    auto const id = BuildIdIn({own.get(), ownSize});
+    if (!id.empty() && (id.data() < own.get() || id.data() + id.size() > own.get() + ownSize)) {
+        std::abort();
+    }
     // Each address has one rule here, as it has in a process.
     static RuleCache cache;
     static std::uintptr_t fresh = 0;

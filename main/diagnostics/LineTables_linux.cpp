@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 
 #include <dwarf.h>
 #include <elfutils/libdwelf.h>
@@ -24,12 +25,34 @@ void HideSections(ElfFile const& file)
     }
 }
 
+/// libdw ends the process when memory runs out and this does not leave. Nothing but dwarf_end may be called after it.
+[[gnu::noreturn]] void OutOfMemory()
+{
+    throw std::bad_alloc();
+}
+
+/// It does not look whether it got its small pieces of memory at all, so it is asked only while there is some.
+void WantMemory()
+{
+    constexpr std::size_t kEnough = std::size_t{1} << 20;
+    ::operator delete(::operator new(kEnough)); // not as an expression, which compilers may leave out
+}
+
+Dwarf* Begin(ElfFile const& file) noexcept
+{
+    Dwarf* const dwarf = ::dwarf_begin_elf(file.Handle(), DWARF_C_READ, nullptr);
+    if (dwarf != nullptr) {
+        ::dwarf_new_oom_handler(dwarf, OutOfMemory);
+    }
+    return dwarf;
+}
+
 } // namespace
 
 LineTables::LineTables(ElfFile const& file, std::vector<std::string> const& folders)
 {
     HideSections(file);
-    m_dwarf = ::dwarf_begin_elf(file.Handle(), DWARF_C_READ, nullptr);
+    m_dwarf = Begin(file);
     char const* name = nullptr;
     void const* id = nullptr;
     ssize_t const size = m_dwarf != nullptr ? ::dwelf_dwarf_gnu_debugaltlink(m_dwarf, &name, &id) : 0;
@@ -37,7 +60,7 @@ LineTables::LineTables(ElfFile const& file, std::vector<std::string> const& fold
         m_commonFile = FindByBuildId({static_cast<char const*>(id), static_cast<std::size_t>(size)}, folders);
     }
     if (m_commonFile) {
-        m_common = ::dwarf_begin_elf(m_commonFile->Handle(), DWARF_C_READ, nullptr);
+        m_common = Begin(*m_commonFile);
         ::dwarf_setalt(m_dwarf, m_common);
     }
 }
@@ -50,6 +73,7 @@ LineTables::~LineTables()
 
 LineTables::Place LineTables::Find(std::uint64_t address, std::size_t& rows)
 {
+    WantMemory();
     Dwarf_Die unit;
     Dwarf_Lines* lines = nullptr;
     std::size_t count = 0;
@@ -72,6 +96,7 @@ LineTables::Place LineTables::Find(std::uint64_t address, std::size_t& rows)
 
 char const* LineTables::FunctionName(std::uint64_t address)
 {
+    WantMemory();
     Dwarf_Die unit;
     Dwarf_Die* scopes = nullptr;
     int const count = FindUnit(address, unit) ? ::dwarf_getscopes(&unit, address, &scopes) : 0;

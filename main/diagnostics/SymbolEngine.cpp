@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 
 namespace qvxsys::detail {
 
@@ -67,15 +68,39 @@ Record MakeRecord(SymbolPieces const& pieces, bool wantLine)
 
 } // namespace
 
+constinit thread_local bool Inside::s_inside = false;
+
 SymbolEngine& SymbolEngine::Get()
 {
     static auto* const engine = new SymbolEngine;
     return *engine;
 }
 
-SymbolEngine::SymbolEngine()
+SymbolEngine::SymbolEngine() : m_nothing(MakeRecord({}, true))
 {
-    RefreshLocked();
+    AtFork([] { Get().BeforeFork(); }, [] { Get().AfterFork(false); }, [] { Get().AfterFork(true); });
+}
+
+/// A child has the forking thread only: locks that others held would be held for ever, on half of a change.
+void SymbolEngine::BeforeFork()
+{
+    if (!Inside::Now()) {
+        m_mutex.lock();
+        m_cacheMutex.lock();
+    }
+}
+
+void SymbolEngine::AfterFork(bool inChild)
+{
+    if (Inside::Now()) {
+        return;
+    }
+    if (inChild) {
+        new (&m_cacheMutex) std::shared_mutex; // glibc unlocks for writers by their thread's id, which is another now
+    } else {
+        m_cacheMutex.unlock();
+    }
+    m_mutex.unlock();
 }
 
 void SymbolEngine::Refresh()
@@ -98,13 +123,22 @@ void SymbolEngine::RefreshLocked()
 
 Record SymbolEngine::Load(std::uintptr_t key, bool wantLines)
 {
-    std::lock_guard const lock(m_mutex);
+    std::unique_lock lock(m_mutex);
     RefreshLocked();
     if (Record known = Remembered(key, wantLines)) {
         return known;
     }
-    Record record = MakeRecord(m_reader.Read(key, wantLines), wantLines);
-    Remember(key, record);
+    SymbolPieces pieces = m_reader.Read(key, wantLines);
+    std::uint64_t const clearings = m_clearings;
+    if (pieces.askLinker) {
+        lock.unlock();
+        pieces.symbol = ExportedName(key);
+        lock.lock();
+    }
+    Record record = MakeRecord(pieces, wantLines);
+    if (pieces.isFinal && clearings == m_clearings) {
+        Remember(key, record);
+    }
     return record;
 }
 
@@ -147,6 +181,7 @@ void SymbolEngine::Remember(std::uintptr_t key, Record const& record)
 
 void SymbolEngine::ClearAddresses()
 {
+    ++m_clearings;
     std::unique_lock const lock(m_cacheMutex);
     m_recent = {};
     m_older = {};
@@ -156,6 +191,7 @@ void SymbolEngine::ClearAddresses()
 
 std::vector<quorvex::symbols::LoadedModule> SymbolEngine::Modules()
 {
+    Inside const inside;
     std::lock_guard const lock(m_mutex);
     RefreshLocked();
     return m_reader.Modules();
@@ -163,20 +199,23 @@ std::vector<quorvex::symbols::LoadedModule> SymbolEngine::Modules()
 
 void SymbolEngine::SetSearchPath(std::string path)
 {
+    Inside const inside;
     std::lock_guard const lock(m_mutex);
+    m_reader.Refresh(path);
     m_searchPath = std::move(path);
-    m_reader.Refresh(m_searchPath);
     ClearAddresses();
 }
 
 std::string SymbolEngine::GetSearchPath()
 {
+    Inside const inside;
     std::lock_guard const lock(m_mutex);
     return m_searchPath;
 }
 
 void SymbolEngine::SetCacheLimit(std::size_t bytes)
 {
+    Inside const inside;
     std::lock_guard const lock(m_mutex);
     {
         std::unique_lock const cacheLock(m_cacheMutex);
@@ -193,6 +232,7 @@ quorvex::symbols::CacheUse SymbolEngine::CacheUse()
 
 void SymbolEngine::Forget()
 {
+    Inside const inside;
     std::lock_guard const lock(m_mutex);
     m_reader.Forget();
     ClearAddresses();

@@ -33,18 +33,50 @@ namespace qvxsys::stack {
 
 using Record = std::shared_ptr<detail::SymbolRecord const>;
 
+/// While it lives its thread is inside the engine, whose mutex is not to be taken again. It gets there again by
+/// allocation functions that want a trace, and by handlers of faults in reading.
+class Inside
+{
+public:
+    Inside() noexcept : m_isAgain(s_inside) { s_inside = true; }
+    ~Inside() { s_inside = m_isAgain; }
+    Inside(Inside const&) = delete;
+    Inside& operator=(Inside const&) = delete;
+
+    [[nodiscard]] bool IsAgain() const noexcept { return m_isAgain; }
+    [[nodiscard]] static bool Now() noexcept { return s_inside; }
+
+private:
+    static constinit thread_local bool s_inside;
+    bool const m_isAgain;
+};
+
 class SymbolEngine
 {
 public:
-    /// Made and initialised at the first call; never destroyed.
+    /// Made at the first call; never destroyed.
     static SymbolEngine& Get();
 
     /// Calls `visit(i, Record const&)` for each address, in order. With `step` 1 the instruction before each is meant.
+    /// When the thread is inside already, nothing is known of any.
     template<class Visit>
     void ForEach(std::span<void* const> addresses, std::uintptr_t step, bool wantLines, Visit visit)
     {
-        CatchUp();
+        Inside const inside;
+        if (inside.IsAgain()) {
+            for (std::size_t i = 0; i < addresses.size(); ++i) {
+                visit(i, m_nothing);
+            }
+            return;
+        }
+        // The linker's list is looked at under one of our locks always: a child that is forked meanwhile could never
+        // look at it again (glibc leaves that lock of its own as it was).
         std::shared_lock lock(m_cacheMutex);
+        if (ModuleGeneration() != m_generation.load(std::memory_order_acquire)) {
+            lock.unlock();
+            Refresh();
+            lock.lock();
+        }
         for (std::size_t i = 0; i < addresses.size(); ++i) {
             std::uintptr_t const key = reinterpret_cast<std::uintptr_t>(addresses[i]) - step;
             auto const found = m_recent.find(key);
@@ -76,12 +108,6 @@ private:
     SymbolEngine();
 
     /// Takes in modules that were loaded or unloaded meanwhile.
-    void CatchUp()
-    {
-        if (ModuleGeneration() != m_generation.load(std::memory_order_acquire)) {
-            Refresh();
-        }
-    }
     void Refresh();
     /// With m_mutex held.
     void RefreshLocked();
@@ -89,11 +115,15 @@ private:
     Record Remembered(std::uintptr_t key, bool wantLines);
     void Remember(std::uintptr_t key, Record const& record);
     void ClearAddresses();
+    void BeforeFork();
+    void AfterFork(bool inChild);
 
+    Record const m_nothing;
     std::mutex m_mutex; ///< the reader, and who may add to the maps
     SymbolReader m_reader;
     std::string m_searchPath;
     std::atomic<std::uint64_t> m_generation{0};
+    std::uint64_t m_clearings = 0;
 
     // Addresses move from the older map to the recent one when they are asked for. When the recent one has half of what
     // is allowed, it becomes the older one, whose addresses are forgotten.

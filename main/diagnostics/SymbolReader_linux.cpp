@@ -17,6 +17,7 @@
 #include <link.h>
 #include <unistd.h>
 
+#include "BuildIdNote.h"
 #include "ElfFile.h"
 #include "LineTables.h"
 
@@ -26,7 +27,7 @@ namespace {
 using quorvex::symbols::LoadedModule;
 using quorvex::symbols::SymbolSource;
 
-/// Rows of line tables that are kept, some 40 bytes each.
+/// Rows of line tables that are kept, some 80 bytes each.
 constexpr std::size_t kMostRows = 1'000'000;
 constexpr char const* kProgram = "/proc/self/exe";
 
@@ -39,26 +40,6 @@ struct Loaded
     std::uintptr_t end = 0;
     std::string buildId;
 };
-
-/// The build-id in a segment of notes; empty when there is none.
-std::string BuildIdIn(unsigned char const* notes, std::size_t size)
-{
-    auto const aligned = [](std::size_t n) { return (n + 3) & ~std::size_t{3}; };
-    for (std::size_t at = 0; size - at >= sizeof(ElfW(Nhdr));) {
-        ElfW(Nhdr) note;
-        std::memcpy(&note, notes + at, sizeof note);
-        std::size_t const name = at + sizeof note;
-        if (note.n_namesz > size || note.n_descsz > size || name + aligned(note.n_namesz) > size ||
-            name + aligned(note.n_namesz) + note.n_descsz > size) {
-            break;
-        }
-        if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == 4 && std::memcmp(notes + name, "GNU", 4) == 0) {
-            return {reinterpret_cast<char const*>(notes) + name + 4, note.n_descsz};
-        }
-        at = std::min(size, name + aligned(note.n_namesz) + aligned(note.n_descsz));
-    }
-    return {};
-}
 
 Loaded Describe(dl_phdr_info const& info)
 {
@@ -73,7 +54,8 @@ Loaded Describe(dl_phdr_info const& info)
             module.begin = std::min(module.begin, begin);
             module.end = std::max(module.end, begin + segment.p_memsz);
         } else if (segment.p_type == PT_NOTE && module.buildId.empty()) {
-            module.buildId = BuildIdIn(reinterpret_cast<unsigned char const*>(begin), segment.p_memsz);
+            auto const id = unwind::BuildIdIn({reinterpret_cast<unsigned char const*>(begin), segment.p_memsz});
+            module.buildId.assign(id.begin(), id.end());
         }
     }
     return module;
@@ -173,11 +155,8 @@ public:
             char const* const described = lines->FunctionName(inFile);
             name = described != nullptr ? described : name;
         }
-        if (name == nullptr && !m_file) {
-            // The module is there, its file is not: the dynamic linker knows at least what it exports.
-            Dl_info info{};
-            name = ::dladdr(reinterpret_cast<void*>(address), &info) != 0 ? info.dli_sname : nullptr;
-        }
+        // The module is there, its file is not: the dynamic linker knows at least what it exports.
+        pieces.askLinker = name == nullptr && !m_file;
         pieces.symbol = name != nullptr ? Demangled(name) : std::string();
         if (wantLine && lines != nullptr) {
             auto const place = lines->Find(inFile, rows);
@@ -228,7 +207,6 @@ private:
         if (m_isOpen) {
             return;
         }
-        m_isOpen = true;
         // A program that the dynamic linker was told to run is not what /proc/self/exe names.
         for (std::string const& path : {FilePath(), m_loaded.path}) {
             m_file = ElfFile::Open(path);
@@ -243,6 +221,7 @@ private:
         } else if (!m_file) {
             m_debug = FindByBuildId(m_loaded.buildId, folders);
         }
+        m_isOpen = true;
     }
 
     FunctionTable const& Functions()
@@ -303,7 +282,33 @@ private:
     int m_before;
 };
 
+std::vector<std::string> FoldersIn(std::string const& searchPath)
+{
+    std::vector<std::string> folders;
+    for (std::size_t begin = 0; begin <= searchPath.size();) {
+        auto const end = std::min(searchPath.find(':', begin), searchPath.size());
+        if (end != begin) {
+            folders.push_back(searchPath.substr(begin, end - begin));
+        }
+        begin = end + 1;
+    }
+    folders.emplace_back("/usr/lib/debug");
+    return folders;
+}
+
 } // namespace
+
+std::string ExportedName(std::uintptr_t address)
+{
+    Dl_info info{};
+    bool const isKnown = ::dladdr(reinterpret_cast<void*>(address), &info) != 0 && info.dli_sname != nullptr;
+    return isKnown ? Demangled(info.dli_sname) : std::string();
+}
+
+void AtFork(void (*before)(), void (*inParent)(), void (*inChild)()) noexcept
+{
+    static_cast<void>(::pthread_atfork(before, inParent, inChild));
+}
 
 std::uint64_t ModuleGeneration() noexcept
 {
@@ -323,22 +328,8 @@ struct SymbolReader::State
     std::vector<std::unique_ptr<Module>> inLoadOrder;
     std::vector<Module*> byAddress;
     std::string searchPath;
-    std::vector<std::string> folders;
+    std::vector<std::string> folders = FoldersIn({});
     std::size_t rows = 0;
-
-    void SetSearchPath(std::string const& path)
-    {
-        searchPath = path;
-        folders.clear();
-        for (std::size_t begin = 0; begin <= path.size();) {
-            auto const end = std::min(path.find(':', begin), path.size());
-            if (end != begin) {
-                folders.push_back(path.substr(begin, end - begin));
-            }
-            begin = end + 1;
-        }
-        folders.emplace_back("/usr/lib/debug");
-    }
 
     [[nodiscard]] Module* Find(std::uintptr_t address) const noexcept
     {
@@ -349,9 +340,7 @@ struct SymbolReader::State
 };
 
 SymbolReader::SymbolReader() : m_state(std::make_unique<State>())
-{
-    m_state->SetSearchPath({});
-}
+{}
 
 SymbolReader::~SymbolReader() = default;
 
@@ -359,24 +348,35 @@ void SymbolReader::Refresh(std::string const& searchPath)
 {
     KeepErrno const keep;
     State& state = *m_state;
-    if (searchPath != state.searchPath) {
-        state.SetSearchPath(searchPath);
-        Forget();
-    }
-    std::vector<std::unique_ptr<Module>> modules;
-    std::vector<Module*> byAddress;
-    for (Loaded& loaded : LoadedNow()) {
+    std::string path = searchPath;
+    std::vector<std::string> folders = FoldersIn(path);
+    std::vector<Loaded> now = LoadedNow();
+    std::vector<std::unique_ptr<Module>> modules(now.size()); // new ones; null: one of before
+    std::vector<Module*> byAddress(now.size());
+    for (std::size_t i = 0; i < now.size(); ++i) {
         auto const before = std::find_if(state.inLoadOrder.begin(), state.inLoadOrder.end(),
-                                         [&](auto const& module) { return module && module->Is(loaded); });
-        modules.push_back(before != state.inLoadOrder.end()
-                              ? std::move(*before)
-                              : std::make_unique<Module>(std::move(loaded), modules.empty()));
-        byAddress.push_back(modules.back().get());
+                                         [&](auto const& m) { return m->Is(now[i]); });
+        if (before == state.inLoadOrder.end()) {
+            modules[i] = std::make_unique<Module>(std::move(now[i]), i == 0);
+        }
+        byAddress[i] = modules[i] ? modules[i].get() : before->get();
+    }
+    // Nothing fails from here on.
+    for (auto& before : state.inLoadOrder) {
+        auto const place = std::find(byAddress.begin(), byAddress.end(), before.get());
+        if (place != byAddress.end()) {
+            modules[static_cast<std::size_t>(place - byAddress.begin())] = std::move(before);
+        }
     }
     std::sort(byAddress.begin(), byAddress.end(),
               [](Module const* a, Module const* b) { return a->At().begin < b->At().begin; });
     state.inLoadOrder = std::move(modules);
     state.byAddress = std::move(byAddress);
+    if (path != state.searchPath) {
+        state.searchPath = std::move(path);
+        state.folders = std::move(folders);
+        Forget();
+    }
 }
 
 SymbolPieces SymbolReader::Read(std::uintptr_t address, bool wantLine)
@@ -385,7 +385,18 @@ SymbolPieces SymbolReader::Read(std::uintptr_t address, bool wantLine)
     State& state = *m_state;
     SymbolPieces pieces;
     if (Module* const module = state.Find(address)) {
-        module->Read(address, wantLine, state.folders, pieces, state.rows);
+        // What libelf and libdw did not find they do not look for again; want of means does not last as long as that.
+        errno = 0;
+        try {
+            module->Read(address, wantLine, state.folders, pieces, state.rows);
+        } catch (...) {
+            module->Close();
+            throw;
+        }
+        if (errno == ENOMEM || errno == EMFILE || errno == ENFILE) {
+            module->Close();
+            pieces.isFinal = false;
+        }
     }
     if (state.rows > kMostRows) {
         Forget(); // libdw cannot forget a part of a file

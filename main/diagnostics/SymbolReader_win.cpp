@@ -154,6 +154,14 @@ SymbolSource SourceOf(IMAGEHLP_MODULEW64 const& info) noexcept
 
 } // namespace
 
+std::string ExportedName(std::uintptr_t)
+{
+    return {}; // dbghelp has said it all
+}
+
+void AtFork(void (*)(), void (*)(), void (*)()) noexcept
+{}
+
 std::uint64_t ModuleGeneration() noexcept
 {
     static bool const isWatched = WatchModules();

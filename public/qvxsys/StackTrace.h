@@ -77,8 +77,8 @@ public:
         qvxsys::detail::FindTraceModules(m_frames, m_modules, m_count);
     }
 
-    /// The calling thread's stack, beginning with the calling function, or `skip` frames above it. Functions that the
-    /// compiler inlined have no frames of their own.
+    /// The calling thread's stack, beginning with the calling function, or `skip` frames above it (below 0: none).
+    /// Functions that the compiler inlined have no frames of their own.
     [[nodiscard]] [[gnu::always_inline]] static BasicStackTrace Current(int skip = 0) noexcept
     {
         BasicStackTrace trace;

@@ -13,15 +13,17 @@
 // separate debug file is found by build-id (FOLDER/.build-id/xx/yyyy.debug) or by the name in .gnu_debuglink (beside
 // the module, in .debug beside it, or as FOLDER/NAME and FOLDER/<the module's folder>/NAME), in the folders of
 // SetSearchPath and in /usr/lib/debug. It must have the module's build-id, or the announced checksum where there is
-// none. A file that was replaced since it was loaded is not read. Nothing is ever fetched from the network, whatever
-// the environment says. On Windows the system's dbghelp library gives what it can: names and lines of programs with PDB
-// files, exported names of others.
+// none. A file that was replaced since it was loaded is not read, if it has a build-id to tell by. Nothing is ever
+// fetched from the network, whatever the environment says. On Windows the system's dbghelp library gives what it can:
+// names and lines of programs with PDB files, exported names of others.
 //
 // A module counts from the moment it is loaded, and no longer when it is unloaded.
 //
-// Everything here may be called from any thread, but neither in signal handlers nor in callbacks of dl_iterate_phdr.
-// Lookups of addresses that are not remembered are made one after the other; looking up what is remembered runs in
-// parallel and allocates nothing beyond the result.
+// Everything here may be called from any thread, in initialisers of libraries that are being loaded (on Windows not in
+// DllMain), before main and after it, and in a forked child; but neither in signal handlers nor in callbacks of
+// dl_iterate_phdr. In allocation functions, too: one that is called for a lookup gets frames without names, since that
+// thread is in the midst of looking up. Lookups of addresses that are not remembered are made one after the other;
+// looking up what is remembered runs in parallel and allocates nothing beyond the result.
 
 #include <cstddef>
 #include <cstdint>
@@ -126,7 +128,7 @@ struct CacheUse
 ///
 /// Apart from it a module in which an address was looked up keeps an index of its functions, 24 bytes each, the
 /// sections of its debug information if they are compressed, and the line tables of the compilation units that were
-/// needed. At a million rows of about 40 bytes in the process all of this is dropped, and read again on demand.
+/// needed. At a million rows of about 80 bytes in the process all of this is dropped, and read again on demand.
 QVXSYS_API void SetCacheLimit(std::size_t bytes);
 [[nodiscard]] QVXSYS_API CacheUse GetCacheUse();
 /// Forgets all addresses, function indexes and line tables, and closes what was opened for them.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <coroutine>
 #include <csetjmp>
 #include <csignal>
 #include <cstdio>
@@ -200,6 +201,42 @@ void Fibre()
     swapcontext(&g_main, &g_fibre);
 }
 
+struct Coroutine
+{
+    struct promise_type
+    {
+        Coroutine get_return_object() { return {std::coroutine_handle<promise_type>::from_promise(*this)}; }
+        std::suspend_always initial_suspend() noexcept { return {}; }
+        std::suspend_never final_suspend() noexcept { return {}; }
+        void return_void() { Compare(); }
+        void unhandled_exception() { std::terminate(); }
+    };
+    std::coroutine_handle<promise_type> handle;
+};
+
+Coroutine Suspending(int times)
+{
+    for (int i = 0; i < times; ++i) {
+        Recurse<50, 8>(i);
+        co_await std::suspend_always{};
+    }
+}
+
+void Resuming()
+{
+    auto const handle = Suspending(3).handle;
+    for (int i = 0; i < 4; ++i) {
+        t_differences += Elsewhere([handle] { // its frame is on the heap, those below it on a stack that changes
+            t_differences = 0;
+            handle.resume();
+            return t_differences;
+        });
+    }
+    auto const again = Suspending(1).handle;
+    again.resume();
+    again.resume();
+}
+
 constexpr long kSteps = 20000;
 
 /// Compares at every instruction of code that calls through linkage tables, allocates, sorts and formats.
@@ -224,11 +261,12 @@ void EveryInstruction()
     });
 }
 
+void (*volatile g_wrong)() = nullptr;
+
 /// Without the sanitizer's own look at what is called.
-__attribute__((no_sanitize("undefined"), noinline)) void CallNothing()
+__attribute__((no_sanitize("undefined"), noinline)) void CallWrong()
 {
-    void (*volatile none)() = nullptr;
-    none();
+    g_wrong();
     g_sink = 1;
 }
 
@@ -252,6 +290,7 @@ constexpr Shape kShapes[] = {
     {"signal stack", [] { OnOtherStack(SIGUSR1, [] { raise(SIGUSR1); }); }, 1},
     {"fault", AtFault, 1},
     {"fibre", Fibre, 1, 11},
+    {"coroutine", Resuming, 2},
 };
 
 void Check(Shape const& shape)
@@ -279,23 +318,27 @@ TEST(Capture, SameAsTheCompilersUnwinder)
     }
 }
 
-TEST(Capture, CallThroughNullTellsWhoCalled)
+TEST(Capture, CallThroughWrongPointerTellsWhoCalled)
 {
     auto const handler = [](int, siginfo_t*, void*) {
         g_trace = Trace::Current();
         siglongjmp(g_back, 1);
     };
-    WithHandler(SIGSEGV, 0, handler, [] {
-        if (sigsetjmp(g_back, 1) == 0) {
-            CallNothing();
-        }
-    });
-    auto const frames = g_trace.Frames();
-    auto const zero = std::find(frames.begin(), frames.end(), nullptr);
-    Compare();
-    ASSERT_GE(frames.end() - zero, static_cast<std::ptrdiff_t>(t_frames)) << g_trace.ToText();
-    EXPECT_TRUE(std::equal(frames.rbegin(), frames.rbegin() + static_cast<std::ptrdiff_t>(t_frames) - 3,
-                           Trace::Current().Frames().rbegin()));
+    alignas(16) char onStack[64] = {};
+    for (void* const wrong : {static_cast<void*>(nullptr), static_cast<void*>(onStack)}) {
+        g_wrong = reinterpret_cast<void (*)()>(wrong);
+        WithHandler(SIGSEGV, 0, handler, [] {
+            if (sigsetjmp(g_back, 1) == 0) {
+                CallWrong();
+            }
+        });
+        auto const frames = g_trace.Frames();
+        auto const called = std::find(frames.begin(), frames.end(), wrong);
+        Compare();
+        ASSERT_GE(frames.end() - called, static_cast<std::ptrdiff_t>(t_frames)) << g_trace.ToText();
+        EXPECT_TRUE(std::equal(frames.rbegin(), frames.rbegin() + static_cast<std::ptrdiff_t>(t_frames) - 3,
+                               Trace::Current().Frames().rbegin()));
+    }
 }
 
 TEST(Capture, SameAtEveryInstruction)

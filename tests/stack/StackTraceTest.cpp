@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <limits>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -37,7 +38,8 @@ TEST(StackTrace, BeginsWithTheCallerAndSkips)
     EXPECT_EQ(rest.Frames().size() + 1, all.Frames().size());
     EXPECT_TRUE(std::equal(all.Frames().begin() + 2, all.Frames().end(), rest.Frames().begin() + 1));
     EXPECT_NE(all.ModuleOf(0), nullptr);
-    EXPECT_TRUE(Taken(1000).IsEmpty());
+    EXPECT_TRUE(Taken(std::numeric_limits<int>::max()).IsEmpty());
+    EXPECT_EQ(Taken(-1).Frames().size(), all.Frames().size());
     EXPECT_EQ(Taken(1000).ToText(), "");
 
     auto const few = quorvex::BasicStackTrace<2>::Current();

@@ -11,6 +11,11 @@
 #include <sstream>
 #include <thread>
 
+#include <sys/auxv.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include <qvxsys/StackTrace.h>
@@ -119,6 +124,12 @@ TEST(Symbols, OfAddressesThemselves)
 
 std::string const kVariants = SYMBOL_VARIANTS;
 constexpr char kInner[] = "Inner(int (*)(void*), void*)";
+// Without a symbol of its own it has the name in DWARF: GCC writes the bare one for functions local to a source.
+#if defined(__clang__)
+constexpr auto const& kDescribedInner = kInner;
+#else
+constexpr char kDescribedInner[] = "Inner";
+#endif
 
 /// The frames inside the library, by a call through it and back.
 std::vector<symbols::Frame> FramesIn(std::string const& name, SharedLibrary const& library)
@@ -184,8 +195,7 @@ TEST_P(SymbolsOfVariant, AreFound)
 INSTANTIATE_TEST_SUITE_P(
     Variants, SymbolsOfVariant,
     testing::Values(Variant{"full", "", SymbolSource::LineInformation, "", kInner, true},
-                    // Without its own symbol the inner function has the bare name in DWARF.
-                    Variant{"nolocals", "", SymbolSource::LineInformation, "", "Inner", true},
+                    Variant{"nolocals", "", SymbolSource::LineInformation, "", kDescribedInner, true},
                     Variant{"stripped", "", SymbolSource::DynamicSymbols, "", "", false},
                     Variant{"stripped", "stored", SymbolSource::LineInformation, ".debug", kInner, true},
                     Variant{"stripped", "broken", SymbolSource::DynamicSymbols, "", "", false},
@@ -200,13 +210,20 @@ INSTANTIATE_TEST_SUITE_P(
         return param.param.name + (path.empty() ? "" : "_in_" + path);
     });
 
-TEST(Symbols, ModulesComeAndGoWhileOthersLook)
+TEST(Symbols, ModulesComeAndGoAndProcessesForkWhileOthersLook)
 {
+    // No file has the kernel's own library: it is looked up through the linker.
+    auto const inKernelLibrary = reinterpret_cast<void const*>(::getauxval(AT_SYSINFO_EHDR) + 1024);
+    void (*const atLoad)() = [] { EXPECT_GT(symbols::Resolve(Capture()).size(), 5u); };
+    std::ostringstream number;
+    number << std::hex << reinterpret_cast<std::uintptr_t>(atLoad);
+    ::setenv("SYMBOL_PLUGIN_AT_LOAD", number.str().c_str(), 1);
     std::atomic<bool> done{false};
     std::vector<std::thread> lookers;
     for (int i = 0; i < 3; ++i) {
-        lookers.emplace_back([&done] {
+        lookers.emplace_back([&done, inKernelLibrary] {
             do {
+                EXPECT_NE(symbols::ResolveAddress(inKernelLibrary).Module(), "");
                 EXPECT_NE(symbols::ResolveAddress(reinterpret_cast<void*>(&Ends)).Symbol(), "");
             } while (!done);
         });
@@ -216,8 +233,20 @@ TEST(Symbols, ModulesComeAndGoWhileOthersLook)
         SharedLibrary const library(kVariants + '/' + name);
         auto const frames = FramesIn(name, library);
         EXPECT_TRUE(frames.size() == 2 && frames[0].Symbol() == (round % 2 == 0 ? kInner : ""));
+#if !defined(__SANITIZE_THREAD__)
+        pid_t const child = ::fork();
+        if (child == 0) {
+            ::alarm(30);
+            char const* const notYet = reinterpret_cast<char const*>(&Ends) + round + 1;
+            ::_exit(symbols::ResolveAddress(notYet, symbols::Detail::Names).Symbol().empty() ? 1 : 0);
+        }
+        int status = -1;
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+#endif
     }
     done = true;
+    ::unsetenv("SYMBOL_PLUGIN_AT_LOAD");
     for (std::thread& looker : lookers) {
         looker.join();
     }
@@ -243,6 +272,26 @@ TEST(Symbols, ReplacedFileIsNotRead)
     EXPECT_EQ(frames[0].Symbol(), "");
     EXPECT_EQ(frames[1].Symbol(), "PluginCall"); // by the dynamic linker
     EXPECT_EQ(frames[1].Line(), -1);
+}
+
+// A trace for the error that descriptors ran out must not take the names from all later ones.
+TEST(Symbols, WithoutDescriptorsOnlyForNow)
+{
+    SharedLibrary const library(kVariants + "/full.so");
+    symbols::ClearCache();
+    rlimit before{};
+    ::getrlimit(RLIMIT_NOFILE, &before);
+    rlimit const none{0, before.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    auto const without = FramesIn("full.so", library);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    auto const with = FramesIn("full.so", library);
+    ASSERT_EQ(without.size(), 2u);
+    EXPECT_EQ(without[1].Symbol(), "PluginCall"); // by the dynamic linker
+    EXPECT_EQ(without[0].Line(), -1);
+    ASSERT_EQ(with.size(), 2u);
+    EXPECT_EQ(with[0].Symbol(), kInner);
+    EXPECT_EQ(with[0].Line(), 7);
 }
 
 // Debug files with bytes changed at random: whatever is made of them, it is made without a crash.

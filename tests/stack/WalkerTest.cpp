@@ -105,6 +105,23 @@ TEST(StackWalker, LinesOfAllSwitches)
     }
 }
 
+Lines FromOddSource(unsigned switches);
+
+TEST(StackWalker, SourcesAreLeftOutInAnyCase)
+{
+    auto const itself = quorvex::symbols::ResolveAddress(reinterpret_cast<void*>(&FromOddSource));
+    if (itself.File().empty() || itself.Symbol().empty()) {
+        GTEST_SKIP() << "no line information here";
+    }
+    for (unsigned switches = 0; switches <= kAll; ++switches) {
+        Lines const lines = FromOddSource(switches);
+        bool const isThere = std::any_of(lines.begin(), lines.end(), [](std::string const& line) {
+            return line.find("FromOddSource") != std::string::npos;
+        });
+        EXPECT_EQ(isThere, (switches & kWithSource) == 0) << switches;
+    }
+}
+
 TEST(StackWalker, AddressesAreAsStreamsPrintThem)
 {
     int variable = 0;
@@ -215,6 +232,14 @@ TEST(StackWalker, ManyThreadsAtOnce)
         thread.join();
     }
     EXPECT_EQ(wrong, 0);
+}
+
+// Says that it is from elsewhere; the last function here.
+#line 1 "odd/MyStackWalker.CPP"
+[[gnu::noinline]] Lines FromOddSource(unsigned switches)
+{
+    Walker walker;
+    return walker.GenerateCallstackImpl(Config(switches));
 }
 
 } // namespace

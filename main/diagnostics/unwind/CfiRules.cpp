@@ -404,7 +404,8 @@ bool Machine::Cfa(std::uint8_t op, Reader& code) noexcept
         break;
     case 0x0D: { // def_cfa_register
         Value const before = row.cfa;
-        row.cfa = before.read ? Value{} : Register(code.Unsigned(), before.offset, m_pc);
+        number = code.Unsigned();
+        row.cfa = before.read ? Value{} : Register(number, before.offset, m_pc);
         break;
     }
     case 0x0E:

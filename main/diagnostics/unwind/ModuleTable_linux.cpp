@@ -11,6 +11,7 @@
 #include <unistd.h>
 #include <unwind.h>
 
+#include "BuildIdNote.h"
 #include "StackCapture.h"
 
 namespace qvxsys::unwind::platform {
@@ -18,29 +19,6 @@ namespace {
 
 // What is in the first page of a module can be read whatever is loaded there: its first segment begins with it.
 constexpr std::uintptr_t kFirstPage = 4096;
-
-/// The bytes of the build-id note among the notes, and their number.
-unsigned char const* FindBuildId(unsigned char const* notes, std::size_t size, std::uint8_t& length) noexcept
-{
-    while (size >= sizeof(ElfW(Nhdr))) {
-        ElfW(Nhdr) header;
-        std::memcpy(&header, notes, sizeof header);
-        std::size_t const name = sizeof header;
-        std::size_t const value = name + ((std::size_t{header.n_namesz} + 3) & ~std::size_t{3});
-        std::size_t const next = value + ((std::size_t{header.n_descsz} + 3) & ~std::size_t{3});
-        if (next > size) {
-            break;
-        }
-        if (header.n_type == NT_GNU_BUILD_ID && header.n_namesz == 4 && std::memcmp(notes + name, "GNU", 4) == 0 &&
-            header.n_descsz > 0 && header.n_descsz <= quorvex::StackModule::kMaxBuildId) {
-            length = static_cast<std::uint8_t>(header.n_descsz);
-            return notes + value;
-        }
-        notes += next;
-        size -= next;
-    }
-    return nullptr;
-}
 
 void ReadBuildId(std::uintptr_t bias, ModuleRecord& record) noexcept
 {
@@ -60,21 +38,42 @@ void ReadBuildId(std::uintptr_t bias, ModuleRecord& record) noexcept
             segment.p_memsz > kFirstPage - (notes - record.begin)) {
             continue;
         }
-        if (auto const* const id =
-                FindBuildId(reinterpret_cast<unsigned char const*>(notes), segment.p_memsz, record.buildIdLength)) {
-            record.buildIdInMemory = id;
-            std::memcpy(record.buildId, id, record.buildIdLength);
+        auto const id = BuildIdIn({reinterpret_cast<unsigned char const*>(notes), segment.p_memsz});
+        if (!id.empty() && id.size() <= quorvex::StackModule::kMaxBuildId) {
+            record.buildIdInMemory = id.data();
+            record.buildIdLength = static_cast<std::uint8_t>(id.size());
+            std::memcpy(record.buildId, id.data(), id.size());
             return;
         }
     }
 }
 
-/// As much of the end of a path as a name has room for.
-char const* End(char const* path) noexcept
+/// What the linker says of a module.
+struct Linked
 {
-    constexpr std::size_t kMost = sizeof ModuleRecord::name - 1;
-    std::size_t const length = std::strlen(path);
-    return length > kMost ? path + (length - kMost) : path;
+    std::uintptr_t bias;
+    char name[sizeof ModuleRecord::name];
+};
+
+/// ThreadSanitizer sees neither the linker's locks nor that a module was loaded before its code ran; so nothing here is
+/// what it watches, and no function is called that it does.
+__attribute__((no_sanitize("thread"))) bool FindLinked(std::uintptr_t address, Linked& linked) noexcept
+{
+    dl_find_object found;
+    if (_dl_find_object(reinterpret_cast<void*>(address), &found) != 0 || found.dlfo_link_map == nullptr) {
+        return false;
+    }
+    linked.bias = found.dlfo_link_map->l_addr;
+    char const volatile* const name = found.dlfo_link_map->l_name;
+    std::size_t length = 0;
+    while (name[length] != 0) {
+        ++length;
+    }
+    std::size_t const left = length < sizeof linked.name ? 0 : length - (sizeof linked.name - 1);
+    for (std::size_t i = left; i <= length; ++i) {
+        linked.name[i - left] = name[i];
+    }
+    return true;
 }
 
 bool IsProgram(ModuleRecord const& record) noexcept
@@ -88,8 +87,9 @@ void SetProgramName(ModuleRecord& record) noexcept
     int const before = errno;
     auto const length = ::readlink("/proc/self/exe", path, sizeof path - 1);
     errno = before;
+    constexpr ssize_t kMost = sizeof record.name - 1;
     path[length > 0 ? length : 0] = 0;
-    std::strcpy(record.name, End(path));
+    std::strcpy(record.name, length > kMost ? path + (length - kMost) : path);
 }
 
 /// The library's code is running, so the library is loaded, and what it is linked with: they go only after it.
@@ -115,17 +115,17 @@ bool FindRange(std::uintptr_t address, std::uintptr_t& begin, std::uintptr_t& en
 
 void Describe(std::uintptr_t address, ModuleRecord& record) noexcept
 {
-    dl_find_object found;
-    if (_dl_find_object(reinterpret_cast<void*>(address), &found) != 0 || found.dlfo_link_map == nullptr) {
+    Linked linked;
+    if (!FindLinked(address, linked)) {
         return;
     }
-    record.bias = found.dlfo_link_map->l_addr;
+    record.bias = linked.bias;
     ReadBuildId(record.bias, record);
     record.isPermanent = StaysLoaded(record);
     if (IsProgram(record)) {
         SetProgramName(record);
     } else {
-        std::strcpy(record.name, End(found.dlfo_link_map->l_name));
+        std::strcpy(record.name, linked.name);
     }
 }
 
@@ -137,9 +137,8 @@ bool IsSame(ModuleRecord const& record) noexcept
     if (record.buildIdInMemory != nullptr) {
         return std::memcmp(record.buildIdInMemory, record.buildId, record.buildIdLength) == 0;
     }
-    dl_find_object found;
-    return _dl_find_object(reinterpret_cast<void*>(record.begin), &found) == 0 &&
-           std::strcmp(record.name, End(found.dlfo_link_map->l_name)) == 0;
+    Linked linked;
+    return FindLinked(record.begin, linked) && std::strcmp(record.name, linked.name) == 0;
 }
 
 } // namespace qvxsys::unwind::platform

@@ -124,6 +124,7 @@ struct Position
     Address sp; ///< where the frame of the function it called begins
     Address bp;
     bool interrupted = false; ///< by a signal; else the address is one to return to
+    bool unfetched = false;   ///< by the fault that there is no code at the address
 
     /// The instruction that the frame is at: a call is what lies before the address it returns to.
     [[nodiscard]] Address At() const noexcept { return interrupted ? ip : ip - 1; }
@@ -213,8 +214,8 @@ public:
         case FrameRule::Kind::End:
             break;
         }
-        if (at.interrupted && at.ip < kPage) {
-            // A call through a null pointer: all that has happened is that the return address was pushed.
+        if (at.unfetched) {
+            // A call through a wrong pointer: all that has happened is that the return address was pushed.
             FrameRule called;
             called.kind = FrameRule::Kind::Frame;
             called.cfaOffset = 8;
@@ -314,10 +315,15 @@ private:
         constexpr Address kRbp = 120;
         constexpr Address kRsp = 160;
         constexpr Address kRip = 168;
-        if (at.sp % 8 != 0 || at.sp + kRip + 8 < at.sp || !Reach(at.sp + kRip + 8)) {
+        constexpr Address kTrap = 200;
+        constexpr Address kFaultAddress = 216;
+        constexpr Address kPageFault = 14;
+        if (at.sp % 8 != 0 || at.sp + kFaultAddress + 8 < at.sp || !Reach(at.sp + kFaultAddress + 8)) {
             return false;
         }
-        at = {Load(at.sp + kRip), Load(at.sp + kRsp), Load(at.sp + kRbp), true};
+        Address const ip = Load(at.sp + kRip);
+        bool const unfetched = Load(at.sp + kTrap) == kPageFault && Load(at.sp + kFaultAddress) == ip;
+        at = {ip, Load(at.sp + kRsp), Load(at.sp + kRbp), true, unfetched};
         ComeTo(at.sp);
         return true;
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 
 #include "ModuleTable.h"
 #include "StackCapture.h"
@@ -61,7 +62,8 @@ void FindTraceModules(void* const* frames, std::uint16_t* modules, int count) no
 
 int CaptureTrace(void** frames, std::uint16_t* modules, int capacity, int skip) noexcept
 {
-    int const count = unwind::CaptureStack(frames, capacity, skip + 1);
+    constexpr int kMost = std::numeric_limits<int>::max() - 1;
+    int const count = unwind::CaptureStack(frames, capacity, std::clamp(skip, 0, kMost) + 1);
     FindTraceModules(frames, modules, count);
     return count;
 }
