@@ -1,6 +1,6 @@
 #include <qvxsys/Symbols.h>
 
-#include <charconv>
+#include <iterator>
 #include <utility>
 
 #include "SymbolEngine.h"
@@ -12,24 +12,21 @@ using qvxsys::stack::Record;
 using qvxsys::stack::SymbolEngine;
 
 /// "0x" and 16 digits.
-std::string ThreadText(std::uint64_t threadId)
+/// "0x" and sixteen digits.
+class HexText
 {
-    std::string text = "0x0000000000000000";
-    for (auto digit = text.end(); threadId != 0; threadId >>= 4) {
-        *--digit = "0123456789abcdef"[threadId & 0xF];
+public:
+    HexText(std::uint64_t value, char const* digits) noexcept
+    {
+        for (char* digit = std::end(m_text); value != 0; value >>= 4) {
+            *--digit = digits[value & 0xF];
+        }
     }
-    return text;
-}
+    operator std::string_view() const noexcept { return {m_text, sizeof(m_text)}; }
 
-/// As the C++ library's streams print pointers; twice as fast as a stream.
-std::string_view AddressText(void const* address, char (&buffer)[32]) noexcept
-{
-    buffer[0] = '0';
-    buffer[1] = 'x';
-    auto const value = reinterpret_cast<std::uintptr_t>(address);
-    char const* const end = std::to_chars(buffer + 2, std::end(buffer), value, 16).ptr;
-    return value == 0 ? std::string_view(buffer, 1) : std::string_view(buffer, static_cast<std::size_t>(end - buffer));
-}
+private:
+    char m_text[18] = {'0', 'x', '0', '0', '0', '0', '0', '0', '0', '0', '0', '0', '0', '0', '0', '0', '0', '0'};
+};
 
 /// A line's pieces, joined.
 template<class... Piece>
@@ -101,7 +98,8 @@ std::list<std::string> Format(std::span<void* const> returnAddresses, StackWalke
     std::list<std::string> lines;
     bool const withFile = config.includeFileName != 0;
     bool const withLine = config.includeFileLineNumber != 0;
-    std::string const thread = config.includeThreadInfo != 0 ? ThreadText(threadId) : std::string();
+    HexText const threadText(threadId, "0123456789abcdef");
+    std::string_view const thread = config.includeThreadInfo != 0 ? threadText : std::string_view();
     SymbolEngine::Get().ForEach(returnAddresses, 1, withFile || withLine, [&](std::size_t i, Record const& record) {
         std::string_view const text = record->text;
         auto const names = text.substr(record->lineEnd);
@@ -113,8 +111,8 @@ std::list<std::string> Format(std::span<void* const> returnAddresses, StackWalke
             }
         } else if (config.includeSystemMemoryAddresses != 0) {
             using namespace std::string_view_literals;
-            char buffer[32];
-            AddLine(lines, thread, " 0x"sv, AddressText(returnAddresses[i], buffer), " "sv, names);
+            HexText const address(reinterpret_cast<std::uintptr_t>(returnAddresses[i]), "0123456789ABCDEF");
+            AddLine(lines, thread, " "sv, std::string_view(address), " "sv, names);
         } else {
             AddLine(lines, thread, names);
         }

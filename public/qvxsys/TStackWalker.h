@@ -13,7 +13,7 @@
 // A line, with everything switched on:
 //
 //     0x0000000000001a2b /src/load.cpp(42): loader!Load(char const*)        where the source line is known
-//     0x0000000000001a2b 0x0x7f3f1c2d3e4f libc.so.6!__libc_start_main       where it is not
+//     0x0000000000001a2b 0x00007F3F1C2D3E4F libc.so.6!__libc_start_main     where it is not
 //
 // Four switches, common to the whole process and all on at start, decide what of it is there; module and symbol always
 // are. To keep a trace now and turn it into text later, if at all, see Symbols.h.
@@ -74,8 +74,8 @@ protected:
     /// Captures and formats with these settings, whether they are active or not. A line is, without blanks between:
     /// - with thread info: "0x" and the thread's id as sixteen hexadecimal digits;
     /// - where the source file is known, a blank and its name (with file names) and "(", the line, "): " (with lines);
-    ///   where it is not, " 0x", the address as a standard stream prints a pointer (which has "0x" of its own here) and
-    ///   a blank (with addresses);
+    ///   where it is not, " 0x", the address as sixteen hexadecimal digits, letters upper-case (as the standard streams
+    ///   of Visual C++ print a pointer), and a blank (with addresses);
     /// - the module's name (its file name; on Windows without the extension, as debuggers show it), or "(module name
     /// not available)"; "!"; the function's name, at most 2,047 bytes of it,
     ///   or "(symbol not available)".
