@@ -119,6 +119,7 @@ LoopbackListener::LoopbackListener(std::uint16_t port)
     m_sockets = {broadcast.Release(), direct.Release()};
     m_stop = stop.Release();
     m_wait = wait.Release();
+    m_process = ::getpid();
 }
 
 LoopbackListener::~LoopbackListener()
@@ -157,7 +158,8 @@ bool LoopbackListener::Receive(Datagram& datagram) noexcept
         m_ready = 0;
     }
     for (bool asked = false;; asked = true) {
-        for (std::size_t i = 0; i < kSockets && m_credit != 0; ++i) {
+        for (std::size_t look = 0; look < kSockets && m_credit != 0; ++look) {
+            std::size_t const i = (m_first + look) % kSockets;
             if ((m_ready & (1U << i)) != 0) {
                 if (TryReceive(m_sockets[i], datagram)) {
                     --m_credit;
@@ -181,21 +183,26 @@ bool LoopbackListener::Receive(Datagram& datagram) noexcept
             return false;
         }
         m_credit = kBurst;
+        m_first = (m_first + 1) % kSockets; // so that neither is kept waiting by what keeps coming on the other
     }
 }
 
 void LoopbackListener::Stop() noexcept
 {
-    // Fails only when the count is full, which is ready, too.
-    eventfd_write(static_cast<int>(m_stop), 1);
+    if (m_process == ::getpid()) {
+        // Fails only when the count is full, which is ready, too.
+        eventfd_write(static_cast<int>(m_stop), 1);
+    }
 }
 
 void LoopbackListener::Close() noexcept
 {
     for (std::intptr_t& socket : m_sockets) {
         if (socket != kNone) {
-            // Not connected, so this may fail; it wakes whoever shares the descriptor after a fork.
-            ::shutdown(static_cast<int>(socket), SHUT_RDWR);
+            if (m_process == ::getpid()) {
+                // Not connected, so this gives an error, but it does end what a forked process still shares.
+                ::shutdown(static_cast<int>(socket), SHUT_RDWR);
+            }
             ::close(static_cast<int>(socket));
             socket = kNone;
         }

@@ -192,7 +192,9 @@ TEST(MonitoredProcess, KilledReapedRecycled)
 
 TEST(MonitoredProcess, FirstThreadEndedBeforeTheOthers)
 {
+    constexpr std::size_t kPrivate = 32 << 20;
     Child const child([] {
+        std::memset(mmap(nullptr, kPrivate, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0), 1, kPrivate);
         // The parent hears of it from another thread, once the first one is gone.
         std::thread([] {
             while (StateOf(static_cast<unsigned>(getpid())) != "Z") {
@@ -203,7 +205,9 @@ TEST(MonitoredProcess, FirstThreadEndedBeforeTheOthers)
         syscall(SYS_exit, 0);
     });
     EXPECT_EQ(StateOf(child.Pid()), "Z");
-    EXPECT_TRUE(MonitoredProcess(child.Pid()).IsRunning());
+    MonitoredProcess const process(child.Pid());
+    EXPECT_TRUE(process.IsRunning());
+    EXPECT_GE(process.GetMemoryUsage(), kPrivate) << "the others have it";
     EXPECT_FALSE(ParseStat(StatOf(child.Pid())).value().ended);
 }
 
