@@ -51,7 +51,7 @@ private:
 /// Linux delivers a broadcast only to those who are bound to the broadcast address, and what is sent to 127.0.0.1 only
 /// to one of those who are bound to that; hence two sockets. Four descriptors, closed on exec.
 ///
-/// After a fork the other process shares them; it may destroy its listener without this one's noticing.
+/// After a fork both processes have them; one may destroy its listener without the other's noticing.
 class LoopbackListener
 {
 public:
@@ -77,8 +77,6 @@ private:
     /// What Stop makes ready, and what waits for that and the sockets.
     std::intptr_t m_stop;
     std::intptr_t m_wait;
-    /// The process that has made it, for whom alone it listens.
-    [[maybe_unused]] std::intptr_t m_process = 0;
     /// Which sockets may have something, one bit each, and how many datagrams are taken before the system is asked
     /// anew.
     unsigned int m_ready = 0;

@@ -119,14 +119,15 @@ LoopbackListener::LoopbackListener(std::uint16_t port)
     m_sockets = {broadcast.Release(), direct.Release()};
     m_stop = stop.Release();
     m_wait = wait.Release();
-    m_process = ::getpid();
 }
 
 LoopbackListener::~LoopbackListener()
 {
-    Close();
-    ::close(static_cast<int>(m_wait));
-    ::close(static_cast<int>(m_stop));
+    for (std::intptr_t const descriptor : {m_sockets[0], m_sockets[1], m_wait, m_stop}) {
+        if (descriptor != kNone) {
+            ::close(static_cast<int>(descriptor));
+        }
+    }
 }
 
 /// False when there was nothing.
@@ -189,20 +190,16 @@ bool LoopbackListener::Receive(Datagram& datagram) noexcept
 
 void LoopbackListener::Stop() noexcept
 {
-    if (m_process == ::getpid()) {
-        // Fails only when the count is full, which is ready, too.
-        eventfd_write(static_cast<int>(m_stop), 1);
-    }
+    // Fails only when the count is full, which is ready, too.
+    eventfd_write(static_cast<int>(m_stop), 1);
 }
 
 void LoopbackListener::Close() noexcept
 {
     for (std::intptr_t& socket : m_sockets) {
         if (socket != kNone) {
-            if (m_process == ::getpid()) {
-                // Not connected, so this gives an error, but it does end what a forked process still shares.
-                ::shutdown(static_cast<int>(socket), SHUT_RDWR);
-            }
+            // Not connected, so this gives an error, but takes effect also for whom a fork has given it to.
+            ::shutdown(static_cast<int>(socket), SHUT_RDWR);
             ::close(static_cast<int>(socket));
             socket = kNone;
         }

@@ -215,20 +215,25 @@ TEST(Exchange, FailsWhole)
 /// What a forked process inherits and gives up is not this one's.
 TEST(Exchange, GoesOnWhenAForkedProcessStops)
 {
-    unsigned short const port = NextPort();
-    auto observer = std::make_unique<Observer>(port);
+    Lines lines;
+    Settings settings(lines);
+    settings.general.m_startDelay = 3600s;
+    settings.Start();
+    auto observer = std::make_unique<Observer>(settings.port);
     pid_t const child = ::fork();
     if (child == 0) {
         ::alarm(60);
         observer.reset();
-        ::_exit(0);
+        ResourceManager::Stop();
+        ::_exit(lines.Get().back() == "Resource Manager: stopped" ? 7 : 8);
     }
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
-    observer->observer.Send({1, 2, 3, 4});
-    EXPECT_TRUE(observer->lines.WaitFor("pid 1 has 2"));
-    EXPECT_FALSE(observer->lines.Has("stopped"));
+    EXPECT_EQ(status, 7 << 8);
+    observer->observer.Send({TSystem::ProcessID(), 2, 3, 4});
+    EXPECT_TRUE(observer->lines.WaitFor("has 2, 3%, 4%"));
+    YieldUntil([] { return ResourceManager::GetCpuAndMemoryUsage().second == 2; });
+    ResourceManager::Stop();
 }
 
 /// However much comes as broadcasts, what is sent to 127.0.0.1 gets its turn.
