@@ -50,6 +50,8 @@ private:
 ///
 /// Linux delivers a broadcast only to those who are bound to the broadcast address, and what is sent to 127.0.0.1 only
 /// to one of those who are bound to that; hence two sockets. Four descriptors, closed on exec.
+///
+/// After a fork both processes have them; one may destroy its listener without the other's noticing.
 class LoopbackListener
 {
 public:
@@ -79,6 +81,8 @@ private:
     /// anew.
     unsigned int m_ready = 0;
     unsigned int m_credit = 0;
+    /// The socket that is looked at first, each in its turn.
+    std::size_t m_first = 0;
     /// How many times the system is asked at once, as datagrams have been coming one by one.
     unsigned int m_askFirst = 0;
 };

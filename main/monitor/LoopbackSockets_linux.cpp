@@ -123,9 +123,11 @@ LoopbackListener::LoopbackListener(std::uint16_t port)
 
 LoopbackListener::~LoopbackListener()
 {
-    Close();
-    ::close(static_cast<int>(m_wait));
-    ::close(static_cast<int>(m_stop));
+    for (std::intptr_t const descriptor : {m_sockets[0], m_sockets[1], m_wait, m_stop}) {
+        if (descriptor != kNone) {
+            ::close(static_cast<int>(descriptor));
+        }
+    }
 }
 
 /// False when there was nothing.
@@ -157,7 +159,8 @@ bool LoopbackListener::Receive(Datagram& datagram) noexcept
         m_ready = 0;
     }
     for (bool asked = false;; asked = true) {
-        for (std::size_t i = 0; i < kSockets && m_credit != 0; ++i) {
+        for (std::size_t look = 0; look < kSockets && m_credit != 0; ++look) {
+            std::size_t const i = (m_first + look) % kSockets;
             if ((m_ready & (1U << i)) != 0) {
                 if (TryReceive(m_sockets[i], datagram)) {
                     --m_credit;
@@ -181,6 +184,7 @@ bool LoopbackListener::Receive(Datagram& datagram) noexcept
             return false;
         }
         m_credit = kBurst;
+        m_first = (m_first + 1) % kSockets; // so that neither is kept waiting by what keeps coming on the other
     }
 }
 
@@ -194,7 +198,7 @@ void LoopbackListener::Close() noexcept
 {
     for (std::intptr_t& socket : m_sockets) {
         if (socket != kNone) {
-            // Not connected, so this may fail; it wakes whoever shares the descriptor after a fork.
+            // Not connected, so this gives an error, but takes effect also for whom a fork has given it to.
             ::shutdown(static_cast<int>(socket), SHUT_RDWR);
             ::close(static_cast<int>(socket));
             socket = kNone;

@@ -190,7 +190,8 @@ bool LoopbackListener::TryReceive(std::intptr_t socket, Datagram& datagram) noex
 bool LoopbackListener::Receive(Datagram& datagram) noexcept
 {
     for (;;) {
-        for (std::size_t i = 0; i < kSockets && m_credit != 0; ++i) {
+        for (std::size_t look = 0; look < kSockets && m_credit != 0; ++look) {
+            std::size_t const i = (m_first + look) % kSockets;
             if (m_sockets[i] != kNone && (m_ready & (1U << i)) != 0) {
                 if (TryReceive(m_sockets[i], datagram)) {
                     --m_credit;
@@ -213,6 +214,7 @@ bool LoopbackListener::Receive(Datagram& datagram) noexcept
         ResetEvent(waited[1]);
         m_ready = 3;
         m_credit = kBurst;
+        m_first = (m_first + 1) % kSockets;
     }
 }
 

@@ -7,6 +7,7 @@
 #include <ctime>
 #include <iterator>
 
+#include <dirent.h>
 #include <poll.h>
 #include <sys/syscall.h>
 #include <sys/sysinfo.h>
@@ -25,22 +26,35 @@ using system::KernelFile;
 
 constexpr std::uint64_t kUnitsPerSecond = 10'000'000;
 
-/// "/proc/PID/NAME".
+/// "/proc/PID/NAME", or for one of its threads "/proc/PID/task/TID/NAME".
 class ProcessPath
 {
 public:
-    ProcessPath(std::uint32_t pid, std::string_view name) noexcept
+    explicit ProcessPath(std::uint32_t pid, std::string_view name, std::uint32_t thread = 0) noexcept
     {
-        constexpr std::string_view kFolder = "/proc/";
-        char* at = m_text + kFolder.copy(m_text, kFolder.size());
-        at = std::to_chars(at, std::end(m_text), pid).ptr;
-        *at++ = '/';
-        at[name.copy(at, static_cast<std::size_t>(std::end(m_text) - at - 1))] = 0;
+        Append("/proc/");
+        Append(pid);
+        if (thread != 0) {
+            Append("/task/");
+            Append(thread);
+        }
+        Append("/");
+        Append(name);
+        *m_end = 0;
     }
+    ProcessPath(ProcessPath const&) = delete;
+    ProcessPath& operator=(ProcessPath const&) = delete;
     operator char const*() const noexcept { return m_text; }
 
 private:
-    char m_text[32];
+    void Append(std::string_view text) noexcept
+    {
+        m_end += text.copy(m_end, static_cast<std::size_t>(std::end(m_text) - m_end - 1));
+    }
+    void Append(std::uint32_t number) noexcept { m_end = std::to_chars(m_end, std::end(m_text) - 1, number).ptr; }
+
+    char m_text[48];
+    char* m_end = m_text;
 };
 
 std::optional<ProcessStat> ReadStat(std::uint32_t pid) noexcept
@@ -82,23 +96,47 @@ bool SwapIsInUse() noexcept
     return ::sysinfo(&info) != 0 || info.freeswap != info.totalswap;
 }
 
-std::uint64_t BytesInMemory(std::uint32_t pid) noexcept
+std::uint64_t BytesInMemory(ProcessPath const& statm) noexcept
 {
     char buffer[256];
-    std::optional<std::uint64_t> const pages =
-        ParsePrivatePages(system::ReadBeginning(ProcessPath(pid, "statm"), buffer));
+    std::optional<std::uint64_t> const pages = ParsePrivatePages(system::ReadBeginning(statm, buffer));
     return system::SaturatedProduct(pages.value_or(0), static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE)));
 }
 
-std::uint64_t BytesInMemoryAndSwap(std::uint32_t pid) noexcept
+std::uint64_t BytesInMemoryAndSwap(ProcessPath const& status) noexcept
 {
-    KernelFile file(ProcessPath(pid, "status"));
+    KernelFile file(status);
     system::LineReader lines(file.Reader());
     PrivateMemory memory;
     while (std::optional<std::string_view> const line = lines.Next()) {
         memory.Take(*line);
     }
     return memory.bytes;
+}
+
+// RssAnon and VmSwap. The kernel takes half the time for statm, whose "resident" without its "shared" is the same as
+// RssAnon, as for status; that one is needed only when something on the machine is swapped out.
+std::uint64_t BytesOf(std::uint32_t pid, std::uint32_t thread = 0) noexcept
+{
+    return SwapIsInUse() ? BytesInMemoryAndSwap(ProcessPath(pid, "status", thread))
+                         : BytesInMemory(ProcessPath(pid, "statm", thread));
+}
+
+/// A thread of the process besides its first one; 0 when there is none. Those that have ended are not in the list.
+std::uint32_t OtherThread(std::uint32_t pid) noexcept
+{
+    KernelFile folder(ProcessPath(pid, "task"));
+    alignas(dirent64) char buffer[512];
+    std::size_t const size = folder.ReadEntries(buffer);
+    for (std::size_t at = 0; at < size;) {
+        auto const* const entry = reinterpret_cast<dirent64 const*>(buffer + at);
+        std::uint64_t const thread = system::ParseNumber(entry->d_name).value_or(0);
+        if (thread != 0 && thread != pid && thread <= INT_MAX) {
+            return static_cast<std::uint32_t>(thread);
+        }
+        at += entry->d_reclen;
+    }
+    return 0;
 }
 
 } // namespace
@@ -165,12 +203,15 @@ std::optional<CpuSample> ProcessHandle::Sample() const noexcept
     return CpuSample{0, *used, wall};
 }
 
-// RssAnon and VmSwap. The kernel takes half the time for statm, whose "resident" without its "shared" is the same as
-// RssAnon, as for status; that one is needed only when something on the machine is swapped out.
+// A thread that has ended is told to have no memory, also when it is the first one, whose figures are otherwise those
+// of the process.
 std::uint64_t ProcessHandle::PrivateBytes() const noexcept
 {
     KeepErrno const keep;
-    std::uint64_t const bytes = SwapIsInUse() ? BytesInMemoryAndSwap(m_pid) : BytesInMemory(m_pid);
+    std::uint64_t bytes = BytesOf(m_pid);
+    if (std::uint32_t const thread = bytes == 0 ? OtherThread(m_pid) : 0) {
+        bytes = BytesOf(m_pid, thread);
+    }
     return HasEnded() ? 0 : bytes;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include <qvxsys/TSystem.h>
 #include <qvxsys/TThreadPool.h>
 
 #include "ListenerTerminate.h"
@@ -36,12 +37,16 @@ bool HandleDatagram(Datagram const& datagram, ExchangeHandlers const& handlers)
 }
 
 ResourceExchange::ResourceExchange(std::uint16_t port, ExchangeHandlers handlers, void (*terminateHandler)())
-    : m_handlers(std::move(handlers)), m_terminateHandler(terminateHandler), m_sender(port), m_listener(port),
-      m_thread([this] { Listen(); })
+    : m_handlers(std::move(handlers)), m_terminateHandler(terminateHandler), m_process(TSystem::ProcessID()),
+      m_sender(port), m_listener(port), m_thread([this] { Listen(); })
 {}
 
 ResourceExchange::~ResourceExchange()
 {
+    if (m_process != TSystem::ProcessID()) {
+        m_thread.detach(); // A fork does not copy threads, and the one there is goes on listening.
+        return;
+    }
     m_listener.Stop();
     m_thread.join();
 }

@@ -33,7 +33,7 @@ public:
     ResourceExchange(std::uint16_t port, ExchangeHandlers handlers, void (*terminateHandler)());
     ResourceExchange(ResourceExchange const&) = delete;
     ResourceExchange& operator=(ResourceExchange const&) = delete;
-    /// Waits for the listening thread.
+    /// Waits for the listening thread; in a process forked since, does not touch that of the other.
     ~ResourceExchange();
 
     /// Throws boost::system::system_error, "send_to". One thread sends at a time.
@@ -45,6 +45,7 @@ private:
 
     ExchangeHandlers const m_handlers;
     void (*const m_terminateHandler)();
+    unsigned int const m_process;
     LoopbackSender m_sender;
     LoopbackListener m_listener;
     std::atomic<bool> m_listening = true;

@@ -57,7 +57,9 @@ ResourceManagerImpl::ResourceManagerImpl(ResourceManager::CpuConfig const& cpu,
 ResourceManagerImpl::~ResourceManagerImpl()
 {
     m_stopEvent.Signal();
-    if (m_worker.joinable()) {
+    if (m_process != TSystem::ProcessID() && m_worker.joinable()) {
+        m_worker.detach(); // a fork does not copy threads
+    } else if (m_worker.joinable()) {
         m_worker.join();
     }
     m_ipc.reset();

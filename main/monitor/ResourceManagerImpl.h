@@ -16,6 +16,7 @@
 #include <qvxsys/ResourceValues.h>
 #include <qvxsys/TEvent.h>
 #include <qvxsys/TStringCore.h>
+#include <qvxsys/TSystem.h>
 
 #include "ChildProcessManager.h"
 #include "InfoTable.h"
@@ -103,6 +104,7 @@ private:
     ResourceManager::MemoryConfig const m_memory;
     ResourceManager::GeneralConfig const m_general;
     ResourceManager::Options const m_options;
+    unsigned int const m_process = TSystem::ProcessID();
     InfoTable m_info;
     ChildProcessManager m_children;
     ReclaimFunctions m_cpuFunctions;

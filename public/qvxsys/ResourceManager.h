@@ -25,8 +25,8 @@
 // The manager never ends the process and writes no files: its lines, each beginning with "Resource Manager: ", go to
 // the log function.
 //
-// Threads: Start and Stop must not run at the same time as each other or as other calls; everything else may be called
-// from any thread. The log function is called by the threads that call Start, Stop and RegisterChildProcessId, by the
+// Threads: Start and Stop must not run at the same time as each other or as other calls (which rules out a Stop from the
+// log function while Start or RegisterChildProcessId calls it); everything else may be called from any thread. The log function is called by the threads that call Start, Stop and RegisterChildProcessId, by the
 // worker and by the listening thread; everything else that is handed in by the worker only. What these functions throw
 // is not caught on the manager's threads and ends the process, as does a report that cannot be sent (to port 0, for
 // one).
@@ -34,6 +34,9 @@
 // Stop waits for the functions of the program that are running. Called by one of them (that is, on a thread of the
 // manager's) it cannot wait for itself: it returns at once, the manager is detached and goes when they have returned,
 // and Start makes another one. As after any other Stop there is the line "Resource Manager: stopped", then.
+//
+// A forked process has the manager but not its threads: nothing is checked there, and Stop there leaves the other process
+// as it is.
 //
 // Cost: two threads that sleep between checks and datagrams, five descriptors on Linux, and those of the children; a
 // check is a few dozen microseconds and as much for each child. At most 65,536 processes are remembered, however many

@@ -212,6 +212,48 @@ TEST(Exchange, FailsWhole)
     EXPECT_TRUE(lines.Has("stopped"));
 }
 
+/// What a forked process inherits and gives up is not this one's.
+TEST(Exchange, GoesOnWhenAForkedProcessStops)
+{
+    Lines lines;
+    Settings settings(lines);
+    settings.general.m_startDelay = 3600s;
+    settings.Start();
+    auto observer = std::make_unique<Observer>(settings.port);
+    pid_t const child = ::fork();
+    if (child == 0) {
+        ::alarm(60);
+        observer.reset();
+        ResourceManager::Stop();
+        ::_exit(lines.Get().back() == "Resource Manager: stopped" ? 7 : 8);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 7 << 8);
+    observer->observer.Send({TSystem::ProcessID(), 2, 3, 4});
+    EXPECT_TRUE(observer->lines.WaitFor("has 2, 3%, 4%"));
+    YieldUntil([] { return ResourceManager::GetCpuAndMemoryUsage().second == 2; });
+    ResourceManager::Stop();
+}
+
+/// However much comes as broadcasts, what is sent to 127.0.0.1 gets its turn.
+TEST(Exchange, ServesBothSocketsUnderAFlood)
+{
+    namespace monitor = qvxsys::monitor;
+    unsigned short const port = NextPort();
+    monitor::LoopbackListener listener(port);
+    monitor::LoopbackSender sender(port);
+    ASSERT_EQ(Python("s.sendto(b'x', ('127.0.0.1', port))", port).status, 0);
+    monitor::Datagram datagram;
+    int heard = 0;
+    do {
+        sender.Send("flood", 5); // at least one is always waiting
+        sender.Send("flood", 5);
+        ASSERT_TRUE(listener.Receive(datagram));
+    } while (datagram.size != 1 && ++heard < 1000);
+    EXPECT_EQ(datagram.size, 1U) << "after " << heard;
+}
+
 TEST(Exchange, StartsAndStopsAThousandTimesWithoutALeak)
 {
     Lines lines;

@@ -15,8 +15,6 @@
 #include <thread>
 #include <vector>
 
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -29,12 +27,11 @@
 
 #include "MonitoredProcess.h"
 #include "ProcessText.h"
+#include "support/SystemCalls_linux.h"
 
 namespace {
 
 using namespace qvxsys::monitor;
-
-constexpr int kNotPossible = 77;
 
 std::string StatOf(unsigned pid)
 {
@@ -153,46 +150,28 @@ int LifeOfAChild()
     return kNotPossible;
 }
 
-/// From now on pidfd_open fails with this error.
-void RefusePidfd(int error)
-{
-    sock_filter filter[] = {
-        {BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)},
-        {BPF_JMP | BPF_JEQ | BPF_K, 0, 1, SYS_pidfd_open},
-        {BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ERRNO | static_cast<unsigned>(error)},
-        {BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ALLOW},
-    };
-    sock_fprog const program = {std::size(filter), filter};
-    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0) {
-        _exit(kNotPossible);
-    }
-}
-
 TEST(MonitoredProcess, KilledReapedRecycled)
 {
     for (int const error : {0, ENOSYS, EPERM, EMFILE}) {
         SCOPED_TRACE(error);
-        pid_t const judge = fork();
-        if (judge == 0) {
+        int const step = InChild([error] {
             if (error != 0) {
-                RefusePidfd(error);
+                Refuse(SYS_pidfd_open, error);
             }
-            alarm(60);
-            _exit(LifeOfAChild());
-        }
-        int status = 0;
-        ASSERT_EQ(waitpid(judge, &status, 0), judge);
-        ASSERT_TRUE(WIFEXITED(status));
-        if (WEXITSTATUS(status) == kNotPossible) {
+            return LifeOfAChild();
+        });
+        if (step == kNotPossible) {
             GTEST_SKIP() << "no recycled id";
         }
-        EXPECT_EQ(WEXITSTATUS(status), 0) << "the step that went wrong";
+        EXPECT_EQ(step, 0) << "the step that went wrong";
     }
 }
 
 TEST(MonitoredProcess, FirstThreadEndedBeforeTheOthers)
 {
+    constexpr std::size_t kPrivate = 32 << 20;
     Child const child([] {
+        std::memset(mmap(nullptr, kPrivate, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0), 1, kPrivate);
         // The parent hears of it from another thread, once the first one is gone.
         std::thread([] {
             while (StateOf(static_cast<unsigned>(getpid())) != "Z") {
@@ -203,7 +182,9 @@ TEST(MonitoredProcess, FirstThreadEndedBeforeTheOthers)
         syscall(SYS_exit, 0);
     });
     EXPECT_EQ(StateOf(child.Pid()), "Z");
-    EXPECT_TRUE(MonitoredProcess(child.Pid()).IsRunning());
+    MonitoredProcess const process(child.Pid());
+    EXPECT_TRUE(process.IsRunning());
+    EXPECT_GE(process.GetMemoryUsage(), kPrivate) << "the others have it";
     EXPECT_FALSE(ParseStat(StatOf(child.Pid())).value().ended);
 }
 

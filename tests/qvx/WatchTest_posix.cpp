@@ -16,6 +16,7 @@
 #include <qvxsys/TSystem.h>
 
 #include "Loopback.h"
+#include "ProcText.h"
 #include "Units.h"
 #include "support/ChildProcess.h"
 #include "support/TemporaryFolder.h"
@@ -201,6 +202,18 @@ TEST(Watch, OnATerminal)
     run.ReadUntil("^C");
     run.Write("a\nb\n");
     EXPECT_NE(run.ReadUntil("got 1").find("got 1"), std::string::npos);
+    EXPECT_EQ(run.Wait(), 0);
+}
+
+// Whoever has started it gets the terminal back, as without it.
+TEST(Watch, StopsWithACommandThatHasTheTerminalAndStopsItself)
+{
+    RunningProgram run(Watch(FreePort(), {}, {"bash", "-c", "kill -STOP $$; echo on"}), RunningProgram::Terminal);
+    int status = 0;
+    ASSERT_EQ(waitpid(run.Pid(), &status, WUNTRACED), run.Pid());
+    ASSERT_TRUE(WIFSTOPPED(status));
+    run.Send(SIGCONT);
+    EXPECT_EQ(run.ReadUntil("on"), "on");
     EXPECT_EQ(run.Wait(), 0);
 }
 
@@ -447,6 +460,35 @@ TEST(Loopback, EveryListenerGetsEachDatagramOnce)
     EXPECT_TRUE(check.IsGood()) << check.error.toStdString() << ' ' << check.listeners[0].once << ' '
                                 << check.listeners[1].once;
     EXPECT_EQ(check.sent, 100u);
+}
+
+TEST(ProcText, IsReadHoweverMalformed)
+{
+    std::string const tail = " 1 2 3 0 -1 4194560 100 0 0 0 12 30 5 6 20 0 1 0 77 0 18446744073709551615\n";
+    std::string threads = tail; // two of them
+    threads.replace(threads.find(" 1 0 77"), 2, " 2");
+    constexpr std::optional<unsigned long long> kNone;
+    std::pair<std::string, std::optional<unsigned long long>> const table[] = {
+        {"7 (sh) S" + tail, 77},
+        {"7 (a) Z (b\n) R" + tail, 77},
+        {"7 () Z" + tail, kNone},
+        {"7 () X" + tail, kNone},
+        {"7 () Z" + threads, 77},
+        {"7 (sh) S" + tail.substr(0, tail.find(" 77")), kNone},
+        {"7 (sh) S 1 2 x 0 -1 4194560 100 0 0 0 12 30 5 6 20 0 1 0 77", kNone},
+        {"7 (sh) S 1 2 99999999999999999999 0 -1 4194560 100 0 0 0 12 30 5 6 20 0 1 0 77", kNone},
+        {"7 (sh) ", kNone},
+        {"7 (sh", kNone},
+        {"", kNone},
+    };
+    for (auto const& [text, start] : table) {
+        EXPECT_EQ(qvx::StartTime(text), start) << text;
+    }
+    EXPECT_EQ(qvx::Numbers<int>(" 12  3\n4 x 5"), (std::vector{12, 3, 4}));
+    EXPECT_EQ(qvx::Numbers<int>("1 99999999999"), std::vector{1});
+    EXPECT_EQ(qvx::CommandText(std::string("a\0\0b\0\0", 6), "c\n"), "a  b");
+    EXPECT_EQ(qvx::CommandText(std::string("\0", 1), "c d\n"), "c d");
+    EXPECT_EQ(qvx::CommandText("", ""), "");
 }
 
 TEST(Units, AreReadAndWritten)

@@ -1,19 +1,15 @@
 // A system that refuses to put threads to sleep or to wake them: a seccomp filter in a child process.
 
 #include <atomic>
-#include <cstddef>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <string>
 
-#include <linux/filter.h>
 #include <linux/futex.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -21,49 +17,12 @@
 #include <qvxsys/TSemaphore.h>
 
 #include "EventKinds.h"
+#include "support/SystemCalls_linux.h"
 #include "support/Threads.h"
 
 using std::chrono::milliseconds;
 
 namespace {
-
-constexpr int kNoFilters = 77;
-
-/// From now on, this futex operation fails with EPERM on this thread.
-void Refuse(unsigned int operation)
-{
-    auto const statement = [](unsigned int code, std::size_t k) {
-        return sock_filter{static_cast<unsigned short>(code), 0, 0, static_cast<unsigned int>(k)};
-    };
-    auto const skipUnless = [](std::size_t value, unsigned char statements) {
-        return sock_filter{BPF_JMP | BPF_JEQ | BPF_K, 0, statements, static_cast<unsigned int>(value)};
-    };
-    sock_filter filter[] = {
-        statement(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        skipUnless(SYS_futex, 3),
-        statement(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[1])),
-        skipUnless(operation, 1),
-        statement(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
-        statement(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    };
-    sock_fprog const program = {std::size(filter), filter};
-    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 || prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) != 0) {
-        _exit(kNoFilters);
-    }
-}
-
-/// The exit status of a child process that runs `function`, which returns how many checks have failed.
-int InChild(std::function<int()> const& function)
-{
-    pid_t const child = fork();
-    if (child == 0) {
-        alarm(60);
-        _exit(function());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
 
 /// 0 when what `f` throws, or "", is the text.
 int Differs(char const* expected, std::function<void()> const& f)
@@ -84,14 +43,14 @@ int Differs(char const* expected, std::function<void()> const& f)
 }
 
 #define SKIP_WITHOUT_FILTERS(status)                                                                                   \
-    if ((status) == kNoFilters) {                                                                                      \
+    if ((status) == kNotPossible) {                                                                                    \
         GTEST_SKIP() << "seccomp filters are not available here";                                                      \
     }
 
 TEST(Refused, ToSleep)
 {
     int const status = InChild([] {
-        Refuse(FUTEX_WAIT_BITSET_PRIVATE);
+        Refuse(SYS_futex, EPERM, FUTEX_WAIT_BITSET_PRIVATE);
         int failed = 0;
         auto const semaphore = TSemaphore::Construct(0);
         failed += Differs("TSemaphore::Acquire: error=1\n", [&] { semaphore->Acquire(); });
@@ -142,7 +101,7 @@ TEST(Refused, ToWake)
         }
         // The C++ runtime's first exception wakes threads as well, and takes no refusal.
         static_cast<void>(Differs("error", [] { static_cast<void>(TSemaphore::Construct(0xFFFFFFFF)); }));
-        Refuse(FUTEX_WAKE_PRIVATE);
+        Refuse(SYS_futex, EPERM, FUTEX_WAKE_PRIVATE);
         int failed = Differs("TSemaphore::Release: error=1\n", [&] { semaphore->Release(); });
         for (auto const& event : events) {
             bool called = false;

@@ -339,7 +339,8 @@ bool Watcher::IsOver()
     if (m_phase == Phase::Running) {
         return m_command.End().has_value();
     }
-    m_attempts.left = m_command.Processes().size() + (m_command.End() ? 0 : 1);
+    // The command itself is among them, unless it waits for this process to notice its end.
+    m_attempts.left = std::max<std::size_t>(m_command.Processes().size(), m_command.End() ? 0 : 1);
     return m_attempts.left == 0 || Clock::now() >= m_asked + m_options.grace + kGiveUp;
 }
 

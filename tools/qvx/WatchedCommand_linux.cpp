@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <csignal>
 #include <cstdlib>
 #include <set>
@@ -24,6 +23,7 @@
 
 #include "DisplayText.h"
 #include "Failures.h"
+#include "ProcText.h"
 
 namespace qvx {
 namespace {
@@ -71,34 +71,10 @@ std::string FileOf(pid_t pid, std::string const& name)
     return text;
 }
 
-// The numbers of a text, up to the first thing that is none.
-template<class Number>
-std::vector<Number> Numbers(std::string_view text)
-{
-    std::vector<Number> numbers;
-    for (Number number{};;) {
-        text.remove_prefix(std::min(text.find_first_not_of(" \n"), text.size()));
-        auto const [behind, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-        if (error != std::errc()) {
-            return numbers;
-        }
-        numbers.push_back(number);
-        text.remove_prefix(static_cast<std::size_t>(behind - text.data()));
-    }
-}
-
-// When the process was started, in ticks since the machine was (proc(5), field 22 of stat). Nothing when it is gone or
-// only waits for its parent to notice.
+// Nothing when it is gone, or as good as gone.
 std::optional<unsigned long long> StartOf(pid_t pid)
 {
-    std::string const stat = FileOf(pid, "stat");
-    std::size_t const name = stat.rfind(") "); // a name may have anything in it
-    if (name == std::string::npos || name + 4 > stat.size() || stat[name + 2] == 'Z' || stat[name + 2] == 'X') {
-        return std::nullopt;
-    }
-    constexpr std::size_t kStart = 22 - 4; // behind name and state
-    std::vector<long long> const fields = Numbers<long long>(std::string_view(stat).substr(name + 3));
-    return fields.size() > kStart ? std::optional(static_cast<unsigned long long>(fields[kStart])) : std::nullopt;
+    return StartTime(FileOf(pid, "stat"));
 }
 
 std::vector<pid_t> ChildrenOf(pid_t pid)
@@ -142,6 +118,12 @@ std::vector<char*> Pointers(std::vector<std::string> const& texts)
     }
     pointers.push_back(nullptr);
     return pointers;
+}
+
+bool HasTheTerminal()
+{
+    constexpr int kStreams[] = {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
+    return std::ranges::any_of(kStreams, [](int stream) { return tcgetpgrp(stream) == getpgrp(); });
 }
 
 // ---- what this process changes for itself and its children must not see
@@ -281,8 +263,9 @@ void WatchedCommand::State::Reap()
     for (pid_t pid = 0; (pid = waitpid(-1, &status, WNOHANG | WUNTRACED)) > 0;) {
         if (WIFSTOPPED(status)) {
             int const signal = WSTOPSIG(status);
-            if (pid == child && (signal == SIGTSTP || signal == SIGTTIN || signal == SIGTTOU)) {
-                kill(getpid(), SIGSTOP); // the job has stopped when all of it has
+            bool const isByTerminal = signal == SIGTSTP || signal == SIGTTIN || signal == SIGTTOU;
+            if (pid == child && (isByTerminal || HasTheTerminal())) {
+                kill(getpid(), SIGSTOP); // the job has stopped, and the terminal is free, when all of it has
             }
         } else if (pid == child) {
             end = EndOf(status);
@@ -442,16 +425,7 @@ int ExitStatusLike(CommandEnd const& end) noexcept
 
 std::string CommandLineOf(unsigned int pid)
 {
-    std::string line = FileOf(static_cast<pid_t>(pid), "cmdline");
-    while (line.ends_with('\0')) {
-        line.pop_back();
-    }
-    std::replace(line.begin(), line.end(), '\0', ' ');
-    if (line.empty()) {
-        line = FileOf(static_cast<pid_t>(pid), "comm");
-        line.resize(std::min(line.find('\n'), line.size()));
-    }
-    return line;
+    return CommandText(FileOf(static_cast<pid_t>(pid), "cmdline"), FileOf(static_cast<pid_t>(pid), "comm"));
 }
 
 } // namespace qvx

@@ -36,6 +36,8 @@ public:
 
     /// How many bytes have come; 0 at the end and after a failure.
     std::size_t Read(char* to, std::size_t size) noexcept;
+    /// Of a folder: the bytes of its next entries (dirent64); 0 as above.
+    std::size_t ReadEntries(std::span<char> to) noexcept;
     /// For LineReader.
     [[nodiscard]] auto Reader() noexcept
     {

@@ -1,5 +1,6 @@
 #include "KernelFile.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -23,6 +24,12 @@ std::size_t KernelFile::Read(char* to, std::size_t size) noexcept
             return length > 0 ? static_cast<std::size_t>(length) : 0;
         }
     }
+}
+
+std::size_t KernelFile::ReadEntries(std::span<char> to) noexcept
+{
+    ssize_t const length = ::getdents64(m_descriptor, to.data(), to.size());
+    return length > 0 ? static_cast<std::size_t>(length) : 0;
 }
 
 std::string_view ReadBeginning(char const* path, std::span<char> buffer) noexcept
