@@ -144,6 +144,7 @@ TEST(Watch, RefusesWhatMakesNoSense)
                                    {"--max-memory", "-1"},
                                    {"--max-memory", "infG"},
                                    {"--all-memory", "0%"},
+                                   {"--all-memory", "80"},
                                    {"--all-memory", "101%"},
                                    {"--max-cpu", "100"},
                                    {"--interval", "1500ms"},

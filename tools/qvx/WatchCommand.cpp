@@ -84,6 +84,13 @@ void AddParsed(CLI::App& app, char const* name, char const* type, char const* ex
         ->type_name(type);
 }
 
+// No program runs in less than a mebibyte; who says so has left out a unit or a percent sign.
+std::optional<std::uint64_t> ParseLimit(std::string const& text)
+{
+    auto const size = ParseSize(text);
+    return size && *size >= 1024 * 1024 ? size : std::nullopt;
+}
+
 struct WatchCommand
 {
     WatchOptions options;
@@ -93,15 +100,16 @@ struct WatchCommand
 void AddLimits(CLI::App& app, std::shared_ptr<WatchCommand> const& command)
 {
     WatchOptions& options = command->options;
-    AddParsed(app, "--max-memory", "SIZE", "a size", "Memory that the command may use", ParseSize,
+    AddParsed(app, "--max-memory", "SIZE", "a size of 1M or more", "Memory that the command may use", ParseLimit,
               [&options](std::uint64_t size) { return options.maxMemory = size, true; });
     AddParsed(
-        app, "--all-memory", "PERCENT%|SIZE", "a percentage or a size", "Memory that may be in use on the machine",
+        app, "--all-memory", "PERCENT%|SIZE", "a percentage or a size of 1M or more",
+        "Memory that may be in use on the machine",
         [](std::string const& text) -> std::optional<std::string> {
-            return ParseSize(text) || ParsePercentage(text) ? std::optional(text) : std::nullopt;
+            return ParseLimit(text) || ParsePercentage(text) ? std::optional(text) : std::nullopt;
         },
         [command](std::string const& text) {
-            command->options.allMemory = ParseSize(text);
+            command->options.allMemory = ParseLimit(text);
             command->allMemory = ParsePercentage(text);
             return true;
         });
