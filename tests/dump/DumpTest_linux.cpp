@@ -351,12 +351,13 @@ TEST_F(DumpTest, FullDiskLeavesTheOldFile)
 
 TEST_F(DumpTest, WithoutAFreeDescriptor)
 {
+    fs::path const file = File();
     EXPECT_EQ(InChild([&] {
                   rlimit const few{8, 8};
                   setrlimit(RLIMIT_NOFILE, &few);
                   while (dup(STDIN_FILENO) >= 0) {
                   }
-                  return DumpError(getpid(), File());
+                  return DumpError(getpid(), file);
               }),
               0);
 }
