@@ -10,6 +10,7 @@
 
 #include <cxxabi.h>
 
+#include "DebugHelp.h"
 #include "WindowsApi.h"
 
 #include <dbghelp.h>
@@ -124,16 +125,22 @@ std::vector<Known> Snapshot()
     return modules;
 }
 
-class KeepLastError
+/// The library's turn, with the caller's last error as it was.
+class Turn
 {
 public:
-    KeepLastError() noexcept : m_before(::GetLastError()) {}
-    ~KeepLastError() { ::SetLastError(m_before); }
-    KeepLastError(KeepLastError const&) = delete;
-    KeepLastError& operator=(KeepLastError const&) = delete;
+    Turn() : m_before(::GetLastError()), m_lock(DebugHelpTurn()) {}
+    ~Turn()
+    {
+        m_lock.unlock();
+        ::SetLastError(m_before);
+    }
+    Turn(Turn const&) = delete;
+    Turn& operator=(Turn const&) = delete;
 
 private:
     DWORD m_before;
+    std::unique_lock<std::mutex> m_lock;
 };
 
 SymbolSource SourceOf(IMAGEHLP_MODULEW64 const& info) noexcept
@@ -239,7 +246,7 @@ SymbolReader::~SymbolReader() = default;
 
 void SymbolReader::Refresh(std::string const& searchPath)
 {
-    KeepLastError const keep;
+    Turn const turn;
     if (searchPath != m_state->searchPath) {
         m_state->CleanUp();
         m_state->searchPath = searchPath;
@@ -249,7 +256,7 @@ void SymbolReader::Refresh(std::string const& searchPath)
 
 SymbolPieces SymbolReader::Read(std::uintptr_t address, bool wantLine)
 {
-    KeepLastError const keep;
+    Turn const turn;
     State& state = *m_state;
     if (!state.initialised) {
         state.Initialise();
@@ -274,7 +281,7 @@ SymbolPieces SymbolReader::Read(std::uintptr_t address, bool wantLine)
 
 std::vector<LoadedModule> SymbolReader::Modules()
 {
-    KeepLastError const keep;
+    Turn const turn;
     State& state = *m_state;
     if (!state.initialised) {
         state.Initialise();
@@ -298,6 +305,7 @@ std::vector<LoadedModule> SymbolReader::Modules()
 
 void SymbolReader::Forget() noexcept
 {
+    Turn const turn;
     m_state->CleanUp();
 }
 

@@ -79,11 +79,12 @@ QVXSYS_WITHOUT_DBGHELP(using namespace qvxsys::minidump;)
 /// ESRCH, no such process, or it ended meanwhile; EPERM, the kernel does not let the caller look into the process
 /// (another user's, one that a debugger is attached to, ptrace forbidden by seccomp or Yama); ENOTSUP, a 32-bit
 /// program; EAGAIN or ENOMEM, no helper process or thread could be started; ETIMEDOUT, no thread of the process would
-/// stop.
+/// stop; ECANCELED, the helper process was ended, or ended itself because it could get no further (a program that was
+/// just being replaced by exec).
 ///
-/// May be called from any thread; dumps of the own process are written one after the other. Never throws. While another
-/// process is being dumped, a thread of the caller that waits for any child may be told that the process has stopped,
-/// if it is a child.
+/// May be called from any thread; dumps of the own process are written one after the other. Never throws. Neither the
+/// helper nor the dumped process shows in the caller's SIGCHLD or wait(), but where Yama lets processes trace their
+/// descendants only: there both may tell of stops of a child that is being dumped.
 QVXSYS_API int WriteCrashDump(void* process, unsigned long processId, wchar_t const* path,
                               qvxsys::minidump::MINIDUMP_TYPE type);
 QVXSYS_API int WriteCrashDump(void* process, unsigned long processId, TStringView path,

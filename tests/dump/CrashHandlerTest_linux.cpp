@@ -27,13 +27,21 @@ class CrashTest : public testing::TestWithParam<Kind>
 {};
 
 constexpr Kind kKinds[] = {
-    {"write", SIGSEGV, SEGV_MAPERR, "CrashHere"},      {"noncanonical", SIGSEGV, SI_KERNEL, "CrashHere"},
-    {"divide", SIGFPE, FPE_INTDIV, "CrashHere"},       {"illegal", SIGILL, ILL_ILLOPN, "CrashHere"},
-    {"breakpoint", SIGTRAP, SI_KERNEL, "CrashHere"},   {"abort", SIGABRT, SI_TKILL, "CrashHere"},
-    {"terminate", SIGABRT, SI_TKILL, "CrashHere"},     {"sent", SIGSEGV, SI_USER, "CrashHere"},
-    {"overflow", SIGSEGV, SEGV_MAPERR, "UseTheStack"}, {"on a thread", SIGSEGV, SEGV_ACCERR, "UseTheStack"},
-    {"malloc", SIGABRT, SI_TKILL, "malloc"},           {"two at once", SIGSEGV, SEGV_MAPERR, "CrashHere"},
+    {"write", SIGSEGV, SEGV_MAPERR, "CrashHere"},
+    {"noncanonical", SIGSEGV, SI_KERNEL, "CrashHere"},
+    {"divide", SIGFPE, FPE_INTDIV, "CrashHere"},
+    {"illegal", SIGILL, ILL_ILLOPN, "CrashHere"},
+    {"breakpoint", SIGTRAP, SI_KERNEL, "CrashHere"},
+    {"abort", SIGABRT, SI_TKILL, "CrashHere"},
+    {"terminate", SIGABRT, SI_TKILL, "CrashHere"},
+    {"sent", SIGSEGV, SI_USER, "CrashHere"},
+    {"overflow", SIGSEGV, SEGV_MAPERR, "UseTheStack"},
+    {"on a thread", SIGSEGV, SEGV_ACCERR, "UseTheStack"},
+    {"malloc", SIGABRT, SI_TKILL, "malloc"},
+    {"two at once", SIGSEGV, SEGV_MAPERR, "CrashHere"},
     {"chained", SIGSEGV, SEGV_MAPERR, "CrashHere"},
+    {"bus", SIGBUS, BUS_ADRERR, "CrashHere"},
+    {"forbidden", SIGSYS, 1 /* SYS_SECCOMP */, "CrashHere"},
 };
 
 } // namespace
@@ -43,15 +51,16 @@ TEST_P(CrashTest, DiesAsItWouldHaveAndLeavesADump)
     SKIP_WITHOUT_TRACING();
     Kind const& kind = GetParam();
     TemporaryFolder const folder;
-    std::string const path = folder.Path() / "%%%p.dmp";
+    std::string const here = folder.Path() / "%p"; // a folder of that name
+    std::filesystem::create_directory(here);
     ChildResult const without = RunChild({DUMP_VICTIM, "crash", kind.name});
-    ChildResult const with = RunChild({DUMP_VICTIM, "crash", kind.name, path});
+    ChildResult const with = RunChild({"/usr/bin/env", "-C", here, DUMP_VICTIM, "crash", kind.name, "%%%p.dmp"});
     EXPECT_EQ(with.status, without.status);
     EXPECT_EQ(with.out, without.out);
     EXPECT_EQ(with.err, without.err);
 
-    ASSERT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 1);
-    std::filesystem::path const file = std::filesystem::directory_iterator(folder.Path())->path();
+    ASSERT_EQ(std::distance(std::filesystem::directory_iterator(here), {}), 1);
+    std::filesystem::path const file = std::filesystem::directory_iterator(here)->path();
     MinidumpReader const dump(file);
     EXPECT_EQ(file.filename().string(), "%" + std::to_string(dump.In<std::uint32_t>(15, 8)) + ".dmp");
     ASSERT_TRUE(dump.Has(6));

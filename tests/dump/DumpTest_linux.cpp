@@ -237,7 +237,15 @@ TEST_F(DumpTest, AnotherProcessWithManyThreadsInTheDebugger)
 {
     constexpr int kThreads = 200;
     Victim victim(kThreads);
+    sigset_t pending;
+    sigset_t told;
+    sigemptyset(&told);
+    sigaddset(&told, SIGCHLD);
+    pthread_sigmask(SIG_BLOCK, &told, nullptr);
     ASSERT_EQ(Dump(victim.Id(), File()), 1) << GetLastErrorString();
+    sigpending(&pending);
+    EXPECT_EQ(sigismember(&pending, SIGCHLD), 0);
+    pthread_sigmask(SIG_UNBLOCK, &told, nullptr);
     EXPECT_EQ(victim.Status("TracerPid"), "0");
     EXPECT_EQ(victim.End(), 0) << "it goes on as if nothing had been";
     EXPECT_EQ(MinidumpReader(File()).threads.size(), kThreads + 1u);
@@ -339,6 +347,19 @@ TEST_F(DumpTest, FullDiskLeavesTheOldFile)
     EXPECT_TRUE(fs::is_symlink(File("link"))) << "replaced is what it leads to";
     EXPECT_NO_THROW(MinidumpReader{File()});
     EXPECT_EQ(Entries(m_folder.Path()), 2u);
+}
+
+TEST_F(DumpTest, WithoutAFreeDescriptor)
+{
+    fs::path const file = File();
+    EXPECT_EQ(InChild([&] {
+                  rlimit const few{8, 8};
+                  setrlimit(RLIMIT_NOFILE, &few);
+                  while (dup(STDIN_FILENO) >= 0) {
+                  }
+                  return DumpError(getpid(), file);
+              }),
+              0);
 }
 
 TEST_F(DumpTest, OtherUsers)

@@ -6,16 +6,23 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <iostream>
+#include <iterator>
 #include <malloc.h>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <qvxsys/CrashHandler.h>
@@ -95,6 +102,17 @@ NOT_INLINED void CrashHere(std::string const& kind)
         std::size_t* const last = static_cast<std::size_t*>(std::malloc(2000));
         last[malloc_usable_size(last) / sizeof(std::size_t)] = ~std::size_t{7};
         std::free(std::malloc(100'000));
+    } else if (kind == "bus") {
+        *static_cast<char volatile*>(mmap(nullptr, 1, PROT_READ, MAP_SHARED, memfd_create("empty", 0), 0));
+    } else if (kind == "forbidden") {
+        sock_filter code[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                              BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_getpgid, 0, 1),
+                              BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRAP),
+                              BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+        sock_fprog const filter{static_cast<unsigned short>(std::size(code)), code};
+        prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+        prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter);
+        getpgid(0);
     }
 }
 

@@ -16,7 +16,7 @@ namespace {
 
 /// On a thread of its own, which the kernel frees the traced from when it ends, and whose signals are blocked, so that
 /// a pipe without a reader or a file beyond the limit is an error and not a signal.
-DumpResult DumpOther(DumpRequest const& request)
+DumpResult DumpByThread(DumpRequest const& request)
 {
     DumpResult result{};
     std::uint64_t const signals = kernel::BlockSignals();
@@ -31,17 +31,20 @@ DumpResult DumpOther(DumpRequest const& request)
 
 DumpResult DumpOwn(DumpRequest& request)
 {
-    DumpResult result{};
-    HelperPage* const page = NewHelperPage();
-    if (page == nullptr) {
-        result.error = ENOMEM;
-        return result;
-    }
     request.thread = kernel::CurrentThread();
     ::getcontext(&request.context);
-    result = DumpOwnProcess(request, *page, UINT64_MAX);
-    DeleteHelperPage(page);
-    return result;
+    return DumpByHelper(request, UINT64_MAX);
+}
+
+DumpResult DumpOther(DumpRequest& request)
+{
+    DumpResult const result = DumpByHelper(request, 0);
+    if (result.error != EPERM) {
+        return result;
+    }
+    // Where Yama lets processes trace their descendants only, the program may what its helper may not.
+    request.helper = false;
+    return DumpByThread(request);
 }
 
 } // namespace
@@ -58,6 +61,7 @@ bool WriteDump(void*, unsigned long processId, TStringView path, unsigned int ty
     request.process = processId > INT_MAX ? 0 : static_cast<int>(processId);
     request.type = type;
     request.path = name.c_str();
+    request.helper = true;
     bool const own = request.process == kernel::CurrentProcess();
     DumpResult const result = own ? DumpOwn(request) : DumpOther(request);
     if (result.error != 0) {

@@ -3,6 +3,7 @@
 #include <mutex>
 #include <string>
 
+#include "DebugHelp.h"
 #include "WindowsApi.h"
 
 #include <dbghelp.h>
@@ -11,13 +12,6 @@ namespace qvxsys::dump::platform {
 namespace {
 
 constexpr DWORD kRights = PROCESS_QUERY_INFORMATION | PROCESS_VM_READ | PROCESS_DUP_HANDLE;
-
-// dbghelp is not made for several threads at once.
-std::mutex& Turn()
-{
-    static std::mutex* const turn = new std::mutex;
-    return *turn;
-}
 
 /// The handle given, or one of its own where none is.
 class ProcessHandle
@@ -68,7 +62,7 @@ bool WriteDump(void* process, unsigned long processId, TStringView path, unsigne
     BOOL written;
     DWORD error;
     {
-        std::lock_guard const lock(Turn());
+        std::lock_guard const lock(DebugHelpTurn());
         written = ::MiniDumpWriteDump(dumped.Get(), processId, file, static_cast<MINIDUMP_TYPE>(type), nullptr, nullptr,
                                       nullptr);
         error = ::GetLastError();

@@ -33,11 +33,10 @@ struct Handler
     char path[kMostPath + 256];
     unsigned int type;
     bool announce;
-    HelperPage* page;
     DumpRequest request;
     struct sigaction before[std::size(kSignals)];
-    std::atomic<int> crashed{0}; // the first thread that did
-    std::atomic<std::uint32_t> done{0};
+    std::atomic<std::uint64_t> crashed{0}; // the first thread that did, and in the upper half its process
+    std::atomic<std::uint32_t> done{0};    // its process, when its dump is written
 };
 
 std::atomic<Handler*> g_handler{nullptr};
@@ -96,7 +95,8 @@ void WriteDump(Handler& handler, int thread, siginfo_t const& info, ucontext_t c
     request.crashed = true;
     request.signal = info;
     request.patience = kOtherTracer;
-    DumpResult const result = DumpOwnProcess(request, *handler.page, kOtherDump);
+    request.helper = true;
+    DumpResult const result = DumpByHelper(request, kOtherDump);
     if (handler.announce) {
         Announce(handler, result);
     }
@@ -123,16 +123,20 @@ void OnSignal(int signal, siginfo_t* info, void* context)
     int const error = errno;
     Handler& handler = *g_handler.load(std::memory_order_acquire);
     int const thread = kernel::CurrentThread();
-    int crashed = 0;
+    std::uint32_t const process = static_cast<std::uint32_t>(kernel::CurrentProcess());
+    std::uint64_t const self = std::uint64_t{process} << 32 | static_cast<std::uint32_t>(thread);
+    // What a process left there that this one was forked from, or that it shares its memory with, counts as nothing.
+    std::uint64_t crashed = handler.crashed.load(std::memory_order_relaxed);
+    crashed = crashed >> 32 == process ? 0 : crashed;
     if (!g_installed.load(std::memory_order_relaxed)) {
-        crashed = thread; // called by a handler that was installed later
-    } else if (handler.crashed.compare_exchange_strong(crashed, thread, std::memory_order_acq_rel)) {
+        crashed = self; // called by a handler that was installed later
+    } else if (handler.crashed.compare_exchange_strong(crashed, self, std::memory_order_acq_rel)) {
         WriteDump(handler, thread, *info, *static_cast<ucontext_t const*>(context));
-        handler.done.store(1, std::memory_order_release);
+        handler.done.store(process, std::memory_order_release);
         kernel::Call(SYS_futex, kernel::Word(&handler.done), FUTEX_WAKE, INT_MAX);
-    } else if (crashed != thread) {
-        while (handler.done.load(std::memory_order_acquire) == 0) {
-            kernel::Call(SYS_futex, kernel::Word(&handler.done), FUTEX_WAIT, 0, 0);
+    } else if (crashed != self) {
+        for (std::uint32_t done; (done = handler.done.load(std::memory_order_acquire)) != process;) {
+            kernel::Call(SYS_futex, kernel::Word(&handler.done), FUTEX_WAIT, done, 0);
         }
     }
     PassOn(handler, signal, *info);
@@ -210,24 +214,29 @@ bool InstallHandler(TStringView path, unsigned int type, bool announce)
         if (::getcwd(folder, sizeof folder) == nullptr) {
             return false;
         }
-        pattern.insert(0, std::string(folder) + '/');
+        std::string whole;
+        for (char const c : std::string_view(folder)) {
+            whole.append(c == '%' ? 2 : 1, c);
+        }
+        pattern.insert(0, whole + '/');
     }
     bool const installed = g_installed.load(std::memory_order_acquire);
     if (installed || pattern.size() > kMostPath) {
         errno = installed ? EALREADY : ENAMETOOLONG;
         return false;
     }
-    HelperPage* const page = NewHelperPage();
+    if (!PrepareThread()) {
+        return false;
+    }
     void* const memory =
         ::mmap(nullptr, sizeof(Handler), PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
-    if (page == nullptr || memory == MAP_FAILED || !PrepareThread()) {
+    if (memory == MAP_FAILED) {
         return false;
     }
     Handler* const handler = new (memory) Handler{};
     pattern.copy(handler->pattern, kMostPath);
     handler->type = type;
     handler->announce = announce;
-    handler->page = page;
     g_handler.store(handler, std::memory_order_release);
     g_installed.store(true, std::memory_order_release);
     struct sigaction action

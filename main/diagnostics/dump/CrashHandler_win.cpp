@@ -57,6 +57,7 @@ void Write(Handler& handler)
     if (file == INVALID_HANDLE_VALUE) {
         return;
     }
+    // Without DebugHelpTurn(): whoever has it may be the thread that crashed.
     MINIDUMP_EXCEPTION_INFORMATION exception{handler.thread, handler.exception, FALSE};
     BOOL const written = ::MiniDumpWriteDump(::GetCurrentProcess(), ::GetCurrentProcessId(), file, handler.type,
                                              &exception, nullptr, nullptr);

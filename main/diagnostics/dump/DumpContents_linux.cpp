@@ -54,11 +54,12 @@ bool IsKernelData(Mapping const& mapping) noexcept
     return mapping.name.starts_with("[vvar") || mapping.name == "[vsyscall]";
 }
 
-/// Pages that exist only where somebody wrote: memory, not a file on a disk.
+/// Pages that exist only where somebody wrote: memory, not a file on a disk. A program or library that was replaced
+/// while it ran is a deleted file, too, but a private one.
 bool IsMemory(Mapping const& mapping) noexcept
 {
-    return mapping.inode == 0 || mapping.name.ends_with(" (deleted)") || mapping.name.starts_with("/dev/") ||
-           mapping.name.starts_with("/memfd:");
+    return mapping.inode == 0 || (mapping.shared && mapping.name.ends_with(" (deleted)")) ||
+           mapping.name.starts_with("/dev/") || mapping.name.starts_with("/memfd:");
 }
 
 } // namespace

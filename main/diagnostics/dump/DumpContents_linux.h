@@ -29,6 +29,7 @@ struct DumpRequest
     bool crashed; ///< the thread was ended by `signal`
     siginfo_t signal;
     std::uint64_t patience; ///< ns to wait for another tracer to leave
+    bool helper;            ///< the dump is written by a process that was made for it
 };
 
 struct DumpResult

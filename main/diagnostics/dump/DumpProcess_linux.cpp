@@ -1,11 +1,15 @@
 #include "DumpProcess_linux.h"
 
+#include <atomic>
 #include <cerrno>
+#include <csignal>
+#include <ctime>
 #include <new>
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include "DumpFile_linux.h"
 #include "DumpStreams_linux.h"
@@ -32,15 +36,63 @@ bool TakeTurn(int process, std::uint64_t patience) noexcept
     }
 }
 
-[[noreturn]] void RunHelper(DumpRequest const& request, HelperPage& page) noexcept
+/// What the caller shares with its helper.
+struct HelperPage
 {
-    while (page.permitted.load(std::memory_order_acquire) == 0) {
-        if (kernel::Call(SYS_getppid) != request.process) {
+    std::atomic<std::uint32_t> permitted;
+    DumpResult result;
+};
+
+/// Ends a helper that gets stuck while it stops threads. A thread that calls exec waits for its siblings to be reaped,
+/// which those that are traced are by the tracer only, and all the while holds a lock that PTRACE_SEIZE of the next
+/// thread takes: neither would ever go on. The kernel has no way out but the tracer's end.
+class Watchdog
+{
+public:
+    explicit Watchdog(bool armed) noexcept
+    {
+        constexpr std::int64_t kSeconds = 5;
+        sigevent event{};
+        event.sigev_notify = SIGEV_SIGNAL;
+        event.sigev_signo = SIGKILL;
+        itimerspec const time{{0, 0}, {kSeconds, 0}};
+        m_armed = armed &&
+                  !kernel::Failed(
+                      kernel::Call(SYS_timer_create, CLOCK_MONOTONIC, kernel::Word(&event), kernel::Word(&m_timer))) &&
+                  !kernel::Failed(kernel::Call(SYS_timer_settime, m_timer, 0, kernel::Word(&time), 0));
+    }
+    ~Watchdog()
+    {
+        if (m_armed) {
+            kernel::Call(SYS_timer_delete, m_timer);
+        }
+    }
+    Watchdog(Watchdog const&) = delete;
+    Watchdog& operator=(Watchdog const&) = delete;
+
+private:
+    int m_timer = 0; // as the kernel counts them, not a timer_t
+    bool m_armed;
+};
+
+[[noreturn]] void RunHelper(DumpRequest const& request, int parent, HelperPage& page) noexcept
+{
+    constexpr int kSpareFiles = 16;
+    kernel::Call(SYS_prctl, PR_SET_PDEATHSIG, SIGKILL);
+    do {
+        if (kernel::Call(SYS_getppid) != parent) {
             kernel::Exit(1);
         }
         kernel::Call(SYS_sched_yield);
+    } while (page.permitted.load(std::memory_order_acquire) == 0);
+    DumpResult result = DumpProcess(request);
+    if (result.error == EMFILE) { // the table of files is a copy, so those that are in the way can go
+        for (int file = STDERR_FILENO + 1; file <= STDERR_FILENO + kSpareFiles; ++file) {
+            kernel::Close(file);
+        }
+        result = DumpProcess(request);
     }
-    page.result = DumpProcess(request);
+    page.result = result;
     kernel::Exit(0);
 }
 
@@ -57,7 +109,10 @@ DumpResult DumpProcess(DumpRequest const& request) noexcept
     Arena arena;
     TracedProcess process(arena, request.process);
     DumpContents contents(arena, process, request);
-    result.error = process.StopAll(request.patience);
+    {
+        Watchdog const watchdog(request.helper);
+        result.error = process.StopAll(request.patience);
+    }
     result.error = result.error != 0 ? result.error : contents.Collect();
     bool const streams = contents.ranges.Size() != 0; // then memory is read while the file is written
     if (result.error == 0 && !streams) {
@@ -78,54 +133,56 @@ DumpResult DumpProcess(DumpRequest const& request) noexcept
     return result;
 }
 
-HelperPage* NewHelperPage() noexcept
-{
-    void* const where = ::mmap(nullptr, sizeof(HelperPage), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    return where == MAP_FAILED ? nullptr : new (where) HelperPage{};
-}
-
-void DeleteHelperPage(HelperPage* page) noexcept
-{
-    ::munmap(page, sizeof(HelperPage));
-}
-
-DumpResult DumpOwnProcess(DumpRequest const& request, HelperPage& page, std::uint64_t patience) noexcept
+DumpResult DumpByHelper(DumpRequest const& request, std::uint64_t patience) noexcept
 {
     DumpResult result{};
-    if (!TakeTurn(request.process, patience)) {
+    int const caller = kernel::CurrentProcess();
+    bool const own = request.process == caller;
+    void* const where = ::mmap(nullptr, sizeof(HelperPage), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (where == MAP_FAILED) {
+        result.error = ENOMEM;
+        return result;
+    }
+    if (own && !TakeTurn(caller, patience)) {
+        ::munmap(where, sizeof(HelperPage));
         result.error = EBUSY;
         return result;
     }
-    page.permitted.store(0, std::memory_order_relaxed);
-    page.result = {};
-    page.result.error = ECANCELED; // unless the helper says otherwise: somebody ended it
+    HelperPage& page = *new (where) HelperPage{};
+    page.result.error = ECANCELED; // unless the helper says otherwise
     std::uint64_t const signals = kernel::BlockSignals();
     // A process that has changed its user may not be traced by that user's processes, and its helper is one.
-    bool const guarded = kernel::Call(SYS_prctl, PR_GET_DUMPABLE) != 1;
+    bool const guarded = own && kernel::Call(SYS_prctl, PR_GET_DUMPABLE) != 1;
     if (guarded) {
         kernel::Call(SYS_prctl, PR_SET_DUMPABLE, 1);
     }
     long const helper = kernel::Call(SYS_clone, 0);
     if (helper == 0) {
-        RunHelper(request, page);
+        RunHelper(request, caller, page);
     }
     if (kernel::Failed(helper)) {
         result.error = static_cast<int>(-helper);
     } else {
-        // Where Yama lets parents trace their children only, the helper is made an exception. It fails elsewhere.
-        kernel::Call(SYS_prctl, PR_SET_PTRACER, helper);
+        if (own) { // where Yama lets parents trace their children only, the helper is made an exception
+            kernel::Call(SYS_prctl, PR_SET_PTRACER, helper);
+        }
         page.permitted.store(1, std::memory_order_release);
         int status = 0;
         while (kernel::Wait(static_cast<int>(helper), &status, __WALL) == -EINTR) {
         }
-        kernel::Call(SYS_prctl, PR_SET_PTRACER, 0);
+        if (own) {
+            kernel::Call(SYS_prctl, PR_SET_PTRACER, 0);
+        }
         result = page.result;
     }
     if (guarded) {
         kernel::Call(SYS_prctl, PR_SET_DUMPABLE, 0);
     }
     kernel::RestoreSignals(signals);
-    g_dumping.store(0, std::memory_order_release);
+    if (own) {
+        g_dumping.store(0, std::memory_order_release);
+    }
+    ::munmap(where, sizeof(HelperPage));
     return result;
 }
 
