@@ -248,7 +248,8 @@ TEST_F(DumpTest, AnotherProcessWithManyThreadsInTheDebugger)
     pthread_sigmask(SIG_UNBLOCK, &told, nullptr);
     EXPECT_EQ(victim.Status("TracerPid"), "0");
     EXPECT_EQ(victim.End(), 0) << "it goes on as if nothing had been";
-    EXPECT_EQ(MinidumpReader(File()).threads.size(), kThreads + 1u);
+    // A race detector has a thread of its own there.
+    EXPECT_EQ(MinidumpReader(File()).threads.size(), kThreads + (kStressDivisor == 1 ? 1u : 2u));
     std::string const stacks = Debugger(File(), {"bt all"});
     if (stacks.empty()) {
         GTEST_SKIP() << "no lldb";
@@ -269,6 +270,9 @@ TEST_F(DumpTest, StoppedProcessesAndThoseWithoutAMainThread)
     kill(stopped.Id(), SIGCONT);
     EXPECT_EQ(stopped.End(), 0);
 
+    if (kStressDivisor != 1) {
+        return; // ThreadSanitizer gives up where a thread joins the main one
+    }
     Victim const alone(3, "alone");
     ASSERT_TRUE(alone.Status("State").starts_with("Z"));
     EXPECT_EQ(Dump(alone.Id(), File()), 1) << GetLastErrorString();
