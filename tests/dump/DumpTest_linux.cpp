@@ -111,7 +111,7 @@ public:
     std::vector<Mark> marks;
 
 private:
-    void Stand(std::size_t i)
+    [[gnu::noinline]] void Stand(std::size_t i)
     {
         std::uint64_t volatile mark = kMark + i;
         pthread_setname_np(pthread_self(), ("mark " + std::to_string(i)).c_str());
@@ -157,7 +157,8 @@ TEST_F(DumpTest, OwnThreadsWithNamesRegistersAndStacks)
     std::string const stacks = Debugger(File(), {"bt all"});
     EXPECT_EQ(CountOf(stacks, "OwnThreadsWithNamesRegistersAndStacks_Test::TestBody("), stacks.empty() ? 0 : 1)
         << stacks;
-    EXPECT_EQ(CountOf(stacks, "MarkedThreads::Stand("), stacks.empty() ? 0 : 20) << stacks;
+    // More where what it calls is inlined into it.
+    EXPECT_GE(CountOf(stacks, "MarkedThreads::Stand("), stacks.empty() ? 0 : 20) << stacks;
 }
 
 TEST_F(DumpTest, ModulesAreThoseOfTheDynamicLinker)
