@@ -213,6 +213,15 @@ void ForEachLine(unsigned pid, char const* name, std::function<void(std::string 
 
 // As statm has it, beside the two figures of status, which take its place when something on the machine is swapped out,
 // and the sum over all mappings.
+TEST(MonitoredProcess, PrivateMemoryOfItself)
+{
+    MonitoredProcess const process;
+    std::uint64_t const before = process.GetMemoryUsage();
+    std::vector<char> const taken(64 << 20, 'x');
+    // Memory checkers add an eighth of their own.
+    EXPECT_NEAR(static_cast<double>(process.GetMemoryUsage() - before), 68 << 20, 6 << 20);
+}
+
 TEST(MonitoredProcess, PrivateMemoryOfAChild)
 {
     constexpr std::size_t kPrivate = 48 << 20, kShared = 32 << 20;
