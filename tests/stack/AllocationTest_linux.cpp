@@ -1,10 +1,12 @@
 // Traces where memory is asked for: none for taking one; while one is looked up it may run out, or ask for a trace
 // itself.
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <exception>
 #include <new>
+#include <string>
 #include <utility>
 
 #include <dlfcn.h>
@@ -77,7 +79,9 @@ TEST(Allocations, MayAskForTraces)
     t_onAllocation = nullptr;
     TStackWalker::InitSym(false);
     EXPECT_GT(nested, 20);
-    EXPECT_NE(walker.GetCollected().front().find("MayAskForTraces"), std::string::npos);
+    // Behind the library's own functions, where those have no line information to be left out by.
+    EXPECT_TRUE(std::any_of(walker.GetCollected().begin(), walker.GetCollected().end(),
+                            [](std::string const& line) { return line.find("MayAskForTraces") != std::string::npos; }));
 }
 
 /// What may fail: the C++ library's, and larger ones. libdw crashes without its small ones.
