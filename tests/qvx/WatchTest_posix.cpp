@@ -290,7 +290,8 @@ TEST(Watch, CpuLimitAndACommandOnLimitThatHangs)
 
 TEST(Watch, DryRunOnlyTells)
 {
-    RunningProgram run(Watch(FreePort(), {"--max-memory=1", "--dry-run", "--on-limit", "echo no"}, {Hog()}));
+    RunningProgram run(Watch(FreePort(), {"--max-memory=2M", "--dry-run", "--on-limit", "echo no"}, {Hog()}));
+    EXPECT_TRUE(run.Write("4\n"));
     EXPECT_TRUE(run.ReadErrorsUntil("--max-memory. ").starts_with("qvx watch: would have ended "));
     run.EndInput();
     EXPECT_EQ(run.Wait(), 0);

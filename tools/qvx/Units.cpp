@@ -86,7 +86,7 @@ TStringCore SizeText(std::uint64_t bytes)
 {
     constexpr char16_t const* kNames[] = {u" B", u" KiB", u" MiB", u" GiB", u" TiB", u" PiB", u" EiB"};
     int power = 0;
-    while (bytes >> (10 * (power + 1)) != 0 && power < 6) {
+    while (power < 6 && bytes >> (10 * (power + 1)) != 0) {
         ++power;
     }
     // Rounding must not make 1024.00 of it.
