@@ -10,20 +10,20 @@ namespace {
 
 bool Parts()
 {
-    TPathCore const file = u"C:\\work\\notes.txt";
+    TPathCore const file = u"C:\\docs\\notes.txt";
     for (TStringView const name : file.Elements()) {
         std::cout << name << '\n'; // "C:", "/", "work", "notes.txt"
     }
-    return file.GenericString() == u"C:/work/notes.txt" && file.NativeString() == u"C:\\work\\notes.txt" &&
-           file.Parent() / u"other" / u"list.csv" == u"C:/work/other/list.csv" &&
-           TPathCore(file).ReplaceExtension(u"bak") == u"C:/work/notes.bak";
+    return file.GenericString() == u"C:/docs/notes.txt" && file.NativeString() == u"C:\\docs\\notes.txt" &&
+           file.Parent() / u"other" / u"list.csv" == u"C:/docs/other/list.csv" &&
+           TPathCore(file).ReplaceExtension(u"bak") == u"C:/docs/notes.bak";
 }
 
 bool Lexical()
 {
-    TPathCore const file = u"C:/work/../archive/./notes.txt";
+    TPathCore const file = u"C:/docs/../archive/./notes.txt";
     return file.LexicallyNormal() == u"C:/archive/notes.txt" &&
-           file.LexicallyRelative(u"C:/work") == u"../archive/notes.txt" && !file.IsWithin(u"C:/work") &&
+           file.LexicallyRelative(u"C:/docs") == u"../archive/notes.txt" && !file.IsWithin(u"C:/docs") &&
            TPathCore(u"logs/aux.txt").CheckNames() == TPathCore::NameFault::Device;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 // The iterators over the elements of a TPathCore, and the error of their misuse.
 //
-//     TPathCore const file = u"C:/work/notes.txt";
+//     TPathCore const file = u"C:/docs/notes.txt";
 //     for (TStringView const name : file.Elements()) { ... }        // "C:", "/", "work", "notes.txt"
 //     auto it = file.end();
 //     TStringCore const last = *--it;                               // "notes.txt"

@@ -1,11 +1,11 @@
 #pragma once
 // TPathCore: the name of a file or folder by the rules of Windows, on every platform. It never looks at a disk.
 //
-//     TPathCore const file = u"C:\\work\\notes.txt";
-//     file.GenericString();                             // "C:/work/notes.txt": how it is kept
+//     TPathCore const file = u"C:\\docs\\notes.txt";
+//     file.GenericString();                             // "C:/docs/notes.txt": how it is kept
 //     file.NativeString();                              // "C:\work\notes.txt"
-//     file.Parent() / u"other" / u"list.csv";           // "C:/work/other/list.csv"
-//     TPathCore(file).ReplaceExtension(u"bak");         // "C:/work/notes.bak"
+//     file.Parent() / u"other" / u"list.csv";           // "C:/docs/other/list.csv"
+//     TPathCore(file).ReplaceExtension(u"bak");         // "C:/docs/notes.bak"
 //     for (TStringView const name : file.Elements()) { ... }       // "C:", "/", "work", "notes.txt"
 //
 // A path is one text in generic form: '/' separates, and a back slash never remains. Making one replaces '\' and drops
