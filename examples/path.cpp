@@ -12,7 +12,7 @@ bool Parts()
 {
     TPathCore const file = u"C:\\docs\\notes.txt";
     for (TStringView const name : file.Elements()) {
-        std::cout << name << '\n'; // "C:", "/", "work", "notes.txt"
+        std::cout << name << '\n'; // "C:", "/", "docs", "notes.txt"
     }
     return file.GenericString() == u"C:/docs/notes.txt" && file.NativeString() == u"C:\\docs\\notes.txt" &&
            file.Parent() / u"other" / u"list.csv" == u"C:/docs/other/list.csv" &&

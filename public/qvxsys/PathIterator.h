@@ -2,7 +2,7 @@
 // The iterators over the elements of a TPathCore, and the error of their misuse.
 //
 //     TPathCore const file = u"C:/docs/notes.txt";
-//     for (TStringView const name : file.Elements()) { ... }        // "C:", "/", "work", "notes.txt"
+//     for (TStringView const name : file.Elements()) { ... }        // "C:", "/", "docs", "notes.txt"
 //     auto it = file.end();
 //     TStringCore const last = *--it;                               // "notes.txt"
 //

@@ -3,10 +3,10 @@
 //
 //     TPathCore const file = u"C:\\docs\\notes.txt";
 //     file.GenericString();                             // "C:/docs/notes.txt": how it is kept
-//     file.NativeString();                              // "C:\work\notes.txt"
+//     file.NativeString();                              // "C:\docs\notes.txt"
 //     file.Parent() / u"other" / u"list.csv";           // "C:/docs/other/list.csv"
 //     TPathCore(file).ReplaceExtension(u"bak");         // "C:/docs/notes.bak"
-//     for (TStringView const name : file.Elements()) { ... }       // "C:", "/", "work", "notes.txt"
+//     for (TStringView const name : file.Elements()) { ... }       // "C:", "/", "docs", "notes.txt"
 //
 // A path is one text in generic form: '/' separates, and a back slash never remains. Making one replaces '\' and drops
 // one '/' at the end unless the text is a root path: "dir/" is "dir", "C:/" stays, "a//" becomes "a/". What is cut from
