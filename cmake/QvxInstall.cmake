@@ -2,6 +2,9 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+# For debuggers.
+add_subdirectory(${PROJECT_SOURCE_DIR}/support)
+
 install(TARGETS qvxsys EXPORT qvxsysTargets)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/public/qvxsys DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT qvxsysTargets NAMESPACE qvxsys:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/qvxsys)
