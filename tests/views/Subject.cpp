@@ -43,13 +43,6 @@ char* FirstWord(void const* p)
     return word;
 }
 
-template<class... Objects>
-[[gnu::noinline]] void Keep(Objects const&... objects)
-{
-    (static_cast<void>(objects), ...);
-    LookHere();
-}
-
 } // namespace
 
 int main()
@@ -181,12 +174,5 @@ int main()
     node = FirstWord(FirstWord(reinterpret_cast<char const*>(&endless) + 8));
     std::memcpy(static_cast<void*>(node), &node, sizeof node);
 
-    Keep(empty, brief, fourteen, block, shared, odd, long200, alphabets, view, null, stringError, format, strings,
-         reference, position, end, none, writable, codePoint, codePoints, behind, path, element, pathEnd, name, noError,
-         error, cause, info, located, hostError, asBase, logic, cancelled, unset, set, automatic, countdown, tree,
-         child, noEvent, freeMutex, heldMutex, readers, semaphore, noState, ready, sharedFuture, nothing, failed,
-         failedStandard, failedNumber, pending, fresh, lazy, given, state, trace, hash, fresh2, digest, values,
-         zeroString, badString, badBlock, freedBlock, wrongBlock, badView, badPath, badIterator, zeroEvent, badEvent,
-         badCancel, zeroException, badException, badInfo, badFuture, badPointer, badTrace, badHash, badMutex, looped,
-         endless);
+    LookHere();
 }
