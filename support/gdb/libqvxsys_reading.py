@@ -102,7 +102,7 @@ def class_name(info):
         return None
     if mangled not in _demangled:
         text = gdb.execute(f'demangle -- _ZTS{mangled}', to_string=True).strip()
-        _demangled[mangled] = text.removeprefix('typeinfo name for ')
+        _demangled[mangled] = text.replace('typeinfo name for ', '', 1)
     return _demangled[mangled]
 
 
