@@ -158,7 +158,7 @@ def elements(vector):
 
 class VectorView(ViewWithParts):
     def text(self):
-        return f'{int(self.value["m_size"])} elements'
+        return plural(int(self.value['m_size']), 'element')
 
     def parts(self):
         yield from elements(self.value)
@@ -510,18 +510,6 @@ class ResourceValuesView(View):
         of = {name: int(self.value['m_' + name]) for name in ('processId', 'memory', 'memoryLimitUsage', 'cpuUsage')}
         return (f'process {of["processId"]}: {of["memory"] / 1048576:.1f} MiB, {of["memoryLimitUsage"]} % of its limit, '
                 f'CPU {of["cpuUsage"]} %')
-
-
-class StaticView(ViewWithParts):
-    """TStaticObject."""
-
-    def text(self):
-        return 'made' if int(self.value['m_object']) else 'not made yet'
-
-    def parts(self):
-        if int(self.value['m_object']):
-            type_ = plain(self.value.type).template_argument(0)
-            yield 'object', at(int(self.value['m_object']), type_)
 
 
 EXCEPTIONS = ('QuorvexException', 'QuorvexUserErrorException', 'QuorvexOutOfMemoryException', 'LogicException',

@@ -49,17 +49,12 @@ int main()
 {
     using namespace AsyncTask;
     // Texts.
-    TStringCore const empty;
-    TStringCore const brief = u"Gr\u00FC\u00DFe \U0001F600";
-    TStringCore const fourteen = u"12345678901234";
-    TStringCore const block = u"a text of more than fourteen units";
-    TStringCore const shared = block;
+    TStringCore const empty, brief = u"Gr\u00FC\u00DFe \U0001F600", fourteen = u"12345678901234";
+    TStringCore const block = u"a text of more than fourteen units", shared = block;
     char16_t const units[] = {u'a', 0, u'b', 0xD83D, u'\\', u'"', 0};
-    TStringCore const odd(units, 7);
-    TStringCore const long200(u'x', 200);
+    TStringCore const odd(units, 7), long200(u'x', 200);
     TStringCore const alphabets = TStringCore(u"abcdefghijklmnopqrstuvwxyz").repeated(1000);
-    TStringView const view = block.view().mid(2, 4);
-    TStringView const null;
+    TStringView const view = block.view().mid(2, 4), null;
     TStringCore::Exception const stringError(u"Out of memory");
     TFormatStringCore const format = TFormatStringCore(u"%1 of %2").arg(3).arg(u"four");
     std::vector<TStringCore> const strings = {u"one", u"two"};
@@ -85,8 +80,8 @@ int main()
     auto const name = path.Elements().begin();
 
     // Errors.
-    QuorvexError const noError = QuorvexError::NoError();
-    QuorvexError const error = QuorvexError::MakeError(0x10000042, u"HostError_NoSpace");
+    QuorvexError const noError = QuorvexError::NoError(),
+                       error = QuorvexError::MakeError(0x10000042, u"HostError_NoSpace");
     TError::SetOriginHook(TError::RecordLocation);
     QuorvexException const cause(u"disk full", TError::LocatedErrorInfo(TError::ErrorInfo(error, TError::SourceLibrary),
                                                                         {"save.cpp", "Save", 34}));
@@ -105,13 +100,11 @@ int main()
     automatic.AddOnSignalCallback(&automatic, [] {});
     TCountdownEvent countdown(3);
     countdown.Signal();
-    RefCntPtr<TCancelEvent> const tree = MakeRefCnt<TCancelEvent>();
-    RefCntPtr<TCancelEvent> const child = MakeRefCnt<TCancelEvent>();
+    RefCntPtr<TCancelEvent> const noEvent, tree = MakeRefCnt<TCancelEvent>(), child = MakeRefCnt<TCancelEvent>();
     tree->Add(child);
     tree->Add(MakeRefCnt<TCancelEvent>());
     child->Add(tree); // a ring
     tree->Signal();
-    RefCntPtr<TCancelEvent> const noEvent;
     TRecursiveMutex freeMutex, heldMutex;
     heldMutex.Lock();
     heldMutex.Lock();
@@ -120,19 +113,15 @@ int main()
     RefCntPtr<TSemaphore> const semaphore = TSemaphore::Construct(3);
 
     // Futures.
-    Future<int> const noState;
-    Future<int> const ready = MakeReady(42);
+    Future<int> const noState, ready = MakeReady(42), failed = MakeFailed<int>(HostError(u"no space")),
+                               failedStandard = MakeFailed<int>(std::runtime_error("no luck")),
+                               failedNumber = MakeFailed<int>(7), lazy = Run(Launch::Deferred, [] { return 1; });
     SharedFuture<TStringCore> const sharedFuture = MakeReady<TStringCore>(u"x").Share();
     Future<void> const nothing = MakeReady();
-    Future<int> const failed = MakeFailed<int>(HostError(u"no space"));
-    Future<int> const failedStandard = MakeFailed<int>(std::runtime_error("no luck"));
-    Future<int> const failedNumber = MakeFailed<int>(7);
     Promise<TStringCore> promise;
     Future<TStringCore> const pending = promise.GetFuture();
     pending.SetName(u"load");
-    Promise<int> const fresh;
-    Future<int> const lazy = Run(Launch::Deferred, [] { return 1; });
-    Promise<int> broken;
+    Promise<int> fresh, broken;
     Future<int> const given = broken.GetFuture();
     given.Cancel();
     auto const& state = *given.PeekState();
