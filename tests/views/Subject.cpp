@@ -71,6 +71,7 @@ int main()
     TCodePointIterator<TStringCore> const writable(written, 6);
     TCodePointReference const codePoint = *writable;
     TCodePointView const codePoints = written.codePointView();
+    auto const range = view.codePoints();
     TCodePointIterator<TStringCore> const behind(written, 9);
 
     // Paths.
