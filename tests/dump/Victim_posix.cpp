@@ -1,6 +1,6 @@
 // A program to be dumped.
 //
-//     dump_victim wait THREADS                  tells "ready" and waits for the end of its input
+//     dump_victim wait THREADS                  writes 16 MiB of memory, tells "ready", waits for the end of its input
 //     dump_victim alone THREADS                 the same without its main thread
 //     dump_victim crash KIND [PATH]             crashes, with a handler that writes to PATH
 
@@ -43,6 +43,8 @@ namespace {
 int Wait(int threads, bool alone)
 {
     static std::atomic<int> waiting{0};
+    // Written by the kernel, since race detectors keep books several times that size.
+    mmap(nullptr, 16 << 20, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
     std::vector<std::thread> others;
     for (int i = 0; i < threads; ++i) {
         others.emplace_back([] { WaitForTheEnd(waiting); });

@@ -80,13 +80,8 @@ int DumpContents::Collect() noexcept
     if (Has(MiniDumpWithIndirectlyReferencedMemory)) {
         CollectReferenced();
     }
-    CollectRanges();
-    if (m_arena.Failed()) {
-        return ENOMEM;
-    }
-    bool const any = std::any_of(m_process.Threads().begin(), m_process.Threads().end(),
-                                 [](TracedThread const& thread) { return thread.stopped; });
-    return any ? 0 : ETIMEDOUT;
+    int const error = CollectRanges();
+    return m_arena.Failed() ? ENOMEM : error;
 }
 
 void DumpContents::ReadMappings() noexcept
@@ -379,23 +374,27 @@ bool DumpContents::IsWanted(Mapping const& mapping, bool inModule) const noexcep
            (mapping.executable && inModule && Has(MiniDumpWithCodeSegs));
 }
 
-void DumpContents::CollectRanges() noexcept
+int DumpContents::CollectRanges() noexcept
 {
     if (!Has(MiniDumpWithFullMemory | MiniDumpWithPrivateReadWriteMemory | MiniDumpWithPrivateWriteCopyMemory |
              MiniDumpWithDataSegs | MiniDumpWithCodeSegs)) {
-        return;
+        return 0;
     }
+    int error = 0;
     int const pageMap = kernel::Open(ShortPath() << "/proc/" << m_process.LivingId() << "/pagemap", O_RDONLY);
     std::uint64_t moduleEnd = 0; // of the mapping before, if a module's: zeroed data follows without a file
     for (Mapping const& mapping : mappings) {
+        if (error != 0) {
+            break;
+        }
         bool const inModule = mapping.IsFile() || (moduleEnd == mapping.start && mapping.name.empty());
         moduleEnd = mapping.IsFile() ? mapping.end : 0;
         if (!mapping.readable || IsKernelData(mapping) || mapping.Size() >= kReservation ||
             !IsWanted(mapping, inModule)) {
             continue;
         }
-        if (IsMemory(mapping) && pageMap >= 0) {
-            AddPresentPages(mapping, pageMap);
+        if (IsMemory(mapping)) {
+            error = AddPresentPages(mapping, pageMap);
         } else {
             ranges.Add({mapping.start, mapping.Size()});
         }
@@ -403,11 +402,14 @@ void DumpContents::CollectRanges() noexcept
     if (pageMap >= 0) {
         kernel::Close(pageMap);
     }
+    return error;
 }
 
 /// The runs of pages that have ever been written (Documentation/admin-guide/mm/pagemap.rst: 64 bits a page, bit 63
-/// present, bit 62 swapped out); all others are zeros. Gaps of a few pages are bridged.
-void DumpContents::AddPresentPages(Mapping const& mapping, int pageMap) noexcept
+/// present, bit 62 swapped out); all others are zeros. Gaps of a few pages are bridged. A map that cannot be read is an
+/// error: without it a mapping may be anything from nothing to a terabyte. That of a process which was killed cannot be
+/// opened, or has ended.
+int DumpContents::AddPresentPages(Mapping const& mapping, int pageMap) noexcept
 {
     constexpr std::uint64_t kBridge = 8 * kPage;
     std::uint64_t entries[1024];
@@ -415,9 +417,9 @@ void DumpContents::AddPresentPages(Mapping const& mapping, int pageMap) noexcept
     for (std::uint64_t at = mapping.start; at < mapping.end;) {
         std::size_t const pages =
             static_cast<std::size_t>(std::min<std::uint64_t>((mapping.end - at) / kPage, std::size(entries)));
-        long const size = kernel::ReadAt(pageMap, entries, pages * 8, at / kPage * 8);
-        if (size <= 0 || pages == 0) {
-            break;
+        long const size = pageMap < 0 ? pageMap : kernel::ReadAt(pageMap, entries, pages * 8, at / kPage * 8);
+        if (size < 8) {
+            return m_process.HasEnded() ? ESRCH : ENOTSUP;
         }
         for (std::size_t i = 0; i < static_cast<std::size_t>(size) / 8; ++i, at += kPage) {
             if (entries[i] >> 62 == 0) {
@@ -434,6 +436,7 @@ void DumpContents::AddPresentPages(Mapping const& mapping, int pageMap) noexcept
     if (run.size != 0) {
         ranges.Add(run);
     }
+    return 0;
 }
 
 } // namespace qvxsys::dump

@@ -84,7 +84,8 @@ class DumpContents
 public:
     DumpContents(Arena& arena, TracedProcess& process, DumpRequest const& request) noexcept;
 
-    /// Reads all but the ranges, while the threads stand still. 0, ENOMEM, or ETIMEDOUT if no thread would stop.
+    /// Reads all but the ranges, while the threads stand still. 0; ENOMEM; ESRCH if the process ended meanwhile, as far
+    /// as that was noticed; ENOTSUP if the kernel does not tell which pages of the ranges were ever written.
     int Collect() noexcept;
 
     ArenaArray<Mapping> mappings;
@@ -110,8 +111,8 @@ private:
     void CollectLinker(std::uint64_t headers, std::size_t count) noexcept;
     void CollectCode() noexcept;
     void CollectReferenced() noexcept;
-    void CollectRanges() noexcept;
-    void AddPresentPages(Mapping const& mapping, int pageMap) noexcept;
+    int CollectRanges() noexcept;
+    int AddPresentPages(Mapping const& mapping, int pageMap) noexcept;
     [[nodiscard]] bool IsWanted(Mapping const& mapping, bool inModule) const noexcept;
     std::size_t AddBlock(std::uint64_t address, std::size_t size) noexcept;
 
