@@ -21,6 +21,7 @@ class Victim
 {
 public:
     static constexpr std::size_t kMemory = 16 << 20; ///< that it has written to, at least
+    static constexpr std::size_t kRuns = 400;        ///< of pages, between which there is nothing
 
     explicit Victim(int threads, char const* how = "wait")
     {

@@ -171,6 +171,9 @@ int DumpWithAKill(Victim const& victim, Stage const& stage, fs::path const& file
         ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
         raise(SIGSTOP);
         Filter(stage.call, SECCOMP_RET_TRACE);
+        if (stage.call == SYS_pread64) {
+            Refuse(SYS_ioctl, ENOTTY); // so that it reads the page map, as before Linux 6.7
+        }
         _exit(DumpError(victim.Id(), file, MiniDumpWithPrivateReadWriteMemory));
     }
     int status = 0;
@@ -484,6 +487,7 @@ TEST_F(DumpTest, ProcessThatEndsMeanwhile)
         {SYS_pread64, "/mem", 5, ESRCH}, // of a stack
         {SYS_openat, "/auxv", 1, ESRCH},
         {SYS_openat, "/pagemap", 1, ESRCH},
+        {SYS_ioctl, "/pagemap", 1, ESRCH},
         {SYS_pread64, "/pagemap", 1, ESRCH},
         {SYS_pread64, "/pagemap", 20, ESRCH},
         {SYS_write, "", 1, ESRCH},
@@ -503,6 +507,28 @@ TEST_F(DumpTest, ProcessThatEndsMeanwhile)
             EXPECT_NO_THROW(MinidumpReader{File()});
         }
     }
+}
+
+TEST_F(DumpTest, SameMemoryHoweverItsPagesAreFound)
+{
+    if (kStressDivisor != 1) {
+        GTEST_SKIP() << "it would read the page map of a terabyte of address space";
+    }
+    Victim const victim(1);
+    int const type = MiniDumpWithPrivateReadWriteMemory;
+    int const error = InChild([&] {
+        Refuse(SYS_ioctl, ENOTTY);
+        return DumpError(victim.Id(), File("read.dmp"), type);
+    });
+    if (error == kNotPossible) {
+        GTEST_SKIP() << "a kernel without filters";
+    }
+    ASSERT_EQ(error, 0);
+    ASSERT_EQ(Dump(victim.Id(), File(), type), 1) << GetLastErrorString();
+    MinidumpReader const dump(File());
+    EXPECT_EQ(dump.Stream(9), MinidumpReader(File("read.dmp")).Stream(9)); // the list of ranges
+    EXPECT_GE(fs::file_size(File()), Victim::kMemory);
+    EXPECT_GT(dump.memory.size(), Victim::kRuns);
 }
 
 TEST_F(DumpTest, WriterThatIsKilledLetsGo)

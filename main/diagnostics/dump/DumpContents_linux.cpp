@@ -380,61 +380,20 @@ int DumpContents::CollectRanges() noexcept
              MiniDumpWithDataSegs | MiniDumpWithCodeSegs)) {
         return 0;
     }
-    int error = 0;
-    int const pageMap = kernel::Open(ShortPath() << "/proc/" << m_process.LivingId() << "/pagemap", O_RDONLY);
+    PageMap pages(m_process.LivingId());
     std::uint64_t moduleEnd = 0; // of the mapping before, if a module's: zeroed data follows without a file
     for (Mapping const& mapping : mappings) {
-        if (error != 0) {
-            break;
-        }
         bool const inModule = mapping.IsFile() || (moduleEnd == mapping.start && mapping.name.empty());
         moduleEnd = mapping.IsFile() ? mapping.end : 0;
         if (!mapping.readable || IsKernelData(mapping) || mapping.Size() >= kReservation ||
             !IsWanted(mapping, inModule)) {
             continue;
         }
-        if (IsMemory(mapping)) {
-            error = AddPresentPages(mapping, pageMap);
-        } else {
+        if (!IsMemory(mapping)) {
             ranges.Add({mapping.start, mapping.Size()});
-        }
-    }
-    if (pageMap >= 0) {
-        kernel::Close(pageMap);
-    }
-    return error;
-}
-
-/// The runs of pages that have ever been written (Documentation/admin-guide/mm/pagemap.rst: 64 bits a page, bit 63
-/// present, bit 62 swapped out); all others are zeros. Gaps of a few pages are bridged. A map that cannot be read is an
-/// error: without it a mapping may be anything from nothing to a terabyte. That of a process which was killed cannot be
-/// opened, or has ended.
-int DumpContents::AddPresentPages(Mapping const& mapping, int pageMap) noexcept
-{
-    constexpr std::uint64_t kBridge = 8 * kPage;
-    std::uint64_t entries[1024];
-    MemoryRange run{mapping.start, 0};
-    for (std::uint64_t at = mapping.start; at < mapping.end;) {
-        std::size_t const pages =
-            static_cast<std::size_t>(std::min<std::uint64_t>((mapping.end - at) / kPage, std::size(entries)));
-        long const size = pageMap < 0 ? pageMap : kernel::ReadAt(pageMap, entries, pages * 8, at / kPage * 8);
-        if (size < 8) {
+        } else if (!pages.AddRuns(mapping.start, mapping.end, ranges)) {
             return m_process.HasEnded() ? ESRCH : ENOTSUP;
         }
-        for (std::size_t i = 0; i < static_cast<std::size_t>(size) / 8; ++i, at += kPage) {
-            if (entries[i] >> 62 == 0) {
-                continue;
-            }
-            if (run.size != 0 && at - (run.address + run.size) > kBridge) {
-                ranges.Add(run);
-                run.size = 0;
-            }
-            run.address = run.size == 0 ? at : run.address;
-            run.size = at + kPage - run.address;
-        }
-    }
-    if (run.size != 0) {
-        ranges.Add(run);
     }
     return 0;
 }

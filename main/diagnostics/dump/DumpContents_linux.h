@@ -11,6 +11,7 @@
 #include "Arena_linux.h"
 #include "ElfImage.h"
 #include "MinidumpFormat.h"
+#include "PageMap_linux.h"
 #include "ProcMaps.h"
 #include "TracedProcess_linux.h"
 
@@ -65,13 +66,6 @@ struct MemoryBlock
     std::byte* data;
 };
 
-/// Memory that is copied only when it is written.
-struct MemoryRange
-{
-    std::uint64_t address;
-    std::uint64_t size;
-};
-
 struct LinkMap
 {
     std::uint64_t address;
@@ -112,7 +106,6 @@ private:
     void CollectCode() noexcept;
     void CollectReferenced() noexcept;
     int CollectRanges() noexcept;
-    int AddPresentPages(Mapping const& mapping, int pageMap) noexcept;
     [[nodiscard]] bool IsWanted(Mapping const& mapping, bool inModule) const noexcept;
     std::size_t AddBlock(std::uint64_t address, std::size_t size) noexcept;
 
