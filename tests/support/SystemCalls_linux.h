@@ -52,7 +52,7 @@ inline int InChild(std::function<int()> const& function)
 {
     pid_t const child = fork();
     if (child == 0) {
-        alarm(60);
+        alarm(200);
         _exit(function());
     }
     int status = 0;
