@@ -10,5 +10,4 @@ int main()
     greeting.append(", ").append(L"Jos\u00E9 ").append32(0x1F600);
     std::cout << greeting.toStdString() << '\n'
               << greeting.length() << " units, " << greeting.lengthInCodePoints() << " code points\n";
-    return greeting.lengthInCodePoints() == 13 ? 0 : 1;
 }

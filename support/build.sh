@@ -70,8 +70,11 @@ add_failed() {
 # What the library and the tool are built with and from.
 build_packages="g++ cmake ninja-build pkg-config libicu-dev libboost-dev libdw-dev libncurses-dev libcli11-dev nlohmann-json3-dev"
 # What the tests need besides.
-test_packages="libgtest-dev libfmt-dev python3 gdb binutils xz-utils elfutils lldb socat procps locales"
+test_packages="libgtest-dev libfmt-dev python3 gdb binutils xz-utils elfutils lldb socat procps locales doxygen abigail-tools"
 # What the sanitizer and fuzz builds need besides.
 clang_packages="clang llvm libclang-rt-14-dev"
+# What the benchmarks need besides: the benchmark library and the peers that are measured beside this one.
+bench_packages="libbenchmark-dev python3 qt6-base-dev libabsl-dev libboost-thread-dev libtbb-dev libfmt-dev
+    libfast-float-dev libdouble-conversion-dev libssl-dev libcrypto++-dev libmimalloc-dev libunwind8"
 # What the Windows build and its tests need besides: the compiler, Wine, and what its libraries are built from and with.
 windows_packages="g++-mingw-w64-x86-64-posix wine wine64 icu-devtools googletest dpkg-dev make"

@@ -20,6 +20,7 @@
 #include "BuildIdNote.h"
 #include "ElfFile.h"
 #include "LineTables.h"
+#include "LinkedName_linux.h"
 
 namespace qvxsys::stack {
 namespace {
@@ -44,7 +45,7 @@ struct Loaded
 Loaded Describe(dl_phdr_info const& info)
 {
     Loaded module;
-    module.path = info.dlpi_name != nullptr ? info.dlpi_name : "";
+    module.path = platform::LinkedName(info);
     module.bias = info.dlpi_addr;
     module.begin = UINTPTR_MAX;
     for (ElfW(Half) i = 0; i < info.dlpi_phnum; ++i) {

@@ -47,25 +47,31 @@ class Cancel;
 class QVXSYS_API TLS
 {
 public:
+    /// The calling thread's.
     [[nodiscard]] static TLS Get() noexcept;
 
     /// How many tasks run on this thread, one inside the other.
     [[nodiscard]] unsigned long long GetDepth() const noexcept;
+    /// Sets what GetDepth gives.
     void SetDepth(unsigned long long depth) noexcept;
+    /// One more, for a task that begins within another.
     void IncrementDepth() noexcept;
     /// At depth 0, raises the logic assertion "depth > 0"; if its hook returns, the depth stays 0.
     void DecrementDepth();
 
     /// The current cancellation event as it is, without counting references: Cancel (Cancel.h) does that.
     [[nodiscard]] TCancelEvent* GetCancelEvent() const noexcept;
+    /// Sets what GetCancelEvent gives; null for none. See Cancel.h, which does this for you.
     void SetCancelEvent(TCancelEvent const* event) noexcept;
 
     /// Called when a worker thread of the library ends.
     [[nodiscard]] auto GetThreadCleanupFunc() const noexcept -> void (*)();
+    /// Sets the function; null for none.
     void SetThreadCleanupFunc(void (*function)()) noexcept;
 
     /// Not owned.
     [[nodiscard]] IWaitHandler* GetWaitHandler() const noexcept;
+    /// Sets what GetWaitHandler gives; null for none.
     void SetWaitHandler(IWaitHandler const* handler) noexcept;
 
 private:
@@ -84,6 +90,7 @@ private:
 class QVXSYS_API WaitHandlerScopeGuard
 {
 public:
+    /// Sets the thread's handler.
     explicit WaitHandlerScopeGuard(IWaitHandler* handler) noexcept;
     WaitHandlerScopeGuard(WaitHandlerScopeGuard const&) = delete;
     WaitHandlerScopeGuard& operator=(WaitHandlerScopeGuard const&) = delete;
@@ -97,6 +104,7 @@ private:
 class QVXSYS_API OwningWaitHandlerScopeGuard
 {
 public:
+    /// Sets the thread's handler.
     explicit OwningWaitHandlerScopeGuard(std::unique_ptr<IWaitHandler> handler) noexcept;
     OwningWaitHandlerScopeGuard(OwningWaitHandlerScopeGuard const&) = delete;
     OwningWaitHandlerScopeGuard& operator=(OwningWaitHandlerScopeGuard const&) = delete;

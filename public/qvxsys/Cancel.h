@@ -47,6 +47,7 @@ public:
 
     /// A mark for the program's own use, which clones and rethrown copies keep.
     [[nodiscard]] bool IsOrphanQuery() const noexcept { return m_isOrphanQuery; }
+    /// Sets the mark.
     void SetIsOrphanQuery(bool isOrphanQuery) noexcept { m_isOrphanQuery = isOrphanQuery; }
 
 private:
@@ -84,6 +85,7 @@ public:
 class QVXSYS_API Cancel::CancelEventSetter
 {
 public:
+    /// Sets the thread's event.
     explicit CancelEventSetter(RefCntPtr<TCancelEvent> event);
     CancelEventSetter(CancelEventSetter const&) = default;
     CancelEventSetter& operator=(CancelEventSetter const&) = default;
@@ -121,6 +123,7 @@ public:
 class QVXSYS_API ScopedCancelImpersonation
 {
 public:
+    /// See the class.
     ScopedCancelImpersonation(bool restore, RefCntPtr<TCancelEvent> outer,
                               std::shared_ptr<SharedStateBase> const& state);
     ScopedCancelImpersonation(ScopedCancelImpersonation const&) = delete;

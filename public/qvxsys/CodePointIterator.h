@@ -109,6 +109,7 @@ public:
     using reference = char32_t;
 
     constexpr TConstCodePointIterator() noexcept = default;
+    /// Copies.
     constexpr TConstCodePointIterator(TConstCodePointIterator const&) noexcept = default;
 
     /// From both indexes, unchecked: the code-unit index must be -1 or begin a code point; the ordinal -1 is "not
@@ -126,6 +127,7 @@ public:
         return {ordinal, index, container};
     }
 
+    /// Copies the position; of iterators into the same text.
     TConstCodePointIterator& operator=(TConstCodePointIterator const& other)
     {
         if (m_container != nullptr) {
@@ -270,6 +272,7 @@ public:
     using iterator = TConstCodePointIterator<Container>;
     using const_iterator = iterator;
 
+    /// All code points of a text, which must outlive the range.
     constexpr explicit TCodePointRange(Container const& container) noexcept : m_container(Hold(container)) {}
 
     [[nodiscard]] iterator begin() const { return Get().codepoint_cbegin(); }

@@ -23,6 +23,7 @@
 class QVXSYS_API TCodePointReference
 {
 public:
+    /// The code point at a position of a string.
     TCodePointReference(TStringCore* string, int position) noexcept : m_string(string), m_position(position) {}
     TCodePointReference(TCodePointReference const&) noexcept = default;
     ~TCodePointReference() = default;
@@ -61,6 +62,7 @@ public:
     /// At a code-unit position, -1 for the end, unchecked.
     TCodePointIterator(TStringCore& string, int position) noexcept : m_string(&string), m_position(position) {}
 
+    /// Where it stands, in units.
     [[nodiscard]] int codeUnitIndex() const noexcept { return m_position; }
     /// The read-only iterator at this position; its ordinal is not known.
     operator TConstCodePointIterator<TStringCore>() const noexcept
@@ -126,6 +128,7 @@ class TCodePointView : public std::ranges::view_base
 public:
     using iterator = TCodePointIterator<TStringCore>;
 
+    /// The code points of a string, which must outlive the view.
     explicit TCodePointView(TStringCore& string) noexcept : m_string(&string) {}
 
     [[nodiscard]] iterator begin() const noexcept { return {*m_string, m_string->empty() ? -1 : 0}; }

@@ -34,6 +34,7 @@ struct ThreadTimeValue
     std::uint32_t userMs = 0;   ///< in user mode
 
     constexpr ThreadTimeValue() noexcept = default;
+    /// Milliseconds.
     constexpr ThreadTimeValue(unsigned int kernel, unsigned int user) noexcept : kernelMs(kernel), userMs(user) {}
     /// Field by field, modulo 2^32.
     constexpr ThreadTimeValue& operator+=(ThreadTimeValue const& other) noexcept

@@ -78,9 +78,9 @@ QVXSYS_WITHOUT_DBGHELP(using namespace qvxsys::minidump;)
 /// ENOSPC, EFBIG...); EILSEQ, the path is no Unicode text; EINVAL, the path has a 0 in it or the type unknown flags;
 /// ESRCH, no such process, or it ended meanwhile; EPERM, the kernel does not let the caller look into the process
 /// (another user's, one that a debugger is attached to, ptrace forbidden by seccomp or Yama); ENOTSUP, a 32-bit
-/// program; EAGAIN or ENOMEM, no helper process or thread could be started; ETIMEDOUT, no thread of the process would
-/// stop; ECANCELED, the helper process was ended, or ended itself because it could get no further (a program that was
-/// just being replaced by exec).
+/// program, or a kernel without /proc/PID/pagemap where the type asks for memory; EAGAIN or ENOMEM, no helper process
+/// or thread could be started; ETIMEDOUT, no thread of the process would stop; ECANCELED, the helper process was ended,
+/// or ended itself because it could get no further (a program that was just being replaced by exec).
 ///
 /// May be called from any thread; dumps of the own process are written one after the other. Never throws. Neither the
 /// helper nor the dumped process shows in the caller's SIGCHLD or wait(), but where Yama lets processes trace their

@@ -27,11 +27,12 @@ namespace TError {
 /// A place in the source, as std::source_location has it (which not every supported compiler offers). Static texts.
 struct SourceLocation
 {
-    char const* file = "";
-    char const* function = "";
-    std::uint32_t line = 0; ///< 0: unknown
+    char const* file = "";     ///< the source file, as the compiler knows it
+    char const* function = ""; ///< the function, as the compiler knows it
+    std::uint32_t line = 0;    ///< 0: unknown
 
     constexpr SourceLocation() noexcept = default;
+    /// From its parts, which must outlive it.
     constexpr SourceLocation(char const* aFile, char const* aFunction, std::uint32_t aLine) noexcept
         : file(aFile), function(aFunction), line(aLine)
     {}
@@ -55,12 +56,13 @@ struct SourceLocation
     }
 };
 
+/// Where an error was made.
 struct ErrorOrigin
 {
-    static constexpr int kMaxFrames = 32;
+    static constexpr int kMaxFrames = 32; ///< return addresses that are kept at most
 
-    SourceLocation location; ///< known for the library's own throw sites and for LocatedErrorInfo
-    int frameCount = 0;
+    SourceLocation location;       ///< known for the library's own throw sites and for LocatedErrorInfo
+    int frameCount = 0;            ///< how many of them there are
     void* frames[kMaxFrames] = {}; ///< return addresses, innermost first
 };
 
@@ -83,12 +85,13 @@ QVXSYS_API void RecordTrace(ErrorInfo const& info, ErrorOrigin& origin) noexcept
 ///     throw QuorvexException(u"No space left.", TError::LocatedErrorInfo(TError::ErrorInfo(error, source)));
 struct QVXSYS_API LocatedErrorInfo : ErrorInfo
 {
+    /// An error with the place where this constructor is called.
     explicit LocatedErrorInfo(ErrorInfo const& info, SourceLocation const& aLocation = SourceLocation::Current());
     LocatedErrorInfo(LocatedErrorInfo const&) = default;
     LocatedErrorInfo& operator=(LocatedErrorInfo const&) = default;
     ~LocatedErrorInfo() override;
 
-    SourceLocation location;
+    SourceLocation location; ///< the place
 };
 
 } // namespace TError

@@ -62,11 +62,13 @@ template<std::size_t Count>
 class FormatLiteral
 {
 public:
+    /// Takes a literal whose markers the compiler checks.
     template<std::size_t N>
     consteval FormatLiteral(char16_t const (&text)[N]) : m_units(text)
     {
         Scan(text, N);
     }
+    /// The same of a wide literal.
     template<std::size_t N>
     consteval FormatLiteral(wchar_t const (&text)[N]) : m_wide(text)
     {
@@ -84,6 +86,7 @@ public:
         Scan(text, N);
     }
 
+    /// The text with its markers replaced.
     [[nodiscard]] TStringCore Result(std::array<TStringView, Count> const& arguments) const
     {
         if (m_units != nullptr) {

@@ -33,7 +33,8 @@
 // for by a Future (not by a SharedFuture, which others may want). A task that has not started never does, and its
 // future fails at once with a CancelException; a running one has its cancellation event set, see Cancel.h, and
 // WhenCanceled says when its future ends. Continuations that run because of it run on the thread that cancels, and
-// where the signal of an event has cancelled, among the callbacks of that event: they must not wait for whom it cancels.
+// where the signal of an event has cancelled, among the callbacks of that event: they must not wait for whom it
+// cancels.
 //
 // Threads: one future object is used by one thread at a time; several SharedFutures of one result by several, and
 // Cancel by any thread at any time. What the task wrote is seen by who gets its result.
@@ -140,7 +141,9 @@ public:
     using value_type = T;
 
     Future() noexcept = default;
+    /// Takes over the state; the other has none then.
     Future(Future&&) noexcept = default;
+    /// Lets go of its own state and takes over the other's.
     Future& operator=(Future&& other) noexcept
     {
         Future old(std::move(other));
@@ -148,6 +151,7 @@ public:
         return *this;
     }
     ~Future() = default;
+    /// For the library's own use.
     explicit Future(std::shared_ptr<detail::ValueState<T>> state) noexcept
         : detail::FutureBase<T, true>(std::move(state))
     {}
@@ -179,6 +183,7 @@ public:
         static_cast<void>(this->State());
         return SharedFuture<T>(std::move(this->m_state));
     }
+    /// For the library's own use: the state, which the future has no more.
     [[nodiscard]] std::shared_ptr<detail::ValueState<T>> ReleaseState() noexcept { return std::move(this->m_state); }
 };
 
@@ -191,9 +196,11 @@ public:
     using value_type = T;
 
     SharedFuture() noexcept = default;
+    /// For the library's own use.
     explicit SharedFuture(std::shared_ptr<detail::ValueState<T>> state) noexcept
         : detail::FutureBase<T, false>(std::move(state))
     {}
+    /// Takes over the future's state; the future has none then.
     SharedFuture(Future<T>&& future) : SharedFuture(future.Share()) {}
 
     /// Waits. The reference is good as long as a SharedFuture of the result is there. Throws what the task threw,
@@ -279,6 +286,7 @@ QVXSYS_API void SetWaitCycleDetection(bool on) noexcept;
 class QVXSYS_API WaitCycleException : public QuorvexException
 {
 public:
+    /// With a message.
     WaitCycleException(TStringCore const& message, TError::ErrorInfo const& info);
     WaitCycleException(WaitCycleException const&) = default;
     WaitCycleException& operator=(WaitCycleException const&) = default;
@@ -292,11 +300,16 @@ template<class T>
 class WrappedFuture final : public IWrappedFuture
 {
 public:
+    /// Wraps a future.
     explicit WrappedFuture(SharedFuture<T> future) noexcept : m_future(std::move(future)) {}
 
+    /// Whether there is a result.
     [[nodiscard]] bool IsReady() const override { return m_future.IsReady(); }
+    /// Waits for the result.
     void Wait() const override { m_future.Wait(); }
+    /// Waits for the result, so long at most; false if there is none by then.
     bool WaitFor(std::chrono::milliseconds timeout) const override { return m_future.WaitFor(timeout); }
+    /// Cancels the work behind it.
     void Cancel() const override { m_future.Cancel(); }
     void Check() const override { static_cast<void>(m_future.Get()); }
 

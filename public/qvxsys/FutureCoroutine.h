@@ -286,6 +286,7 @@ template<class T>
 
 } // namespace AsyncTask
 
+/// Makes functions that give a Future coroutines.
 template<class T, class... Arguments>
 struct std::coroutine_traits<AsyncTask::Future<T>, Arguments...>
 {

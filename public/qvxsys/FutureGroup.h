@@ -36,9 +36,10 @@ namespace AsyncTask {
 template<class Futures>
 struct AnyOf
 {
+    /// No future was given.
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-    Futures futures;
-    std::size_t index = kNone;
+    Futures futures;           ///< the futures that were given
+    std::size_t index = kNone; ///< which of them is ready
 };
 
 namespace detail {

@@ -43,12 +43,14 @@ namespace quorvex::hash {
 class Digest
 {
 public:
-    static constexpr std::size_t kMostBytes = 64;
+    static constexpr std::size_t kMostBytes = 64; ///< of the largest digest, SHA-512's
 
     /// No bytes.
     Digest() noexcept = default;
 
+    /// The digest.
     [[nodiscard]] std::span<std::byte const> Bytes() const noexcept QVXSYS_LIFETIME_BOUND { return {m_bytes, m_size}; }
+    /// In bytes.
     [[nodiscard]] std::size_t Size() const noexcept { return m_size; }
     /// In lower-case hexadecimal digits.
     [[nodiscard]] QVXSYS_API std::string Hex() const;
@@ -122,6 +124,7 @@ public:
     /// The code of the message, as long as a digest; the next message begins.
     Digest End() noexcept;
 
+    /// The digest that it is made with.
     [[nodiscard]] sha2::SHA_TYPE GetEnumType() const noexcept { return m_type; }
 
 private:

@@ -33,6 +33,7 @@ public:
     StringTable& operator=(StringTable const& other) = delete;
     ~StringTable();
 
+    /// How it was made.
     [[nodiscard]] CaseCompare caseCompare() const noexcept { return m_caseCompare; }
     /// The pattern's length in code points.
     [[nodiscard]] std::uint64_t size() const noexcept { return m_stringIndex.size(); }

@@ -27,25 +27,28 @@
 /// What one function freed.
 struct MemoryRelief
 {
-    TStringCore m_name;
-    unsigned int m_grade = 0;
+    TStringCore m_name;       ///< the name it was registered with
+    unsigned int m_grade = 0; ///< its grade; low ones come first
     /// By how much the private memory of the process went down while the function ran; 0 if it did not.
     std::uint64_t m_bytesFreed = 0;
 };
 
+/// Listens to the kernel's pressure figures and has registered functions free memory.
 class QVXSYS_API MemoryPressure
 {
 public:
+    /// How short memory is.
     enum class Level : unsigned char {
         Some = 1, ///< tasks wait for memory now and then: functions of grade 1
         Full = 2, ///< nothing gets done for want of memory: functions of grades 1 and 2
     };
 
+    /// When warnings come.
     struct Config
     {
         /// Warn when tasks have lost this much time within the window. 0: not at all.
         std::chrono::milliseconds m_some{150};
-        std::chrono::milliseconds m_full{100};
+        std::chrono::milliseconds m_full{100}; ///< the same for the stalling of everything
         /// From 500 ms to 10 s; without privileges only multiples of 2 s are allowed.
         std::chrono::milliseconds m_window{2000};
     };
@@ -68,6 +71,7 @@ public:
     /// another grade "grade == 1 || grade == 2", a name that is taken "!IsKnown(name)", removing an unknown one
     /// "IsKnown(name)". Removing waits while functions run, except on the thread that runs them.
     void AddReclaim(TStringCore const& name, unsigned int grade, std::function<void()> func);
+    /// Takes a function away, see AddReclaim.
     void RemoveReclaim(TStringCore const& name);
 
     /// Calls the functions as if the system had warned, on this thread; the bytes that they freed together.

@@ -11,9 +11,9 @@
 //   indexes go in chunks, and other threads are asked to help only when a first stretch on the calling thread has taken
 //   some microseconds. For anything that computes.
 // - ParallelForThread starts threads of its own for the one call and hands out single indexes. Measured, it costs 10 to
-//   30 microseconds for each thread, and for each index some 20 to 100 nanoseconds, or a few microseconds where a thread
-//   has to be woken for it. So it is for few indexes that each take long, or that block, and for loops that must run
-//   every index whatever the others throw.
+//   30 microseconds for each thread, and for each index some 20 to 100 nanoseconds, or a few microseconds where a
+//   thread has to be woken for it. So it is for few indexes that each take long, or that block, and for loops that must
+//   run every index whatever the others throw.
 //
 // Helpers of ParallelFor come from TThreadPool::Get(), as many as have nothing else to do and as there are processors;
 // without a configured pool the loop runs on the calling thread. The calling thread always works too, and at the end
@@ -146,8 +146,9 @@ template<std::integral Index, class T, class Map, class Combine>
     return result;
 }
 
-/// The most threads on which a loop that begins now would run at a time, the calling one included: no more than the pool
-/// has besides, nor than there are processors for the process. At least 1. Makes the pool if it is only configured.
+/// The most threads on which a loop that begins now would run at a time, the calling one included: no more than the
+/// pool has besides, nor than there are processors for the process. At least 1. Makes the pool if it is only
+/// configured.
 [[nodiscard]] QVXSYS_API unsigned int MostLoopThreads();
 
 /// Whether loops may use other threads at all; true at the start of the process. Switched off, every loop here runs on

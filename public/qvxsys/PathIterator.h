@@ -152,6 +152,7 @@ private:
 class TPathCore::ElementRange : public std::ranges::view_base
 {
 public:
+    /// Walks over the elements.
     class iterator
     {
     public:

@@ -33,6 +33,7 @@ namespace AsyncTask {
 class QVXSYS_API BrokenPromiseException : public QuorvexException
 {
 public:
+    /// With a message.
     BrokenPromiseException(TStringCore const& message, TError::ErrorInfo const& info);
     BrokenPromiseException(BrokenPromiseException const&) = default;
     BrokenPromiseException& operator=(BrokenPromiseException const&) = default;
@@ -47,6 +48,7 @@ public:
 class QVXSYS_API PromiseException : public QuorvexException
 {
 public:
+    /// With a message.
     PromiseException(TStringCore const& message, TError::ErrorInfo const& info);
     PromiseException(PromiseException const&) = default;
     PromiseException& operator=(PromiseException const&) = default;
@@ -78,9 +80,11 @@ public:
     {
         m_state->SetWhenCanceled(WhenCanceled::FailAtOnce);
     }
+    /// Takes over the state; the other has none then.
     Promise(Promise&& other) noexcept
         : m_state(std::move(other.m_state)), m_futureTaken(std::exchange(other.m_futureTaken, false))
     {}
+    /// Lets go of its own state, which is broken if it has no result, and takes over the other's.
     Promise& operator=(Promise&& other) noexcept
     {
         Promise(std::move(other)).swap(*this);
@@ -117,6 +121,7 @@ public:
             detail::ThrowAlreadySet();
         }
     }
+    /// Stores an exception. Throws what SetValue throws.
     void SetException(std::exception_ptr exception)
     {
         if (!TrySetException(std::move(exception)) && !m_state->IsCancelled()) {
@@ -151,6 +156,7 @@ public:
         m_state->Complete(); // a continuation may destroy this promise
         return true;
     }
+    /// Stores an exception unless there is a result; whether it did.
     bool TrySetException(std::exception_ptr exception)
     {
         Check();
@@ -170,11 +176,13 @@ public:
         Check();
         m_state->SetOnCancelFunction(std::make_unique<std::function<void()>>(std::move(function)));
     }
+    /// What happens to its futures when they are cancelled before there is a result.
     void SetWhenCanceled(WhenCanceled policy)
     {
         Check();
         m_state->SetWhenCanceled(policy);
     }
+    /// Whether it has a state.
     [[nodiscard]] bool IsValid() const noexcept { return m_state != nullptr; }
 
 private:

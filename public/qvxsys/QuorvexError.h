@@ -14,9 +14,11 @@
 #include <qvxsys/Platform.h>
 #include <qvxsys/TStringCore.h>
 
+/// An error's code and the name of the code.
 class QVXSYS_API QuorvexError
 {
 public:
+    /// From both.
     [[nodiscard]] static QuorvexError MakeError(unsigned int code, TStringCore name);
     /// Code 0, no name.
     [[nodiscard]] static QuorvexError NoError();
@@ -27,6 +29,7 @@ public:
 
     /// 0 means no error.
     [[nodiscard]] unsigned int GetCode() const noexcept { return m_code; }
+    /// The name.
     [[nodiscard]] TStringCore const& GetCodeName() const noexcept QVXSYS_LIFETIME_BOUND { return m_codeName; }
 
     /// Same code and same name.

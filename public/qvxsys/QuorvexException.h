@@ -45,6 +45,7 @@ concept MessageText = TextArgument<T> && !TCType::Character<T> && !std::same_as<
 
 } // namespace qvxsys::detail
 
+/// The base of the library's exceptions: a stack of messages, and the error's record.
 class QVXSYS_API QuorvexException
 {
 public:
@@ -101,20 +102,26 @@ public:
     /// The text for logs: here GetConcatenatedMessages().
     [[nodiscard]] virtual TStringCore CollateMessagesForLog() const;
 
+    /// The error, valid as long as the exception.
     [[nodiscard]] QuorvexError const& GetError() const noexcept QVXSYS_LIFETIME_BOUND { return m_errorInfo->error; }
+    /// The error's code.
     [[nodiscard]] unsigned int GetErrorCode() const noexcept { return m_errorInfo->error.GetCode(); }
+    /// The name of the error's code.
     [[nodiscard]] TStringCore const& GetErrorName() const noexcept QVXSYS_LIFETIME_BOUND
     {
         return m_errorInfo->error.GetCodeName();
     }
+    /// Where the error came from.
     [[nodiscard]] TError::ErrorSource const& GetErrorSource() const noexcept QVXSYS_LIFETIME_BOUND
     {
         return m_errorInfo->source;
     }
+    /// The error's record, valid as long as the exception.
     [[nodiscard]] TError::ErrorInfo const& GetErrorInfo() const noexcept QVXSYS_LIFETIME_BOUND { return *m_errorInfo; }
 
     /// The message stack, front first.
     [[nodiscard]] std::vector<TStringCore> GetMessagesVector() const;
+    /// The messages that may be shown to strangers.
     [[nodiscard]] std::list<TStringCore> const& GetRedactedMessages() const noexcept QVXSYS_LIFETIME_BOUND
     {
         return *m_redactedMessages;
@@ -192,7 +199,9 @@ public:
 class QVXSYS_API QuorvexUserErrorException : public QuorvexException
 {
 public:
+    /// With a message. Throws what TFormatStringCore::result() throws.
     QuorvexUserErrorException(TFormatStringCore const& message, TError::ErrorInfo const& info);
+    /// With a message.
     QuorvexUserErrorException(TStringCore const& message, TError::ErrorInfo const& info);
     template<qvxsys::detail::MessageText P>
     QuorvexUserErrorException(P const& message, TError::ErrorInfo const& info)

@@ -15,65 +15,12 @@
 #include <cstdint>
 #include <string>
 
+#include <qvxsys/ICUTypes.h>
 #include <qvxsys/Platform.h>
 
 class TStringCore;
 
 namespace QvxICU {
-
-/// ICU's error code, by value. Codes not named here are passed through as they are. Negative codes are warnings.
-enum class ICUErrorCode : int {
-    UsingFallbackWarning = -128,
-    UsingDefaultWarning = -127,
-    SafeCloneAllocatedWarning = -126,
-    StateOldWarning = -125,
-    StringNotTerminatedWarning = -124,
-    SortKeyTooShortWarning = -123,
-    AmbiguousAliasWarning = -122,
-    DifferentUcaVersion = -121,
-    ZeroError = 0,
-    IllegalArgumentError = 1,
-    MissingResourceError = 2,
-    InvalidFormatError = 3,
-    FileAccessError = 4,
-    InternalProgramError = 5,
-    MessageParseError = 6,
-    MemoryAllocationError = 7,
-    IndexOutOfBoundsError = 8,
-    ParseError = 9,
-    InvalidCharFound = 10,
-    TruncatedCharFound = 11,
-    IllegalCharFound = 12,
-    InvalidTableFormat = 13,
-    InvalidTableFile = 14,
-    BufferOverflowError = 15,
-    UnsupportedError = 16,
-    ResourceTypeMismatch = 17,
-    IllegalEscapeSequence = 18,
-    UnsupportedEscapeSequence = 19,
-    NoSpaceAvailable = 20,
-    CeNotFoundError = 21,
-    PrimaryTooLongError = 22,
-    StateTooOldError = 23,
-    TooManyAliasesError = 24,
-    EnumOutOfSyncError = 25,
-    InvariantConversionError = 26,
-    InvalidStateError = 27,
-    CollatorVersionMismatch = 28,
-    UselessCollatorError = 29,
-    NoWritePermission = 30,
-};
-
-/// code <= 0: warnings count as success.
-[[nodiscard]] constexpr bool ICU_SUCCESS(ICUErrorCode code) noexcept
-{
-    return static_cast<int>(code) <= 0;
-}
-/// code > 0.
-[[nodiscard]] constexpr bool ICU_FAILURE(ICUErrorCode code) noexcept
-{
-    return static_cast<int>(code) > 0;
-}
 
 /// Binary properties, by ICU's UProperty values (those the library asks for; others can be cast).
 enum class ICUProperty : int {
@@ -121,24 +68,6 @@ enum class ICUCharCategory : std::int8_t {
     InitialPunctuation = 28,
     FinalPunctuation = 29,
 };
-
-/// Why a converter calls back, by ICU's UConverterCallbackReason values.
-enum class ICUConverterCallbackReason : int {
-    Unassigned = 0,
-    Illegal = 1,
-    Irregular = 2,
-    Reset = 3,
-    Close = 4,
-    Clone = 5
-};
-
-// Opaque handles.
-struct ICUBreakIterator;
-struct ICUConverter;
-struct ICUCharsetDetector;
-struct ICUCharsetMatch;
-struct ICUToUnicodeArgs;
-struct ICUFromUnicodeArgs;
 
 /// @name Character properties
 /// @{

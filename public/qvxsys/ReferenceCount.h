@@ -113,9 +113,11 @@ template<class T, class Base = RefCntObject>
 class RefCntPtr
 {
 public:
+    /// What is pointed at.
     using element_type = T;
 
     constexpr RefCntPtr() noexcept = default;
+    /// Null.
     constexpr RefCntPtr(std::nullptr_t) noexcept {}
     /// Takes a reference of its own.
     RefCntPtr(T* object) noexcept : m_ptr(object)
@@ -167,8 +169,11 @@ public:
         return RefCntPtr(object, kAdoptReference);
     }
 
+    /// Lets go of the object.
     void reset() noexcept { RefCntPtr().swap(*this); }
+    /// Takes another object, with one more reference; null for none.
     void reset(T* object) noexcept { RefCntPtr(object).swap(*this); }
+    /// Takes another object, whose reference it takes over.
     void reset(T* object, AdoptReference) noexcept { RefCntPtr(object, kAdoptReference).swap(*this); }
     /// Becomes null and leaves the reference to the caller.
     [[nodiscard]] T* release() noexcept { return std::exchange(m_ptr, nullptr); }
@@ -177,6 +182,7 @@ public:
 
     /// Null or the object; no check.
     [[nodiscard]] T* get() const noexcept { return m_ptr; }
+    /// Whether it points at an object.
     [[nodiscard]] explicit operator bool() const noexcept { return m_ptr != nullptr; }
     /// The references to the object; 0 for null.
     [[nodiscard]] std::int32_t use_count() const noexcept { return m_ptr != nullptr ? Counted(m_ptr)->UseCount() : 0; }
@@ -241,6 +247,7 @@ template<class U, class T, class Base>
     return RefCntPtr<U, Base>(dynamic_cast<U*>(pointer.get()));
 }
 
+/// By the object's address.
 template<class T, class Base>
 struct std::hash<RefCntPtr<T, Base>>
 {

@@ -25,18 +25,18 @@
 // The manager never ends the process and writes no files: its lines, each beginning with "Resource Manager: ", go to
 // the log function.
 //
-// Threads: Start and Stop must not run at the same time as each other or as other calls (which rules out a Stop from the
-// log function while Start or RegisterChildProcessId calls it); everything else may be called from any thread. The log function is called by the threads that call Start, Stop and RegisterChildProcessId, by the
-// worker and by the listening thread; everything else that is handed in by the worker only. What these functions throw
-// is not caught on the manager's threads and ends the process, as does a report that cannot be sent (to port 0, for
-// one).
+// Threads: Start and Stop must not run at the same time as each other or as other calls (which rules out a Stop from
+// the log function while Start or RegisterChildProcessId calls it); everything else may be called from any thread. The
+// log function is called by the threads that call Start, Stop and RegisterChildProcessId, by the worker and by the
+// listening thread; everything else that is handed in by the worker only. What these functions throw is not caught on
+// the manager's threads and ends the process, as does a report that cannot be sent (to port 0, for one).
 //
 // Stop waits for the functions of the program that are running. Called by one of them (that is, on a thread of the
 // manager's) it cannot wait for itself: it returns at once, the manager is detached and goes when they have returned,
 // and Start makes another one. As after any other Stop there is the line "Resource Manager: stopped", then.
 //
-// A forked process has the manager but not its threads: nothing is checked there, and Stop there leaves the other process
-// as it is.
+// A forked process has the manager but not its threads: nothing is checked there, and Stop there leaves the other
+// process as it is.
 //
 // Cost: two threads that sleep between checks and datagrams, five descriptors on Linux, and those of the children; a
 // check is a few dozen microseconds and as much for each child. At most 65,536 processes are remembered, however many
@@ -60,35 +60,37 @@ class ResourceManagerImpl;
 /// What was decided when a limit was exceeded, and why.
 struct ResourceDecision
 {
+    /// Which limit was exceeded.
     enum class Rule : unsigned char {
         SustainedCpu,  ///< the processes together used more than the CPU threshold for too long
         ProcessMemory, ///< this process is above the limit for one process
         MachineMemory, ///< the machine is above the limit for all processes
     };
+    /// What comes of it.
     enum class Verdict : unsigned char {
         Spared,    ///< another process uses more: nothing is done here
         Averted,   ///< the reclaim functions helped
         Terminate, ///< the program is asked to end
     };
 
-    Rule m_rule = Rule::SustainedCpu;
-    Verdict m_verdict = Verdict::Spared;
+    Rule m_rule = Rule::SustainedCpu;    ///< which limit was exceeded
+    Verdict m_verdict = Verdict::Spared; ///< what comes of it
     /// The verdict is not carried out.
     bool m_dryRun = false;
 
     /// This process, as it was last sampled, and the others as they last reported, in no order.
     ResourceValues m_own;
-    std::vector<ResourceSample> m_peers;
+    std::vector<ResourceSample> m_peers; ///< the others, as they last reported
 
     /// @name What was compared; 0 where the rule does not look at it
     /// @{
-    unsigned int m_cpuTotal = 0; ///< of all processes, percent, at most 100
-    double m_cpuCompared = 0;    ///< the total or its average
-    unsigned int m_maxCpu = 0;
-    std::chrono::nanoseconds m_cpuHighFor{0};
-    std::uint64_t m_perProcessLimit = 0;
-    std::uint64_t m_machineMemory = 0; ///< bytes in use
-    std::uint64_t m_allProcessesLimit = 0;
+    unsigned int m_cpuTotal = 0;              ///< of all processes, percent, at most 100
+    double m_cpuCompared = 0;                 ///< the total or its average
+    unsigned int m_maxCpu = 0;                ///< the threshold, percent
+    std::chrono::nanoseconds m_cpuHighFor{0}; ///< for how long it has been exceeded
+    std::uint64_t m_perProcessLimit = 0;      ///< bytes
+    std::uint64_t m_machineMemory = 0;        ///< bytes in use
+    std::uint64_t m_allProcessesLimit = 0;    ///< bytes
     /// @}
 
     /// Reclaim functions that were called for this verdict.
@@ -98,14 +100,18 @@ struct ResourceDecision
     std::uint64_t m_bytesFreed = 0;
 };
 
+/// The watchdog of this process; see the top of the file.
 class QVXSYS_API ResourceManager
 {
 public:
     ResourceManager() = delete;
 
+    /// Receives messages.
     using LogFunc = std::function<void(TStringCore const&)>;
+    /// Receives the flag of the limit and the reason.
     using TerminateFunc = std::function<void(bool, TStringCore const&)>;
 
+    /// How CPU is monitored.
     struct CpuConfig
     {
         /// Percent of the whole machine; monitored from 1 to 99, otherwise off.
@@ -119,6 +125,7 @@ public:
         bool m_terminateFlag = false;
     };
 
+    /// How memory is monitored.
     struct MemoryConfig
     {
         /// Bytes that this process and its children may use; 0: memory is not monitored.
@@ -131,6 +138,7 @@ public:
         bool m_terminateFlag = false;
     };
 
+    /// How often, and who is told.
     struct GeneralConfig
     {
         /// Between two checks, and after reclaiming. 0 ends the process (SIGFPE), a negative one too.
@@ -186,14 +194,18 @@ public:
     /// lock that these four functions take too. An empty function raises the logic assertion "func", a name that is
     /// taken "m_functions.insert(make_pair(name, func)).second", removing an unknown one "m_functions.erase(name) > 0".
     static void AddReclaimCpuFunction(TStringCore const& name, std::function<void()> func);
+    /// Takes such a function away.
     static void RemoveReclaimCpuFunction(TStringCore const& name);
+    /// Registers a function that frees memory.
     static void AddReclaimMemoryFunction(TStringCore const& name, std::function<void()> func);
+    /// Takes such a function away.
     static void RemoveReclaimMemoryFunction(TStringCore const& name);
 
     /// Adds a child's use to this process's. Throws QuorvexException when it does not run; raises the logic assertion
     /// "m_processes.emplace(pid, pid).second" for one that is registered, and "m_processes.erase(pid) > 0" when it is
     /// not there to be taken away. Children that have ended count as 0 until they are taken away.
     static void RegisterChildProcessId(unsigned int pid);
+    /// Takes a child away.
     static void UnregisterChildProcessId(unsigned int pid);
 
     /// The CPU percentage and the bytes that this process last reported, as they came back; 0 and 0 before that.

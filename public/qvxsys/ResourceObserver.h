@@ -18,9 +18,11 @@
 #include <qvxsys/ResourceValues.h>
 #include <qvxsys/TStringCore.h>
 
+/// Listens to what the processes on a port report, without being one of them.
 class QVXSYS_API ResourceObserver
 {
 public:
+    /// Who is told.
     struct Options
     {
         /// Called with everything that arrives, on the listening thread. Must not destroy the observer; what it throws

@@ -17,9 +17,9 @@
 /// reporters takes too: a reporter that waits for another thread to do that waits for ever. It may construct and
 /// destroy reporters itself; those it adds are called in the same round, those it takes away no more.
 ///
-/// An object is registered before the constructor of its own class has run and until after the destructor has: called in
-/// between it has no Report, which ends the process. While a manager runs, what has reporters come and go has to see to
-/// it that none is called meanwhile: in a Report of its own, or with the manager stopped.
+/// An object is registered before the constructor of its own class has run and until after the destructor has: called
+/// in between it has no Report, which ends the process. While a manager runs, what has reporters come and go has to see
+/// to it that none is called meanwhile: in a Report of its own, or with the manager stopped.
 class QVXSYS_API ResourceReporter
 {
 public:

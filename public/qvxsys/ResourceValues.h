@@ -14,7 +14,7 @@
 #pragma pack(push, 1)
 struct ResourceValues
 {
-    std::uint32_t m_processId = 0;
+    std::uint32_t m_processId = 0; ///< whose values these are
     /// Bytes of private memory, those of registered child processes included.
     std::uint64_t m_memory = 0;
     /// Percent of the process's own limit, 0 to 100; the percentage is cut to 8 bits before it is capped, so 300 is 44.
@@ -32,7 +32,7 @@ static_assert(std::is_trivially_copyable_v<ResourceValues>);
 /// What is known of a process from its last datagram.
 struct ResourceSample
 {
-    ResourceValues m_values;
+    ResourceValues m_values; ///< what was reported
     /// Since the datagram arrived.
     std::chrono::nanoseconds m_age{0};
     /// Datagrams of this process id since it is known.

@@ -27,11 +27,13 @@
 
 namespace AsyncTask {
 
+/// How a task is run.
 struct TaskOptions
 {
-    Launch launch = Launch::PoolQueued;
+    Launch launch = Launch::PoolQueued; ///< where and when it runs
     /// For messages.
     TStringCore name = {};
+    /// What its future does when it is cancelled while the function runs.
     WhenCanceled whenCanceled = WhenCanceled::AwaitWork;
     /// Starts although it has been cancelled before; its cancellation event is set then.
     bool ignoreCancelBeforeStart = false;

@@ -71,9 +71,13 @@ public:
     IWrappedFuture& operator=(IWrappedFuture const&) noexcept = default;
     virtual ~IWrappedFuture();
 
+    /// Whether there is a result.
     [[nodiscard]] virtual bool IsReady() const = 0;
+    /// Waits for the result.
     virtual void Wait() const = 0;
+    /// Waits for the result, so long at most; false if there is none by then.
     virtual bool WaitFor(std::chrono::milliseconds timeout) const = 0;
+    /// Cancels the work behind it.
     virtual void Cancel() const = 0;
     /// Waits, then rethrows the exception with which the future has failed, if it has.
     virtual void Check() const = 0;
@@ -92,21 +96,26 @@ public:
     /// What cancelling means for this task. Called by consumers and by cancellation callbacks, on any thread, perhaps
     /// more than once.
     virtual void Cancel() = 0;
+    /// Whether there is a result.
     [[nodiscard]] virtual bool IsReady() const;
 
     /// Sets the state ready and runs its ready callbacks on this thread. What TEvent::Signal raises.
     void MarkAsReady() { m_ready.Signal(); }
+    /// Waits for the result.
     void Wait() const noexcept { m_ready.Wait(); }
     /// False when the time is over. Timeouts as of events: negative ones end the process.
     bool WaitFor(std::chrono::milliseconds const& timeout) const noexcept { return m_ready.Wait(timeout); }
+    /// The event that is set with the result; for the library's own use.
     [[nodiscard]] IEvent& GetRawReadyEvent() noexcept { return m_ready; }
     /// Callbacks of the ready event: one per key, called by MarkAsReady, not called if the state is ready already. They
     /// must not throw: what leaves them while a future is completed ends the process.
     void AddOnReadyCallback(void* key, std::function<void()> callback);
+    /// Takes the callback with this key away.
     void RemoveOnReadyCallback(void* key);
 
     /// Keeps the exception unless there is one already: the first one wins.
     void SetException(std::exception_ptr exception) noexcept;
+    /// Whether the result is an exception.
     [[nodiscard]] bool HasException() const noexcept { return m_hasException.load(std::memory_order_acquire); }
     /// Rethrows the exception if there is one, through the exception hook.
     void CheckForException() const
@@ -116,8 +125,11 @@ public:
         }
     }
 
+    /// Whether it has been cancelled.
     [[nodiscard]] bool IsCancelled() const noexcept { return m_cancelled.load(std::memory_order_acquire); }
+    /// Sets what GetWhenCanceled gives.
     void SetWhenCanceled(WhenCanceled policy) noexcept { m_whenCanceled.store(policy, std::memory_order_relaxed); }
+    /// What happens when it is cancelled while the work runs.
     [[nodiscard]] WhenCanceled GetWhenCanceled() const noexcept
     {
         return m_whenCanceled.load(std::memory_order_relaxed);
@@ -127,6 +139,7 @@ public:
     {
         m_ignoreCancelBeforeStart.store(ignore, std::memory_order_relaxed);
     }
+    /// Whether the work starts although it has been cancelled before.
     [[nodiscard]] bool GetIgnoreCancelBeforeStart() const noexcept
     {
         return m_ignoreCancelBeforeStart.load(std::memory_order_relaxed);
@@ -140,10 +153,12 @@ public:
     void SetCancelEvent(RefCntPtr<TCancelEvent> event);
     /// Has the cancellation event forget the on-cancel function. Without an event, raises the assertion "m_ptr".
     void RemoveCancelOnSignalCallback();
+    /// Signals the cancellation event of the work, if it has one.
     void SignalCancelEventIfSet();
 
     /// Marks work that the first who takes it is to run.
     void SetDeferred() noexcept { m_taken.store(0, std::memory_order_release); }
+    /// Whether the work runs only when somebody waits.
     [[nodiscard]] bool IsDeferred() const noexcept { return m_taken.load(std::memory_order_acquire) == 0; }
     /// True for one caller after SetDeferred: the work is his.
     [[nodiscard]] bool TryTakingDeferredOwnership() noexcept

@@ -32,7 +32,7 @@ namespace quorvex {
 /// A program or shared library as it was loaded. Records of modules live until the process ends, and never change.
 struct StackModule
 {
-    static constexpr unsigned kMaxBuildId = 32;
+    static constexpr unsigned kMaxBuildId = 32; ///< bytes of a build-id that are kept at most
 
     std::uintptr_t begin = 0; ///< the first byte of its memory
     std::uintptr_t end = 0;   ///< behind the last one
@@ -64,7 +64,7 @@ class BasicStackTrace
     static_assert(Capacity > 0 && Capacity < 65536);
 
 public:
-    static constexpr int kCapacity = Capacity;
+    static constexpr int kCapacity = Capacity; ///< frames that are kept at most
 
     /// No frames.
     BasicStackTrace() noexcept : m_count(0) {}
@@ -91,6 +91,7 @@ public:
     {
         return {m_frames, static_cast<std::size_t>(m_count)};
     }
+    /// Whether there is no frame.
     [[nodiscard]] bool IsEmpty() const noexcept { return m_count == 0; }
     /// As many frames as there is room for: the stack may go on.
     [[nodiscard]] bool IsFull() const noexcept { return m_count == Capacity; }

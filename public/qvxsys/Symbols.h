@@ -48,6 +48,7 @@ class QVXSYS_API Frame
 {
 public:
     Frame() noexcept;
+    /// For the library's own use.
     Frame(void const* address, std::shared_ptr<qvxsys::detail::SymbolRecord const> record) noexcept;
     Frame(Frame const&) noexcept;
     Frame(Frame&&) noexcept;
@@ -55,6 +56,7 @@ public:
     Frame& operator=(Frame&&) noexcept;
     ~Frame();
 
+    /// The address that was asked about.
     [[nodiscard]] void const* Address() const noexcept { return m_address; }
     /// The function's name, demangled, at most 2,047 bytes of it; empty when unknown. Of code that was inlined it is
     /// the function that it was inlined into, while File and Line are those of the inlined source.
@@ -96,14 +98,15 @@ enum class SymbolSource : std::uint8_t {
     LineInformation, ///< source lines, too
 };
 
+/// A module of this process.
 struct LoadedModule
 {
-    std::string path;        ///< as it was loaded; of the program its own file
-    std::uintptr_t base = 0; ///< its lowest address
-    std::size_t size = 0;    ///< to its highest
-    std::string buildId;     ///< in hexadecimal digits, empty without one (and on Windows)
-    SymbolSource source = SymbolSource::None;
-    std::string debugFile; ///< the separate debug file that is used, if any
+    std::string path;                         ///< as it was loaded; of the program its own file
+    std::uintptr_t base = 0;                  ///< its lowest address
+    std::size_t size = 0;                     ///< to its highest
+    std::string buildId;                      ///< in hexadecimal digits, empty without one (and on Windows)
+    SymbolSource source = SymbolSource::None; ///< where its symbols come from
+    std::string debugFile;                    ///< the separate debug file that is used, if any
 };
 
 /// The modules of the process in the order in which they were loaded. Opens each module's file, and looks for separate
@@ -118,9 +121,9 @@ QVXSYS_API void SetSearchPath(std::string path);
 /// How many addresses are remembered and how many bytes they take, as far as it can be counted.
 struct CacheUse
 {
-    std::size_t addresses = 0;
-    std::size_t bytes = 0;
-    std::size_t limit = 0; ///< bytes
+    std::size_t addresses = 0; ///< addresses that are remembered
+    std::size_t bytes = 0;     ///< of memory, about
+    std::size_t limit = 0;     ///< bytes
 };
 
 /// Bounds what is remembered of single addresses: 4 MiB at start, some 12,000 addresses. Beyond it the addresses that

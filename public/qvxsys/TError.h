@@ -31,12 +31,14 @@ enum ErrorSource : std::int32_t {
     SourceTest = 5,         ///< ErrorInfo::TestError()
 };
 
+/// What exceptions share: an error, its source, and its cause.
 struct QVXSYS_API ErrorInfo
 {
-    QuorvexError error;
-    ErrorSource source;
+    QuorvexError error;               ///< code and name
+    ErrorSource source;               ///< where it came from
     std::shared_ptr<ErrorInfo> inner; ///< of the exception that caused this error; null when there is none
 
+    /// Without a cause.
     ErrorInfo(QuorvexError const& anError, ErrorSource aSource);
     /// With the exception's source; `inner` is a new copy of its ErrorInfo.
     ErrorInfo(QuorvexError const& anError, QuorvexException const& cause);

@@ -137,6 +137,7 @@ private:
 class QVXSYS_API TEvent final : public IEvent
 {
 public:
+    /// Set or not.
     explicit TEvent(bool initiallySet = false)
     {
         if (initiallySet) {
@@ -195,6 +196,7 @@ private:
 class QVXSYS_API TCountdownEvent final : public IEvent
 {
 public:
+    /// Set by the last of `count` signals.
     explicit TCountdownEvent(unsigned int count) noexcept : m_remaining(count), m_initial(count) {}
     TCountdownEvent(TCountdownEvent const&) = delete;
     TCountdownEvent& operator=(TCountdownEvent const&) = delete;

@@ -34,10 +34,12 @@ concept StringArgument = std::convertible_to<T const&, TStringCore>;
 
 } // namespace qvxsys::detail
 
+/// A text with markers, and the values for them.
 class QVXSYS_API TFormatStringCore
 {
 public:
     class Exception;
+    /// What pads a value.
     using Fill = TStringCore::Fill;
 
     /// @name The format
@@ -147,6 +149,7 @@ public:
     /// format string = "...")" when a marker's number is above that of the arguments. Arguments that no marker asks for
     /// are ignored.
     [[nodiscard]] TStringCore result() const;
+    /// As result(), which it calls.
     operator TStringCore() const { return result(); }
 
 private:
@@ -179,6 +182,7 @@ private:
 class QVXSYS_API TFormatStringCore::Exception : public QuorvexException
 {
 public:
+    /// With a message.
     Exception(TStringCore const& message, TError::ErrorInfo const& info);
     Exception(Exception const&) = default;
     Exception& operator=(Exception const&) = default;

@@ -186,6 +186,7 @@ template<class Lockable>
 class QVXSYS_SCOPED_CAPABILITY [[nodiscard]] TLockScope
 {
 public:
+    /// Locks.
     explicit TLockScope(Lockable& lock) QVXSYS_ACQUIRE(lock) : m_lock(lock) { m_lock.Lock(); }
     ~TLockScope() QVXSYS_RELEASE() { m_lock.Unlock(); }
     TLockScope(TLockScope const&) = delete;
@@ -200,6 +201,7 @@ template<class Lockable>
 class QVXSYS_SCOPED_CAPABILITY [[nodiscard]] TReadLockScope
 {
 public:
+    /// Locks for reading.
     explicit TReadLockScope(Lockable& lock) QVXSYS_ACQUIRE_SHARED(lock) : m_lock(lock) { m_lock.LockRead(); }
     ~TReadLockScope() QVXSYS_RELEASE_GENERIC() { m_lock.UnlockRead(); }
     TReadLockScope(TReadLockScope const&) = delete;

@@ -125,10 +125,15 @@ public:
     /// ones and the peak: the larger of the peak so far and `counters.peakUsed + extraPeak`.
     void Accumulate(ThreadMemoryCounters const& counters, unsigned long long extraPeak) override;
 
+    /// Bytes that were allocated.
     [[nodiscard]] std::uint64_t Allocated() const noexcept { return m_allocated; }
+    /// Bytes that were released.
     [[nodiscard]] std::uint64_t Deallocated() const noexcept { return m_deallocated; }
+    /// The most bytes that were in use at one time.
     [[nodiscard]] std::uint64_t AllocatedPeakUsed() const noexcept { return m_allocatedPeakUsed; }
+    /// Blocks that were allocated.
     [[nodiscard]] std::uint32_t AllocatedCount() const noexcept { return m_allocatedCount; }
+    /// Blocks that were released.
     [[nodiscard]] std::uint32_t DeallocatedCount() const noexcept { return m_deallocatedCount; }
 
     /// Sets all five totals to 0.

@@ -46,6 +46,7 @@ namespace qvxsys::detail {
 struct PathAccess;
 }
 
+/// A path by the rules of Windows.
 class QVXSYS_API TPathCore
 {
 public:
@@ -389,6 +390,7 @@ struct ExactPathLess
         return a.CompareExact(b) < 0;
     }
 };
+/// Equality that tells case apart.
 struct ExactPathEqual
 {
     [[nodiscard]] bool operator()(TPathCore const& a, TPathCore const& b) const noexcept
@@ -396,6 +398,7 @@ struct ExactPathEqual
         return a.CompareExact(b) == 0;
     }
 };
+/// A hash that tells case apart.
 struct ExactPathHash
 {
     [[nodiscard]] std::size_t operator()(TPathCore const& path) const noexcept

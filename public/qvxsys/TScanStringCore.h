@@ -28,6 +28,7 @@
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringView.h>
 
+/// Reads values out of a text, one after another.
 class QVXSYS_API TScanStringCore
 {
 public:
@@ -115,6 +116,7 @@ public:
     {
         return skipAnyOf(TStringView(qvxsys::detail::ToView(set)));
     }
+    /// The opposite of skipAnyOf.
     template<qvxsys::detail::TextArgument A>
     TScanStringCore& skipAnyNotOf(A const& set)
     {
@@ -125,11 +127,13 @@ public:
     {
         return skip(TStringView(qvxsys::detail::ToView(literal)));
     }
+    /// Reads what skipAnyOf goes over.
     template<qvxsys::detail::TextArgument A>
     TScanStringCore& readAnyOf(TStringCore& out, A const& set)
     {
         return readAnyOf(out, TStringView(qvxsys::detail::ToView(set)));
     }
+    /// Reads what skipAnyNotOf goes over.
     template<qvxsys::detail::TextArgument A>
     TScanStringCore& readAnyNotOf(TStringCore& out, A const& set)
     {
@@ -167,6 +171,7 @@ static_assert(sizeof(TScanStringCore) == 16);
 class QVXSYS_API TScanStringCore::Exception : public QuorvexException
 {
 public:
+    /// With a message.
     Exception(TStringCore const& message, TError::ErrorInfo const& info);
     Exception(Exception const&) = default;
     Exception(Exception&&) = default;

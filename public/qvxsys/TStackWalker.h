@@ -34,14 +34,15 @@ struct StackWalkerConfig
     /// The most frames that are captured.
     static constexpr int numberOfStackWalks = 200;
 
-    std::uint8_t active = 0;
+    std::uint8_t active = 0;                       ///< whether stacks are walked at all
     std::uint8_t includeThreadInfo = 1;            ///< the thread's id
     std::uint8_t includeSystemMemoryAddresses = 1; ///< the address, where there is no source file
-    std::uint8_t includeFileLineNumber = 1;
-    std::uint8_t includeFileName = 1;
+    std::uint8_t includeFileLineNumber = 1;        ///< whether lines of the source are told
+    std::uint8_t includeFileName = 1;              ///< whether files of the source are told
 };
 static_assert(sizeof(StackWalkerConfig) == 5);
 
+/// Call stacks as text; settings are the process's.
 class QVXSYS_API TStackWalker
 {
 public:
@@ -54,11 +55,16 @@ public:
 
     /// Switches walking on or off; returns what it was. Off at start.
     static bool InitSym(bool active) noexcept;
+    /// Whether stacks are walked at all.
     [[nodiscard]] static bool IsActive() noexcept;
 
+    /// Whether the thread is told.
     static void IncludeThreadInfo(bool include) noexcept;
+    /// Whether addresses are told.
     static void IncludeSystemMemoryAddresses(bool include) noexcept;
+    /// Whether lines of the source are told.
     static void IncludeFileLineNumber(bool include) noexcept;
+    /// Whether files of the source are told.
     static void IncludeFileName(bool include) noexcept;
 
     /// Captures the calling thread's stack, innermost function first, and keeps it as lines; at most 200 functions, and

@@ -55,12 +55,14 @@ template<class Container>
 class TCodePointIterator;
 class TCodePointView;
 
+/// An owning UTF-16 string; see the top of the file.
 class QVXSYS_API TStringCore : public TStringEditing,
                                public TTextReading<TStringCore, TStringCore, TStringView,
                                                    TStringEditing::CaseSensitivity, TStringEditing::SplitBehavior>,
                                public qvxsys::detail::StringOperators<TStringCore, TStringView>
 {
 public:
+    /// Walks over code points.
     using code_point_iterator = TConstCodePointIterator<TStringCore>;
 
     class Exception;

@@ -14,6 +14,7 @@
 class QVXSYS_API TStringCore::Exception : public TStringCore
 {
 public:
+    /// With a message.
     Exception(char16_t const* message) : TStringCore(message) {}
     Exception(wchar_t const* message) : TStringCore(message) {}
     Exception(TStringCore const& message) noexcept : TStringCore(message) {}
@@ -30,5 +31,6 @@ public:
     [[noreturn]] void Throw() const;
     /// Both are the message.
     [[nodiscard]] TStringCore CollateMessagesForLog() const;
+    /// The message.
     [[nodiscard]] TStringCore GetConcatenatedMessages() const;
 };

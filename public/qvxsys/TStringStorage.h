@@ -47,7 +47,7 @@ public:
 
     /// The most units the object itself holds, and the capacity that goes with it.
     static constexpr int kInlineLength = 14;
-    static constexpr int kInlineCapacity = 15;
+    static constexpr int kInlineCapacity = 15; ///< with the terminator
 
     /// @name Size and storage
     /// @{

@@ -47,6 +47,7 @@ namespace qvxsys::detail {
 
 } // namespace qvxsys::detail
 
+/// A pointer and a length; see the top of the file.
 class QVXSYS_API TStringView : public TTextReading<TStringView, TStringCore, TStringView, CaseCompare, EmptyParts>
 {
 public:
@@ -58,6 +59,7 @@ public:
     using iterator = const_iterator;
     using const_reverse_iterator = std::reverse_iterator<const_iterator>;
     using reverse_iterator = const_reverse_iterator;
+    /// Walks over code points.
     using code_point_iterator = TConstCodePointIterator<TStringView>;
 
     /// The null view: (null, 0).
@@ -81,6 +83,7 @@ public:
     requires qvxsys::kWideIsUtf16 TStringView(W const& text)
     noexcept : TStringView(reinterpret_cast<char16_t const*>(+text)) {}
 
+    /// The same text.
     constexpr operator std::u16string_view() const noexcept { return {m_data, m_length}; }
 
     /// @name Size

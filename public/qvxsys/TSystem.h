@@ -25,6 +25,7 @@
 class TPathCore;
 class TStringCore;
 
+/// What the library tells of process and machine.
 class QVXSYS_API TSystem
 {
 public:
@@ -59,12 +60,12 @@ public:
     {
         unsigned long long availablePhysical = 0; ///< can be had without swapping: free, or a cache that is given back
         unsigned long long usedPhysical = 0;      ///< the total without what is available, at least 1
-        unsigned long long totalPhysical = 0;
-        unsigned int pageSize = 0;
-        unsigned int load = 0; ///< percent in use
-        unsigned long long availableSwap = 0;
-        unsigned long long usedSwap = 0;
-        unsigned long long totalSwap = 0;
+        unsigned long long totalPhysical = 0;     ///< bytes
+        unsigned int pageSize = 0;                ///< bytes of a page
+        unsigned int load = 0;                    ///< percent in use
+        unsigned long long availableSwap = 0;     ///< stays 0
+        unsigned long long usedSwap = 0;          ///< stays 0
+        unsigned long long totalSwap = 0;         ///< stays 0
         unsigned long long availableCombined = 0; ///< physical and swap
         unsigned long long usedCombined = 0;      ///< the combined total without what is available; can be 0
         unsigned long long totalCombined = 0;     ///< physical and swap
@@ -77,6 +78,7 @@ public:
     /// The memory of the whole machine, whatever this process may have of it.
     [[nodiscard]] static MemoryInfo HostMemory() noexcept;
 
+    /// What processors there are.
     struct ProcessorInfo
     {
         unsigned int usable = 1;  ///< how many this process can keep busy: those allowed, or the quota rounded up
@@ -106,6 +108,7 @@ public:
         std::string availableMemory; ///< what Memory() says to be available
         std::string processorQuota;  ///< empty without a quota
     };
+    /// Where the figures of this machine come from.
     [[nodiscard]] static FigureSources Sources();
 
     /// The name of the encoding that the process's 8-bit text is in, such as "UTF-8", "windows-1252" or "iso-8859-15",

@@ -32,6 +32,7 @@
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringView.h>
 
+/// Decodes bytes of any encoding, chunk by chunk.
 class QVXSYS_API TTextDecoder
 {
 public:
@@ -53,7 +54,8 @@ public:
     /// The encoding of the text that begins with these n bytes; the first 64 KiB are looked at. In this order: the byte
     /// order marks of UTF-8, UTF-16 and UTF-32; UTF-8 when the bytes are well-formed or at least have more multi-byte
     /// characters than faults (what is cut off at the end is neither), so ASCII and no bytes at all are UTF-8; what
-    /// ICU's charset detection holds for likely, unless there are zeros among the bytes; else ISO-8859-1. Throws "Out of memory" only.
+    /// ICU's charset detection holds for likely, unless there are zeros among the bytes; else ISO-8859-1. Throws "Out
+    /// of memory" only.
     [[nodiscard]] static Detection Detect(char const* data, std::size_t n);
 
     /// Throws "Unknown text encoding: NAME" (for null and "" too).

@@ -94,10 +94,9 @@ public:
     /// the logic assertion "func"; if its hook returns, the result is false. May throw std::bad_alloc, with no effect.
     bool AddWork(std::function<void()> work, TThreadPoolWork kind);
 
-    /// Closes the pool: refuses new work, has what is queued done, and waits `timeout` for all threads to leave, and then
-    /// until they have ended, with the destructors of what is local to them. False
-    /// when the time is over, and at once when the pool was closed before. Timeouts as in TEvent.h. On a thread of the
-    /// pool itself it cannot succeed.
+    /// Closes the pool: refuses new work, has what is queued done, and waits `timeout` for all threads to leave, and
+    /// then until they have ended, with the destructors of what is local to them. False when the time is over, and at
+    /// once when the pool was closed before. Timeouts as in TEvent.h. On a thread of the pool itself it cannot succeed.
     bool JoinAll(std::chrono::milliseconds timeout);
 
     /// The number of threads the pool was made with.
@@ -130,6 +129,7 @@ public:
     /// tasks have ended; they then run on.
     static bool Shutdown(std::chrono::milliseconds timeout);
 
+    /// With what is called at the start and the end of each thread.
     NonThreadPoolWorkerManager(std::function<void()> onThreadStart, std::function<void()> onThreadExit);
     /// Closes without limit, unless Close was called before.
     ~NonThreadPoolWorkerManager();
@@ -170,7 +170,9 @@ QVXSYS_API void NameThisThread(char const* name) noexcept;
 /// Shutdown destroys what is there.
 namespace TestHooks {
 
+/// Puts a pool in the place of the process's; gives the one before.
 QVXSYS_API TThreadPool* SwapThreadPool(TThreadPool* pool);
+/// Puts a manager in the place of the process's; gives the one before.
 QVXSYS_API NonThreadPoolWorkerManager* SwapNonThreadPoolManager(NonThreadPoolWorkerManager* manager);
 
 } // namespace TestHooks

@@ -52,8 +52,8 @@ public:
 
     /// Moves time forward, making the calls that become due on this thread, each at its own time, in order; those that
     /// they ask for in turn too. What they throw comes out here, with the time being that of the call. They may advance
-    /// the clock themselves: time never goes back. A negative `by` is 0, one beyond the clock's 292 years leads to their
-    /// end; calls that never come do not come then either.
+    /// the clock themselves: time never goes back. A negative `by` is 0, one beyond the clock's 292 years leads to
+    /// their end; calls that never come do not come then either.
     void Advance(std::chrono::milliseconds by);
     /// Time since it was made.
     [[nodiscard]] std::chrono::milliseconds Now() const;

@@ -20,6 +20,9 @@
 #include <qvxsys/FutureGroup.h>
 #include <qvxsys/FutureState.h>
 #include <qvxsys/Hash.h>
+#include <qvxsys/ICULocale.h>
+#include <qvxsys/ICUString.h>
+#include <qvxsys/ICUTypes.h>
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
 #include <qvxsys/Launch.h>

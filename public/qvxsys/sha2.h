@@ -40,6 +40,7 @@ struct ShaState
 
 } // namespace qvxsys::detail
 
+/// A digest of the SHA family, taken piece by piece.
 class QVXSYS_API sha2
 {
 public:
@@ -87,6 +88,7 @@ public:
 
     /// "SHA160", "SHA224", "SHA256", "SHA384", "SHA512", or "Unknown!" before the first Init.
     [[nodiscard]] std::string GetTypeString() const;
+    /// Which digest it is.
     [[nodiscard]] SHA_TYPE GetEnumType() const noexcept { return m_type; }
     /// False: this is a library for little-endian machines.
     [[nodiscard]] bool IsBigEndian() const noexcept { return m_bigEndian; }

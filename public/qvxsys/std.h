@@ -105,6 +105,7 @@ struct FoldedEqual
             a, b, [](TStringView l, TStringView r) { return l.size() == r.size() && detail::OrderFolded(l, r) == 0; });
     }
 };
+/// Hashes texts that FoldedEqual holds for equal alike.
 struct FoldedHash
 {
     using is_transparent = void;

@@ -4,7 +4,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <stdexcept>
 #include <string>
 
@@ -21,6 +20,9 @@
 class Victim
 {
 public:
+    static constexpr std::size_t kMemory = 16 << 20; ///< that it has written to, at least
+    static constexpr std::size_t kRuns = 400;        ///< of pages, between which there is nothing
+
     explicit Victim(int threads, char const* how = "wait")
     {
         int in[2];
@@ -81,18 +83,6 @@ private:
     pid_t m_id = 0;
     int m_in = -1;
 };
-
-/// What the function returns in a process of its own, up to 255; 256 and more if that did not end by itself.
-inline int InChild(std::function<int()> const& function)
-{
-    pid_t const child = fork();
-    if (child == 0) {
-        _exit(function());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 256 + WTERMSIG(status);
-}
 
 /// Whether one process may trace another here.
 inline bool CanTrace()

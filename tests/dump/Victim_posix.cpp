@@ -1,6 +1,6 @@
 // A program to be dumped.
 //
-//     dump_victim wait THREADS                  tells "ready" and waits for the end of its input
+//     dump_victim wait THREADS                  writes memory, tells "ready", waits for the end of its input
 //     dump_victim alone THREADS                 the same without its main thread
 //     dump_victim crash KIND [PATH]             crashes, with a handler that writes to PATH
 
@@ -40,6 +40,20 @@ NOT_INLINED void WaitForTheEnd(std::atomic<int>& waiting)
 
 namespace {
 
+void WriteMemory()
+{
+    constexpr std::size_t kSize = 16 << 20;
+    auto const map = [](int flags) {
+        return mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | flags, -1, 0);
+    };
+    map(MAP_POPULATE); // written by the kernel, since race detectors keep books several times that size
+    void* const sparse = map(0);
+    madvise(sparse, kSize, MADV_NOHUGEPAGE);
+    for (std::size_t at = 0; at < kSize; at += 10 * 4096) {
+        static_cast<char*>(sparse)[at] = 1;
+    }
+}
+
 int Wait(int threads, bool alone)
 {
     static std::atomic<int> waiting{0};
@@ -50,6 +64,7 @@ int Wait(int threads, bool alone)
     while (waiting.load() != threads) {
         std::this_thread::yield();
     }
+    WriteMemory(); // not earlier: it could become one mapping with a stack below it
     if (alone) {
         for (std::thread& thread : others) {
             thread.detach();

@@ -23,6 +23,7 @@
 
 #include "support/ChildProcess.h"
 #include "support/SharedLibrary.h"
+#include "support/TemporaryFolder.h"
 
 namespace {
 
@@ -236,7 +237,7 @@ TEST(Symbols, ModulesComeAndGoAndProcessesForkWhileOthersLook)
 #if !defined(__SANITIZE_THREAD__)
         pid_t const child = ::fork();
         if (child == 0) {
-            ::alarm(30);
+            ::alarm(200);
             char const* const notYet = reinterpret_cast<char const*>(&Ends) + round + 1;
             ::_exit(symbols::ResolveAddress(notYet, symbols::Detail::Names).Symbol().empty() ? 1 : 0);
         }
@@ -261,13 +262,13 @@ std::string Contents(std::string const& path)
 // A file that was replaced under a loaded library is another one, and says nothing of what is in memory.
 TEST(Symbols, ReplacedFileIsNotRead)
 {
-    auto const copy = (std::filesystem::temp_directory_path() / "qvxsys_replaced.so").string();
-    std::filesystem::copy_file(kVariants + "/full.so", copy, std::filesystem::copy_options::overwrite_existing);
+    TemporaryFolder const folder;
+    std::string const copy = folder.Path() / "replaced.so";
+    std::filesystem::copy_file(kVariants + "/full.so", copy);
     SharedLibrary const library(copy);
     std::filesystem::remove(copy);
     std::filesystem::copy_file(kVariants + "/summed.so", copy);
-    auto const frames = FramesIn("qvxsys_replaced.so", library);
-    std::filesystem::remove(copy);
+    auto const frames = FramesIn("replaced.so", library);
     ASSERT_EQ(frames.size(), 2u);
     EXPECT_EQ(frames[0].Symbol(), "");
     EXPECT_EQ(frames[1].Symbol(), "PluginCall"); // by the dynamic linker
@@ -300,14 +301,14 @@ TEST(Symbols, WithoutDescriptorsOnlyForNow)
 TEST(Symbols, DamagedDebugFiles)
 {
     namespace fs = std::filesystem;
-    auto const folder = fs::temp_directory_path() / "qvxsys_damaged";
+    TemporaryFolder const folder;
     SharedLibrary const library(kVariants + "/stripped.so");
     fs::path stored;
     for (auto const& entry : fs::recursive_directory_iterator(kVariants + "/stored")) {
         stored = entry.is_regular_file() ? entry.path() : stored;
     }
     std::string const good = Contents(stored.string());
-    auto const target = folder / fs::relative(stored, kVariants + "/stored");
+    auto const target = folder.Path() / fs::relative(stored, kVariants + "/stored");
     fs::create_directories(target.parent_path());
     std::mt19937 random(1);
     for (int round = 0; round < 40; ++round) {
@@ -317,11 +318,10 @@ TEST(Symbols, DamagedDebugFiles)
         }
         fs::remove(target);
         std::ofstream(target, std::ios::binary) << bytes;
-        symbols::SetSearchPath(folder.string() + (round % 2 != 0 ? ":" : ""));
+        symbols::SetSearchPath(folder.Path().string() + (round % 2 != 0 ? ":" : ""));
         EXPECT_EQ(FramesIn("stripped.so", library).size(), 2u);
     }
     symbols::SetSearchPath({});
-    fs::remove_all(folder);
 }
 
 TEST(Symbols, CacheKeepsItsLimit)

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr unsigned kMostSeconds = 60; // a program that waits for something is ended by SIGALRM
+constexpr unsigned kMostSeconds = 200; // a program that waits for something is ended by SIGALRM; load is no reason
 
 [[noreturn]] void Become(std::vector<std::string> const& command, ChildOptions const& options, int out, int err)
 {

@@ -16,9 +16,9 @@
 /// The exit status when filters are not to be had; also for what else cannot be tested here.
 inline constexpr int kNotPossible = 77;
 
-/// From now on this system call fails with this error on this thread; if `second` is given, only where that is the
-/// second argument.
-inline void Refuse(long call, int error, std::optional<unsigned int> second = std::nullopt)
+/// From now on `action` (SECCOMP_RET_...) is what becomes of this system call on this thread and its children; if
+/// `second` is given, only where that is the second argument.
+inline void Filter(long call, unsigned int action, std::optional<unsigned int> second = std::nullopt)
 {
     auto const statement = [](unsigned int code, std::size_t k) {
         return sock_filter{static_cast<unsigned short>(code), 0, 0, static_cast<unsigned int>(k)};
@@ -32,7 +32,7 @@ inline void Refuse(long call, int error, std::optional<unsigned int> second = st
         skipUnless(call, 3),
         statement(BPF_LD | BPF_W | BPF_ABS, looked),
         skipUnless(second ? static_cast<long>(*second) : call, 1),
-        statement(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned int>(error)),
+        statement(BPF_RET | BPF_K, action),
         statement(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
     };
     sock_fprog const program = {std::size(filter), filter};
@@ -41,12 +41,18 @@ inline void Refuse(long call, int error, std::optional<unsigned int> second = st
     }
 }
 
+/// From now on this system call fails with this error.
+inline void Refuse(long call, int error, std::optional<unsigned int> second = std::nullopt)
+{
+    Filter(call, SECCOMP_RET_ERRNO | static_cast<unsigned int>(error), second);
+}
+
 /// The exit status of a child process that runs `function`, which returns it; minus the signal that has ended it.
 inline int InChild(std::function<int()> const& function)
 {
     pid_t const child = fork();
     if (child == 0) {
-        alarm(60);
+        alarm(200);
         _exit(function());
     }
     int status = 0;

@@ -25,8 +25,9 @@ LAYERS = {
     "repository": ["sync"],
     "task": ["sync"],
     "hash": ["error"],
+    "icu": ["error"],
     "monitor": ["task"],
-    "tool": ["monitor", "path", "repository", "hash", "stack", "dump"],
+    "tool": ["monitor", "path", "repository", "hash", "icu", "stack", "dump"],
 }
 
 # Which layer a file belongs to: the first pattern that matches.
@@ -52,6 +53,8 @@ FILES = [
      r"ParallelFor|Promise|Run|SharedState|TThreadPool|TaskState|Tasks|Timer)\.h", "task"),
     (r"public/qvxsys/(Hash|sha2)\.h", "hash"),
     (r"public/qvxsys/(MemoryPressure|Resource(Manager|Observer|Reporter|Values))\.h", "monitor"),
+    (r"public/qvxsys/(QvxICU|ICUTypes)\.h", "text"),
+    (r"public/qvxsys/(ICU|Icu|Locale)\w+\.h", "icu"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
     (r"main/qvxsys/(error|message)/", "error"),
@@ -61,6 +64,7 @@ FILES = [
     (r"main/qvxsys/repository/", "repository"),
     (r"main/thread/", "task"),
     (r"main/qvxsys/hash/", "hash"),
+    (r"main/icu/", "icu"),
     (r"main/monitor/", "monitor"),
     (r"tools/qvx/", "tool"),
 ]

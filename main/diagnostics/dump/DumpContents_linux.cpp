@@ -80,13 +80,8 @@ int DumpContents::Collect() noexcept
     if (Has(MiniDumpWithIndirectlyReferencedMemory)) {
         CollectReferenced();
     }
-    CollectRanges();
-    if (m_arena.Failed()) {
-        return ENOMEM;
-    }
-    bool const any = std::any_of(m_process.Threads().begin(), m_process.Threads().end(),
-                                 [](TracedThread const& thread) { return thread.stopped; });
-    return any ? 0 : ETIMEDOUT;
+    int const error = CollectRanges();
+    return m_arena.Failed() ? ENOMEM : error;
 }
 
 void DumpContents::ReadMappings() noexcept
@@ -379,13 +374,13 @@ bool DumpContents::IsWanted(Mapping const& mapping, bool inModule) const noexcep
            (mapping.executable && inModule && Has(MiniDumpWithCodeSegs));
 }
 
-void DumpContents::CollectRanges() noexcept
+int DumpContents::CollectRanges() noexcept
 {
     if (!Has(MiniDumpWithFullMemory | MiniDumpWithPrivateReadWriteMemory | MiniDumpWithPrivateWriteCopyMemory |
              MiniDumpWithDataSegs | MiniDumpWithCodeSegs)) {
-        return;
+        return 0;
     }
-    int const pageMap = kernel::Open(ShortPath() << "/proc/" << m_process.LivingId() << "/pagemap", O_RDONLY);
+    PageMap pages(m_process.LivingId());
     std::uint64_t moduleEnd = 0; // of the mapping before, if a module's: zeroed data follows without a file
     for (Mapping const& mapping : mappings) {
         bool const inModule = mapping.IsFile() || (moduleEnd == mapping.start && mapping.name.empty());
@@ -394,46 +389,13 @@ void DumpContents::CollectRanges() noexcept
             !IsWanted(mapping, inModule)) {
             continue;
         }
-        if (IsMemory(mapping) && pageMap >= 0) {
-            AddPresentPages(mapping, pageMap);
-        } else {
+        if (!IsMemory(mapping)) {
             ranges.Add({mapping.start, mapping.Size()});
+        } else if (!pages.AddRuns(mapping.start, mapping.end, ranges)) {
+            return m_process.HasEnded() ? ESRCH : ENOTSUP;
         }
     }
-    if (pageMap >= 0) {
-        kernel::Close(pageMap);
-    }
-}
-
-/// The runs of pages that have ever been written (Documentation/admin-guide/mm/pagemap.rst: 64 bits a page, bit 63
-/// present, bit 62 swapped out); all others are zeros. Gaps of a few pages are bridged.
-void DumpContents::AddPresentPages(Mapping const& mapping, int pageMap) noexcept
-{
-    constexpr std::uint64_t kBridge = 8 * kPage;
-    std::uint64_t entries[1024];
-    MemoryRange run{mapping.start, 0};
-    for (std::uint64_t at = mapping.start; at < mapping.end;) {
-        std::size_t const pages =
-            static_cast<std::size_t>(std::min<std::uint64_t>((mapping.end - at) / kPage, std::size(entries)));
-        long const size = kernel::ReadAt(pageMap, entries, pages * 8, at / kPage * 8);
-        if (size <= 0 || pages == 0) {
-            break;
-        }
-        for (std::size_t i = 0; i < static_cast<std::size_t>(size) / 8; ++i, at += kPage) {
-            if (entries[i] >> 62 == 0) {
-                continue;
-            }
-            if (run.size != 0 && at - (run.address + run.size) > kBridge) {
-                ranges.Add(run);
-                run.size = 0;
-            }
-            run.address = run.size == 0 ? at : run.address;
-            run.size = at + kPage - run.address;
-        }
-    }
-    if (run.size != 0) {
-        ranges.Add(run);
-    }
+    return 0;
 }
 
 } // namespace qvxsys::dump

@@ -11,6 +11,7 @@
 #include "Arena_linux.h"
 #include "ElfImage.h"
 #include "MinidumpFormat.h"
+#include "PageMap_linux.h"
 #include "ProcMaps.h"
 #include "TracedProcess_linux.h"
 
@@ -65,13 +66,6 @@ struct MemoryBlock
     std::byte* data;
 };
 
-/// Memory that is copied only when it is written.
-struct MemoryRange
-{
-    std::uint64_t address;
-    std::uint64_t size;
-};
-
 struct LinkMap
 {
     std::uint64_t address;
@@ -84,7 +78,8 @@ class DumpContents
 public:
     DumpContents(Arena& arena, TracedProcess& process, DumpRequest const& request) noexcept;
 
-    /// Reads all but the ranges, while the threads stand still. 0, ENOMEM, or ETIMEDOUT if no thread would stop.
+    /// Reads all but the ranges, while the threads stand still. 0; ENOMEM; ESRCH if the process ended meanwhile, as far
+    /// as that was noticed; ENOTSUP if the kernel does not tell which pages of the ranges were ever written.
     int Collect() noexcept;
 
     ArenaArray<Mapping> mappings;
@@ -110,8 +105,7 @@ private:
     void CollectLinker(std::uint64_t headers, std::size_t count) noexcept;
     void CollectCode() noexcept;
     void CollectReferenced() noexcept;
-    void CollectRanges() noexcept;
-    void AddPresentPages(Mapping const& mapping, int pageMap) noexcept;
+    int CollectRanges() noexcept;
     [[nodiscard]] bool IsWanted(Mapping const& mapping, bool inModule) const noexcept;
     std::size_t AddBlock(std::uint64_t address, std::size_t size) noexcept;
 

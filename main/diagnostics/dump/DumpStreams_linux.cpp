@@ -468,8 +468,9 @@ int DumpStreams::Write(DumpFile& file, TracedProcess& process, std::uint64_t& un
     for (MemoryRange const& range : m_contents.ranges) {
         for (std::uint64_t at = 0; error == 0 && at < range.size; at += kPiece) {
             std::size_t const size = static_cast<std::size_t>(std::min<std::uint64_t>(kPiece, range.size - at));
-            unreadablePages += process.ReadPatched(range.address + at, piece, size);
-            error = file.Write(piece, size);
+            std::size_t const missing = process.ReadPatched(range.address + at, piece, size);
+            unreadablePages += missing;
+            error = missing != 0 && process.HasEnded() ? ESRCH : file.Write(piece, size);
         }
     }
     return error;

@@ -18,7 +18,8 @@ public:
 
     /// Makes all streams. The process need not stand still; what it no longer tells is left out.
     void Make() noexcept;
-    /// Writes everything, ranges with the help of `process`. An errno value; 0: success.
+    /// Writes everything, ranges with the help of `process`. An errno value; 0: success; ESRCH: the process ended
+    /// before all ranges were read.
     int Write(DumpFile& file, TracedProcess& process, std::uint64_t& unreadablePages) noexcept;
 
 private:

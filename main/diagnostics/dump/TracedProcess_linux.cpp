@@ -221,11 +221,26 @@ int TracedProcess::StopAll(std::uint64_t patience) noexcept
     if (error == 0 && (kept == 0 || m_foreign)) {
         error = kept == 0 ? ESRCH : ENOTSUP;
     }
-    if (error == 0) {
-        m_memory = kernel::Open(ShortPath() << "/proc/" << LivingId() << "/mem", O_RDONLY);
-        error = m_memory < 0 ? -m_memory : 0;
+    return error != 0 ? error : OpenMemory();
+}
+
+int TracedProcess::OpenMemory() noexcept
+{
+    TracedThread const* const living =
+        std::find_if(m_threads.begin(), m_threads.end(), [](TracedThread const& thread) { return thread.stopped; });
+    if (living == m_threads.end()) {
+        return ETIMEDOUT;
     }
-    return error;
+    m_living = living->id;
+    m_memory = kernel::Open(ShortPath() << "/proc/" << LivingId() << "/mem", O_RDONLY);
+    return m_memory >= 0 ? 0 : HasEnded() ? ESRCH : -m_memory;
+}
+
+/// A stopped thread answers until it is let go or killed.
+bool TracedProcess::HasEnded() const noexcept
+{
+    siginfo_t info{};
+    return Trace(PTRACE_GETSIGINFO, m_living, nullptr, &info) == -ESRCH;
 }
 
 int TracedProcess::Resume() noexcept

@@ -14,6 +14,8 @@
 
 #include <qvxsys/FileSystemPath.h>
 
+#include "LinkedName_linux.h"
+
 namespace qvxsys::path::platform {
 namespace {
 
@@ -83,7 +85,7 @@ std::uintptr_t LoadAddress(dl_phdr_info const& module, std::uintptr_t wanted) no
 int Look(dl_phdr_info* info, std::size_t, void* data) noexcept
 {
     Module& module = *static_cast<Module*>(data);
-    std::string_view name = info->dlpi_name != nullptr ? info->dlpi_name : "";
+    std::string_view name = qvxsys::platform::LinkedName(*info);
     if (name.empty()) {
         name = module.executable;
     }

@@ -3,7 +3,7 @@
 //
 // A benchmark's name is "<row>/<who>". Rows are what the table in docs/performance.md has; of the names behind the
 // slash "own" is this library, "own, portable" and the like are this library held to a smaller instruction set, a name
-// in brackets such as "[memcpy]" is a bound rather than a peer, and all others are peers. bench/report relies on this.
+// in brackets such as "[memcpy]" is a bound rather than a peer, and all others are peers. benchmarks/report relies on this.
 //
 // A row's operation is a function object that lives on the heap, behind a virtual call. Everything it captures
 // (sources, lengths, strings) is therefore memory whose contents the compiler does not know, and must be read anew
@@ -20,7 +20,7 @@
 namespace bench {
 
 /// Registers a benchmark under its full name. The environment variable QVXSYS_BENCH_ITERATIONS fixes the number of
-/// iterations, for counting instructions (bench/profile); times are then worth nothing.
+/// iterations, for counting instructions (benchmarks/profile); times are then worth nothing.
 template<class Body>
 void Register(std::string const& name, Body body)
 {
