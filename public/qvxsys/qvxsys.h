@@ -20,7 +20,12 @@
 #include <qvxsys/FutureGroup.h>
 #include <qvxsys/FutureState.h>
 #include <qvxsys/Hash.h>
+#include <qvxsys/ICUCalendar.h>
+#include <qvxsys/ICUDateFormat.h>
+#include <qvxsys/ICUDateFormatSymbols.h>
+#include <qvxsys/ICUDateTimePatternGenerator.h>
 #include <qvxsys/ICULocale.h>
+#include <qvxsys/ICUSimpleDateFormat.h>
 #include <qvxsys/ICUString.h>
 #include <qvxsys/ICUTypes.h>
 #include <qvxsys/InlineVector.h>
