@@ -94,8 +94,8 @@ public:
 
     /// The calendar and the week of the default locale, in the default time zone, at the current moment.
     [[nodiscard]] static std::unique_ptr<ICUCalendar> createInstance(ICUErrorCode& status);
-    /// The calendar and the week of a locale, in the default time zone, at the current moment. An unknown locale gets
-    /// the root locale's calendar, which is Gregorian, and UsingDefaultWarning.
+    /// The calendar and the week of a locale, in the default time zone, at the current moment. An unknown locale's
+    /// calendar is Gregorian.
     [[nodiscard]] static std::unique_ptr<ICUCalendar> createInstance(ICULocale const& locale, ICUErrorCode& status);
 
     /// The current moment, to the millisecond.
@@ -104,7 +104,7 @@ public:
     /// locale's region first, or only those.
     [[nodiscard]] static std::vector<TStringCore> getTypesForLocale(ICULocale const& locale, bool onlyCommonlyUsed,
                                                                     ICUErrorCode& status);
-    /// The names of all known time zones, sorted, older names included.
+    /// The names of all known time zones, older names included.
     [[nodiscard]] static std::vector<TStringCore> getTimeZones(ICUErrorCode& status);
     /// The time zone that calendars and formats get when they are made. Thread-safe.
     [[nodiscard]] static TStringCore getDefaultTimeZone();
@@ -228,6 +228,7 @@ public:
 
     /// "gregorian", "japanese", "islamic-umalqura" ...; "" without a calendar.
     [[nodiscard]] virtual char const* getType() const = 0;
+    /// Null only if the status is a failure.
     [[nodiscard]] virtual std::unique_ptr<ICULocale> getLocale(ICULocDataLocaleType type,
                                                                ICUErrorCode& status) const = 0;
     /// ICU's mark of the class of the calendar behind the wrapper; null without one.

@@ -8,8 +8,9 @@
 //     auto const months = polish->getMonths(Symbols::Format, Symbols::Wide);     // months[0] == u"stycznia"
 //
 // Widths and contexts are checked: other values than 0..3 and 0..2 throw QuorvexException, "Unknown width type."
-// (0x8AAE7D56) and "Unknown context type." (0x0EF0FAE5). For what ICU has no names, lists are empty: the context 2, and
-// the width Short of anything but days of the week.
+// (0x8AAE7D56) and "Unknown context type." (0x0EF0FAE5). For the
+// context 2, of which ICU has no names, lists are empty and cannot be set. Only days of the week have short names of
+// their own: Short of others is read as Abbreviated and cannot be set.
 
 #include <memory>
 #include <vector>
@@ -38,16 +39,16 @@ public:
         Short = 3,       ///< We: days of the week only
     };
 
-    /// The names of a locale, in its calendar.
+    /// The names of the Gregorian calendar in a locale's language, whatever calendar the locale uses.
     [[nodiscard]] static std::unique_ptr<ICUDateFormatSymbols> createInstance(ICULocale const& locale,
                                                                               ICUErrorCode& status);
-    /// Of another calendar: "buddhist". An unknown one, or null, is Gregorian.
+    /// Of another calendar: "hebrew" (ICUCalendar::getType() of the locale's). An unknown one, or null, is Gregorian.
     [[nodiscard]] static std::unique_ptr<ICUDateFormatSymbols>
     createInstance(ICULocale const& locale, char const* calendarType, ICUErrorCode& status);
 
     /// @name One name
-    /// In the locale's calendar; a null locale is the default one. Each call reads the locale's data: some ten
-    /// microseconds and more. For more than a few names, make an instance. Thread-safe.
+    /// Of the Gregorian calendar; a null locale is the default one. By itself and whole, if not said otherwise. Each call
+    /// reads the locale's data: for more than a few names, make an instance. Thread-safe.
     /// @{
 
     /// From 0 (January). Empty if there is no such month.
@@ -77,7 +78,7 @@ public:
     virtual void setWeekdays(std::vector<TStringCore> const& weekdays, ICUEContext context, ICUEWidth width) = 0;
     [[nodiscard]] virtual std::vector<TStringCore> getQuarters(ICUEContext context, ICUEWidth width) const = 0;
     virtual void setQuarters(std::vector<TStringCore> const& quarters, ICUEContext context, ICUEWidth width) = 0;
-    /// From the oldest; of the width (not Short): "AD", "Anno Domini", "A".
+    /// From the oldest: "AD", "Anno Domini", "A".
     [[nodiscard]] virtual std::vector<TStringCore> getEras(ICUEWidth width) const = 0;
     virtual void setEras(std::vector<TStringCore> const& eras, ICUEWidth width) = 0;
     /// Before noon, after noon.
@@ -91,6 +92,7 @@ public:
 
     /// The letters of localized patterns, in the order of ICUDateFormat::ICUEField.
     [[nodiscard]] virtual TStringCore getLocalPatternChars() const = 0;
+    /// Null only if the status is a failure.
     [[nodiscard]] virtual std::unique_ptr<ICULocale> getLocale(ICULocDataLocaleType type,
                                                                ICUErrorCode& status) const = 0;
     [[nodiscard]] virtual bool equals(ICUDateFormatSymbols const& other) const = 0;

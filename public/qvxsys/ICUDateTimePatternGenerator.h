@@ -12,7 +12,6 @@
 #include <memory>
 #include <vector>
 
-#include <qvxsys/ICUDateFormat.h>
 #include <qvxsys/ICUTypes.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/TStringCore.h>
@@ -116,9 +115,6 @@ public:
     [[nodiscard]] virtual TStringCore getDateTimeFormat() const = 0;
     /// For all styles.
     virtual void setDateTimeFormat(TStringView format) = 0;
-    /// Of one style. Others than 0..3 throw "Unknown UEStyle", 0x80A9CA1D.
-    [[nodiscard]] virtual TStringCore getDateTimeFormat(ICUDateFormat::ICUEStyle style, ICUErrorCode& status) const = 0;
-    virtual void setDateTimeFormat(ICUDateFormat::ICUEStyle style, TStringView format, ICUErrorCode& status) = 0;
     /// What stands between seconds and their fraction.
     [[nodiscard]] virtual TStringCore getDecimal() const = 0;
     virtual void setDecimal(TStringView decimal) = 0;
