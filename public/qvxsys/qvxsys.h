@@ -21,6 +21,7 @@
 #include <qvxsys/FutureState.h>
 #include <qvxsys/Hash.h>
 #include <qvxsys/ICULocale.h>
+#include <qvxsys/ICUPosition.h>
 #include <qvxsys/ICUString.h>
 #include <qvxsys/ICUTypes.h>
 #include <qvxsys/InlineVector.h>
