@@ -25,6 +25,7 @@
 #include <qvxsys/ICUDateFormatSymbols.h>
 #include <qvxsys/ICUDateTimePatternGenerator.h>
 #include <qvxsys/ICULocale.h>
+#include <qvxsys/ICUPosition.h>
 #include <qvxsys/ICUSimpleDateFormat.h>
 #include <qvxsys/ICUString.h>
 #include <qvxsys/ICUTypes.h>
