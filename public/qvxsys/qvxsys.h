@@ -20,8 +20,13 @@
 #include <qvxsys/FutureGroup.h>
 #include <qvxsys/FutureState.h>
 #include <qvxsys/Hash.h>
+#include <qvxsys/ICUDecimalFormat.h>
+#include <qvxsys/ICUDecimalFormatSymbols.h>
 #include <qvxsys/ICULocale.h>
+#include <qvxsys/ICURegexMatcher.h>
+#include <qvxsys/ICURegexPattern.h>
 #include <qvxsys/ICUString.h>
+#include <qvxsys/ICUTransliterator.h>
 #include <qvxsys/ICUTypes.h>
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
