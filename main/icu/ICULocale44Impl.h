@@ -13,6 +13,7 @@ public:
     explicit ICULocale44Impl(icu::Locale locale) : m_locale(std::move(locale)) {}
 
     [[nodiscard]] icu::Locale const& Get() const noexcept { return m_locale; }
+    [[nodiscard]] icu::Locale& Get() noexcept { return m_locale; }
 
 private:
     icu::Locale m_locale;

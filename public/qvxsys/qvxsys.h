@@ -23,6 +23,7 @@
 #include <qvxsys/ICUDecimalFormat.h>
 #include <qvxsys/ICUDecimalFormatSymbols.h>
 #include <qvxsys/ICULocale.h>
+#include <qvxsys/ICUPosition.h>
 #include <qvxsys/ICURegexMatcher.h>
 #include <qvxsys/ICURegexPattern.h>
 #include <qvxsys/ICUString.h>
