@@ -20,12 +20,17 @@
 #include <qvxsys/FutureGroup.h>
 #include <qvxsys/FutureState.h>
 #include <qvxsys/Hash.h>
+#include <qvxsys/ICUCalendar.h>
+#include <qvxsys/ICUDateFormat.h>
+#include <qvxsys/ICUDateFormatSymbols.h>
+#include <qvxsys/ICUDateTimePatternGenerator.h>
 #include <qvxsys/ICUDecimalFormat.h>
 #include <qvxsys/ICUDecimalFormatSymbols.h>
 #include <qvxsys/ICULocale.h>
 #include <qvxsys/ICUPosition.h>
 #include <qvxsys/ICURegexMatcher.h>
 #include <qvxsys/ICURegexPattern.h>
+#include <qvxsys/ICUSimpleDateFormat.h>
 #include <qvxsys/ICUString.h>
 #include <qvxsys/ICUTransliterator.h>
 #include <qvxsys/ICUTypes.h>
