@@ -24,10 +24,15 @@
 #include <qvxsys/ICUDateFormat.h>
 #include <qvxsys/ICUDateFormatSymbols.h>
 #include <qvxsys/ICUDateTimePatternGenerator.h>
+#include <qvxsys/ICUDecimalFormat.h>
+#include <qvxsys/ICUDecimalFormatSymbols.h>
 #include <qvxsys/ICULocale.h>
 #include <qvxsys/ICUPosition.h>
+#include <qvxsys/ICURegexMatcher.h>
+#include <qvxsys/ICURegexPattern.h>
 #include <qvxsys/ICUSimpleDateFormat.h>
 #include <qvxsys/ICUString.h>
+#include <qvxsys/ICUTransliterator.h>
 #include <qvxsys/ICUTypes.h>
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
