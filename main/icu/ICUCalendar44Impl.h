@@ -109,9 +109,9 @@ public:
     [[nodiscard]] int fieldDifference(double millis, Field field, ErrorCode& status) override
     {
         auto const f = DateField(field);
-        return !IsMoment(millis, status) ? 0 : With(status, [&](auto& c, UErrorCode& code) {
-            return c.fieldDifference(millis, f, code);
-        });
+        return !IsMoment(millis, status)
+                   ? 0
+                   : With(status, [&](auto& c, UErrorCode& code) { return c.fieldDifference(millis, f, code); });
     }
     [[nodiscard]] bool isSet(Field field) const override
     {

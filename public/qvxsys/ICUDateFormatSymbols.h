@@ -47,8 +47,8 @@ public:
     createInstance(ICULocale const& locale, char const* calendarType, ICUErrorCode& status);
 
     /// @name One name
-    /// Of the Gregorian calendar; a null locale is the default one. By itself and whole, if not said otherwise. Each call
-    /// reads the locale's data: for more than a few names, make an instance. Thread-safe.
+    /// Of the Gregorian calendar; a null locale is the default one. By itself and whole, if not said otherwise. Each
+    /// call reads the locale's data: for more than a few names, make an instance. Thread-safe.
     /// @{
 
     /// From 0 (January). Empty if there is no such month.
