@@ -76,7 +76,7 @@ public:
     /// How the making went: a warning (UsingDefaultWarning for an unknown locale) or a failure. Stays as it is.
     [[nodiscard]] virtual ICUErrorCode getCreationStatus() const noexcept = 0;
     /// Whether both formats write and read everything alike.
-    [[nodiscard]] virtual bool equals(ICUDecimalFormat const& other) const = 0;
+    [[nodiscard]] virtual bool operator==(ICUDecimalFormat const& other) const = 0;
     /// @}
 
     /// @name Formatting
@@ -160,7 +160,7 @@ public:
         return parseInt64(TStringCore(text).view(), status);
     }
 
-    /// Strict parsing wants grouping and all else as the format would write it; off at first.
+    /// Lenient parsing takes groups of any size and spaces before the number; off at first.
     [[nodiscard]] virtual bool isLenient() const = 0;
     virtual void setLenient(bool lenient) = 0;
     /// Stops at the decimal separator.
@@ -208,8 +208,8 @@ public:
 
     /// The ISO 4217 code of three letters; empty where the format has none.
     [[nodiscard]] virtual TStringCore getCurrency() const = 0;
-    /// Also sets that currency's digits and rounding. IllegalArgumentError for a text that is not three ASCII letters
-    /// long (InvariantConversionError for three others); empty text removes the currency.
+    /// Also sets that currency's digits and rounding. IllegalArgumentError for a text that is not three letters long,
+    /// InvariantConversionError for letters other than ASCII's. Empty text is no currency: "XXX".
     virtual void setCurrency(TStringCore const& isoCode, ICUErrorCode& status) = 0;
     /// @}
 
@@ -252,8 +252,8 @@ public:
     virtual void setDecimalSeparatorAlwaysShown(bool shown) = 0;
     [[nodiscard]] virtual bool isScientificNotation() const = 0;
     virtual void setScientificNotation(bool scientific) = 0;
+    /// Cut to 1 to 127.
     [[nodiscard]] virtual int getMinimumExponentDigits() const = 0;
-    /// 1 to 127.
     virtual void setMinimumExponentDigits(int digits) = 0;
     [[nodiscard]] virtual bool isExponentSignAlwaysShown() const = 0;
     virtual void setExponentSignAlwaysShown(bool shown) = 0;
@@ -264,7 +264,7 @@ public:
     /// Numbers are multiplied on the way out and divided on the way in: 100 for percentages. 0 counts as 1.
     [[nodiscard]] virtual int getMultiplier() const = 0;
     virtual void setMultiplier(int multiplier) = 0;
-    /// The same as a power of ten.
+    /// The same as a power of ten, cut to -999 to 999.
     [[nodiscard]] virtual int getMultiplierScale() const = 0;
     virtual void setMultiplierScale(int scale) = 0;
     [[nodiscard]] virtual ICURoundingMode getRoundingMode() const = 0;
@@ -274,9 +274,8 @@ public:
     [[nodiscard]] virtual double getRoundingIncrement() const = 0;
     /// IllegalArgumentError for a negative increment, infinity and NaN.
     virtual void setRoundingIncrement(double increment, ICUErrorCode& status) = 0;
-    /// In code points; 0 for no padding.
+    /// In code points; 0 for no padding. Cut to 0 to 999.
     [[nodiscard]] virtual int getFormatWidth() const = 0;
-    /// A negative width counts as 0, one above 100,000 as that.
     virtual void setFormatWidth(int width) = 0;
     [[nodiscard]] virtual TStringCore getPadCharacterString() const = 0;
     /// The first code point is taken; empty text sets a space.

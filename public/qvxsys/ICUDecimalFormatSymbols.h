@@ -35,7 +35,7 @@ public:
 
     [[nodiscard]] virtual std::unique_ptr<ICUDecimalFormatSymbols> clone() const = 0;
     /// Whether all symbols are the same, and the locales too.
-    [[nodiscard]] virtual bool equals(ICUDecimalFormatSymbols const& other) const = 0;
+    [[nodiscard]] virtual bool operator==(ICUDecimalFormatSymbols const& other) const = 0;
 
     /// DecimalSeparator (0) to OneDigit (18); any other throws QuorvexException "Unknown symbol id.", 0x576B2DAE. The
     /// digits from 2 on are read with getDigit.

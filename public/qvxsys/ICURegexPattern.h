@@ -51,7 +51,7 @@ public:
 
     [[nodiscard]] virtual std::unique_ptr<ICURegexPattern> clone() const = 0;
     /// Same text and same flags.
-    [[nodiscard]] virtual bool equals(ICURegexPattern const& other) const = 0;
+    [[nodiscard]] virtual bool operator==(ICURegexPattern const& other) const = 0;
     /// What the pattern was made with; flags that stand in its text ("(?i)") are not among them.
     [[nodiscard]] virtual unsigned flags() const = 0;
     /// The pattern's text; empty for a failed one.
