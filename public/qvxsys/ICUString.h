@@ -11,7 +11,7 @@
 //     bool const same = alias->caseCompare(L"stra\u00DFe 7") == 0;            // folded, U+00DF is "ss"
 //
 // Indexes and lengths are in units. As in ICU they are pinned to the text: what lies before the start is the start,
-// what lies behind the end is the end; only the functions that return a unit or a code point say what else there is. A
+// what lies behind the end is the end; only the functions that look up one place in it say what they do elsewhere. A
 // text argument is UTF-16, wide or UTF-8, a string, a view or a character (a char is Latin-1, a char32_t or a 32-bit
 // wchar_t a code point); it may be part of the string itself. Text that is not well-formed is kept as it is: a
 // surrogate without its partner counts as a code point.
@@ -124,9 +124,9 @@ public:
     [[nodiscard]] virtual char16_t charAt(int offset) const noexcept = 0;
     /// The code point that the unit is part of; U+FFFF outside the text.
     [[nodiscard]] virtual char32_t char32At(int offset) const noexcept = 0;
-    /// The first unit of the code point that the unit is part of.
+    /// The first unit of the code point that the unit is part of; 0 outside the text.
     [[nodiscard]] virtual int getChar32Start(int offset) const noexcept = 0;
-    /// The unit behind the code point that the unit before the offset is part of.
+    /// The unit behind the code point that the unit before the offset is part of; the length outside the text.
     [[nodiscard]] virtual int getChar32Limit(int offset) const noexcept = 0;
     /// The index so many code points further on, or back.
     [[nodiscard]] virtual int moveIndex32(int index, int delta) const noexcept = 0;

@@ -26,6 +26,7 @@
 #include <qvxsys/ICUDateTimePatternGenerator.h>
 #include <qvxsys/ICUDecimalFormat.h>
 #include <qvxsys/ICUDecimalFormatSymbols.h>
+#include <qvxsys/ICUFactories.h>
 #include <qvxsys/ICULocale.h>
 #include <qvxsys/ICUPosition.h>
 #include <qvxsys/ICURegexMatcher.h>
