@@ -1,13 +1,18 @@
 #pragma once
 // What the wrappers share: how statuses, texts, locales and enumerations go to ICU and come back.
 
+#include <algorithm>
+#include <climits>
 #include <cstddef>
 
+#include <unicode/fieldpos.h>
 #include <unicode/locid.h>
 #include <unicode/parseerr.h>
+#include <unicode/parsepos.h>
 #include <unicode/unistr.h>
 
 #include <qvxsys/ICULocale.h>
+#include <qvxsys/ICUPosition.h>
 #include <qvxsys/ICUString.h>
 #include <qvxsys/ICUTypes.h>
 #include <qvxsys/TStringCore.h>
@@ -32,10 +37,16 @@ private:
     UErrorCode m_code;
 };
 
+/// The length as ICU counts it. A text of more than 0x7FFFFFFF units, which ICU has no texts of, ends there.
+[[nodiscard]] inline int Length(TStringView text) noexcept
+{
+    return static_cast<int>(std::min(text.size(), static_cast<std::size_t>(INT_MAX)));
+}
+
 /// The text in place, without a copy, for as long as the view's text lives. Read-only.
 [[nodiscard]] inline icu::UnicodeString const Alias(TStringView text) noexcept
 {
-    return icu::UnicodeString(static_cast<UBool>(false), text.data(), text.length());
+    return icu::UnicodeString(static_cast<UBool>(false), text.data(), Length(text));
 }
 
 /// What ICU has written, in place; a bogus string is empty.
@@ -61,6 +72,16 @@ private:
 }
 
 [[nodiscard]] icu::Locale const& Icu(QvxICU::ICULocale const& locale) noexcept;
+
+[[nodiscard]] inline icu::FieldPosition& Icu(QvxICU::ICUFieldPosition& position) noexcept
+{
+    return *static_cast<icu::FieldPosition*>(position.Native());
+}
+
+[[nodiscard]] inline icu::ParsePosition& Icu(QvxICU::ICUParsePosition& position) noexcept
+{
+    return *static_cast<icu::ParsePosition*>(position.Native());
+}
 
 void Own(UParseError const& from, QvxICU::ICUParseError& to) noexcept;
 
