@@ -80,8 +80,8 @@ public:
 
     /// Which moment a local time means that a change of the clocks repeats or skips.
     enum ICUEWallTime : int {
-        LastWallTime = 0,      ///< of a repeated time the later; a skipped time as if the clocks had changed already
-        FirstWallTime = 1,     ///< of a repeated time the earlier; a skipped time as if the clocks had not yet changed
+        LastWallTime = 0,      ///< of a repeated time the later; a skipped time as if the clocks had not yet changed
+        FirstWallTime = 1,     ///< of a repeated time the earlier; a skipped time as if the clocks had changed already
         NextValidWallTime = 2, ///< of a skipped time the first after the gap; not for repeated times
     };
 

@@ -19,21 +19,37 @@ constexpr UCalendarDateFields kIcuFields[] = {UCAL_YEAR,     UCAL_MONTH,       U
                                               UCAL_MINUTE,   UCAL_SECOND,      UCAL_MILLISECOND, UCAL_WEEK_OF_YEAR,
                                               UCAL_YEAR_WOY, UCAL_DAY_OF_WEEK, UCAL_DAY_OF_YEAR};
 
+void SetTime(icu::Calendar& c, double millis, UErrorCode& code)
+{
+    c.setTime(millis, code);
+}
+void SetTime(ICUCalendar& c, double millis, Code& status)
+{
+    c.setTimeInMillis(millis, status);
+}
+double Time(icu::Calendar& c, UErrorCode& code)
+{
+    return c.getTime(code);
+}
+double Time(ICUCalendar& c, Code& status)
+{
+    return c.getTimeInMillis(status);
+}
+
 /// A wrapper and ICU's calendar, treated alike.
 class Pair
 {
 public:
-    Pair(char const* locale, char16_t const* zone)
+    Pair(char const* locale, TStringView zone)
     {
         UErrorCode code = U_ZERO_ERROR;
         Code status = Code::ZeroError;
         m_icu.reset(icu::Calendar::createInstance(icu::Locale(locale), code));
         m_ours = ICUCalendar::createInstance(*Locale(locale), status);
-        m_icu->adoptTimeZone(icu::TimeZone::createTimeZone(zone));
+        m_icu->adoptTimeZone(icu::TimeZone::createTimeZone(Unicode(zone)));
         m_ours->setTimeZone(zone, status);
-        m_icu->setTime(0, code);
-        m_ours->setTimeInMillis(0, status);
         EXPECT_EQ(Failure(status), Failure(code));
+        Both([](auto& c, auto, auto& s) { return SetTime(c, 0, s), 0; });
     }
 
     template<class Random>
@@ -41,114 +57,72 @@ public:
     {
         auto const upTo = [&](int from, int to) { return std::uniform_int_distribution<>(from, to)(random); };
         int const i = upTo(0, 10);
-        Field const field = static_cast<Field>(i);
-        int const value = upTo(-40, 400);
+        int const n = upTo(-40, 400);
         double const moment = kMoments[static_cast<std::size_t>(upTo(0, std::size(kMoments) - 1))];
-        switch (upTo(0, 11)) {
-        case 0:
-            m_icu->clear();
-            m_ours->clear();
-            break;
-        case 1:
-            m_icu->set(value, i, 31, 2, 30, value);
-            m_ours->set(value, i, 31, 2, 30, value);
-            break;
-        case 2:
-            m_icu->set(1582, i, value);
-            m_ours->set(1582, i, value);
-            break;
-        case 3:
-            m_icu->set(kIcuFields[i], value);
-            m_ours->set(field, value);
-            break;
-        case 4:
-            Both([&](UErrorCode& c) { m_icu->setTime(moment, c); },
-                 [&](Code& s) { m_ours->setTimeInMillis(moment, s); });
-            break;
-        case 5:
-            m_icu->setLenient(value % 4 != 0);
-            m_ours->setLenient(value % 4 != 0);
-            break;
-        case 6:
-            m_icu->setFirstDayOfWeek(static_cast<UCalendarDaysOfWeek>(i % 7 + 1));
-            m_ours->setFirstDayOfWeek(static_cast<Day>(i % 7 + 1));
-            break;
-        case 7:
-            m_icu->setMinimalDaysInFirstWeek(static_cast<std::uint8_t>(i));
-            m_ours->setMinimalDaysInFirstWeek(static_cast<std::uint8_t>(i));
-            break;
-        case 8:
-            m_icu->clear(kIcuFields[i]);
-            m_ours->clear(field);
-            m_icu->setRepeatedWallTimeOption(static_cast<UCalendarWallTimeOption>(i % 3));
-            m_ours->setRepeatedWallTimeOption(static_cast<ICUCalendar::ICUEWallTime>(i % 3));
-            m_icu->setSkippedWallTimeOption(static_cast<UCalendarWallTimeOption>(i % 3));
-            m_ours->setSkippedWallTimeOption(static_cast<ICUCalendar::ICUEWallTime>(i % 3));
-            break;
-        case 9:
-            Both([&](UErrorCode& c) { m_icu->add(kIcuFields[i], value, c); },
-                 [&](Code& s) { m_ours->add(field, value, s); });
-            break;
-        case 10:
-            Both([&](UErrorCode& c) { m_icu->roll(kIcuFields[i], value, c); },
-                 [&](Code& s) { m_ours->roll(field, value, s); });
-            break;
-        default:
-            ExpectSame([&](UErrorCode& c) { return m_icu->fieldDifference(value * 1e10, kIcuFields[i], c); },
-                       [&](Code& s) { return m_ours->fieldDifference(value * 1e10, field, s); }, "difference");
-        }
+        std::function<void()> const changes[] = {
+            [&] { Both([&](auto& c, auto, auto&) { return c.clear(), 0; }); },
+            [&] { Both([&](auto& c, auto, auto&) { return c.set(n, i, 31, 2, 30, n), 0; }); },
+            [&] { Both([&](auto& c, auto, auto&) { return c.set(1582, i, n), 0; }); },
+            [&] { Both([&](auto& c, auto f, auto&) { return c.set(f, n), 0; }, i); },
+            [&] { Both([&](auto& c, auto f, auto&) { return c.clear(f), c.isSet(f) != 0; }, i); },
+            [&] { Both([&](auto& c, auto, auto& s) { return SetTime(c, moment, s), 0; }); },
+            [&] { Both([&](auto& c, auto, auto&) { return c.setLenient(n % 4 != 0), c.isLenient() != 0; }); },
+            [&] {
+                Both(
+                    [&](auto& c, auto, auto&) { return c.setMinimalDaysInFirstWeek(static_cast<std::uint8_t>(i)), 0; });
+            },
+            [&] { Both([&](auto& c, auto f, auto& s) { return c.add(f, n, s), 0; }, i); },
+            [&] { Both([&](auto& c, auto f, auto& s) { return c.roll(f, n, s), 0; }, i); },
+            [&] { Both([&](auto& c, auto f, auto& s) { return c.fieldDifference(n * 1e10, f, s); }, i); },
+            [&] {
+                m_icu->setFirstDayOfWeek(static_cast<UCalendarDaysOfWeek>(i % 7 + 1));
+                m_ours->setFirstDayOfWeek(static_cast<Day>(i % 7 + 1));
+                m_icu->setRepeatedWallTimeOption(static_cast<UCalendarWallTimeOption>(i % 3));
+                m_ours->setRepeatedWallTimeOption(static_cast<ICUCalendar::ICUEWallTime>(i % 3));
+                m_icu->setSkippedWallTimeOption(static_cast<UCalendarWallTimeOption>(i % 3));
+                m_ours->setSkippedWallTimeOption(static_cast<ICUCalendar::ICUEWallTime>(i % 3));
+            }};
+        changes[upTo(0, std::size(changes) - 1)]();
     }
 
     void Compare() const
     {
-        EXPECT_EQ(m_ours->isLenient(), m_icu->isLenient() != 0);
-        EXPECT_EQ(m_ours->getMinimalDaysInFirstWeek(), m_icu->getMinimalDaysInFirstWeek());
-        EXPECT_EQ(m_ours->getRepeatedWallTimeOption(), static_cast<int>(m_icu->getRepeatedWallTimeOption()));
-        EXPECT_EQ(m_ours->getSkippedWallTimeOption(), static_cast<int>(m_icu->getSkippedWallTimeOption()));
-        Same([](auto& c, auto& s) { return c.getFirstDayOfWeek(s); }, "first day");
+        Both([](auto& c, auto, auto&) { return static_cast<int>(c.getRepeatedWallTimeOption()); });
+        Both([](auto& c, auto, auto&) { return static_cast<int>(c.getSkippedWallTimeOption()); });
+        Both([](auto& c, auto, auto& s) { return static_cast<int>(c.getFirstDayOfWeek(s)); });
+        Both([](auto& c, auto, auto&) { return c.getMinimalDaysInFirstWeek(); });
         for (int i = 0; i < 11; ++i) {
-            EXPECT_EQ(m_ours->isSet(static_cast<Field>(i)), m_icu->isSet(kIcuFields[i]) != 0) << i;
+            Both([](auto& c, auto field, auto&) { return c.isSet(field) != 0; }, i);
         }
-        ExpectSame([&](UErrorCode& c) { return m_icu->getTime(c); },
-                   [&](Code& s) { return m_ours->getTimeInMillis(s); }, "time");
-        Same([](auto& c, auto& s) { return c.inDaylightTime(s) != 0; }, "daylight");
-        EXPECT_EQ(m_ours->isWeekend(), m_icu->isWeekend() != 0);
-        IcuGet(UCAL_ERA, &ICUCalendar::getEra);
-        IcuGet(UCAL_ZONE_OFFSET, &ICUCalendar::getRawOffset);
-        IcuGet(UCAL_DST_OFFSET, &ICUCalendar::getDstOffset);
-        IcuGet(UCAL_IS_LEAP_MONTH, &ICUCalendar::isLeapMonth);
+        Both([](auto& c, auto, auto& s) { return Time(c, s); });
+        Both([](auto& c, auto, auto& s) { return c.inDaylightTime(s) != 0; });
+        Both([](auto& c, auto, auto&) { return c.isWeekend() != 0; });
+        Other(UCAL_ERA, &ICUCalendar::getEra);
+        Other(UCAL_ZONE_OFFSET, &ICUCalendar::getRawOffset);
+        Other(UCAL_DST_OFFSET, &ICUCalendar::getDstOffset);
+        Other(UCAL_IS_LEAP_MONTH, &ICUCalendar::isLeapMonth);
         for (int i = 0; i < 11; ++i) {
-            Field const field = static_cast<Field>(i);
-            auto const with = [&](auto theirs, auto ours, char const* what) {
-                ExpectSame([&](UErrorCode& c) { return ((*m_icu).*theirs)(kIcuFields[i], c); },
-                           [&](Code& s) { return ((*m_ours).*ours)(field, s); }, what);
-            };
-            using Limit = int32_t (icu::Calendar::*)(UCalendarDateFields, UErrorCode&) const;
-            with(Limit(&icu::Calendar::get), &ICUCalendar::get, "get");
-            if (field == ICUCalendar::Year || field == ICUCalendar::YearOfWeekOfYear) {
-                continue; // ICU looks for their limits year by year
+            Both([](auto& c, auto field, auto& s) { return c.get(field, s); }, i);
+            if (i != ICUCalendar::Year && i != ICUCalendar::YearOfWeekOfYear) { // whose limits ICU seeks year by year
+                Both([](auto& c, auto field, auto& s) { return c.getActualMinimum(field, s); }, i);
+                Both([](auto& c, auto field, auto& s) { return c.getActualMaximum(field, s); }, i);
             }
-            with(Limit(&icu::Calendar::getActualMinimum), &ICUCalendar::getActualMinimum, "actual minimum");
-            with(Limit(&icu::Calendar::getActualMaximum), &ICUCalendar::getActualMaximum, "actual maximum");
         }
     }
 
-private:
-    template<class Theirs, class Own>
-    static void Both(Theirs const& theirs, Own const& own)
-    {
-        ExpectSame([&](UErrorCode& c) { return theirs(c), 0; }, [&](Code& s) { return own(s), 0; }, "change");
-    }
     template<class F>
-    void Same(F const& f, char const* what) const
+    void Both(F const& f, int field = 0) const
     {
-        ExpectSame([&](UErrorCode& c) { return f(*m_icu, c); }, [&](Code& s) { return f(*m_ours, s); }, what);
+        ExpectSame([&](UErrorCode& code) { return f(*m_icu, kIcuFields[field], code); },
+                   [&](Code& status) { return f(*m_ours, static_cast<Field>(field), status); }, field);
     }
+
+private:
     template<class Getter>
-    void IcuGet(UCalendarDateFields field, Getter getter) const
+    void Other(UCalendarDateFields field, Getter getter) const
     {
         ExpectSame([&](UErrorCode& c) { return m_icu->get(field, c); }, [&](Code& s) { return ((*m_ours).*getter)(s); },
-                   "other field");
+                   field);
     }
 
     std::unique_ptr<icu::Calendar> m_icu;
@@ -159,7 +133,7 @@ TEST(Calendar, DoesWhatIcuDoes)
 {
     std::minstd_rand random(44);
     for (char const* const locale : kLocales) {
-        for (char16_t const* const zone : kZones) {
+        for (TStringView const zone : kZones) {
             SCOPED_TRACE(locale + TStringCore(zone).toStdString());
             Pair pair(locale, zone);
             for (int step = 0; step < 15 && !::testing::Test::HasFailure(); ++step) {
@@ -188,50 +162,19 @@ TEST(Calendar, OfEveryLocale)
         for (int day = 1; day <= 7; ++day) {
             auto const d = static_cast<UCalendarDaysOfWeek>(day);
             ExpectSame([&](UErrorCode& c) { return icu->getDayOfWeekType(d, c); },
-                       [&](Code& s) { return ours->getDayOfWeekType(static_cast<Day>(day), s); }, "type of day");
+                       [&](Code& s) { return ours->getDayOfWeekType(static_cast<Day>(day), s); }, day);
             ExpectSame([&](UErrorCode& c) { return icu->getWeekendTransition(d, c); },
-                       [&](Code& s) { return ours->getWeekendTransition(static_cast<Day>(day), s); }, "transition");
+                       [&](Code& s) { return ours->getWeekendTransition(static_cast<Day>(day), s); }, day);
             ExpectSame([&](UErrorCode& c) { return icu->isWeekend(day * 8.64e7, c); },
-                       [&](Code& s) { return ours->isWeekend(day * 8.64e7, s); }, "weekend");
+                       [&](Code& s) { return ours->isWeekend(day * 8.64e7, s); }, day);
         }
+        Pair const pair(locales[n].getName(), u"UTC");
         for (int i = 0; i < 11; ++i) {
-            Field const field = static_cast<Field>(i);
-            EXPECT_EQ(ours->getMinimum(field), icu->getMinimum(kIcuFields[i]));
-            EXPECT_EQ(ours->getMaximum(field), icu->getMaximum(kIcuFields[i]));
-            EXPECT_EQ(ours->getGreatestMinimum(field), icu->getGreatestMinimum(kIcuFields[i]));
-            EXPECT_EQ(ours->getLeastMaximum(field), icu->getLeastMaximum(kIcuFields[i]));
+            pair.Both([](auto& c, auto field, auto&) { return c.getMinimum(field); }, i);
+            pair.Both([](auto& c, auto field, auto&) { return c.getMaximum(field); }, i);
+            pair.Both([](auto& c, auto field, auto&) { return c.getGreatestMinimum(field); }, i);
+            pair.Both([](auto& c, auto field, auto&) { return c.getLeastMaximum(field); }, i);
         }
-    }
-}
-
-TEST(Calendar, ChecksFieldsAndDays)
-{
-    Code status = Code::MemoryAllocationError; // whatever the status
-    auto const c = ICUCalendar::createInstance(*Locale("en"), status);
-    for (int const i : {-1, 11, INT_MAX, INT_MIN}) {
-        Field const field = static_cast<Field>(i);
-        std::function<void()> const calls[] = {[&] { c->set(field, 1); },
-                                               [&] { (void)c->get(field, status); },
-                                               [&] { c->add(field, 1, status); },
-                                               [&] { c->roll(field, 1, status); },
-                                               [&] { c->clear(field); },
-                                               [&] { (void)c->isSet(field); },
-                                               [&] { (void)c->getMinimum(field); },
-                                               [&] { (void)c->getMaximum(field); },
-                                               [&] { (void)c->getGreatestMinimum(field); },
-                                               [&] { (void)c->getLeastMaximum(field); },
-                                               [&] { (void)c->getActualMinimum(field, status); },
-                                               [&] { (void)c->getActualMaximum(field, status); },
-                                               [&] { (void)c->fieldDifference(0, field, status); }};
-        for (auto const& call : calls) {
-            EXPECT_EQ(Thrown(call), kNoField);
-        }
-    }
-    for (int const i : {0, 8, -1}) {
-        Day const day = static_cast<Day>(i);
-        EXPECT_EQ(Thrown([&] { c->setFirstDayOfWeek(day); }), kNoDay);
-        EXPECT_EQ(Thrown([&] { (void)c->getDayOfWeekType(day, status); }), kNoDay);
-        EXPECT_EQ(Thrown([&] { (void)c->getWeekendTransition(day, status); }), kNoDay);
     }
 }
 
@@ -246,51 +189,34 @@ TEST(Calendar, WithoutIcusCalendarNothingHappens)
     auto const whole = ICUCalendar::createInstance(fine);
     for (auto const& empty : made) {
         auto const c = empty->clone();
-        using Call = std::function<double(Code&)>;
-        Call const calls[] = {[&](Code& s) { return c->getTimeInMillis(s); },
-                              [&](Code& s) { return c->get(ICUCalendar::Year, s); },
-                              [&](Code& s) { return c->getFirstDayOfWeek(s); },
-                              [&](Code& s) { return c->inDaylightTime(s) || c->isWeekend(0.0, s); },
-                              [&](Code& s) { return c->setTimeInMillis(1, s), c->setTimeZone(u"UTC", s), 0; },
-                              [&](Code& s) { return c->add(ICUCalendar::Month, 1, s), 0; },
-                              [&](Code& s) { return c->roll(ICUCalendar::Month, 1, s), 0; },
-                              [&](Code& s) { return c->fieldDifference(1e9, ICUCalendar::Month, s); },
-                              [&](Code& s) { return c->getEra(s) + c->getRawOffset(s) + c->getDstOffset(s); },
-                              [&](Code& s) { return c->before(*whole, s) || c->after(*whole, s); },
-                              [&](Code& s) { return c->getLocale(QvxICU::ICULocDataLocaleType::Valid, s) != nullptr; }};
+        std::function<double(Code&)> const calls[] = {
+            [&](Code& s) { return c->getTimeInMillis(s); },
+            [&](Code& s) { return c->get(ICUCalendar::Year, s) + c->getFirstDayOfWeek(s) + c->getEra(s); },
+            [&](Code& s) { return c->setTimeInMillis(1, s), c->isWeekend(0.0, s); },
+            [&](Code& s) { return c->setTimeZone(u"UTC", s), !c->getTimeZone().isEmpty(); },
+            [&](Code& s) { return c->add(ICUCalendar::Month, 1, s), c->fieldDifference(1, ICUCalendar::Month, s); },
+            [&](Code& s) { return c->before(*whole, s) || c->isEquivalentTo(*whole); },
+            [&](Code& s) { return c->getLocale(QvxICU::ICULocDataLocaleType::Valid, s) != nullptr; }};
         for (auto const& call : calls) {
             status = Code::ZeroError;
             EXPECT_EQ(call(status), 0);
             EXPECT_EQ(status, Code::InvalidStateError);
         }
         status = Code::ZeroError;
-        EXPECT_FALSE(whole->equals(*c, status) || whole->isEquivalentTo(*c) || c->isEquivalentTo(*whole));
+        EXPECT_FALSE(whole->equals(*c, status) || whole->isEquivalentTo(*c));
         EXPECT_EQ(status, Code::IllegalArgumentError);
-        c->clear();
         c->set(1, 2, 3, 4, 5, 6);
-        EXPECT_TRUE(c->getMaximum(ICUCalendar::Year) == 0 && c->getTimeZone().isEmpty() && *c->getType() == 0);
-        EXPECT_TRUE(c->getTimeZoneDisplayName(true, true, *Locale("en")).isEmpty() && c->Native() == nullptr);
+        EXPECT_TRUE(c->getMaximum(ICUCalendar::Year) == 0 && *c->getType() == 0 && c->Native() == nullptr);
     }
 }
 
 TEST(Calendar, MomentsAtTheEndsAndBeyond)
 {
-    for (bool const lenient : {true, false}) {
-        for (double const moment :
-             {1e300, -1e300, kInfinity, -kInfinity, 183882168921600000.0, -184303902528000000.0}) {
-            UErrorCode code = U_ZERO_ERROR;
-            Code status = Code::ZeroError;
-            std::unique_ptr<icu::Calendar> const icu(icu::Calendar::createInstance(icu::Locale("en"), code));
-            auto const ours = ICUCalendar::createInstance(*Locale("en"), status);
-            icu->setLenient(lenient);
-            ours->setLenient(lenient);
-            icu->setTime(moment, code);
-            ours->setTimeInMillis(moment, status);
-            EXPECT_EQ(Failure(status), Failure(code)) << moment;
-            if (lenient) {
-                EXPECT_EQ(ours->getTimeInMillis(status),
-                          std::min(std::max(moment, -184303902528000000.0), 183882168921600000.0));
-            }
+    for (double const moment : {1e300, -1e300, kInfinity, -kInfinity, 183882168921600000.0, -184303902528000000.0}) {
+        Pair const pair("en", u"UTC");
+        for (bool const lenient : {true, false}) {
+            pair.Both([=](auto& c, auto, auto& s) { return c.setLenient(lenient), SetTime(c, moment, s), 0; });
+            pair.Both([](auto& c, auto, auto& s) { return Time(c, s); });
         }
     }
     Code status = Code::ZeroError;
@@ -324,13 +250,11 @@ TEST(Calendar, TimeZonesByName)
     EXPECT_EQ(calendar->getTimeZone(), u"Etc/Unknown");
     auto const zones = ICUCalendar::getTimeZones(status);
     for (TStringCore const& zone : zones) {
-        std::unique_ptr<icu::TimeZone> const icu(icu::TimeZone::createTimeZone(ToIcu(zone)));
+        std::unique_ptr<icu::TimeZone> const icu(icu::TimeZone::createTimeZone(Unicode(zone)));
         calendar->setTimeZone(zone, status);
         icu::UnicodeString name;
         EXPECT_EQ(calendar->getTimeZoneDisplayName(true, false, *Locale("ja")),
-                  Ours(icu->getDisplayName(true, icu::TimeZone::SHORT, icu::Locale("ja"), name)));
-        EXPECT_EQ(calendar->getTimeZoneDisplayName(false, true, *Locale("ja")),
-                  Ours(icu->getDisplayName(false, icu::TimeZone::LONG, icu::Locale("ja"), name)));
+                  Text(icu->getDisplayName(true, icu::TimeZone::SHORT, icu::Locale("ja"), name)));
     }
     EXPECT_GT(zones.size(), 400U);
     TStringCore const before = ICUCalendar::getDefaultTimeZone();
@@ -385,24 +309,24 @@ TEST(Calendar, OrderOfSlots)
     GTEST_SKIP() << "another ABI";
 #else
     using C = ICUCalendar;
-    int const slots[] = {
-        Slot(&C::clone), // behind the two of the destructor
-        Slot(static_cast<void (C::*)()>(&C::clear)),
-        Slot(static_cast<void (C::*)(int, int, int, int, int, int)>(&C::set)),
-        Slot(static_cast<void (C::*)(int, int, int)>(&C::set)),
-        Slot(static_cast<void (C::*)(Field, int)>(&C::set)),
-        Slot(&C::getTimeInMillis),
-        Slot(&C::setTimeInMillis),
-        Slot(&C::get),
-        Slot(&C::setLenient),
-        Slot(&C::setFirstDayOfWeek),
-        Slot(&C::getFirstDayOfWeek),
-        Slot(&C::setMinimalDaysInFirstWeek),
-        Slot(&C::getMinimalDaysInFirstWeek),
-        Slot(&C::isLenient),
-        Slot(&C::inDaylightTime),
-        Slot(&C::add),
-    };
+    // clang-format off: behind the two of the destructor
+    int const slots[] = {Slot(&C::clone),
+                         Slot(static_cast<void (C::*)()>(&C::clear)),
+                         Slot(static_cast<void (C::*)(int, int, int, int, int, int)>(&C::set)),
+                         Slot(static_cast<void (C::*)(int, int, int)>(&C::set)),
+                         Slot(static_cast<void (C::*)(Field, int)>(&C::set)),
+                         Slot(&C::getTimeInMillis),
+                         Slot(&C::setTimeInMillis),
+                         Slot(&C::get),
+                         Slot(&C::setLenient),
+                         Slot(&C::setFirstDayOfWeek),
+                         Slot(&C::getFirstDayOfWeek),
+                         Slot(&C::setMinimalDaysInFirstWeek),
+                         Slot(&C::getMinimalDaysInFirstWeek),
+                         Slot(&C::isLenient),
+                         Slot(&C::inDaylightTime),
+                         Slot(&C::add)};
+    // clang-format on
     for (std::size_t i = 0; i < std::size(slots); ++i) {
         EXPECT_EQ(slots[i], static_cast<int>(i) + 2);
     }

@@ -9,15 +9,13 @@
 #include <string>
 
 #include <gtest/gtest.h>
-#include <qvxsys/ICUCalendar.h>
-#include <qvxsys/ICULocale.h>
-#include <qvxsys/ICUTypes.h>
-#include <qvxsys/QuorvexException.h>
-#include <qvxsys/std.h>
 #include <unicode/calendar.h>
-#include <unicode/unistr.h>
+
+#include "support/IcuOracle.h"
 
 using Code = QvxICU::ICUErrorCode;
+using testing_support::Text;
+using testing_support::Unicode;
 
 inline constexpr char const* kLocales[] = {"en_US",
                                            "de_CH",
@@ -60,16 +58,6 @@ inline constexpr double kMoments[] = {0.0,
                                       -100000000000000.0,
                                       400000000000000.0};
 
-inline icu::UnicodeString ToIcu(TStringView text)
-{
-    return icu::UnicodeString(text.data(), text.length());
-}
-
-inline TStringCore Ours(icu::UnicodeString const& text)
-{
-    return TStringCore(text.getBuffer(), text.length());
-}
-
 inline std::unique_ptr<QvxICU::ICULocale> Locale(char const* name)
 {
     return QvxICU::ICULocale::createFromName(name);
@@ -84,7 +72,7 @@ int Failure(AnyStatus status)
 
 /// One call, ours and ICU's, each with a status of its own: same results, same statuses.
 template<class Theirs, class Own>
-void ExpectSame(Theirs const& theirs, Own const& own, char const* what)
+void ExpectSame(Theirs const& theirs, Own const& own, auto const& what)
 {
     UErrorCode code = U_ZERO_ERROR;
     Code status = Code::ZeroError;
@@ -92,28 +80,11 @@ void ExpectSame(Theirs const& theirs, Own const& own, char const* what)
     auto const actual = own(status);
     EXPECT_EQ(Failure(status), Failure(code)) << what;
     if constexpr (std::is_same_v<decltype(expected), icu::UnicodeString const>) {
-        EXPECT_EQ(actual, U_SUCCESS(code) ? Ours(expected) : TStringCore()) << what;
+        EXPECT_EQ(actual, U_SUCCESS(code) ? Text(expected) : TStringCore()) << what;
     } else {
         EXPECT_EQ(actual, static_cast<decltype(actual)>(expected)) << what;
     }
 }
 
-/// The message and the code of what `f` throws.
-template<class F>
-std::string Thrown(F const& f)
-{
-    try {
-        f();
-    } catch (QuorvexException const& e) {
-        return (e.GetErrorName() + u": " + e.GetMessagesFront()).toStdString();
-    }
-    return "";
-}
-
-inline constexpr char kNoField[] = "QuorvexException_AutoGen_0xDECF1A87: Unknown calendar date field.";
-inline constexpr char kNoDay[] = "QuorvexException_AutoGen_0xA4F1F77D: Unknown day of week.";
-inline constexpr char kNoStyle[] = "QuorvexException_AutoGen_0x80A9CA1D: Unknown UEStyle";
-inline constexpr char kNoWidth[] = "QuorvexException_AutoGen_0x8AAE7D56: Unknown width type.";
-inline constexpr char kNoContext[] = "QuorvexException_AutoGen_0x0EF0FAE5: Unknown context type.";
 inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
