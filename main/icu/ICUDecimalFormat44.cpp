@@ -106,7 +106,7 @@ std::unique_ptr<QvxICU::ICUDecimalFormat> ICUDecimalFormat44Impl::clone() const
 bool ICUDecimalFormat44Impl::operator==(ICUDecimalFormat const& other) const
 {
     icu::NumberFormat const* const native = Icu(other);
-    return m_format == nullptr || native == nullptr ? m_format.get() == native : *m_format == *native;
+    return m_format == nullptr || native == nullptr ? m_format.get() == native : m_format->operator==(*native);
 }
 
 TStringCore ICUDecimalFormat44Impl::formatDouble(double number, ErrorCode& status) const
