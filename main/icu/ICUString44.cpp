@@ -2,6 +2,8 @@
 
 #include <qvxsys/ICUString.h>
 
+#include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <memory>
 #include <utility>
@@ -69,7 +71,7 @@ public:
     [[nodiscard]] int getChar32Limit(int offset) const noexcept override { return m_text.getChar32Limit(offset); }
     [[nodiscard]] int moveIndex32(int index, int delta) const noexcept override
     {
-        return m_text.moveIndex32(index, delta);
+        return m_text.moveIndex32(index, std::max(delta, -INT_MAX)); // ICU negates it
     }
     [[nodiscard]] int countChar32(int start, int length) const noexcept override
     {
@@ -125,8 +127,7 @@ public:
     }
     ICUString& replaceBetween(int start, int limit, TStringView text) override
     {
-        m_text.replaceBetween(start, limit, Alias(text));
-        return *this;
+        return replace(Pinned(start), Pinned(limit) - Pinned(start), text);
     }
     ICUString& findAndReplace(TStringView oldText, TStringView newText) override;
     ICUString& remove() override
@@ -141,12 +142,12 @@ public:
     }
     ICUString& removeBetween(int start, int limit) override
     {
-        m_text.removeBetween(start, limit);
+        m_text.removeBetween(Pinned(start), Pinned(limit));
         return *this;
     }
     ICUString& retainBetween(int start, int limit) override
     {
-        m_text.retainBetween(start, limit);
+        m_text.retainBetween(Pinned(start), Pinned(limit));
         return *this;
     }
     bool padLeading(int targetLength, char16_t unit) override { return m_text.padLeading(targetLength, unit); }
@@ -216,6 +217,9 @@ public:
     }
 
 private:
+    /// ICU takes the difference of two indexes before it pins them, which may overflow and is too long.
+    [[nodiscard]] int Pinned(int index) const noexcept { return std::clamp(index, 0, m_text.length()); }
+
     icu::UnicodeString m_text;
 };
 

@@ -53,8 +53,8 @@ public:
                                                                    char const* keywords = nullptr);
     /// From a whole name; null means the default locale.
     [[nodiscard]] static std::unique_ptr<ICULocale> createFromName(char const* name);
-    /// The same, with the name brought into its canonical form, which replaces what is obsolete ("no_NO_NY" is
-    /// "nn_NO", "en_US.utf8" is "en_US", "i-hak" is "hak").
+    /// The same, with the name brought into its canonical form, which replaces what is obsolete ("iw_IL" is "he_IL",
+    /// "sh_YU" is "sr_Latn_RS", "en_US.utf8" is "en_US").
     [[nodiscard]] static std::unique_ptr<ICULocale> createCanonical(char const* name);
     /// From a BCP 47 tag. A tag that is not well-formed gives IllegalArgumentError and a bogus locale.
     [[nodiscard]] static std::unique_ptr<ICULocale> forLanguageTag(char const* tag, ICUErrorCode& status);
@@ -179,7 +179,7 @@ public:
     [[nodiscard]] virtual TStringCore getDisplayCountry(ICULocale const& inLocale) const;
     [[nodiscard]] virtual TStringCore getDisplayVariant() const;
     [[nodiscard]] virtual TStringCore getDisplayVariant(ICULocale const& inLocale) const;
-    /// All parts and keywords: "German (Switzerland, Currency: Euro)".
+    /// All parts and keywords: "German (Switzerland, Currency=Euro)".
     [[nodiscard]] virtual TStringCore getDisplayName() const;
     [[nodiscard]] virtual TStringCore getDisplayName(ICULocale const& inLocale) const;
     /// @}

@@ -11,7 +11,7 @@
 //     bool const same = alias->caseCompare(L"stra\u00DFe 7") == 0;            // folded, U+00DF is "ss"
 //
 // Indexes and lengths are in units. As in ICU they are pinned to the text: what lies before the start is the start,
-// what lies behind the end is the end; only the functions that return a unit or a code point say what else there is. A
+// what lies behind the end is the end; only the functions that look up one place in it say what they do elsewhere. A
 // text argument is UTF-16, wide or UTF-8, a string, a view or a character (a char is Latin-1, a char32_t or a 32-bit
 // wchar_t a code point); it may be part of the string itself. Text that is not well-formed is kept as it is: a
 // surrogate without its partner counts as a code point.
@@ -27,6 +27,7 @@
 
 #include <qvxsys/ICULocale.h>
 #include <qvxsys/ICUTypes.h>
+#include <qvxsys/IcuConstants.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringView.h>
@@ -34,23 +35,6 @@
 #include <qvxsys/WideText.h>
 
 namespace QvxICU {
-
-/// How texts are folded and compared; combined with |.
-enum ICUFoldOption : unsigned {
-    ICUFoldDefault = 0,
-    ICUFoldExcludeSpecialI = 1,        ///< dotted and dotless i as in Turkic languages
-    ICUCompareCodePointOrder = 0x8000, ///< caseCompare() orders by code points, not by units
-};
-
-/// How toTitle() makes titles; combined with |.
-enum ICUTitleOption : unsigned {
-    ICUTitleDefault = 0,
-    ICUTitleWholeString = 0x20,        ///< one title-case letter, at the beginning
-    ICUTitleSentences = 0x40,          ///< one in each sentence, not in each word
-    ICUTitleNoLowercase = 0x100,       ///< leaves the other letters as they are
-    ICUTitleNoBreakAdjustment = 0x200, ///< changes the first character of a word even if it is no letter
-    ICUTitleAdjustToCased = 0x400,     ///< changes the first character of a word that has case
-};
 
 namespace detail {
 
@@ -102,8 +86,8 @@ public:
     [[nodiscard]] virtual int compare(TStringView text) const noexcept = 0;
     /// By code points: U+FFFF is less than U+10000.
     [[nodiscard]] virtual int compareCodePointOrder(TStringView text) const noexcept = 0;
-    /// Folded, by ICUFoldOption.
-    [[nodiscard]] virtual int caseCompare(TStringView text, unsigned options = ICUFoldDefault) const noexcept = 0;
+    /// Folded, with options of ICUCaseOption.
+    [[nodiscard]] virtual int caseCompare(TStringView text, unsigned options = ICUFoldCaseDefault) const noexcept = 0;
     [[nodiscard]] virtual bool startsWith(TStringView text) const noexcept = 0;
     [[nodiscard]] virtual bool endsWith(TStringView text) const noexcept = 0;
     /// Equal for equal strings; not the same in every version of ICU.
@@ -124,9 +108,9 @@ public:
     [[nodiscard]] virtual char16_t charAt(int offset) const noexcept = 0;
     /// The code point that the unit is part of; U+FFFF outside the text.
     [[nodiscard]] virtual char32_t char32At(int offset) const noexcept = 0;
-    /// The first unit of the code point that the unit is part of.
+    /// The first unit of the code point that the unit is part of; 0 outside the text.
     [[nodiscard]] virtual int getChar32Start(int offset) const noexcept = 0;
-    /// The unit behind the code point that the unit before the offset is part of.
+    /// The unit behind the code point that the unit before the offset is part of; the length outside the text.
     [[nodiscard]] virtual int getChar32Limit(int offset) const noexcept = 0;
     /// The index so many code points further on, or back.
     [[nodiscard]] virtual int moveIndex32(int index, int delta) const noexcept = 0;
@@ -184,18 +168,18 @@ public:
     virtual ICUString& toUpper(ICULocale const& locale) = 0;
     virtual ICUString& toLower() = 0;
     virtual ICUString& toLower(ICULocale const& locale) = 0;
-    /// Words by ICU's rules of the locale, with options of ICUTitleOption.
+    /// Words by ICU's rules of the locale, with options of ICUCaseOption.
     virtual ICUString& toTitle() = 0;
-    virtual ICUString& toTitle(ICULocale const& locale, unsigned options = ICUTitleDefault) = 0;
-    /// For comparing without case; the same for all languages, but for ICUFoldExcludeSpecialI.
-    virtual ICUString& foldCase(unsigned options = ICUFoldDefault) = 0;
+    virtual ICUString& toTitle(ICULocale const& locale, unsigned options = 0) = 0;
+    /// For comparing without case; the same for all languages, but for ICUFoldCaseExcludeSpecialI.
+    virtual ICUString& foldCase(unsigned options = ICUFoldCaseDefault) = 0;
     /// @}
 
     /// The text with escape sequences resolved: \uhhhh, \Uhhhhhhhh, \xhh, \x{h...}, \ooo, \cX, \a, \b, \e, \f, \n, \r,
     /// \t, \v; any other character stands for itself. Empty if a sequence is malformed.
     [[nodiscard]] virtual std::unique_ptr<ICUString> unescape() const = 0;
-    /// The code point of one sequence; `offset` is behind the backslash, and then behind the sequence. 0xFFFFFFFF, and
-    /// the offset as it was, if it is malformed.
+    /// The code point of one sequence; `offset` is behind the backslash, and then behind the sequence. ICUNoCodePoint,
+    /// and the offset as it was, if it is malformed.
     [[nodiscard]] virtual char32_t unescapeAt(int& offset) const noexcept = 0;
 
     /// @name The same with text of another kind, and with characters
@@ -219,7 +203,7 @@ public:
         return compareCodePointOrder(TStringView(qvxsys::detail::ToView(text)));
     }
     template<detail::OtherText T>
-    [[nodiscard]] int caseCompare(T const& text, unsigned options = ICUFoldDefault) const
+    [[nodiscard]] int caseCompare(T const& text, unsigned options = ICUFoldCaseDefault) const
     {
         return caseCompare(TStringView(qvxsys::detail::ToView(text)), options);
     }
