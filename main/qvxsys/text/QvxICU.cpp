@@ -17,6 +17,8 @@
 
 #include <qvxsys/TStringCore.h>
 
+#include "IcuCleanup.h"
+
 namespace QvxICU {
 namespace {
 
@@ -89,6 +91,9 @@ char32_t Own(UChar32 c) noexcept
 {
     return static_cast<char32_t>(c);
 }
+
+// What is called before ICU's memory is freed.
+constinit std::atomic<void (*)()> s_releases[8] = {};
 
 // A UTF-8 code point is at most four bytes, so the size_t forms run ICU's int32 macros over a window of that size.
 constexpr std::size_t kWindow = 8;
@@ -272,8 +277,23 @@ char const* t_uloc_getDefault() noexcept
     return uloc_getDefault();
 }
 
+void BeforeCleanup(void (*release)()) noexcept
+{
+    for (std::atomic<void (*)()>& place : s_releases) {
+        void (*free)() = nullptr;
+        if (place.compare_exchange_strong(free, release)) {
+            return;
+        }
+    }
+}
+
 void t_u_cleanup() noexcept
 {
+    for (std::atomic<void (*)()> const& place : s_releases) {
+        if (void (*const release)() = place) {
+            release();
+        }
+    }
     u_cleanup();
 }
 
