@@ -394,7 +394,7 @@ TTextDecoder::TTextDecoder(char const* encoding) : m_state(std::make_unique<Stat
         return;
     }
     m_state->name = std::string_view(encoding) == "local" ? known : encoding;
-    t_ucnv_setToUCallBack(converter.get(), StopAtMalformed, nullptr, &status);
+    t_ucnv_setToUCallBack(converter.get(), StopAtMalformed, nullptr, nullptr, nullptr, &status);
     m_state->converter = std::move(converter);
 }
 
