@@ -1,12 +1,6 @@
-// Text boundaries. Opening a break iterator takes ICU up to twenty microseconds, copying one a fraction of one; so one
-// of each kind that was asked for is kept, and ranges have copies.
-
 #include <qvxsys/LocaleBreaks.h>
 
-#include <array>
-#include <memory>
-#include <mutex>
-#include <string>
+#include <limits>
 #include <utility>
 
 #include <unicode/brkiter.h>
@@ -14,182 +8,141 @@
 #include <unicode/unistr.h>
 
 #include "IcuBridge.h"
-#include "IcuCleanup.h"
+#include "KeptBreaks.h"
 
 namespace QvxICU44 {
-namespace {
 
 using QvxICU::ICUBreakIteratorType;
+using QvxICU::TextPiece;
 
-std::unique_ptr<icu::BreakIterator> Open(ICUBreakIteratorType type, icu::Locale const& locale, UErrorCode& status)
-{
-    icu::BreakIterator* opened = nullptr;
-    switch (type) {
-    case ICUBreakIteratorType::Character:
-        opened = icu::BreakIterator::createCharacterInstance(locale, status);
-        break;
-    case ICUBreakIteratorType::Word:
-        opened = icu::BreakIterator::createWordInstance(locale, status);
-        break;
-    case ICUBreakIteratorType::Line:
-        opened = icu::BreakIterator::createLineInstance(locale, status);
-        break;
-    case ICUBreakIteratorType::Sentence:
-        opened = icu::BreakIterator::createSentenceInstance(locale, status);
-        break;
-    default:
-        status = U_ILLEGAL_ARGUMENT_ERROR;
-        break;
-    }
-    std::unique_ptr<icu::BreakIterator> result(opened);
-    return U_SUCCESS(status) ? std::move(result) : nullptr;
-}
-
-/// The break iterators that were used last.
-class Prototypes
-{
-public:
-    static Prototypes& Get()
-    {
-        // Never destroyed: threads may need it to the end.
-        static auto* const s_prototypes = new Prototypes;
-        return *s_prototypes;
-    }
-
-    std::unique_ptr<icu::BreakIterator> Copy(ICUBreakIteratorType type, icu::Locale const& locale, UErrorCode& status)
-    {
-        std::scoped_lock const lock(m_mutex);
-        for (Kept const& kept : m_kept) {
-            if (kept.iterator != nullptr && kept.type == type && kept.locale == locale.getName()) {
-                status = kept.status;
-                return std::unique_ptr<icu::BreakIterator>(kept.iterator->clone());
-            }
-        }
-        std::unique_ptr<icu::BreakIterator> opened = Open(type, locale, status);
-        if (opened == nullptr) {
-            return nullptr;
-        }
-        if (!m_registered) {
-            m_registered = true;
-            QvxICU::BeforeCleanup([] { Get().Clear(); });
-        }
-        Kept& place = m_kept[m_next++ % m_kept.size()];
-        place = {type, locale.getName(), status, std::move(opened)};
-        return std::unique_ptr<icu::BreakIterator>(place.iterator->clone());
-    }
-
-private:
-    struct Kept
-    {
-        ICUBreakIteratorType type = ICUBreakIteratorType::Character;
-        std::string locale;
-        UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<icu::BreakIterator> iterator;
-    };
-
-    void Clear()
-    {
-        std::scoped_lock const lock(m_mutex);
-        m_kept = std::array<Kept, 16>();
-    }
-
-    std::mutex m_mutex;
-    std::array<Kept, 16> m_kept;
-    std::size_t m_next = 0;
-    bool m_registered = false;
-};
-
-} // namespace
-
-/// A text and a break iterator on it.
+/// A text and a break iterator on it, which all iterators of a range move.
 class Breaks44Impl
 {
 public:
     Breaks44Impl(TStringView text, ICUBreakIteratorType type, icu::Locale const& locale, bool onlyWords)
         : m_text(text), m_isWords(type == ICUBreakIteratorType::Word), m_onlyWords(m_isWords && onlyWords),
-          m_units(Alias(text)), m_iterator(Prototypes::Get().Copy(type, locale, m_status))
+          m_units(Alias(text)), m_breaks(OpenBreaks(type, locale, m_status))
     {
-        if (m_iterator == nullptr && U_SUCCESS(m_status)) {
-            m_status = U_MEMORY_ALLOCATION_ERROR;
-        }
-        if (m_iterator != nullptr) {
-            m_iterator->setText(m_units);
+        if (m_breaks != nullptr) {
+            m_breaks->setText(m_units);
         }
     }
 
-    [[nodiscard]] int Length() const noexcept { return m_units.length(); }
+    [[nodiscard]] int Length() const noexcept { return m_text.length(); }
     [[nodiscard]] UErrorCode Status() const noexcept { return m_status; }
 
     /// The first piece that is not left out from a boundary on; at the end of the text an empty one.
-    [[nodiscard]] QvxICU::TextPiece From(int start)
+    void From(int start, TextPiece& piece) noexcept
     {
-        QvxICU::TextPiece piece = At(start);
-        while (m_onlyWords && !piece.isWord && piece.start < Length()) {
-            piece = At(piece.start + static_cast<int>(piece.text.length()));
-        }
-        return piece;
-    }
-    /// The last piece that is not left out before a boundary.
-    [[nodiscard]] QvxICU::TextPiece Before(int start)
-    {
-        QvxICU::TextPiece piece;
         do {
-            start = m_iterator != nullptr ? m_iterator->preceding(start) : 0;
-            piece = At(start);
-        } while (m_onlyWords && !piece.isWord && start > 0);
-        return piece;
+            int const end = Next(start);
+            Set(piece, start, end);
+            start = end;
+        } while (m_onlyWords && !piece.isWord && !piece.text.empty());
+    }
+    /// The last piece that is not left out before a boundary. If there is none, the piece stays what it is.
+    void Before(int end, TextPiece& piece) noexcept
+    {
+        TextPiece before;
+        do {
+            if (end <= 0) {
+                return;
+            }
+            int const start = m_breaks != nullptr ? m_breaks->preceding(end) : 0;
+            m_at = start;
+            Set(before, start, Next(start)); // the rule of a boundary is known to who is there
+            end = start;
+        } while (m_onlyWords && !before.isWord);
+        piece = before;
     }
 
 private:
-    /// The piece that starts at a boundary.
-    [[nodiscard]] QvxICU::TextPiece At(int start)
+    /// The boundary behind another one, or the end.
+    int Next(int start) noexcept
     {
-        if (start == Length()) {
-            return {m_text.mid(start), start, false, 0};
+        if (start >= Length() || m_breaks == nullptr) {
+            return Length();
         }
-        int const end = m_iterator != nullptr ? m_iterator->following(start) : Length();
-        int const rule = m_iterator != nullptr ? m_iterator->getRuleStatus() : 0;
-        return {m_text.mid(start, end - start), start, m_isWords && rule >= UBRK_WORD_NONE_LIMIT, rule};
+        m_at = start == m_at ? m_breaks->next() : m_breaks->following(start);
+        return m_at;
+    }
+    void Set(TextPiece& piece, int start, int end) const noexcept
+    {
+        piece.text = TStringView(m_text.data() + start, static_cast<std::size_t>(end - start));
+        piece.start = start;
+        piece.rule = m_breaks != nullptr && end > start ? m_breaks->getRuleStatus() : 0;
+        piece.isWord = m_isWords && piece.rule >= UBRK_WORD_NONE_LIMIT;
     }
 
     TStringView m_text;
     bool m_isWords;
     bool m_onlyWords;
     UErrorCode m_status = U_ZERO_ERROR;
+    int m_at = 0;               // where the break iterator is
     icu::UnicodeString m_units; // the break iterator refers to it
-    std::unique_ptr<icu::BreakIterator> m_iterator;
+    std::unique_ptr<icu::BreakIterator> m_breaks;
 };
 
+namespace {
+
+struct Graphemes
+{
+    int count = 0;
+    int units = 0;
+};
+
+// The first graphemes of a text, at most `limit`.
+Graphemes FirstGraphemes(TStringView text, int limit)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    auto const breaks = OpenBreaks(ICUBreakIteratorType::Character, icu::Locale::getRoot(), status);
+    if (breaks == nullptr) {
+        return text.empty() || limit < 1 ? Graphemes() : Graphemes{1, text.length()};
+    }
+    icu::UnicodeString const units = Alias(text);
+    breaks->setText(units);
+    Graphemes first;
+    while (first.count < limit && first.units < text.length()) {
+        first.units = breaks->next();
+        ++first.count;
+    }
+    return first;
+}
+
+} // namespace
 } // namespace QvxICU44
 
 namespace QvxICU {
 
 using QvxICU44::Breaks44Impl;
 
-TextPieces::Iterator::Iterator(std::shared_ptr<Breaks44Impl> breaks, int start)
-    : m_breaks(std::move(breaks)), m_piece(m_breaks != nullptr ? m_breaks->From(start) : TextPiece())
-{}
-
-void TextPieces::Iterator::Forward()
+TextPieces::Iterator::Iterator(std::shared_ptr<Breaks44Impl> breaks, int start) noexcept : m_breaks(std::move(breaks))
 {
-    m_piece = m_breaks->From(m_piece.start + static_cast<int>(m_piece.text.length()));
+    if (m_breaks != nullptr) {
+        m_breaks->From(start, m_piece);
+    }
 }
 
-void TextPieces::Iterator::Back()
+void TextPieces::Iterator::Forward() noexcept
 {
-    m_piece = m_breaks->Before(m_piece.start);
+    m_breaks->From(m_piece.start + m_piece.text.length(), m_piece);
+}
+
+void TextPieces::Iterator::Back() noexcept
+{
+    m_breaks->Before(m_piece.start, m_piece);
 }
 
 TextPieces::TextPieces(TStringView text, ICUBreakIteratorType type, ICULocale const& locale, bool onlyWords)
     : m_breaks(std::make_shared<Breaks44Impl>(text, type, QvxICU44::Icu(locale), onlyWords))
 {}
 
-TextPieces::Iterator TextPieces::begin() const
+TextPieces::Iterator TextPieces::begin() const noexcept
 {
     return Iterator(m_breaks, 0);
 }
 
-TextPieces::Iterator TextPieces::end() const
+TextPieces::Iterator TextPieces::end() const noexcept
 {
     return Iterator(m_breaks, m_breaks != nullptr ? m_breaks->Length() : 0);
 }
@@ -201,23 +154,12 @@ ICUErrorCode TextPieces::status() const noexcept
 
 int countGraphemes(TStringView text)
 {
-    int count = 0;
-    for ([[maybe_unused]] TextPiece const& piece : graphemes(text)) {
-        ++count;
-    }
-    return count;
+    return QvxICU44::FirstGraphemes(text, std::numeric_limits<int>::max()).count;
 }
 
 int unitsOfGraphemes(TStringView text, int count)
 {
-    int units = 0;
-    for (TextPiece const& piece : graphemes(text)) {
-        if (count-- < 1) {
-            break;
-        }
-        units = piece.start + static_cast<int>(piece.text.length());
-    }
-    return units;
+    return QvxICU44::FirstGraphemes(text, count).units;
 }
 
 } // namespace QvxICU

@@ -3,15 +3,19 @@
 #include <cstdint>
 
 #include <unicode/brkiter.h>
+#include <unicode/casemap.h>
 #include <unicode/stringoptions.h>
-#include <unicode/unistr.h>
+#include <unicode/ustring.h>
 
 #include "IcuBridge.h"
+#include "KeptBreaks.h"
+#include "StringLimits.h"
+#include "WrittenText.h"
 
 namespace QvxICU {
 
-using QvxICU44::Alias;
 using QvxICU44::Icu;
+using qvxsys::text::CheckedUnits;
 
 TStringCore toLower(TStringView text, ICULocale const& locale)
 {
@@ -35,11 +39,19 @@ TStringCore toUpperRoot(TStringView text)
 
 TStringCore toTitle(TStringView text, ICULocale const& locale, TitleCase options)
 {
-    icu::UnicodeString title = Alias(text);
-    std::uint32_t const flags = (options.sentences ? U_TITLECASE_SENTENCES : 0U) |
-                                (options.keepRest ? static_cast<std::uint32_t>(U_TITLECASE_NO_LOWERCASE) : 0U);
-    title.toTitle(nullptr, Icu(locale), flags);
-    return QvxICU44::Own(title);
+    int const length = CheckedUnits(text.size());
+    UErrorCode opened = U_ZERO_ERROR;
+    auto const type = options.sentences ? ICUBreakIteratorType::Sentence : ICUBreakIteratorType::Word;
+    // Left to itself, ICU opens one for each call.
+    auto const breaks = QvxICU44::OpenBreaks(type, Icu(locale), opened);
+    if (breaks == nullptr) {
+        return TStringCore(text);
+    }
+    std::uint32_t const flags = options.keepRest ? U_TITLECASE_NO_LOWERCASE : 0;
+    return QvxICU44::Written(length, text, [&](char16_t* to, int capacity, UErrorCode& status) {
+        return icu::CaseMap::toTitle(locale.getName(), flags, breaks.get(), text.data(), length, to, capacity, nullptr,
+                                     status);
+    });
 }
 
 TStringCore toTitle(TStringView text, TitleCase options)
@@ -49,9 +61,10 @@ TStringCore toTitle(TStringView text, TitleCase options)
 
 TStringCore foldCase(TStringView text)
 {
-    icu::UnicodeString folded = Alias(text);
-    folded.foldCase();
-    return QvxICU44::Own(folded);
+    int const length = CheckedUnits(text.size());
+    return QvxICU44::Written(length, text, [&](char16_t* to, int capacity, UErrorCode& status) {
+        return u_strFoldCase(to, capacity, text.data(), length, U_FOLD_CASE_DEFAULT, &status);
+    });
 }
 
 TStringCore withPlainSpaces(TStringCore const& text)

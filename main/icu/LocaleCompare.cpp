@@ -1,5 +1,7 @@
 #include <qvxsys/LocaleCompare.h>
 
+#include <algorithm>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -54,6 +56,12 @@ std::unique_ptr<icu::Collator> OfLocale(icu::Locale const& locale, UErrorCode& s
     return U_SUCCESS(status) ? std::move(collator) : nullptr;
 }
 
+std::unique_ptr<icu::Collator> OfRoot()
+{
+    UErrorCode ignored = U_ZERO_ERROR;
+    return OfLocale(icu::Locale::getRoot(), ignored);
+}
+
 } // namespace
 } // namespace QvxICU44
 
@@ -65,6 +73,9 @@ LocaleComparator::LocaleComparator(ICULocale const& locale, CompareOptions const
 {
     auto made = std::make_shared<LocaleComparator44Impl>();
     made->collator = QvxICU44::OfLocale(QvxICU44::Icu(locale), made->status);
+    if (made->collator == nullptr) {
+        made->collator = QvxICU44::OfRoot();
+    }
     made->Configure(options);
     m_implementation = std::move(made);
 }
@@ -78,8 +89,7 @@ LocaleComparator LocaleComparator::fromRules(TStringView rules, CompareOptions c
     auto made = std::make_shared<LocaleComparator44Impl>();
     made->collator = std::make_unique<icu::RuleBasedCollator>(QvxICU44::Alias(rules), made->status);
     if (U_FAILURE(made->status)) {
-        UErrorCode ignored = U_ZERO_ERROR;
-        made->collator = QvxICU44::OfLocale(icu::Locale::getRoot(), ignored);
+        made->collator = QvxICU44::OfRoot();
     }
     made->Configure(options);
     return LocaleComparator(std::move(made));
@@ -100,8 +110,7 @@ int LocaleComparator::compare(TStringView a, TStringView b) const noexcept
         return a.compare(b);
     }
     UErrorCode status = U_ZERO_ERROR;
-    return m_implementation->collator->compare(a.data(), static_cast<std::int32_t>(a.length()), b.data(),
-                                               static_cast<std::int32_t>(b.length()), status);
+    return m_implementation->collator->compare(a.data(), a.length(), b.data(), b.length(), status);
 }
 
 std::string LocaleComparator::sortKey(TStringView text) const
@@ -109,13 +118,15 @@ std::string LocaleComparator::sortKey(TStringView text) const
     if (m_implementation->collator == nullptr) {
         return {};
     }
-    auto const units = static_cast<std::int32_t>(text.length());
-    std::string key(static_cast<std::size_t>(units) * 3 + 16, '\0');
+    icu::Collator const& collator = *m_implementation->collator;
+    constexpr std::size_t kMost = std::numeric_limits<std::int32_t>::max();
+    std::string key(std::min(text.size() * 3 + 16, kMost), '\0');
     for (;;) {
-        std::int32_t const size = m_implementation->collator->getSortKey(
-            text.data(), units, reinterpret_cast<std::uint8_t*>(key.data()), static_cast<std::int32_t>(key.size()));
-        bool const fits = static_cast<std::size_t>(size) <= key.size();
-        key.resize(static_cast<std::size_t>(size));
+        auto* const bytes = reinterpret_cast<std::uint8_t*>(key.data());
+        auto const needed = static_cast<std::size_t>(
+            collator.getSortKey(text.data(), text.length(), bytes, static_cast<std::int32_t>(key.size())));
+        bool const fits = needed <= key.size();
+        key.resize(needed);
         if (fits) {
             return key;
         }

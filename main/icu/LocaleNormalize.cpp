@@ -1,10 +1,15 @@
+// ICU's normalisers, asked first how far a text is normal already: for most texts that is all.
+
 #include <qvxsys/LocaleNormalize.h>
 
-#include <unicode/normalizer2.h>
+#include <algorithm>
+
 #include <unicode/normlzr.h>
 #include <unicode/unistr.h>
+#include <unicode/unorm2.h>
 
 #include "IcuBridge.h"
+#include "WrittenText.h"
 
 namespace QvxICU {
 namespace {
@@ -12,39 +17,44 @@ namespace {
 using QvxICU44::Alias;
 
 // One object per form for the whole process, never to be deleted; null if ICU has no data for it.
-icu::Normalizer2 const* Normalizer(ICUNormalization form)
+UNormalizer2 const* Normalizer(ICUNormalization form)
 {
     UErrorCode status = U_ZERO_ERROR;
     switch (form) {
     case ICUNormalization::NFC:
-        return icu::Normalizer2::getNFCInstance(status);
+        return unorm2_getNFCInstance(&status);
     case ICUNormalization::NFD:
-        return icu::Normalizer2::getNFDInstance(status);
+        return unorm2_getNFDInstance(&status);
     case ICUNormalization::NFKC:
-        return icu::Normalizer2::getNFKCInstance(status);
+        return unorm2_getNFKCInstance(&status);
     case ICUNormalization::NFKD:
-        return icu::Normalizer2::getNFKDInstance(status);
+        return unorm2_getNFKDInstance(&status);
     case ICUNormalization::FCD:
-        return icu::Normalizer2::getInstance(nullptr, "nfc", UNORM2_FCD, status);
+        return unorm2_getInstance(nullptr, "nfc", UNORM2_FCD, &status);
     default:
         return nullptr;
     }
 }
 
-TStringCore Normalized(TStringCore const& text, icu::Normalizer2 const* normalizer)
+TStringCore Normalized(TStringCore const& text, UNormalizer2 const* normalizer)
 {
     if (normalizer == nullptr) {
         return text;
     }
-    UErrorCode status = U_ZERO_ERROR;
-    icu::UnicodeString const units = Alias(text);
-    std::int32_t const same = normalizer->spanQuickCheckYes(units, status);
-    if (U_FAILURE(status) || same == units.length()) {
+    char16_t const* const units = text.data();
+    int const length = text.length();
+    UErrorCode checked = U_ZERO_ERROR;
+    int const same = unorm2_spanQuickCheckYes(normalizer, units, length, &checked);
+    if (U_FAILURE(checked) || same == length) {
         return text;
     }
-    icu::UnicodeString result = units.tempSubString(0, same);
-    normalizer->normalizeSecondAndAppend(result, units.tempSubString(same), status);
-    return U_SUCCESS(status) ? QvxICU44::Own(result) : text;
+    auto const write = [&](char16_t* to, int capacity, UErrorCode& status) {
+        std::copy_n(units, same, to);
+        return unorm2_normalizeSecondAndAppend(normalizer, to, same, capacity, units + same, length - same, &status);
+    };
+    TStringCore result = QvxICU44::Written(length, text, write);
+    // The quick check leaves some questions open, such as combining marks that have nothing to combine with.
+    return result.length() == length && std::equal(units, units + length, result.view().data()) ? text : result;
 }
 
 } // namespace
@@ -57,20 +67,21 @@ TStringCore normalize(TStringCore const& text, ICUNormalization form)
 TStringCore normalizeForSearch(TStringCore const& text)
 {
     UErrorCode status = U_ZERO_ERROR;
-    return Normalized(text, icu::Normalizer2::getNFKCCasefoldInstance(status));
+    return Normalized(text, unorm2_getNFKCCasefoldInstance(&status));
 }
 
 bool isNormalized(TStringView text, ICUNormalization form)
 {
     UErrorCode status = U_ZERO_ERROR;
-    icu::Normalizer2 const* const normalizer = Normalizer(form);
-    return normalizer == nullptr || normalizer->isNormalized(Alias(text), status);
+    UNormalizer2 const* const normalizer = Normalizer(form);
+    return normalizer == nullptr || text.empty() ||
+           unorm2_isNormalized(normalizer, text.data(), text.length(), &status) == 1;
 }
 
 bool areEquivalent(TStringView a, TStringView b)
 {
     UErrorCode status = U_ZERO_ERROR;
-    return icu::Normalizer::compare(Alias(a), Alias(b), 0, status) == 0;
+    return icu::Normalizer::compare(Alias(a), Alias(b), 0, status) == 0 && U_SUCCESS(status);
 }
 
 } // namespace QvxICU

@@ -43,8 +43,9 @@ struct CompareOptions
     bool ignorePunctuation = false;
 };
 
-/// A strict weak order on texts, for the algorithms and containers of the standard library. Copies are cheap and share
-/// what they stand on. May be used from several threads at once.
+/// A strict weak order on texts, for the algorithms and containers of the standard library. Copies share what they
+/// stand on and cost an atomic count; algorithms that copy their comparator again and again are best given std::cref.
+/// Making one takes some microseconds once ICU knows the locale. May be used from several threads at once.
 class QVXSYS_API LocaleComparator
 {
 public:
@@ -59,7 +60,7 @@ public:
     ~LocaleComparator();
 
     /// How making it went: UsingFallbackWarning and UsingDefaultWarning when a parent of the locale was taken, an error
-    /// of the rules or options when they do not hold.
+    /// of a malformed locale (the order is the root locale's then), of the rules or of options that do not hold.
     [[nodiscard]] ICUErrorCode status() const noexcept;
 
     /// Below 0, 0 or above 0. Lone surrogates sort as unassigned code points.

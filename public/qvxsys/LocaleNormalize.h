@@ -16,7 +16,7 @@
 namespace QvxICU {
 
 /// FCD is a form that can be compared without being normalised, and more than one text can have it; None returns the
-/// text. Throws what making a string throws when the result is too long for one.
+/// text. Throws std::bad_alloc, and what making a string throws when the result is too long for one.
 [[nodiscard]] QVXSYS_API TStringCore normalize(TStringCore const& text, ICUNormalization form);
 /// Whether normalize would return the text as it is.
 [[nodiscard]] QVXSYS_API bool isNormalized(TStringView text, ICUNormalization form);
