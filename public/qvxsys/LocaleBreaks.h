@@ -68,7 +68,7 @@ public:
         using pointer = Pointer;
         using reference = TextPiece;
         using iterator_concept = std::bidirectional_iterator_tag;
-        using iterator_category = std::input_iterator_tag;
+        using iterator_category = std::bidirectional_iterator_tag; // so that std::prev goes back
 
         Iterator() = default;
         [[nodiscard]] TextPiece operator*() const noexcept { return m_piece; }

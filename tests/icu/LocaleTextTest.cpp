@@ -162,6 +162,7 @@ TEST(LocaleBreaks, PiecesAreThoseOfIcu)
     }
 }
 
+// In Swedish: for most languages CLDR has a word end at a colon, against the standard.
 TEST(LocaleBreaks, FollowTheUnicodeStandard)
 {
     std::pair<char const*, ICUBreakIteratorType> const kFiles[] = {{"Grapheme", ICUBreakIteratorType::Character},
@@ -187,7 +188,7 @@ TEST(LocaleBreaks, FollowTheUnicodeStandard)
                 }
             }
             std::vector<int> found;
-            for (TextPiece const& piece : pieces(text, type, Named(""))) {
+            for (TextPiece const& piece : pieces(text, type, Named("sv"))) {
                 found.push_back(piece.start);
             }
             if (!cuts.empty()) {
