@@ -1,0 +1,50 @@
+// What threads may do with the wrappers at once; run under ThreadSanitizer as well.
+
+#include <string>
+
+#include <gtest/gtest.h>
+#include <qvxsys/qvxsys.h>
+
+#include "support/Threads.h"
+
+using QvxICU::ICUErrorCode;
+using QvxICU::ICULocale;
+using QvxICU::ICUString;
+
+namespace {
+
+// All threads begin with the first use of the constants, read the shared locale, and change copies of their own.
+TEST(IcuThreads, CopiesOfOneLocaleAreIndependent)
+{
+    auto const shared = ICULocale::createFromName("sr_Latn_RS@currency=EUR");
+    InParallel(4, [&](int id) {
+        std::string const value = "CU" + std::to_string(id);
+        for (int i = 0; i < 1000 / kStressDivisor; ++i) {
+            ICUErrorCode status = ICUErrorCode::ZeroError;
+            ICULocale copy = i % 2 == 0 ? *shared : ICULocale::getCanadaFrench();
+            ICULocale const second = copy;
+            copy.setKeywordValue("currency", value.c_str(), status);
+            ASSERT_EQ(copy.getKeywordValue("currency", status), value);
+            ASSERT_EQ(second, i % 2 == 0 ? *shared : ICULocale::getCanadaFrench());
+            ASSERT_FALSE(shared->getDisplayName(second).isEmpty());
+        }
+    });
+    EXPECT_STREQ(shared->getName(), "sr_Latn_RS@currency=EUR");
+}
+
+TEST(IcuThreads, CopiesOfOneStringAreIndependent)
+{
+    auto const shared = ICUString::createInstance(TStringView(TStringCore(u'x', 200)));
+    InParallel(4, [&](int id) {
+        auto const unit = static_cast<char16_t>(u'a' + id);
+        for (int i = 0; i < 1000 / kStressDivisor; ++i) {
+            auto const copy = shared->clone();
+            copy->setCharAt(i % 200, unit).append(unit);
+            ASSERT_EQ(copy->charAt(i % 200), unit);
+            ASSERT_EQ(shared->indexOf(unit), -1);
+        }
+    });
+    EXPECT_EQ(*shared, TStringCore(u'x', 200));
+}
+
+} // namespace
