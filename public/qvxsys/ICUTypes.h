@@ -53,6 +53,7 @@ enum class ICUErrorCode : int {
     CollatorVersionMismatch = 28,
     UselessCollatorError = 29,
     NoWritePermission = 30,
+    InputTooLongError = 31,
     BadVariableDefinition = 0x10000, ///< from here on: rules of transliterators
     MalformedRule = 0x10001,
     MalformedSet = 0x10002,
@@ -322,10 +323,13 @@ struct ICUBreakIterator;
 struct ICUCharacterIterator;
 struct ICUCharsetDetector;
 struct ICUCharsetMatch;
+struct ICUCodePointMap;
 struct ICUCollationElements;
 struct ICUConverter;
 struct ICUConverterSelector;
 struct ICUEnumeration;
+struct ICUFieldPositionIterator;
+struct ICUFormattable;
 struct ICUFromUnicodeArgs;
 struct ICUNormalizer2;
 struct ICUNumberFormat;

@@ -1,6 +1,7 @@
 #pragma once
-// The forwarding layer over ICU's flat functions: one function for each one the library uses, named t_ plus ICU's name,
-// with the library's own enumerations and opaque handles in place of ICU's, so that no ICU header is needed to use it.
+// The forwarding layer over ICU's flat functions, as far as the text classes stand on it: one function for each, named
+// t_ plus ICU's name, with the library's own enumerations and opaque handles in place of ICU's, so that no ICU header
+// is needed to use it. All others are in <qvxsys/IcuFunctions.h>.
 //
 //     QvxICU::ICUErrorCode status = QvxICU::ICUErrorCode::ZeroError;
 //     QvxICU::ICUConverter* converter = QvxICU::t_ucnv_open("windows-1252", &status);
@@ -16,124 +17,77 @@
 #include <string>
 
 #include <qvxsys/ICUTypes.h>
+#include <qvxsys/IcuDeclare.h>
+#include <qvxsys/IcuProperties.h>
 #include <qvxsys/Platform.h>
 
 class TStringCore;
 
 namespace QvxICU {
 
-/// Binary properties, by ICU's UProperty values (those the library asks for; others can be cast).
-enum class ICUProperty : int {
-    Alphabetic = 0,
-    Lowercase = 22,
-    Uppercase = 30,
-    WhiteSpace = 31,
-    PosixAlnum = 44,
-    PosixBlank = 45,
-    PosixGraph = 46,
-    PosixPrint = 47,
-    PosixXDigit = 48,
-};
-
-/// General categories, by ICU's UCharCategory values.
-enum class ICUCharCategory : std::int8_t {
-    Unassigned = 0,
-    UppercaseLetter = 1,
-    LowercaseLetter = 2,
-    TitlecaseLetter = 3,
-    ModifierLetter = 4,
-    OtherLetter = 5,
-    NonSpacingMark = 6,
-    EnclosingMark = 7,
-    CombiningSpacingMark = 8,
-    DecimalDigitNumber = 9,
-    LetterNumber = 10,
-    OtherNumber = 11,
-    SpaceSeparator = 12,
-    LineSeparator = 13,
-    ParagraphSeparator = 14,
-    ControlChar = 15,
-    FormatChar = 16,
-    PrivateUseChar = 17,
-    Surrogate = 18,
-    DashPunctuation = 19,
-    StartPunctuation = 20,
-    EndPunctuation = 21,
-    ConnectorPunctuation = 22,
-    OtherPunctuation = 23,
-    MathSymbol = 24,
-    CurrencySymbol = 25,
-    ModifierSymbol = 26,
-    OtherSymbol = 27,
-    InitialPunctuation = 28,
-    FinalPunctuation = 29,
-};
-
 /// @name Character properties
 /// @{
-[[nodiscard]] QVXSYS_API ICUCharCategory t_u_charType(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API char32_t t_u_foldCase(char32_t c, std::uint32_t options) noexcept;
-[[nodiscard]] QVXSYS_API bool t_u_hasBinaryProperty(char32_t c, ICUProperty which) noexcept;
-[[nodiscard]] QVXSYS_API bool t_u_isUAlphabetic(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API bool t_u_isULowercase(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API bool t_u_isUUppercase(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API bool t_u_isUWhiteSpace(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API bool t_u_isWhitespace(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API bool t_u_isblank(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API bool t_u_isdigit(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API bool t_u_ispunct(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API bool t_u_isxdigit(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API char32_t t_u_tolower(char32_t c) noexcept;
-[[nodiscard]] QVXSYS_API char32_t t_u_toupper(char32_t c) noexcept;
+[[nodiscard]] QVX_ICU(ICUCharCategory, u_charType, (char32_t, c));
+[[nodiscard]] QVX_ICU(char32_t, u_foldCase, (char32_t, c), (std::uint32_t, options));
+[[nodiscard]] QVX_ICU(bool, u_hasBinaryProperty, (char32_t, c), (ICUProperty, which));
+[[nodiscard]] QVX_ICU(bool, u_isUAlphabetic, (char32_t, c));
+[[nodiscard]] QVX_ICU(bool, u_isULowercase, (char32_t, c));
+[[nodiscard]] QVX_ICU(bool, u_isUUppercase, (char32_t, c));
+[[nodiscard]] QVX_ICU(bool, u_isUWhiteSpace, (char32_t, c));
+[[nodiscard]] QVX_ICU(bool, u_isWhitespace, (char32_t, c));
+[[nodiscard]] QVX_ICU(bool, u_isblank, (char32_t, c));
+[[nodiscard]] QVX_ICU(bool, u_isdigit, (char32_t, c));
+[[nodiscard]] QVX_ICU(bool, u_ispunct, (char32_t, c));
+[[nodiscard]] QVX_ICU(bool, u_isxdigit, (char32_t, c));
+[[nodiscard]] QVX_ICU(char32_t, u_tolower, (char32_t, c));
+[[nodiscard]] QVX_ICU(char32_t, u_toupper, (char32_t, c));
 /// @}
 
 /// @name Strings (lengths in units; -1 where ICU takes it means terminated)
 /// @{
-QVXSYS_API std::int32_t t_u_strFoldCase(char16_t* dest, std::int32_t capacity, char16_t const* src, std::int32_t length,
-                                        std::uint32_t options, ICUErrorCode* status) noexcept;
-QVXSYS_API char16_t* t_u_strFromUTF32(char16_t* dest, std::int32_t capacity, std::int32_t* destLength,
-                                      char32_t const* src, std::int32_t length, ICUErrorCode* status) noexcept;
-QVXSYS_API char16_t* t_u_strFromUTF32WithSub(char16_t* dest, std::int32_t capacity, std::int32_t* destLength,
-                                             char32_t const* src, std::int32_t length, char32_t substitution,
-                                             std::int32_t* substitutions, ICUErrorCode* status) noexcept;
-QVXSYS_API char16_t* t_u_strFromUTF8(char16_t* dest, std::int32_t capacity, std::int32_t* destLength, char const* src,
-                                     std::int32_t length, ICUErrorCode* status) noexcept;
-QVXSYS_API char16_t* t_u_strFromUTF8WithSub(char16_t* dest, std::int32_t capacity, std::int32_t* destLength,
-                                            char const* src, std::int32_t length, char32_t substitution,
-                                            std::int32_t* substitutions, ICUErrorCode* status) noexcept;
-QVXSYS_API std::int32_t t_u_strToLower(char16_t* dest, std::int32_t capacity, char16_t const* src, std::int32_t length,
-                                       char const* locale, ICUErrorCode* status) noexcept;
-QVXSYS_API std::int32_t t_u_strToTitle(char16_t* dest, std::int32_t capacity, char16_t const* src, std::int32_t length,
-                                       ICUBreakIterator* titleIterator, char const* locale,
-                                       ICUErrorCode* status) noexcept;
-QVXSYS_API std::int32_t t_u_strToUpper(char16_t* dest, std::int32_t capacity, char16_t const* src, std::int32_t length,
-                                       char const* locale, ICUErrorCode* status) noexcept;
-QVXSYS_API char32_t* t_u_strToUTF32(char32_t* dest, std::int32_t capacity, std::int32_t* destLength,
-                                    char16_t const* src, std::int32_t length, ICUErrorCode* status) noexcept;
-QVXSYS_API char32_t* t_u_strToUTF32WithSub(char32_t* dest, std::int32_t capacity, std::int32_t* destLength,
-                                           char16_t const* src, std::int32_t length, char32_t substitution,
-                                           std::int32_t* substitutions, ICUErrorCode* status) noexcept;
-QVXSYS_API char* t_u_strToUTF8(char* dest, std::int32_t capacity, std::int32_t* destLength, char16_t const* src,
-                               std::int32_t length, ICUErrorCode* status) noexcept;
-QVXSYS_API char* t_u_strToUTF8WithSub(char* dest, std::int32_t capacity, std::int32_t* destLength, char16_t const* src,
-                                      std::int32_t length, char32_t substitution, std::int32_t* substitutions,
-                                      ICUErrorCode* status) noexcept;
-[[nodiscard]] QVXSYS_API std::int32_t t_u_strcasecmp(char16_t const* a, char16_t const* b,
-                                                     std::uint32_t options) noexcept;
-[[nodiscard]] QVXSYS_API std::int32_t t_u_strcmp(char16_t const* a, char16_t const* b) noexcept;
-[[nodiscard]] QVXSYS_API std::int32_t t_u_strncasecmp(char16_t const* a, char16_t const* b, std::int32_t n,
-                                                      std::uint32_t options) noexcept;
-[[nodiscard]] QVXSYS_API std::int32_t t_u_strncmp(char16_t const* a, char16_t const* b, std::int32_t n) noexcept;
+QVX_ICU(std::int32_t, u_strFoldCase, (char16_t*, dest), (std::int32_t, capacity), (char16_t const*, src),
+        (std::int32_t, length), (std::uint32_t, options), (ICUErrorCode*, status));
+QVX_ICU(char16_t*, u_strFromUTF32, (char16_t*, dest), (std::int32_t, capacity), (std::int32_t*, destLength),
+        (char32_t const*, src), (std::int32_t, length), (ICUErrorCode*, status));
+QVX_ICU(char16_t*, u_strFromUTF32WithSub, (char16_t*, dest), (std::int32_t, capacity), (std::int32_t*, destLength),
+        (char32_t const*, src), (std::int32_t, length), (char32_t, substitution), (std::int32_t*, substitutions),
+        (ICUErrorCode*, status));
+QVX_ICU(char16_t*, u_strFromUTF8, (char16_t*, dest), (std::int32_t, capacity), (std::int32_t*, destLength),
+        (char const*, src), (std::int32_t, length), (ICUErrorCode*, status));
+QVX_ICU(char16_t*, u_strFromUTF8WithSub, (char16_t*, dest), (std::int32_t, capacity), (std::int32_t*, destLength),
+        (char const*, src), (std::int32_t, length), (char32_t, substitution), (std::int32_t*, substitutions),
+        (ICUErrorCode*, status));
+QVX_ICU(std::int32_t, u_strToLower, (char16_t*, dest), (std::int32_t, capacity), (char16_t const*, src),
+        (std::int32_t, length), (char const*, locale), (ICUErrorCode*, status));
+QVX_ICU(std::int32_t, u_strToTitle, (char16_t*, dest), (std::int32_t, capacity), (char16_t const*, src),
+        (std::int32_t, length), (ICUBreakIterator*, titleIterator), (char const*, locale), (ICUErrorCode*, status));
+QVX_ICU(std::int32_t, u_strToUpper, (char16_t*, dest), (std::int32_t, capacity), (char16_t const*, src),
+        (std::int32_t, length), (char const*, locale), (ICUErrorCode*, status));
+QVX_ICU(char32_t*, u_strToUTF32, (char32_t*, dest), (std::int32_t, capacity), (std::int32_t*, destLength),
+        (char16_t const*, src), (std::int32_t, length), (ICUErrorCode*, status));
+QVX_ICU(char32_t*, u_strToUTF32WithSub, (char32_t*, dest), (std::int32_t, capacity), (std::int32_t*, destLength),
+        (char16_t const*, src), (std::int32_t, length), (char32_t, substitution), (std::int32_t*, substitutions),
+        (ICUErrorCode*, status));
+QVX_ICU(char*, u_strToUTF8, (char*, dest), (std::int32_t, capacity), (std::int32_t*, destLength),
+        (char16_t const*, src), (std::int32_t, length), (ICUErrorCode*, status));
+QVX_ICU(char*, u_strToUTF8WithSub, (char*, dest), (std::int32_t, capacity), (std::int32_t*, destLength),
+        (char16_t const*, src), (std::int32_t, length), (char32_t, substitution), (std::int32_t*, substitutions),
+        (ICUErrorCode*, status));
+[[nodiscard]] QVX_ICU(std::int32_t, u_strcasecmp, (char16_t const*, a), (char16_t const*, b), (std::uint32_t, options));
+[[nodiscard]] QVX_ICU(std::int32_t, u_strcmp, (char16_t const*, a), (char16_t const*, b));
+[[nodiscard]] QVX_ICU(std::int32_t, u_strncasecmp, (char16_t const*, a), (char16_t const*, b), (std::int32_t, n),
+                      (std::uint32_t, options));
+[[nodiscard]] QVX_ICU(std::int32_t, u_strncmp, (char16_t const*, a), (char16_t const*, b), (std::int32_t, n));
 /// @}
 
 /// @name The library itself
 /// @{
-/// Frees ICU's caches. Not thread-safe: no other ICU call may run.
 /// The name of ICU's default locale, "en_US".
-[[nodiscard]] QVXSYS_API char const* t_uloc_getDefault() noexcept;
-QVXSYS_API void t_u_cleanup() noexcept;
+[[nodiscard]] QVX_ICU_0(char const*, uloc_getDefault);
+/// Frees ICU's caches. Not thread-safe: no other ICU call may run, and nothing that ICU opened may be open.
+QVX_ICU_0(void, u_cleanup);
 /// The code's name as ICU spells it, "U_BUFFER_OVERFLOW_ERROR" for instance.
-[[nodiscard]] QVXSYS_API char const* t_u_errorName(ICUErrorCode code) noexcept;
+[[nodiscard]] QVX_ICU(char const*, u_errorName, (ICUErrorCode, code));
 /// @}
 
 /// @name Converters
@@ -146,49 +100,49 @@ using ICUFromUnicodeCallback = void (*)(void const* context, ICUFromUnicodeArgs*
                                         ICUErrorCode* status);
 
 /// Opens a converter by name, the default one for null. The status may be a warning: test it with ICU_FAILURE.
-[[nodiscard]] QVXSYS_API ICUConverter* t_ucnv_open(char const* name, ICUErrorCode* status) noexcept;
-QVXSYS_API void t_ucnv_close(ICUConverter* converter) noexcept;
-[[nodiscard]] QVXSYS_API char const* t_ucnv_getName(ICUConverter const* converter, ICUErrorCode* status) noexcept;
-[[nodiscard]] QVXSYS_API char const* t_ucnv_getDefaultName() noexcept;
-[[nodiscard]] QVXSYS_API std::int8_t t_ucnv_getMaxCharSize(ICUConverter const* converter) noexcept;
-QVXSYS_API void t_ucnv_reset(ICUConverter* converter) noexcept;
-QVXSYS_API char32_t t_ucnv_getNextUChar(ICUConverter* converter, char const** source, char const* limit,
-                                        ICUErrorCode* status) noexcept;
-QVXSYS_API std::int32_t t_ucnv_fromUChars(ICUConverter* converter, char* dest, std::int32_t capacity,
-                                          char16_t const* src, std::int32_t length, ICUErrorCode* status) noexcept;
-QVXSYS_API std::int32_t t_ucnv_toUChars(ICUConverter* converter, char16_t* dest, std::int32_t capacity, char const* src,
-                                        std::int32_t length, ICUErrorCode* status) noexcept;
-QVXSYS_API void t_ucnv_toUnicode(ICUConverter* converter, char16_t** target, char16_t const* targetLimit,
-                                 char const** source, char const* sourceLimit, std::int32_t* offsets, bool flush,
-                                 ICUErrorCode* status) noexcept;
+[[nodiscard]] QVX_ICU(ICUConverter*, ucnv_open, (char const*, name), (ICUErrorCode*, status));
+QVX_ICU(void, ucnv_close, (ICUConverter*, converter));
+[[nodiscard]] QVX_ICU(char const*, ucnv_getName, (ICUConverter const*, converter), (ICUErrorCode*, status));
+[[nodiscard]] QVX_ICU_0(char const*, ucnv_getDefaultName);
+[[nodiscard]] QVX_ICU(std::int8_t, ucnv_getMaxCharSize, (ICUConverter const*, converter));
+QVX_ICU(void, ucnv_reset, (ICUConverter*, converter));
+QVX_ICU(char32_t, ucnv_getNextUChar, (ICUConverter*, converter), (char const**, source), (char const*, limit),
+        (ICUErrorCode*, status));
+QVX_ICU(std::int32_t, ucnv_fromUChars, (ICUConverter*, converter), (char*, dest), (std::int32_t, capacity),
+        (char16_t const*, src), (std::int32_t, length), (ICUErrorCode*, status));
+QVX_ICU(std::int32_t, ucnv_toUChars, (ICUConverter*, converter), (char16_t*, dest), (std::int32_t, capacity),
+        (char const*, src), (std::int32_t, length), (ICUErrorCode*, status));
+QVX_ICU(void, ucnv_toUnicode, (ICUConverter*, converter), (char16_t**, target), (char16_t const*, targetLimit),
+        (char const**, source), (char const*, sourceLimit), (std::int32_t*, offsets), (bool, flush),
+        (ICUErrorCode*, status));
 /// Installs what is called for bytes that cannot be decoded. The callback either substitutes
-/// (t_UCNV_TO_U_CALLBACK_SUBSTITUTE) or leaves the failed status as it is. The previous callback is not returned.
-QVXSYS_API void t_ucnv_setToUCallBack(ICUConverter* converter, ICUToUnicodeCallback callback, void const* context,
-                                      ICUErrorCode* status) noexcept;
+/// (t_UCNV_TO_U_CALLBACK_SUBSTITUTE) or leaves the failed status as it is. The
+/// previous callback and context are stored where the pointers given are not null.
+QVX_ICU(void, ucnv_setToUCallBack, (ICUConverter*, converter), (ICUToUnicodeCallback, newAction),
+        (void const*, newContext), (ICUToUnicodeCallback*, oldAction), (void const**, oldContext),
+        (ICUErrorCode*, status));
 /// Installs what is called for code points that cannot be encoded.
-QVXSYS_API void t_ucnv_setFromUCallBack(ICUConverter* converter, ICUFromUnicodeCallback callback, void const* context,
-                                        ICUErrorCode* status) noexcept;
-QVXSYS_API void t_UCNV_TO_U_CALLBACK_SUBSTITUTE(void const* context, ICUToUnicodeArgs* args, char const* bytes,
-                                                std::int32_t length, ICUConverterCallbackReason reason,
-                                                ICUErrorCode* status) noexcept;
-QVXSYS_API void t_UCNV_FROM_U_CALLBACK_SUBSTITUTE(void const* context, ICUFromUnicodeArgs* args, char16_t const* units,
-                                                  std::int32_t length, char32_t codePoint,
-                                                  ICUConverterCallbackReason reason, ICUErrorCode* status) noexcept;
+QVX_ICU(void, ucnv_setFromUCallBack, (ICUConverter*, converter), (ICUFromUnicodeCallback, newAction),
+        (void const*, newContext), (ICUFromUnicodeCallback*, oldAction), (void const**, oldContext),
+        (ICUErrorCode*, status));
+QVX_ICU(void, UCNV_TO_U_CALLBACK_SUBSTITUTE, (void const*, context), (ICUToUnicodeArgs*, args), (char const*, bytes),
+        (std::int32_t, length), (ICUConverterCallbackReason, reason), (ICUErrorCode*, status));
+QVX_ICU(void, UCNV_FROM_U_CALLBACK_SUBSTITUTE, (void const*, context), (ICUFromUnicodeArgs*, args),
+        (char16_t const*, units), (std::int32_t, length), (char32_t, codePoint), (ICUConverterCallbackReason, reason),
+        (ICUErrorCode*, status));
 /// @}
 
 /// @name Charset detection
 /// @{
-[[nodiscard]] QVXSYS_API ICUCharsetDetector* t_ucsdet_open(ICUErrorCode* status) noexcept;
-QVXSYS_API void t_ucsdet_close(ICUCharsetDetector* detector) noexcept;
+[[nodiscard]] QVX_ICU(ICUCharsetDetector*, ucsdet_open, (ICUErrorCode*, status));
+QVX_ICU(void, ucsdet_close, (ICUCharsetDetector*, detector));
 /// The text is not copied: it must outlive the matches.
-QVXSYS_API void t_ucsdet_setText(ICUCharsetDetector* detector, char const* text, std::int32_t length,
-                                 ICUErrorCode* status) noexcept;
-[[nodiscard]] QVXSYS_API ICUCharsetMatch const* t_ucsdet_detect(ICUCharsetDetector* detector,
-                                                                ICUErrorCode* status) noexcept;
-[[nodiscard]] QVXSYS_API char const* t_ucsdet_getName(ICUCharsetMatch const* match, ICUErrorCode* status) noexcept;
+QVX_ICU(void, ucsdet_setText, (ICUCharsetDetector*, detector), (char const*, text), (std::int32_t, length),
+        (ICUErrorCode*, status));
+[[nodiscard]] QVX_ICU(ICUCharsetMatch const*, ucsdet_detect, (ICUCharsetDetector*, detector), (ICUErrorCode*, status));
+[[nodiscard]] QVX_ICU(char const*, ucsdet_getName, (ICUCharsetMatch const*, match), (ICUErrorCode*, status));
 /// 0 to 100.
-[[nodiscard]] QVXSYS_API std::int32_t t_ucsdet_getConfidence(ICUCharsetMatch const* match,
-                                                             ICUErrorCode* status) noexcept;
+[[nodiscard]] QVX_ICU(std::int32_t, ucsdet_getConfidence, (ICUCharsetMatch const*, match), (ICUErrorCode*, status));
 /// @}
 
 /// @name Stepping by code point

@@ -60,7 +60,7 @@ public:
     struct Detection
     {
         std::string encoding;            ///< a name that the constructor takes
-        FoundBy foundBy = FoundBy::Utf8; ///
+        FoundBy foundBy = FoundBy::Utf8; ///< see there
         int confidence = 100;            ///< in percent; 100 unless found by statistics, 0 for want of anything better
         std::size_t bomLength = 0;       ///< the bytes of the byte order mark at the beginning, 0 without one
         bool looksBinary = false;        ///< there is a byte 0 that the encoding does not explain

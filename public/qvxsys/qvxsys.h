@@ -35,6 +35,17 @@
 #include <qvxsys/ICUString.h>
 #include <qvxsys/ICUTransliterator.h>
 #include <qvxsys/ICUTypes.h>
+#include <qvxsys/IcuCharacters.h>
+#include <qvxsys/IcuCollation.h>
+#include <qvxsys/IcuConstants.h>
+#include <qvxsys/IcuConverters.h>
+#include <qvxsys/IcuDeclare.h>
+#include <qvxsys/IcuFunctions.h>
+#include <qvxsys/IcuHandles.h>
+#include <qvxsys/IcuLocales.h>
+#include <qvxsys/IcuProperties.h>
+#include <qvxsys/IcuSets.h>
+#include <qvxsys/IcuTexts.h>
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
 #include <qvxsys/Launch.h>

@@ -53,7 +53,7 @@ FILES = [
      r"ParallelFor|Promise|Run|SharedState|TThreadPool|TaskState|Tasks|Timer)\.h", "task"),
     (r"public/qvxsys/(Hash|sha2)\.h", "hash"),
     (r"public/qvxsys/(MemoryPressure|Resource(Manager|Observer|Reporter|Values))\.h", "monitor"),
-    (r"public/qvxsys/(QvxICU|ICUTypes)\.h", "text"),
+    (r"public/qvxsys/(QvxICU|ICUTypes|Icu(Constants|Declare|Properties))\.h", "text"),
     (r"public/qvxsys/(ICU|Icu|Locale)\w+\.h", "icu"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),
@@ -72,7 +72,7 @@ FILES = [
 CONDITIONALS_ALLOWED = {"public/qvxsys/Platform.h"}
 WINDOWS_GATE = "main/platform/WindowsApi.h"
 WINDOWS_SOURCE = re.compile(r"_win\.cpp$")
-ICU_ALLOWED = re.compile(r"^main/(icu/|qvxsys/text/QvxICU\.cpp$)")
+ICU_ALLOWED = re.compile(r"^main/(icu/|qvxsys/text/(QvxICU\.cpp|IcuForward\.h)$)")
 SIZE_LIMIT = 1000
 
 CONDITIONAL = re.compile(

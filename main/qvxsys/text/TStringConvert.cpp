@@ -185,7 +185,7 @@ std::string TStringCore::toLocal8Bit(bool* lossy) const
     Converter const converter = empty() ? nullptr : OpenDefault();
     if (converter != nullptr) {
         auto status = ICUErrorCode::ZeroError;
-        t_ucnv_setFromUCallBack(converter.get(), NoteLoss, &lost, &status);
+        t_ucnv_setFromUCallBack(converter.get(), NoteLoss, &lost, nullptr, nullptr, &status);
         auto const encode = [&] {
             return t_ucnv_fromUChars(converter.get(), result.data(), static_cast<int>(result.size()), constData(),
                                      length(), &status);

@@ -330,7 +330,7 @@ void TTextDecoder::State::Use(char const* encoding)
         return;
     }
     name = std::string_view(encoding) == "local" ? known : encoding;
-    t_ucnv_setToUCallBack(opened.get(), StopAtMalformed, nullptr, &status);
+    t_ucnv_setToUCallBack(opened.get(), StopAtMalformed, nullptr, nullptr, nullptr, &status);
     form = Form::Converter;
     converter = std::move(opened);
 }
