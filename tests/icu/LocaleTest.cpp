@@ -147,6 +147,7 @@ std::vector<std::string> OddNames()
             "en_US_POSIX",
             "i-klingon",
             "no_NO_NY",
+            "sh_YU",
             "zh_TW_STROKE",
             "de__PHONEBOOK",
             "xx_YY_ZZ",

@@ -1,0 +1,197 @@
+// The factories make what the static functions make, failures included.
+
+#include <functional>
+#include <new>
+#include <typeinfo>
+
+#include <gtest/gtest.h>
+#include <unicode/uchar.h>
+#include <unicode/uversion.h>
+
+#include "support/FailingNew.h"
+#include "support/IcuOracle.h"
+
+using namespace QvxICU;
+using namespace testing_support;
+
+namespace {
+
+template<class Pointer>
+void ExpectSameKind(Pointer const& ours, Pointer const& theirs)
+{
+    ASSERT_TRUE(ours && theirs);
+    auto const& a = *ours;
+    auto const& b = *theirs;
+    EXPECT_EQ(typeid(a), typeid(b));
+}
+
+// What a call makes with the factory and with the static function: of one kind, with one status, and `Told` the same.
+#define EXPECT_MADE_ALIKE(factory, Wrapper, call, told)                                                                \
+    do {                                                                                                               \
+        ICUErrorCode status{};                                                                                         \
+        auto const ours = factory.call;                                                                                \
+        ICUErrorCode const ourStatus = status;                                                                         \
+        status = {};                                                                                                   \
+        auto const theirs = Wrapper::call;                                                                             \
+        EXPECT_EQ(ourStatus, status) << #call;                                                                         \
+        ExpectSameKind(ours, theirs);                                                                                  \
+        EXPECT_EQ(ours->told, theirs->told) << #call;                                                                  \
+    } while (false)
+
+TEST(Factories, MakeWhatTheStaticFunctionsMake)
+{
+    ICUFactories const& icu = Module().getFactories();
+    ICULocale const& locale = ICULocale::getCanadaFrench();
+    ICUParseError error;
+    ICUErrorCode ignored{};
+    auto const symbols = ICUDateFormatSymbols::createInstance(locale, ignored);
+    auto const format = ICUSimpleDateFormat::createInstance(u"y", locale, ignored);
+    auto const numbers = ICUDecimalFormatSymbols::createInstance(locale, ignored);
+    using Style = ICUDateFormat::ICUEStyle;
+    auto const style = static_cast<Style>(1);
+
+    EXPECT_MADE_ALIKE(icu.calendar, ICUCalendar, createInstance(status), getTimeZone());
+    EXPECT_MADE_ALIKE(icu.calendar, ICUCalendar, createInstance(locale, status), getFirstDayOfWeek(status));
+    EXPECT_MADE_ALIKE(icu.gregorianCalendar, ICUGregorianCalendar, createInstance(locale, status), isLeapYear(2000));
+    EXPECT_MADE_ALIKE(icu.dateFormat, ICUDateFormat, createDateInstance(style, locale), isLenient());
+    EXPECT_MADE_ALIKE(icu.dateFormat, ICUDateFormat, createTimeInstance(style, locale), isLenient());
+    EXPECT_MADE_ALIKE(icu.dateFormat, ICUDateFormat, createDateTimeInstance(style, style, locale), isLenient());
+    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(status), toPattern());
+    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance("d.M", locale, status), toPattern());
+    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(L"d.M", locale, status), toPattern());
+    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(u"d.M", status), toPattern());
+    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(u"d.M", locale, status), toPattern());
+    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(u"d", *symbols, status), toPattern());
+    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(*format), toPattern());
+    EXPECT_MADE_ALIKE(icu.dateFormatSymbols, ICUDateFormatSymbols, createInstance(locale, status), getAmPmStrings());
+    EXPECT_MADE_ALIKE(icu.dateFormatSymbols, ICUDateFormatSymbols, createInstance(locale, "hebrew", status),
+                      getMonths(ICUDateFormatSymbols::Format, ICUDateFormatSymbols::Wide));
+    EXPECT_EQ(icu.dateFormatSymbols.getMonth(2, "de"), u"M\u00E4rz");
+    EXPECT_EQ(icu.dateFormatSymbols.getQuarter(2, "de"), u"3. Quartal");
+    EXPECT_EQ(icu.dateFormatSymbols.getWeekday(2, "de"), u"Montag");
+    EXPECT_MADE_ALIKE(icu.dateTimePatternGenerator, ICUDateTimePatternGenerator, createInstance("de", status),
+                      getBestPattern(u"yMMMd", status));
+    EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createInstance(locale), toPattern());
+    EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createCurrencyInstance(locale), toPattern());
+    EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createInstance(locale, ICUNumberFormatStyle::Percent),
+                      toPattern());
+    EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createInstance(u"0.0", *numbers, status), toPattern());
+    EXPECT_MADE_ALIKE(icu.decimalFormatSymbols, ICUDecimalFormatSymbols, createInstance(locale, status), getDigit(3));
+    EXPECT_MADE_ALIKE(icu.fieldPosition, ICUFieldPosition, createInstance(), getField());
+    EXPECT_MADE_ALIKE(icu.fieldPosition, ICUFieldPosition, createInstance(3), getField());
+    EXPECT_MADE_ALIKE(icu.parsePosition, ICUParsePosition, createInstance(), getIndex());
+    EXPECT_MADE_ALIKE(icu.parsePosition, ICUParsePosition, createInstance(3), getIndex());
+    EXPECT_MADE_ALIKE(icu.string, ICUString, createInstance(), toString());
+    EXPECT_MADE_ALIKE(icu.string, ICUString, createInstance("\xC3\xA4"), toString());
+    EXPECT_MADE_ALIKE(icu.string, ICUString, createInstance(L"\u00E4"), toString());
+    EXPECT_MADE_ALIKE(icu.string, ICUString, createInstance(u"\u00E4"), toString());
+    EXPECT_MADE_ALIKE(icu.string, ICUString, createAlias(u"\u00E4"), view().data());
+    EXPECT_MADE_ALIKE(icu.string, ICUString, createFromCodepage("\x80", 1, "cp1252", status), toString());
+    auto const pattern = ICUString::createInstance(u"a(b)");
+    EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(*pattern, 2, status), pattern());
+    EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(u"x", 2, status), flags());
+    EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(*pattern, 2, error, status), pattern());
+    EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(u"x", 2, error, status), flags());
+    auto const forward = ICUTransDirection::Forward;
+    EXPECT_MADE_ALIKE(icu.transliterator, ICUTransliterator, createInstance(L"Latin-Greek", forward, status), getID());
+    EXPECT_MADE_ALIKE(icu.transliterator, ICUTransliterator,
+                      createInstanceFromRules(u"own", u"a > b;", forward, error, status), transliterate(u"banana"));
+
+    // Failures: the status says what, and there is a wrapper all the same.
+    EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(u"(", 0, status), flags());
+    EXPECT_MADE_ALIKE(icu.transliterator, ICUTransliterator, createInstance(u"None-Such", forward, status), getID());
+    EXPECT_MADE_ALIKE(icu.string, ICUString, createFromCodepage("x", 1, "none such", status), isBogus());
+    EXPECT_MADE_ALIKE(icu.locale, ICULocale, forLanguageTag("not a tag", status), isBogus());
+    ICUErrorCode failed = ICUErrorCode::MemoryAllocationError;
+    EXPECT_NE(icu.calendar.createInstance(locale, failed), nullptr);
+    EXPECT_NE(icu.dateTimePatternGenerator.createInstance("de", failed), nullptr);
+    EXPECT_NE(icu.dateFormatSymbols.createInstance(locale, failed), nullptr);
+    EXPECT_EQ(failed, ICUErrorCode::MemoryAllocationError);
+}
+
+// Whichever allocation fails, what was made until then is freed (AddressSanitizer's leak check tells) and the exception
+// leaves; nothing is different afterwards.
+TEST(Factories, WithoutMemoryNothingIsLeft)
+{
+    ICUFactories const& icu = Module().getFactories();
+    ICULocale const& locale = ICULocale::getGermany();
+    ICUParseError error;
+    std::function<void(ICUErrorCode&)> const calls[] = {
+        [&](ICUErrorCode& status) { static_cast<void>(icu.calendar.createInstance(locale, status)); },
+        [&](ICUErrorCode&) {
+            static_cast<void>(icu.dateFormat.createDateInstance(ICUDateFormat::ICUEStyle(1), locale));
+        },
+        [&](ICUErrorCode& status) { static_cast<void>(icu.simpleDateFormat.createInstance("d.M", locale, status)); },
+        [&](ICUErrorCode& status) { static_cast<void>(icu.dateFormatSymbols.createInstance(locale, status)); },
+        [&](ICUErrorCode& status) { static_cast<void>(icu.dateTimePatternGenerator.createInstance("de", status)); },
+        [&](ICUErrorCode&) { static_cast<void>(icu.decimalFormat.createInstance(locale)); },
+        [&](ICUErrorCode& status) { static_cast<void>(icu.decimalFormatSymbols.createInstance(locale, status)); },
+        [&](ICUErrorCode&) { static_cast<void>(icu.locale.createFromName("de_CH@currency=EUR")); },
+        [&](ICUErrorCode& status) { ICULocale(locale).setKeywordValue("currency", "EUR", status); },
+        [&](ICUErrorCode& status) { static_cast<void>(icu.regexPattern.createInstance(u"a(b)", 0, status)); },
+        [&](ICUErrorCode&) { static_cast<void>(icu.string.createInstance(u"text")->clone()->substring(1)); },
+        [&](ICUErrorCode& status) {
+            static_cast<void>(icu.transliterator.createInstanceFromRules(u"own", u"a > b;", ICUTransDirection::Forward,
+                                                                         error, status));
+        },
+    };
+    for (auto const& call : calls) {
+        bool ended = false;
+        for (int nth = 0; !ended; ++nth) {
+            ICUErrorCode status{};
+            try {
+                FailingNew const failing(nth);
+                call(status);
+                ended = FailingNew::s_left >= 0; // no allocation was left to fail
+            } catch (std::bad_alloc const&) {
+            }
+        }
+    }
+}
+
+TEST(Factories, LocalesAreThoseOfTheStaticFunctions)
+{
+    ILocaleFactory const& icu = Module().getFactories().locale;
+    EXPECT_MADE_ALIKE(icu, ICULocale, createInstance("de", "CH", "", ""), hashCode());
+    EXPECT_EQ(*icu.createInstance(), ICULocale());
+    EXPECT_EQ(*icu.getDefault(), ICULocale());
+    EXPECT_EQ(*icu.getRoot(), *ICULocale::getRoot());
+    EXPECT_EQ(*icu.createFromName("sh_YU"), *ICULocale::createFromName("sh_YU"));
+    EXPECT_EQ(*icu.createCanonical("sh_YU"), *ICULocale::createCanonical("sh_YU"));
+    ICULocale const* const constants[][2] = {{&icu.getUS(), &ICULocale::getUS()},
+                                             {&icu.getCanada(), &ICULocale::getCanada()},
+                                             {&icu.getCanadaFrench(), &ICULocale::getCanadaFrench()},
+                                             {&icu.getChina(), &ICULocale::getChina()},
+                                             {&icu.getPRC(), &ICULocale::getPRC()},
+                                             {&icu.getJapan(), &ICULocale::getJapan()},
+                                             {&icu.getKorea(), &ICULocale::getKorea()}};
+    for (auto const& [ours, theirs] : constants) {
+        EXPECT_EQ(ours, theirs) << "one for the process";
+    }
+    int count = 0;
+    auto const available = icu.getAvailableLocales(count);
+    EXPECT_EQ(available.size(), static_cast<std::size_t>(count));
+    EXPECT_GT(count, 100);
+    auto const before = ICULocale::getDefault();
+    ICUErrorCode status{};
+    icu.setDefault(ICULocale::getTaiwan(), status);
+    EXPECT_EQ(*icu.getDefault(), ICULocale::getTaiwan());
+    icu.setDefault(*before, status);
+}
+
+TEST(Factories, TheModuleTellsOfTheIcuInUse)
+{
+    char version[U_MAX_VERSION_STRING_LENGTH];
+    UVersionInfo numbers;
+    u_getVersion(numbers);
+    u_versionToString(numbers, version);
+    AbstractWrapperModuleInfo const& info = Module();
+    EXPECT_EQ(info.getName(), "ICU");
+    EXPECT_EQ(info.getVersion(), version);
+    u_getUnicodeVersion(numbers);
+    u_versionToString(numbers, version);
+    EXPECT_EQ(Module().getUnicodeVersion(), version);
+    EXPECT_EQ(&Module(), &Module());
+}
+
+} // namespace
