@@ -27,6 +27,7 @@
 
 #include <qvxsys/ICULocale.h>
 #include <qvxsys/ICUTypes.h>
+#include <qvxsys/IcuConstants.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/TStringCore.h>
 #include <qvxsys/TStringView.h>
@@ -38,8 +39,7 @@ namespace QvxICU {
 /// How texts are folded and compared; combined with |.
 enum ICUFoldOption : unsigned {
     ICUFoldDefault = 0,
-    ICUFoldExcludeSpecialI = 1,        ///< dotted and dotless i as in Turkic languages
-    ICUCompareCodePointOrder = 0x8000, ///< caseCompare() orders by code points, not by units
+    ICUFoldExcludeSpecialI = 1, ///< dotted and dotless i as in Turkic languages
 };
 
 /// How toTitle() makes titles; combined with |.
@@ -102,7 +102,7 @@ public:
     [[nodiscard]] virtual int compare(TStringView text) const noexcept = 0;
     /// By code points: U+FFFF is less than U+10000.
     [[nodiscard]] virtual int compareCodePointOrder(TStringView text) const noexcept = 0;
-    /// Folded, by ICUFoldOption.
+    /// Folded, by ICUFoldOption; with ICUCompareCodePointOrder too, by code points instead of units.
     [[nodiscard]] virtual int caseCompare(TStringView text, unsigned options = ICUFoldDefault) const noexcept = 0;
     [[nodiscard]] virtual bool startsWith(TStringView text) const noexcept = 0;
     [[nodiscard]] virtual bool endsWith(TStringView text) const noexcept = 0;

@@ -1,0 +1,361 @@
+// Regular expressions: random patterns, texts, flags and calls give what ICU's own classes give; the limits hold.
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <unicode/regex.h>
+
+#include "support/IcuOracle.h"
+
+using namespace QvxICU;
+using namespace testing_support;
+
+namespace {
+
+using Pattern = ICURegexPattern;
+
+std::unique_ptr<Pattern> Compiled(TStringCore const& pattern, unsigned flags = 0)
+{
+    ICUErrorCode status{};
+    auto compiled = Pattern::createInstance(pattern, flags, status);
+    EXPECT_TRUE(ICU_SUCCESS(status)) << pattern;
+    return compiled;
+}
+
+/// One to six of the pieces, which together are a pattern or not.
+std::u16string Joined(std::mt19937& random, std::vector<std::u16string> const& pieces, std::size_t most)
+{
+    std::u16string text;
+    for (std::size_t n = random() % most + 1; n > 0; --n) {
+        text += pieces[random() % pieces.size()];
+    }
+    return text;
+}
+
+std::vector<std::u16string> const kPatternPieces = {
+    u"a",      u"b*",    u"(a|bc)",     u"(?<x>b+)", u"[^a]",   u".",       u"^",      u"$",    u"\\b",
+    u"\\w+?",  u"(?=b)", u"\U0001F600", u"(a*)*",    u"\\1",    u"{2}",     u"(",      u")",    u"[",
+    u"\\",     u"?",     u"\\X",        u"|",        u"\xD83D", u"(?<!a)",  u"\\p{L}", u"(?i)", u"\\k<x>",
+    u"(?>a+)", u"\\R",   u"[a-c]",      u"\\d{1,}",  u"\\Z",    u"\\p{No}", u"#"};
+std::vector<std::u16string> const kTextPieces = {u"a",      u"b",       u"c",          u"abc",    u"aaa",    u" ",
+                                                 u"\n",     u"\r\n",    u"\U0001F600", u"\xD83D", u"\xDE00", u"A",
+                                                 u"\u00E9", u"e\u0301", u"1",          u"$"};
+std::vector<std::u16string> const kReplacementPieces = {u"x",  u"$0", u"$1", u"${x}", u"\\$",
+                                                        u"$9", u"$",  u"${", u"\\",   u"\U0001F600"};
+constexpr unsigned kFlags[] = {0,
+                               ICURegexCaseInsensitive,
+                               ICURegexMultiline,
+                               ICURegexDotAll,
+                               ICURegexComments,
+                               ICURegexLiteral,
+                               ICURegexUnixLines | ICURegexMultiline,
+                               ICURegexUWord,
+                               0x40,
+                               ICURegexCanonEq};
+
+/// The matcher's state.
+void ExpectSameMatch(ICURegexMatcher& ours, icu::RegexMatcher& icus)
+{
+    EXPECT_EQ(ours.hitEnd(), icus.hitEnd() != 0);
+    EXPECT_EQ(ours.requireEnd(), icus.requireEnd() != 0);
+    EXPECT_EQ(ours.regionStart(), icus.regionStart());
+    EXPECT_EQ(ours.regionEnd(), icus.regionEnd());
+    for (int group = -1; group <= icus.groupCount() + 1; ++group) {
+        UErrorCode code = U_ZERO_ERROR;
+        ICUErrorCode status{};
+        EXPECT_EQ(ours.group(group, status), Text(icus.group(group, code))) << group;
+        EXPECT_EQ(Number(status), code);
+        EXPECT_EQ(ours.start(group, status), icus.start(group, code));
+        EXPECT_EQ(ours.end(group, status), icus.end(group, code));
+    }
+}
+
+/// One random call on both.
+void CallBoth(std::mt19937& random, ICURegexMatcher& ours, icu::RegexMatcher& icus, ICUString& oursOut,
+              icu::UnicodeString& icusOut)
+{
+    UErrorCode code = U_ZERO_ERROR;
+    ICUErrorCode status{};
+    int const length = ours.input().length();
+    int const from = static_cast<int>(random() % static_cast<unsigned>(length + 3)) - 1;
+    int const to = static_cast<int>(random() % static_cast<unsigned>(length + 3)) - 1;
+    bool const on = random() % 2 != 0;
+    std::u16string const with = Joined(random, kReplacementPieces, 3);
+    auto const call = random() % 14;
+    SCOPED_TRACE(testing::Message() << "call " << call << " from " << from << " to " << to << " with "
+                                    << TStringCore(with));
+    std::function<bool()> const calls[] = {
+        [&] { return ours.find(from, status) == static_cast<bool>(icus.find(from, code)); },
+        [&] { return ours.lookingAt(status) == static_cast<bool>(icus.lookingAt(code)); },
+        [&] { return ours.lookingAt(from, status) == static_cast<bool>(icus.lookingAt(from, code)); },
+        [&] { return ours.matches(status) == static_cast<bool>(icus.matches(code)); },
+        [&] { return ours.matches(from, status) == static_cast<bool>(icus.matches(from, code)); },
+        [&] { return ours.region(from, to, status), icus.region(from, to, code), true; },
+        [&] { return ours.useAnchoringBounds(on), icus.useAnchoringBounds(on), true; },
+        [&] { return ours.useTransparentBounds(on), icus.useTransparentBounds(on), true; },
+        [&] { return ours.reset(from, status), icus.reset(from, code), true; },
+        [&] {
+            return ours.appendReplacement(oursOut, with, status), icus.appendReplacement(icusOut, Unicode(with), code),
+                   true;
+        },
+        [&] { return ours.appendTail(oursOut, status), icus.appendTail(icusOut), true; },
+        [&] { return ours.find(status) == static_cast<bool>(icus.find(code)); }};
+    EXPECT_TRUE(calls[std::min<std::size_t>(call, std::size(calls) - 1)]());
+    EXPECT_EQ(Number(status), code);
+    EXPECT_EQ(oursOut.toString(), Text(icusOut));
+    ExpectSameMatch(ours, icus);
+}
+
+void ExpectSameReplacing(ICURegexMatcher& ours, icu::RegexMatcher& icus, std::u16string const& replacement)
+{
+    for (bool const all : {false, true}) {
+        UErrorCode code = U_ZERO_ERROR;
+        ICUErrorCode status{};
+        auto const with = Unicode(replacement);
+        auto const expected = all ? icus.replaceAll(with, code) : icus.replaceFirst(with, code);
+        EXPECT_EQ(all ? ours.replaceAll(replacement, status) : ours.replaceFirst(replacement, status),
+                  U_SUCCESS(code) ? Text(expected) : u"")
+            << TStringCore(replacement);
+        EXPECT_EQ(Number(status), code) << TStringCore(replacement);
+    }
+}
+
+void ExpectSameSplitting(Pattern const& ours, icu::RegexPattern const& icus, TStringView text)
+{
+    for (int const limit : {1, 2, 3, 5, 100}) {
+        std::vector<icu::UnicodeString> fields(100);
+        UErrorCode code = U_ZERO_ERROR;
+        int const count = icus.split(Unicode(text), fields.data(), limit, code);
+        std::vector<TStringCore> expected;
+        for (int i = 0; i < count && U_SUCCESS(code); ++i) {
+            expected.push_back(Text(fields[static_cast<std::size_t>(i)]));
+        }
+        ICUErrorCode status{};
+        EXPECT_EQ(ours.split(text, status, limit == 100 ? 0 : limit), expected) << limit;
+        EXPECT_EQ(Number(status), code);
+    }
+}
+
+TEST(Regex, RandomPatternsTextsAndCallsAsInIcu)
+{
+    std::mt19937 random(20101);
+    int good = 0;
+    for (int round = 0; round < 3000; ++round) {
+        auto const expression = Joined(random, kPatternPieces, 6);
+        std::u16string const text = Joined(random, kTextPieces, 12);
+        unsigned const flags = kFlags[random() % std::size(kFlags)];
+        SCOPED_TRACE(testing::Message() << TStringCore(expression) << " flags " << flags << " on "
+                                        << TStringCore(text));
+        UErrorCode code = U_ZERO_ERROR;
+        UParseError where{};
+        std::unique_ptr<icu::RegexPattern> const icus(
+            icu::RegexPattern::compile(Unicode(expression), flags, where, code));
+        ICUErrorCode status{};
+        ICUParseError error;
+        auto const ours = Pattern::createInstance(expression, flags, error, status);
+        ASSERT_EQ(Number(status), code);
+        EXPECT_EQ(error.line, where.line);
+        EXPECT_EQ(error.offset, where.offset);
+        EXPECT_EQ(TStringCore(error.preContext), TStringCore(where.preContext));
+        if (U_FAILURE(code)) {
+            continue;
+        }
+        ++good;
+        EXPECT_EQ(ours->flags(), icus->flags());
+        EXPECT_EQ(ours->pattern(), Text(icus->pattern()));
+        auto const input = Unicode(text);
+        std::unique_ptr<icu::RegexMatcher> const icusMatcher(icus->matcher(input, code));
+        auto const matcher = ours->matcher(text, status);
+        auto const out = ICUString::createInstance();
+        icu::UnicodeString icusOut;
+        ExpectSameMatch(*matcher, *icusMatcher);
+        for (int call = 0; call < 12 && !testing::Test::HasFailure(); ++call) {
+            CallBoth(random, *matcher, *icusMatcher, *out, icusOut);
+        }
+        ExpectSameReplacing(*matcher, *icusMatcher, Joined(random, kReplacementPieces, 3));
+        ExpectSameSplitting(*ours, *icus, text);
+        EXPECT_EQ(ours->matches(text, status), icusMatcher->reset().matches(code) != 0);
+        ASSERT_FALSE(testing::Test::HasFailure());
+    }
+    EXPECT_GT(good, 1000);
+}
+
+TEST(Regex, GroupsByName)
+{
+    auto const pattern = Compiled(u"(?<key>\\w+)=(?<value>\\d*)");
+    ICUErrorCode status{};
+    auto const matcher = pattern->matcher(u"width=20 height=", status);
+    EXPECT_EQ(matcher->group(u"key", status), u"");
+    EXPECT_EQ(status, ICUErrorCode::RegexInvalidState);
+    status = ICUErrorCode::ZeroError;
+    ASSERT_TRUE(matcher->find(status));
+    EXPECT_EQ(matcher->group(u"key", status) + matcher->group(L"value", status), u"width20");
+    ASSERT_TRUE(matcher->find(status));
+    EXPECT_EQ(matcher->group("value", status), u"");
+    EXPECT_EQ(pattern->groupNumberFromName(u"value", status), 2);
+    EXPECT_EQ(status, ICUErrorCode::ZeroError);
+    EXPECT_EQ(matcher->group(u"none", status), u"");
+    EXPECT_EQ(status, ICUErrorCode::RegexInvalidCaptureGroupName);
+}
+
+// What a matcher reads lives as long as it is told, and what it holds as long as itself. (AddressSanitizer looks on.)
+TEST(Regex, TextsAndPatternsOutliveWhoMadeThem)
+{
+    for (int const length : {3, 5000}) {
+        ICUErrorCode status{};
+        auto own = std::make_unique<TStringCore>(TStringCore(u"x").repeated(length) + u"END");
+        auto string = ICUString::createInstance(own->view());
+        auto alias = ICUString::createAlias(own->view());
+        auto pattern = Compiled(u"x(E)ND");
+        std::vector<std::unique_ptr<ICURegexMatcher>> matchers;
+        matchers.push_back(pattern->matcher(*own, status));
+        matchers.push_back(pattern->matcher(*string, status));
+        matchers.push_back(pattern->matcher(*alias, status));
+        matchers.push_back(pattern->matcher(own->toStdWString(), status));
+        matchers.push_back(pattern->matcher(u"", status));
+        matchers.back()->reset(*own + u"");
+        matchers.push_back(pattern->matcher(L"", status));
+        matchers.back()->reset(*string);
+        for (std::size_t i = 0; i < 6; ++i) {
+            matchers.push_back(matchers[i]->clone());
+        }
+        own->data()[0] = u'y';
+        own.reset();
+        string.reset();
+        alias.reset();
+        pattern.reset();
+        matchers.front().reset();
+        matchers.erase(matchers.begin());
+        for (auto const& matcher : matchers) {
+            EXPECT_TRUE(matcher->find(status));
+            EXPECT_EQ(matcher->start(status), length - 1);
+            EXPECT_EQ(matcher->groupView(1, status), u"E");
+            matcher->reset(matcher->input().mid(1)); // a part of what it holds
+            EXPECT_TRUE(matcher->find(status));
+            EXPECT_EQ(matcher->start(1, status), length - 1);
+            EXPECT_EQ(matcher->pattern()->pattern(), u"x(E)ND");
+        }
+        EXPECT_EQ(status, ICUErrorCode::ZeroError);
+    }
+    std::u16string const text = u"aab";
+    ICUErrorCode status{};
+    EXPECT_EQ(Compiled(u"a")->matcher(text, status)->input().data(), text.data()); // in place
+}
+
+TEST(Regex, ClonesHaveRegionBoundsAndLimits)
+{
+    ICUErrorCode status{};
+    auto const matcher = Compiled(u"^b")->matcher(u"abc", status);
+    matcher->useAnchoringBounds(false);
+    matcher->useTransparentBounds(true);
+    matcher->setTimeLimit(7, status);
+    matcher->setStackLimit(100'000, status);
+    matcher->region(1, 2, status);
+    auto const clone = matcher->clone();
+    EXPECT_EQ(clone->regionStart() * 10 + clone->regionEnd(), 12);
+    EXPECT_EQ(clone->getTimeLimit() * clone->getStackLimit(), 700'000);
+    EXPECT_TRUE(clone->hasTransparentBounds());
+    EXPECT_FALSE(clone->hasAnchoringBounds());
+    EXPECT_FALSE(clone->find(status));
+    EXPECT_EQ(status, ICUErrorCode::ZeroError);
+}
+
+TEST(Regex, LimitsEndWhatWouldNot)
+{
+    TStringCore const text = TStringCore(u"a").repeated(200) + u"c";
+    for (int const limit : {0, 20}) { // 0: as it is by default
+        ICUErrorCode status{};
+        auto const matcher = Compiled(u"(a+)+b")->matcher(text, status);
+        EXPECT_EQ(matcher->getTimeLimit(), ICURegexMatcher::kDefaultTimeLimit);
+        EXPECT_EQ(matcher->getStackLimit(), ICURegexMatcher::kDefaultStackLimit);
+        if (limit != 0) {
+            matcher->setTimeLimit(limit, status);
+        }
+        EXPECT_FALSE(matcher->find(status));
+        EXPECT_EQ(status, ICUErrorCode::RegexTimeOut);
+        status = ICUErrorCode::ZeroError;
+        EXPECT_EQ(matcher->start(status), -1);
+        EXPECT_EQ(status, ICUErrorCode::RegexInvalidState);
+        if (limit != 0) {
+            for (int call = 0; call < 3; ++call) {
+                status = ICUErrorCode::ZeroError;
+                EXPECT_EQ(call == 0   ? matcher->replaceAll(u"x", status).length()
+                          : call == 1 ? matcher->split(status).size()
+                                      : matcher->matches(status),
+                          0);
+                EXPECT_EQ(status, ICUErrorCode::RegexTimeOut);
+            }
+        }
+        matcher->reset(u"aab");
+        status = ICUErrorCode::ZeroError;
+        EXPECT_TRUE(matcher->matches(status));
+    }
+}
+
+TEST(Regex, LimitsAreOfOneSearchAndLetSaneOnesPass)
+{
+    TStringCore const text = TStringCore(u"ab").repeated(300'000);
+    ICUErrorCode status{};
+    auto const matcher = Compiled(u"(?:a|b)")->matcher(text, status);
+    matcher->setTimeLimit(2, status); // for 20,000 steps; all searches together take 1,200,000
+    int count = 0;
+    while (matcher->find(status)) {
+        ++count;
+    }
+    EXPECT_EQ(count, 600'000);
+    EXPECT_EQ(matcher->replaceAll(u"", status), u"");
+    EXPECT_EQ(matcher->split(status).size(), 600'001U);
+    EXPECT_EQ(status, ICUErrorCode::ZeroError);
+    // By default a search may go through a long text, and keep a state for each of its characters.
+    EXPECT_TRUE(Compiled(u"(?:a|b)*")->matches(text, status));
+    EXPECT_EQ(status, ICUErrorCode::ZeroError);
+    // Three million states are beyond the default, and within what is set.
+    auto const deep = Compiled(u"(?:a|b)*")->matcher(text.repeated(5), status);
+    EXPECT_FALSE(deep->matches(status));
+    EXPECT_EQ(status, ICUErrorCode::RegexStackOverflow);
+    status = ICUErrorCode::ZeroError;
+    deep->setStackLimit(0, status);
+    EXPECT_TRUE(deep->matches(status));
+    for (bool const time : {false, true}) {
+        status = ICUErrorCode::ZeroError;
+        time ? deep->setTimeLimit(-1, status) : deep->setStackLimit(-1, status);
+        EXPECT_EQ(status, ICUErrorCode::IllegalArgumentError);
+    }
+}
+
+TEST(Regex, FailedPatternsMakeMatchersThatSayWhy)
+{
+    ICUErrorCode status{};
+    auto const made = Pattern::createInstance(L"(a", 0, status);
+    EXPECT_EQ(status, ICUErrorCode::RegexMismatchedParen);
+    auto const failed = made->clone();
+    EXPECT_EQ(failed->pattern(), u"");
+    status = ICUErrorCode::ZeroError;
+    auto const matcher = failed->matcher(u"aa", status)->clone();
+    EXPECT_EQ(status, ICUErrorCode::RegexMismatchedParen);
+    auto const out = ICUString::createInstance();
+    std::function<bool()> const calls[] = {
+        [&] { return matcher->find(status); },
+        [&] { return matcher->matches(1, status); },
+        [&] { return !matcher->group(status).isEmpty() || !matcher->group(u"x", status).isEmpty(); },
+        [&] { return !matcher->replaceAll(u"$1", status).isEmpty() || !matcher->split(status).empty(); },
+        [&] { return matcher->appendTail(*out, status), matcher->region(0, 1, status), false; },
+        [&] { return matcher->setTimeLimit(1, status), false; },
+        [&] { return failed->groupNumberFromName(u"x", status) != 0; }};
+    for (auto const& call : calls) {
+        status = ICUErrorCode::ZeroError;
+        EXPECT_FALSE(call());
+        EXPECT_EQ(status, ICUErrorCode::RegexMismatchedParen);
+    }
+    matcher->reset();
+    matcher->reset(u"b");
+    EXPECT_EQ(matcher->groupCount() + matcher->regionEnd() + matcher->getStackLimit(), 0);
+    EXPECT_EQ(matcher->pattern()->pattern(), u"");
+}
+
+} // namespace
