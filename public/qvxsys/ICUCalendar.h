@@ -172,6 +172,7 @@ public:
     /// The least value of the field at the moment: its month, its year.
     [[nodiscard]] virtual int getActualMinimum(ICUEDateFields field, ICUErrorCode& status) const = 0;
     /// The greatest value of the field at the moment: 29 for the day of the month in February 2024.
+    /// Costly for years, which some calendars try one by one.
     [[nodiscard]] virtual int getActualMaximum(ICUEDateFields field, ICUErrorCode& status) const = 0;
 
     /// Counted from 0; 1 is AD of the Gregorian calendar. The Japanese calendar counts its eras on.

@@ -168,7 +168,7 @@ public:
     [[nodiscard]] virtual ICUECapitalization getContext(ICUErrorCode& status) const = 0;
     /// Other values: IllegalArgumentError.
     virtual void setContext(ICUECapitalization context, ICUErrorCode& status) = 0;
-    /// Whether both are of one kind and write and read alike.
+    /// Whether both are of one kind and set up alike; boolean attributes are not compared.
     [[nodiscard]] virtual bool equals(ICUDateFormat const& other) const = 0;
     /// @}
 

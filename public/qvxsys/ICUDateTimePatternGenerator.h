@@ -75,7 +75,8 @@ public:
 
     virtual ~ICUDateTimePatternGenerator();
 
-    /// A generator of its own. Never null.
+    /// A generator of its own. Never null. (ICU 72 forgets the hours that the region prefers: 'C' in a clone's skeletons
+    /// gives any of the hour's letters.)
     [[nodiscard]] virtual std::unique_ptr<ICUDateTimePatternGenerator> clone() const = 0;
 
     /// The pattern that the locale uses for exactly these fields, or the best that can be put together. 'j' stands for

@@ -1,0 +1,260 @@
+// Symbols of dates and generators of patterns beside ICU's own.
+
+#include <memory>
+
+#include <qvxsys/ICUDateFormatSymbols.h>
+#include <qvxsys/ICUDateTimePatternGenerator.h>
+#include <qvxsys/ICUSimpleDateFormat.h>
+#include <unicode/dtfmtsym.h>
+#include <unicode/dtptngen.h>
+
+#include "icu/DateOracle.h"
+
+namespace {
+
+using Symbols = QvxICU::ICUDateFormatSymbols;
+using Generator = QvxICU::ICUDateTimePatternGenerator;
+using Texts = std::vector<TStringCore>;
+using IcuSymbols = icu::DateFormatSymbols;
+using Context = Symbols::ICUEContext;
+using Width = Symbols::ICUEWidth;
+
+using Getter = icu::UnicodeString const* (IcuSymbols::*)(std::int32_t&, IcuSymbols::DtContextType,
+                                                         IcuSymbols::DtWidthType) const;
+
+/// ICU's list; `call` gets the count to set.
+template<class Call>
+Texts ListOf(Call const& call)
+{
+    std::int32_t count = 0;
+    icu::UnicodeString const* const texts = call(count);
+    Texts own;
+    for (std::int32_t i = 0; i < count; ++i) {
+        own.push_back(Ours(texts[i]));
+    }
+    return own;
+}
+
+TEST(DateFormatSymbols, ListsOfIcu)
+{
+    for (char const* const name : kLocales) {
+        for (char const* const type : {"", "gregorian", "hebrew", "chinese", "japanese", "nonsense"}) {
+            SCOPED_TRACE(std::string(name) + ' ' + type);
+            UErrorCode code = U_ZERO_ERROR;
+            Code status = Code::ZeroError;
+            bool const plain = *type == 0;
+            IcuSymbols const icu =
+                plain ? IcuSymbols(icu::Locale(name), code) : IcuSymbols(icu::Locale(name), type, code);
+            auto const made = plain ? Symbols::createInstance(*Locale(name), status)
+                                    : Symbols::createInstance(*Locale(name), type, status);
+            EXPECT_EQ(Failure(status), Failure(code));
+            auto const ours = made->clone();
+            EXPECT_TRUE(ours->equals(*made));
+            for (int i = 0; i < 12; ++i) {
+                auto const context = static_cast<Context>(i / 4);
+                auto const width = static_cast<Width>(i % 4);
+                auto const list = [&](auto getter) {
+                    return ListOf([&](std::int32_t& count) {
+                        auto const c = static_cast<IcuSymbols::DtContextType>(context);
+                        return context > 1 ? nullptr
+                                           : (icu.*getter)(count, c, static_cast<IcuSymbols::DtWidthType>(width));
+                    });
+                };
+                EXPECT_EQ(ours->getMonths(context, width), list(Getter(&IcuSymbols::getMonths)));
+                EXPECT_EQ(ours->getWeekdays(context, width), list(Getter(&IcuSymbols::getWeekdays)));
+                EXPECT_EQ(ours->getQuarters(context, width), list(Getter(&IcuSymbols::getQuarters)));
+                EXPECT_EQ(ours->getYearNames(context, width), list(Getter(&IcuSymbols::getYearNames)));
+                EXPECT_EQ(ours->getZodiacNames(context, width), list(Getter(&IcuSymbols::getZodiacNames)));
+            }
+            EXPECT_EQ(ours->getEras(Symbols::Abbreviated), ListOf([&](auto& n) { return icu.getEras(n); }));
+            EXPECT_EQ(ours->getEras(Symbols::Wide), ListOf([&](auto& n) { return icu.getEraNames(n); }));
+            EXPECT_EQ(ours->getEras(Symbols::Narrow), ListOf([&](auto& n) { return icu.getNarrowEras(n); }));
+            EXPECT_EQ(ours->getAmPmStrings(), ListOf([&](auto& n) { return icu.getAmPmStrings(n); }));
+            icu::UnicodeString letters;
+            EXPECT_EQ(ours->getLocalPatternChars(), Ours(icu.getLocalPatternChars(letters)));
+            EXPECT_STREQ(ours->getLocale(QvxICU::ICULocDataLocaleType::Actual, status)->getName(),
+                         icu.getLocale(ULOC_ACTUAL_LOCALE, code).getName());
+        }
+    }
+}
+
+TEST(DateFormatSymbols, NamesOneByOne)
+{
+    for (char const* const name : {"fr", "cs", "ar", "ja", "xx_unknown", "de_AT"}) {
+        UErrorCode code = U_ZERO_ERROR;
+        IcuSymbols const icu{icu::Locale(name), code};
+        auto const months = ListOf([&](auto& n) { return icu.getMonths(n, IcuSymbols::STANDALONE, IcuSymbols::WIDE); });
+        auto const quarters =
+            ListOf([&](auto& n) { return icu.getQuarters(n, IcuSymbols::STANDALONE, IcuSymbols::WIDE); });
+        auto const weekdays =
+            ListOf([&](auto& n) { return icu.getWeekdays(n, IcuSymbols::STANDALONE, IcuSymbols::WIDE); });
+        for (int i = -1; i < 14; ++i) {
+            auto const at = [i](Texts const& t) {
+                return i < 0 || i >= static_cast<int>(t.size()) ? TStringCore() : t[static_cast<std::size_t>(i)];
+            };
+            EXPECT_EQ(Symbols::getMonth(i, name), at(months));
+            EXPECT_EQ(Symbols::getQuarter(i, name), at(quarters));
+            if (i < 1 || i > 7) {
+                EXPECT_EQ(Thrown([&] { (void)Symbols::getWeekday(i, name); }), kNoDay);
+            } else {
+                EXPECT_EQ(Symbols::getWeekday(i, name), at(weekdays));
+            }
+        }
+    }
+    EXPECT_EQ(Symbols::getWeekday(1, "en", Symbols::Format, Symbols::Short), u"Su");
+    EXPECT_EQ(Symbols::getMonth(0, "en", Symbols::NoContext), TStringCore());
+    EXPECT_FALSE(Symbols::getMonth(0, nullptr).isEmpty());
+}
+
+TEST(DateFormatSymbols, ChecksAndSets)
+{
+    Code status = Code::ZeroError;
+    auto const locale = Locale("en");
+    auto const symbols = Symbols::createInstance(*locale, status);
+    Code failed = Code::MemoryAllocationError;
+    auto const empty = Symbols::createInstance(*locale, failed);
+    Texts const names = {u"a", u"b\xD800", u"c"};
+    for (auto* const s : {symbols.get(), empty.get()}) {
+        for (int const value : {-1, 4}) {
+            EXPECT_EQ(Thrown([&] { s->setMonths(names, Symbols::Format, Width(value)); }), kNoWidth);
+            EXPECT_EQ(Thrown([&] { (void)s->getEras(Width(value)); }), kNoWidth);
+            EXPECT_EQ(Thrown([&] { (void)s->getQuarters(Context(value), Symbols::Wide); }), kNoContext);
+            EXPECT_EQ(Thrown([&] { (void)Symbols::getMonth(0, "en", Context(value)); }), kNoContext);
+        }
+    }
+    auto const before = symbols->clone();
+    symbols->setMonths(names, Symbols::NoContext, Symbols::Wide);
+    symbols->setMonths(names, Symbols::Format, Symbols::Short);
+    symbols->setEras(names, Symbols::Short);
+    EXPECT_TRUE(symbols->equals(*before));
+    symbols->setMonths(names, Symbols::Format, Symbols::Wide);
+    symbols->setWeekdays(names, Symbols::Format, Symbols::Short);
+    symbols->setQuarters({}, Symbols::Format, Symbols::Wide);
+    symbols->setEras(names, Symbols::Wide);
+    symbols->setAmPmStrings({u"vorm.", u"nachm."});
+    EXPECT_EQ(symbols->getMonths(Symbols::Format, Symbols::Wide), names);
+    EXPECT_EQ(symbols->getWeekdays(Symbols::Format, Symbols::Short), names);
+    EXPECT_TRUE(symbols->getQuarters(Symbols::Format, Symbols::Wide).empty() &&
+                symbols->getEras(Symbols::Wide) == names);
+    auto const format = QvxICU::ICUSimpleDateFormat::createInstance(u"MMMM a QQQQ EEEEEE GGGG", *symbols, status);
+    format->setTimeZone(u"UTC", status);
+    EXPECT_EQ(format->format(50700000.0, status), u"a nachm.   b\xD800"); // what has no name is left out
+    EXPECT_EQ(format->getDateFormatSymbols(status)->getMonths(Symbols::Format, Symbols::Wide), names);
+    EXPECT_TRUE(QvxICU::ICU_SUCCESS(status));
+
+    empty->setMonths(names, Symbols::Format, Symbols::Wide);
+    empty->setAmPmStrings(names);
+    empty->setEras(names, Symbols::Wide);
+    EXPECT_TRUE(empty->getMonths(Symbols::Format, Symbols::Wide).empty() && empty->getAmPmStrings().empty());
+    EXPECT_TRUE(empty->clone()->getEras(Symbols::Wide).empty() && empty->getLocalPatternChars().isEmpty());
+    EXPECT_FALSE(empty->equals(*symbols) || symbols->equals(*empty));
+    status = Code::ZeroError;
+    EXPECT_EQ(empty->getLocale(QvxICU::ICULocDataLocaleType::Valid, status), nullptr);
+    EXPECT_EQ(status, Code::InvalidStateError);
+}
+
+constexpr char16_t const* kSkeletons[] = {u"yMMMMd", u"yMd",    u"jmm",          u"Hms",   u"EEEEdMMM",
+                                          u"GyMMM",  u"yQQQQ",  u"hmsSSS",       u"Jmmz",  u"yyyyMMddHHmm",
+                                          u"",       u"zzzzyw", u"\xD800\xD800", u"CCCmm", u"''abcLTZ"};
+
+TEST(DateTimePatternGenerator, AnswersOfIcu)
+{
+    for (char const* const name : kLocales) {
+        UErrorCode code = U_ZERO_ERROR;
+        Code status = Code::ZeroError;
+        std::unique_ptr<icu::DateTimePatternGenerator> const icu(
+            icu::DateTimePatternGenerator::createInstance(icu::Locale(name), code));
+        auto const made = Generator::createInstance(name, status);
+        EXPECT_EQ(Failure(status), Failure(code));
+        Generator* const ours = made.get();
+        auto const copy = ours->clone();
+        EXPECT_TRUE(ours->equals(*copy));
+        icu::UnicodeString theirs;
+        TStringCore conflicting;
+        for (char16_t const* const pattern : {u"d 'of' MMMM y", u"H:mm:ss v", u"yMMMd", u"\xD800", u"d-M"}) {
+            for (bool const replace : {false, true}) {
+                ExpectSame([&](UErrorCode& c) { return icu->addPattern(pattern, replace, theirs.remove(), c); },
+                           [&](Code& s) { return ours->addPattern(pattern, replace, conflicting, s); }, "add");
+                EXPECT_EQ(conflicting, Ours(theirs));
+            }
+        }
+        icu->setDateTimeFormat(u"{1} at {0}");
+        ours->setDateTimeFormat(u"{1} at {0}");
+        icu->setDecimal(u"_");
+        ours->setDecimal(u"_");
+        for (int i = -1; i < 18; ++i) {
+            auto const field = static_cast<Generator::ICUEField>(i);
+            ours->setAppendItemName(field, u"name");
+            ours->setAppendItemFormat(field, u"{0} ({2}: {1})");
+            if (i >= 0 && i < UDATPG_FIELD_COUNT) {
+                auto const f = static_cast<UDateTimePatternField>(i);
+                icu->setAppendItemName(f, u"name");
+                icu->setAppendItemFormat(f, u"{0} ({2}: {1})");
+                EXPECT_EQ(ours->getFieldDisplayName(field, Generator::Narrow),
+                          Ours(icu->getFieldDisplayName(f, UDATPG_NARROW)));
+                EXPECT_EQ(ours->getAppendItemName(field), u"name");
+                EXPECT_EQ(ours->getAppendItemFormat(field), u"{0} ({2}: {1})");
+            } else {
+                EXPECT_TRUE(ours->getAppendItemName(field).isEmpty() && ours->getAppendItemFormat(field).isEmpty());
+            }
+        }
+        EXPECT_TRUE(ours->getFieldDisplayName(Generator::DayField, Generator::ICUEDisplayWidth(3)).isEmpty());
+        for (char16_t const* const skeleton : kSkeletons) {
+            SCOPED_TRACE(name + TStringCore(skeleton).toStdString());
+            icu::UnicodeString const given(skeleton);
+            ExpectSame([&](UErrorCode& c) { return icu->getBestPattern(given, c); },
+                       [&](Code& s) { return ours->getBestPattern(skeleton, s); }, "best");
+            ExpectSame([&](UErrorCode& c) { return icu->getBestPattern(given, UDATPG_MATCH_ALL_FIELDS_LENGTH, c); },
+                       [&](Code& s) { return ours->getBestPattern(skeleton, Generator::MatchAllFieldsLength, s); },
+                       "all");
+            ExpectSame([&](UErrorCode& c) { return icu->replaceFieldTypes(u"d MMM y, H:mm", given, c); },
+                       [&](Code& s) { return ours->replaceFieldTypes(u"d MMM y, H:mm", skeleton, s); }, "replace");
+            ExpectSame([&](UErrorCode& c) { return icu->getSkeleton(given, c); },
+                       [&](Code& s) { return ours->getSkeleton(skeleton, s); }, "skeleton");
+            ExpectSame([&](UErrorCode& c) { return icu->getBaseSkeleton(given, c); },
+                       [&](Code& s) { return ours->getBaseSkeleton(skeleton, s); }, "base skeleton");
+            EXPECT_EQ(ours->getPatternForSkeleton(skeleton), Ours(icu->getPatternForSkeleton(given)));
+        }
+        ExpectSame([&](UErrorCode& c) { return icu->getDefaultHourCycle(c); },
+                   [&](Code& s) { return static_cast<int>(ours->getDefaultHourCycle(s)); }, "cycle");
+        EXPECT_EQ(ours->getDateTimeFormat(), u"{1} at {0}");
+        EXPECT_EQ(ours->getDecimal(), u"_");
+        for (bool const base : {false, true}) {
+            std::unique_ptr<icu::StringEnumeration> const all(base ? icu->getBaseSkeletons(code)
+                                                                   : icu->getSkeletons(code));
+            auto const listed = base ? ours->getBaseSkeletons(status) : ours->getSkeletons(status);
+            ASSERT_EQ(static_cast<int>(listed.size()), all->count(code));
+            for (TStringCore const& skeleton : listed) {
+                EXPECT_EQ(skeleton, Ours(*all->snext(code)));
+            }
+        }
+        EXPECT_FALSE(ours->equals(*copy));
+        EXPECT_TRUE(copy->equals(*Generator::createInstance(name, status)));
+    }
+}
+
+TEST(DateTimePatternGenerator, WithoutIcusGenerator)
+{
+    Code status = Code::MemoryAllocationError;
+    auto const empty = Generator::createInstance("en", status)->clone();
+    EXPECT_EQ(status, Code::MemoryAllocationError);
+    TStringCore conflicting;
+    std::function<bool(Code&)> const calls[] = {
+        [&](Code& s) { return empty->getBestPattern(u"yMd", s).isEmpty(); },
+        [&](Code& s) { return empty->replaceFieldTypes(u"y", u"y", s).isEmpty(); },
+        [&](Code& s) { return empty->getSkeleton(u"y", s).isEmpty() && empty->getBaseSkeleton(u"y", s).isEmpty(); },
+        [&](Code& s) { return empty->getSkeletons(s).empty() && empty->getBaseSkeletons(s).empty(); },
+        [&](Code& s) { return empty->addPattern(u"y", true, conflicting, s) == Generator::NoConflict; },
+        [&](Code& s) { return empty->getDefaultHourCycle(s) == Generator::HourCycle11; }};
+    for (auto const& call : calls) {
+        status = Code::ZeroError;
+        EXPECT_TRUE(call(status));
+        EXPECT_EQ(status, Code::InvalidStateError);
+    }
+    empty->setDecimal(u".");
+    empty->setDateTimeFormat(u"");
+    EXPECT_TRUE(empty->getDecimal().isEmpty() && empty->getPatternForSkeleton(u"y").isEmpty() &&
+                !empty->equals(*empty));
+}
+
+} // namespace
