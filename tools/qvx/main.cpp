@@ -286,7 +286,7 @@ int Run(std::vector<std::string> const& arguments)
     });
     ScanCommand scan;
     AddScan(app, scan);
-    qvx::Command const commands[] = {qvx::AddWatch(app), qvx::AddTop(app), qvx::AddDoctor(app)};
+    qvx::Command const commands[] = {qvx::AddWatch(app), qvx::AddTop(app), qvx::AddDoctor(app), qvx::AddLocale(app)};
     try {
         app.parse(qvx::Guarded(arguments));
     } catch (CLI::ParseError const& error) {
