@@ -15,6 +15,7 @@
 #include <qvxsys/ICUDateFormat.h>
 
 #include "ICUCalendar44Impl.h"
+#include "ICUDecimalFormat44Impl.h"
 #include "IcuMappings.h"
 #include "IcuObject.h"
 
@@ -138,6 +139,19 @@ public:
         icu::Calendar const* const to = Argument(calendar, status);
         Change(status, [to](IcuType& f, UErrorCode&) { f.setCalendar(*to); });
     }
+    [[nodiscard]] std::unique_ptr<QvxICU::ICUDecimalFormat> getNumberFormat(ErrorCode& status) const override
+    {
+        auto* const numbers = With(status, [](IcuType const& f, UErrorCode&) { return f.getNumberFormat()->clone(); });
+        return std::make_unique<ICUDecimalFormat44Impl>(std::unique_ptr<icu::NumberFormat>(numbers), status);
+    }
+    void setNumberFormat(QvxICU::ICUDecimalFormat const& format, ErrorCode& status) override
+    {
+        icu::NumberFormat const* const numbers = Icu(format);
+        if (numbers == nullptr) {
+            Fail(status, ErrorCode::IllegalArgumentError);
+        }
+        Change(status, [numbers](IcuType& f, UErrorCode&) { f.setNumberFormat(*numbers); });
+    }
     [[nodiscard]] TStringCore getTimeZone() const override
     {
         return With([](IcuType const& f) { return NameOf(f.getTimeZone()); });
@@ -162,7 +176,7 @@ public:
         auto const c = static_cast<UDisplayContext>(context);
         Change(status, [c](IcuType& f, UErrorCode& code) { f.setContext(c, code); });
     }
-    [[nodiscard]] bool equals(QvxICU::ICUDateFormat const& other) const override
+    [[nodiscard]] bool operator==(QvxICU::ICUDateFormat const& other) const override
     {
         icu::DateFormat const* const to = Icu(other);
         return With([to](IcuType const& f) { return to != nullptr && f.operator==(*to); });

@@ -132,7 +132,7 @@ std::unique_ptr<QvxICU::ICULocale> ICUDateFormatSymbols44Impl::getLocale(QvxICU:
     });
 }
 
-bool ICUDateFormatSymbols44Impl::equals(ICUDateFormatSymbols const& other) const
+bool ICUDateFormatSymbols44Impl::operator==(ICUDateFormatSymbols const& other) const
 {
     auto const* const to = Icu(other);
     return Forward(m_symbols.get(), [to](Symbols const& symbols) { return to != nullptr && symbols == *to; });

@@ -78,7 +78,7 @@ public:
     [[nodiscard]] TStringCore getLocalPatternChars() const override;
     [[nodiscard]] std::unique_ptr<QvxICU::ICULocale> getLocale(QvxICU::ICULocDataLocaleType type,
                                                                QvxICU::ICUErrorCode& status) const override;
-    [[nodiscard]] bool equals(ICUDateFormatSymbols const& other) const override;
+    [[nodiscard]] bool operator==(ICUDateFormatSymbols const& other) const override;
     [[nodiscard]] void const* Native() const noexcept override { return m_symbols.get(); }
 
 private:

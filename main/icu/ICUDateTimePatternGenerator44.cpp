@@ -143,7 +143,7 @@ public:
             return static_cast<ICUEHourCycle>(generator.getDefaultHourCycle(code));
         });
     }
-    [[nodiscard]] bool equals(ICUDateTimePatternGenerator const& other) const override
+    [[nodiscard]] bool operator==(ICUDateTimePatternGenerator const& other) const override
     {
         auto const* const to = static_cast<Generator const*>(other.Native());
         return Forward(m_generator.get(),

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -44,18 +45,46 @@ namespace {
     return QvxICU::ICU_SUCCESS(status);
 }
 
-template<class Format, class Number>
-TStringCore Written(Format& format, Number const& number, UErrorCode& code)
+template<class Number>
+[[nodiscard]] icu::Formattable Boxed(Number number, UErrorCode&)
+{
+    return icu::Formattable(number);
+}
+[[nodiscard]] icu::Formattable Boxed(icu::StringPiece decimal, UErrorCode& code)
+{
+    return icu::Formattable(decimal, code);
+}
+
+/// A number as rules can spell it. What is no 64-bit integer is a double to them: ICU would hand anything else, and the
+/// least integer, to a format in digits, which with numbering systems like the Roman one are rules again, and so on
+/// until the stack is used up.
+[[nodiscard]] icu::Formattable ForRules(icu::Formattable const& number, UErrorCode& code)
+{
+    bool const isInteger = number.getType() != icu::Formattable::kDouble && number.getInt64(code) != INT64_MIN;
+    return isInteger ? icu::Formattable(number.getInt64(code)) : icu::Formattable(number.getDouble(code));
+}
+
+/// The number as text. Formats that spell out do not know ICU's shorter way, which takes no Formattable.
+template<class Number>
+TStringCore Written(icu::NumberFormat& format, icu::DecimalFormat* decimal, Number number, UErrorCode& code)
 {
     icu::UnicodeString text;
-    return Own(format.format(number, text, nullptr, code));
+    if (decimal != nullptr) {
+        decimal->format(number, text, nullptr, code);
+    } else {
+        icu::FieldPosition none(icu::FieldPosition::DONT_CARE);
+        format.format(ForRules(Boxed(number, code), code), text, none, code);
+    }
+    return Own(text);
 }
 
 /// With a field position ICU has no status to report by in its public interface, except through a Formattable.
-void WriteField(icu::NumberFormat& format, icu::Formattable const& number, QvxICU::ICUString& appendTo,
+template<class Number>
+void WriteField(icu::NumberFormat& format, icu::DecimalFormat* decimal, Number number, QvxICU::ICUString& appendTo,
                 QvxICU::ICUFieldPosition& position, UErrorCode& code)
 {
-    format.format(number, Icu(appendTo), Icu(position), code);
+    icu::Formattable const boxed = Boxed(number, code);
+    format.format(decimal != nullptr ? boxed : ForRules(boxed, code), Icu(appendTo), Icu(position), code);
 }
 
 } // namespace
@@ -77,17 +106,17 @@ std::unique_ptr<QvxICU::ICUDecimalFormat> ICUDecimalFormat44Impl::clone() const
 bool ICUDecimalFormat44Impl::operator==(ICUDecimalFormat const& other) const
 {
     icu::NumberFormat const* const native = Icu(other);
-    return m_format == nullptr || native == nullptr ? m_format.get() == native : *m_format == *native;
+    return m_format == nullptr || native == nullptr ? m_format.get() == native : m_format->operator==(*native);
 }
 
 TStringCore ICUDecimalFormat44Impl::formatDouble(double number, ErrorCode& status) const
 {
-    return With(status, [number](auto& format, auto& code) { return Written(format, number, code); });
+    return With(status, [&](auto& format, auto& code) { return Written(format, m_decimal, number, code); });
 }
 
 TStringCore ICUDecimalFormat44Impl::formatInt64(std::int64_t number, ErrorCode& status) const
 {
-    return With(status, [number](auto& format, auto& code) { return Written(format, number, code); });
+    return With(status, [&](auto& format, auto& code) { return Written(format, m_decimal, number, code); });
 }
 
 TStringCore ICUDecimalFormat44Impl::formatDecimal(TStringCore const& decimal, ErrorCode& status) const
@@ -96,21 +125,21 @@ TStringCore ICUDecimalFormat44Impl::formatDecimal(TStringCore const& decimal, Er
     if (!IsDecimal(ascii, status)) {
         return {};
     }
-    return With(status, [&ascii](auto& format, auto& code) {
-        return Written(format, icu::StringPiece(ascii.data(), static_cast<int>(ascii.size())), code);
+    return With(status, [&](auto& format, auto& code) {
+        return Written(format, m_decimal, icu::StringPiece(ascii.data(), static_cast<int>(ascii.size())), code);
     });
 }
 
 void ICUDecimalFormat44Impl::formatDouble(double number, QvxICU::ICUString& appendTo,
                                           QvxICU::ICUFieldPosition& position, ErrorCode& status) const
 {
-    With(status, [&](auto& format, auto& code) { WriteField(format, number, appendTo, position, code); });
+    With(status, [&](auto& format, auto& code) { WriteField(format, m_decimal, number, appendTo, position, code); });
 }
 
 void ICUDecimalFormat44Impl::formatInt64(std::int64_t number, QvxICU::ICUString& appendTo,
                                          QvxICU::ICUFieldPosition& position, ErrorCode& status) const
 {
-    With(status, [&](auto& format, auto& code) { WriteField(format, number, appendTo, position, code); });
+    With(status, [&](auto& format, auto& code) { WriteField(format, m_decimal, number, appendTo, position, code); });
 }
 
 void ICUDecimalFormat44Impl::formatDecimal(TStringCore const& decimal, QvxICU::ICUString& appendTo,
@@ -121,8 +150,8 @@ void ICUDecimalFormat44Impl::formatDecimal(TStringCore const& decimal, QvxICU::I
         return;
     }
     With(status, [&](auto& format, auto& code) {
-        icu::Formattable const number(icu::StringPiece(ascii.data(), static_cast<int>(ascii.size())), code);
-        WriteField(format, number, appendTo, position, code);
+        WriteField(format, m_decimal, icu::StringPiece(ascii.data(), static_cast<int>(ascii.size())), appendTo,
+                   position, code);
     });
 }
 

@@ -140,12 +140,16 @@ int ICURegexMatcher44Impl::groupCount() const
 
 int ICURegexMatcher44Impl::start(int group, ErrorCode& status) const
 {
-    return With(status, [group](auto& m, auto& code) { return m.start(group, code); });
+    int at = -1;
+    With(status, [&at, group](auto& m, auto& code) { at = m.start(group, code); });
+    return at;
 }
 
 int ICURegexMatcher44Impl::end(int group, ErrorCode& status) const
 {
-    return With(status, [group](auto& m, auto& code) { return m.end(group, code); });
+    int at = -1;
+    With(status, [&at, group](auto& m, auto& code) { at = m.end(group, code); });
+    return at;
 }
 
 TStringView ICURegexMatcher44Impl::groupView(int group, ErrorCode& status) const

@@ -28,6 +28,7 @@
 
 namespace QvxICU {
 
+class ICUDecimalFormat;
 class ICUFieldPosition;
 class ICUParsePosition;
 
@@ -162,6 +163,10 @@ public:
     [[nodiscard]] virtual std::unique_ptr<ICUCalendar> getCalendar(ICUErrorCode& status) const = 0;
     /// Takes a copy, with its time zone and leniency. IllegalArgumentError if ICU made no calendar.
     virtual void setCalendar(ICUCalendar const& calendar, ICUErrorCode& status) = 0;
+    /// A copy of what writes and reads the numbers.
+    [[nodiscard]] virtual std::unique_ptr<ICUDecimalFormat> getNumberFormat(ICUErrorCode& status) const = 0;
+    /// Takes a copy, without its groups and fractions. IllegalArgumentError if ICU made no number format.
+    virtual void setNumberFormat(ICUDecimalFormat const& format, ICUErrorCode& status) = 0;
     [[nodiscard]] virtual TStringCore getTimeZone() const = 0;
     /// By name, as ICUCalendar::setTimeZone. An unknown one: IllegalArgumentError, and nothing changes.
     virtual void setTimeZone(TStringView name, ICUErrorCode& status) = 0;
@@ -169,7 +174,7 @@ public:
     /// Other values: IllegalArgumentError.
     virtual void setContext(ICUECapitalization context, ICUErrorCode& status) = 0;
     /// Whether both are of one kind and set up alike; boolean attributes are not compared.
-    [[nodiscard]] virtual bool equals(ICUDateFormat const& other) const = 0;
+    [[nodiscard]] virtual bool operator==(ICUDateFormat const& other) const = 0;
     /// @}
 
     /// For the library's own use: the icu::DateFormat behind the wrapper, which may be shared, or null.

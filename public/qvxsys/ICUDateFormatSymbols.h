@@ -95,7 +95,7 @@ public:
     /// Null only if the status is a failure.
     [[nodiscard]] virtual std::unique_ptr<ICULocale> getLocale(ICULocDataLocaleType type,
                                                                ICUErrorCode& status) const = 0;
-    [[nodiscard]] virtual bool equals(ICUDateFormatSymbols const& other) const = 0;
+    [[nodiscard]] virtual bool operator==(ICUDateFormatSymbols const& other) const = 0;
 
     /// For the library's own use: the icu::DateFormatSymbols behind the wrapper, or null.
     [[nodiscard]] virtual void const* Native() const noexcept = 0;

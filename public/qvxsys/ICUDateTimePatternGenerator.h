@@ -75,8 +75,8 @@ public:
 
     virtual ~ICUDateTimePatternGenerator();
 
-    /// A generator of its own. Never null. (ICU 72 forgets the hours that the region prefers: 'C' in a clone's skeletons
-    /// gives any of the hour's letters.)
+    /// A generator of its own. Never null. (ICU 72 forgets the hours that the region prefers: 'C' in a clone's
+    /// skeletons gives any of the hour's letters.)
     [[nodiscard]] virtual std::unique_ptr<ICUDateTimePatternGenerator> clone() const = 0;
 
     /// The pattern that the locale uses for exactly these fields, or the best that can be put together. 'j' stands for
@@ -120,7 +120,7 @@ public:
     [[nodiscard]] virtual TStringCore getDecimal() const = 0;
     virtual void setDecimal(TStringView decimal) = 0;
     [[nodiscard]] virtual ICUEHourCycle getDefaultHourCycle(ICUErrorCode& status) const = 0;
-    [[nodiscard]] virtual bool equals(ICUDateTimePatternGenerator const& other) const = 0;
+    [[nodiscard]] virtual bool operator==(ICUDateTimePatternGenerator const& other) const = 0;
 
     /// For the library's own use: the icu::DateTimePatternGenerator behind the wrapper, or null.
     [[nodiscard]] virtual void const* Native() const noexcept = 0;

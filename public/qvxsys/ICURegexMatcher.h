@@ -83,7 +83,7 @@ public:
     /// @}
 
     /// @name The match
-    /// Group 0 is the whole match. A group that took no part is at -1 and empty. IndexOutOfBoundsError for a number
+    /// Group 0 is the whole match. A group that took no part is at -1 and empty, and so is any on failure. IndexOutOfBoundsError for a number
     /// beyond groupCount, RegexInvalidCaptureGroupName for an unknown name.
     /// @{
     /// The groups of the pattern, group 0 not counted.

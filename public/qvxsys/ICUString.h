@@ -36,22 +36,6 @@
 
 namespace QvxICU {
 
-/// How texts are folded and compared; combined with |.
-enum ICUFoldOption : unsigned {
-    ICUFoldDefault = 0,
-    ICUFoldExcludeSpecialI = 1, ///< dotted and dotless i as in Turkic languages
-};
-
-/// How toTitle() makes titles; combined with |.
-enum ICUTitleOption : unsigned {
-    ICUTitleDefault = 0,
-    ICUTitleWholeString = 0x20,        ///< one title-case letter, at the beginning
-    ICUTitleSentences = 0x40,          ///< one in each sentence, not in each word
-    ICUTitleNoLowercase = 0x100,       ///< leaves the other letters as they are
-    ICUTitleNoBreakAdjustment = 0x200, ///< changes the first character of a word even if it is no letter
-    ICUTitleAdjustToCased = 0x400,     ///< changes the first character of a word that has case
-};
-
 namespace detail {
 
 /// A text argument that is not taken as a view already.
@@ -102,8 +86,8 @@ public:
     [[nodiscard]] virtual int compare(TStringView text) const noexcept = 0;
     /// By code points: U+FFFF is less than U+10000.
     [[nodiscard]] virtual int compareCodePointOrder(TStringView text) const noexcept = 0;
-    /// Folded, by ICUFoldOption; with ICUCompareCodePointOrder too, by code points instead of units.
-    [[nodiscard]] virtual int caseCompare(TStringView text, unsigned options = ICUFoldDefault) const noexcept = 0;
+    /// Folded, with options of ICUCaseOption.
+    [[nodiscard]] virtual int caseCompare(TStringView text, unsigned options = ICUFoldCaseDefault) const noexcept = 0;
     [[nodiscard]] virtual bool startsWith(TStringView text) const noexcept = 0;
     [[nodiscard]] virtual bool endsWith(TStringView text) const noexcept = 0;
     /// Equal for equal strings; not the same in every version of ICU.
@@ -184,18 +168,18 @@ public:
     virtual ICUString& toUpper(ICULocale const& locale) = 0;
     virtual ICUString& toLower() = 0;
     virtual ICUString& toLower(ICULocale const& locale) = 0;
-    /// Words by ICU's rules of the locale, with options of ICUTitleOption.
+    /// Words by ICU's rules of the locale, with options of ICUCaseOption.
     virtual ICUString& toTitle() = 0;
-    virtual ICUString& toTitle(ICULocale const& locale, unsigned options = ICUTitleDefault) = 0;
-    /// For comparing without case; the same for all languages, but for ICUFoldExcludeSpecialI.
-    virtual ICUString& foldCase(unsigned options = ICUFoldDefault) = 0;
+    virtual ICUString& toTitle(ICULocale const& locale, unsigned options = 0) = 0;
+    /// For comparing without case; the same for all languages, but for ICUFoldCaseExcludeSpecialI.
+    virtual ICUString& foldCase(unsigned options = ICUFoldCaseDefault) = 0;
     /// @}
 
     /// The text with escape sequences resolved: \uhhhh, \Uhhhhhhhh, \xhh, \x{h...}, \ooo, \cX, \a, \b, \e, \f, \n, \r,
     /// \t, \v; any other character stands for itself. Empty if a sequence is malformed.
     [[nodiscard]] virtual std::unique_ptr<ICUString> unescape() const = 0;
-    /// The code point of one sequence; `offset` is behind the backslash, and then behind the sequence. 0xFFFFFFFF, and
-    /// the offset as it was, if it is malformed.
+    /// The code point of one sequence; `offset` is behind the backslash, and then behind the sequence. ICUNoCodePoint,
+    /// and the offset as it was, if it is malformed.
     [[nodiscard]] virtual char32_t unescapeAt(int& offset) const noexcept = 0;
 
     /// @name The same with text of another kind, and with characters
@@ -219,7 +203,7 @@ public:
         return compareCodePointOrder(TStringView(qvxsys::detail::ToView(text)));
     }
     template<detail::OtherText T>
-    [[nodiscard]] int caseCompare(T const& text, unsigned options = ICUFoldDefault) const
+    [[nodiscard]] int caseCompare(T const& text, unsigned options = ICUFoldCaseDefault) const
     {
         return caseCompare(TStringView(qvxsys::detail::ToView(text)), options);
     }

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include <qvxsys/ICUDecimalFormat.h>
 #include <qvxsys/ICUPosition.h>
 #include <qvxsys/ICUSimpleDateFormat.h>
 #include <unicode/smpdtfmt.h>
@@ -161,7 +162,7 @@ TEST(DateFormat, AllWaysOfCreation)
                                                   status)};
     for (auto const& format : same) {
         EXPECT_EQ(format->format(0.0, status), text);
-        EXPECT_TRUE(format->equals(*core) && core->equals(*format));
+        EXPECT_TRUE(*format == *core && *core == *format);
     }
     UErrorCode code = U_ZERO_ERROR;
     icu::UnicodeString expected;
@@ -191,12 +192,14 @@ TEST(DateFormat, ClonesShareUntilChanged)
     Code status = Code::ZeroError;
     auto const locale = Locale("en");
     auto const hebrew = ICUCalendar::createInstance(*Locale("he@calendar=hebrew"), status);
+    auto const numbers = QvxICU::ICUDecimalFormat::createInstance(*Locale("ar_EG"));
     auto const symbols = QvxICU::ICUDateFormatSymbols::createInstance(*Locale("fr"), status);
     using Change = std::function<void(ICUSimpleDateFormat&)>;
     Change const changes[] = {[&](auto& f) { f.setBooleanAttribute(ICUDateFormat::ParseAllowNumeric, false, status); },
                               [&](auto& f) { f.setLenient(false); },
                               [&](auto& f) { f.setCalendarLenient(false); },
                               [&](auto& f) { f.setCalendar(*hebrew, status); },
+                              [&](auto& f) { f.setNumberFormat(*numbers, status); },
                               [&](auto& f) { f.setTimeZone(u"Asia/Tokyo", status); },
                               [&](auto& f) { f.setContext(ICUDateFormat::CapitalizationForStandalone, status); },
                               [&](auto& f) { f.applyPattern(u"y"); },
@@ -212,14 +215,19 @@ TEST(DateFormat, ClonesShareUntilChanged)
             EXPECT_EQ(one->Native(), two->Native());
             changes[i](changeClone ? *two : *one);
             EXPECT_NE(one->Native(), two->Native());
-            EXPECT_TRUE((changeClone ? one : two)->equals(*reference)) << i;
-            EXPECT_EQ((changeClone ? two : one)->equals(*reference), i == 0) << i;
+            EXPECT_TRUE(*(changeClone ? one : two) == *reference) << i;
+            EXPECT_EQ(*(changeClone ? two : one) == *reference, i == 0) << i;
             void const* const own = (changeClone ? two : one)->Native();
             changes[i](changeClone ? *two : *one);
             EXPECT_EQ((changeClone ? two : one)->Native(), own) << "copied again";
         }
     }
     EXPECT_TRUE(QvxICU::ICU_SUCCESS(status));
+    auto const arabic = ICUSimpleDateFormat::createInstance(u"yyyy", *locale, status);
+    arabic->setTimeZone(u"UTC", status);
+    arabic->setNumberFormat(*numbers, status);
+    EXPECT_EQ(arabic->format(0.0, status), u"\u0661\u0669\u0667\u0660");
+    EXPECT_EQ(arabic->getNumberFormat(status)->format(7), u"\u0667");
     // Each thread clones, reads and changes its clone, while others read what is shared.
     auto const shared = ICUSimpleDateFormat::createInstance(u"d MMMM y H:mm zzzz", *locale, status);
     TStringCore const text = shared->format(0.0, status);
@@ -241,6 +249,7 @@ TEST(DateFormat, RefusesWhatIsNoArgument)
     auto const locale = Locale("en");
     auto const empty = ICUSimpleDateFormat::createInstance(u"y", *locale, status);
     auto const noCalendar = ICUCalendar::createInstance(*locale, status);
+    auto const noNumbers = empty->getNumberFormat(status);
     auto const noSymbols = QvxICU::ICUDateFormatSymbols::createInstance(*locale, status);
     Code fine = Code::ZeroError;
     auto const whole = ICUSimpleDateFormat::createInstance(u"y", *locale, fine);
@@ -262,6 +271,7 @@ TEST(DateFormat, RefusesWhatIsNoArgument)
         [&](auto& f, Code& s) { return f.set2DigitYearStart(kNaN, s), false; },
         [&](auto& f, Code& s) { return f.setCalendar(*noCalendar, s), false; },
         [&](auto& f, Code& s) { return f.setDateFormatSymbols(*noSymbols, s), false; },
+        [&](auto& f, Code& s) { return f.setNumberFormat(*noNumbers, s), false; },
         [&](auto& f, Code& s) { return f.setTimeZone(u"Nowhere/City", s), f.getTimeZone() == u"Etc/Unknown"; },
         [&](auto& f, Code& s) { return f.getBooleanAttribute(static_cast<Attribute>(64), s); },
         [&](auto& f, Code& s) { return f.setBooleanAttribute(static_cast<Attribute>(-1), true, s), false; },
@@ -273,7 +283,7 @@ TEST(DateFormat, RefusesWhatIsNoArgument)
         status = Code::ZeroError;
         EXPECT_FALSE(refused[i](*whole, status)) << i;
         EXPECT_EQ(status, Code::IllegalArgumentError) << i;
-        EXPECT_TRUE(whole->equals(*before)) << i;
+        EXPECT_TRUE(*whole == *before) << i;
     }
 
     Call const without[] = {
@@ -304,7 +314,7 @@ TEST(DateFormat, RefusesWhatIsNoArgument)
     EXPECT_EQ(position->getErrorIndex(), 1);
     empty->parse(u"1970", *calendar, *position);
     whole->parse(u"1970", *noCalendar, *position);
-    EXPECT_FALSE(empty->equals(*whole) || whole->equals(*empty));
+    EXPECT_FALSE(*empty == *whole || *whole == *empty);
     EXPECT_EQ(Failure(fine), 0);
 }
 

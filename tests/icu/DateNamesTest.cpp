@@ -49,7 +49,7 @@ TEST(DateFormatSymbols, ListsOfIcu)
                                     : Symbols::createInstance(*Locale(name), type, status);
             EXPECT_EQ(Failure(status), Failure(code));
             auto const ours = made->clone();
-            EXPECT_TRUE(ours->equals(*made));
+            EXPECT_TRUE(*ours == *made);
             for (int i = 0; i < 12; ++i) {
                 auto const context = static_cast<Context>(i / 4);
                 auto const width = static_cast<Width>(i % 4);
@@ -126,7 +126,7 @@ TEST(DateFormatSymbols, ChecksAndSets)
     symbols->setMonths(names, Symbols::NoContext, Symbols::Wide);
     symbols->setMonths(names, Symbols::Format, Symbols::Short);
     symbols->setEras(names, Symbols::Short);
-    EXPECT_TRUE(symbols->equals(*before));
+    EXPECT_TRUE(*symbols == *before);
     symbols->setMonths(names, Symbols::Format, Symbols::Wide);
     symbols->setWeekdays(names, Symbols::Format, Symbols::Short);
     symbols->setQuarters({}, Symbols::Format, Symbols::Wide);
@@ -147,7 +147,7 @@ TEST(DateFormatSymbols, ChecksAndSets)
     empty->setEras(names, Symbols::Wide);
     EXPECT_TRUE(empty->getMonths(Symbols::Format, Symbols::Wide).empty() && empty->getAmPmStrings().empty());
     EXPECT_TRUE(empty->clone()->getEras(Symbols::Wide).empty() && empty->getLocalPatternChars().isEmpty());
-    EXPECT_FALSE(empty->equals(*symbols) || symbols->equals(*empty));
+    EXPECT_FALSE(*empty == *symbols || *symbols == *empty);
     status = Code::ZeroError;
     EXPECT_EQ(empty->getLocale(QvxICU::ICULocDataLocaleType::Valid, status), nullptr);
     EXPECT_EQ(status, Code::InvalidStateError);
@@ -168,7 +168,7 @@ TEST(DateTimePatternGenerator, AnswersOfIcu)
         EXPECT_EQ(Failure(status), Failure(code));
         Generator* const ours = made.get();
         auto const copy = ours->clone();
-        EXPECT_TRUE(ours->equals(*copy));
+        EXPECT_TRUE(*ours == *copy);
         icu::UnicodeString theirs;
         TStringCore conflicting;
         for (char16_t const* const pattern : {u"d 'of' MMMM y", u"H:mm:ss v", u"yMMMd", u"\xD800", u"d-M"}) {
@@ -228,8 +228,8 @@ TEST(DateTimePatternGenerator, AnswersOfIcu)
                 EXPECT_EQ(skeleton, Ours(*all->snext(code)));
             }
         }
-        EXPECT_FALSE(ours->equals(*copy));
-        EXPECT_TRUE(copy->equals(*Generator::createInstance(name, status)));
+        EXPECT_FALSE(*ours == *copy);
+        EXPECT_TRUE(*copy == *Generator::createInstance(name, status));
     }
 }
 
@@ -253,8 +253,7 @@ TEST(DateTimePatternGenerator, WithoutIcusGenerator)
     }
     empty->setDecimal(u".");
     empty->setDateTimeFormat(u"");
-    EXPECT_TRUE(empty->getDecimal().isEmpty() && empty->getPatternForSkeleton(u"y").isEmpty() &&
-                !empty->equals(*empty));
+    EXPECT_TRUE(empty->getDecimal().isEmpty() && empty->getPatternForSkeleton(u"y").isEmpty() && *empty != *empty);
 }
 
 } // namespace

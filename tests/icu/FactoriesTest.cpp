@@ -50,16 +50,11 @@ TEST(Factories, MakeWhatTheStaticFunctionsMake)
     using Style = ICUDateFormat::ICUEStyle;
     auto const style = static_cast<Style>(1);
 
-    EXPECT_MADE_ALIKE(icu.calendar, ICUCalendar, createInstance(status), getTimeZone());
     EXPECT_MADE_ALIKE(icu.calendar, ICUCalendar, createInstance(locale, status), getFirstDayOfWeek(status));
     EXPECT_MADE_ALIKE(icu.gregorianCalendar, ICUGregorianCalendar, createInstance(locale, status), isLeapYear(2000));
     EXPECT_MADE_ALIKE(icu.dateFormat, ICUDateFormat, createDateInstance(style, locale), isLenient());
-    EXPECT_MADE_ALIKE(icu.dateFormat, ICUDateFormat, createTimeInstance(style, locale), isLenient());
-    EXPECT_MADE_ALIKE(icu.dateFormat, ICUDateFormat, createDateTimeInstance(style, style, locale), isLenient());
-    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(status), toPattern());
-    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance("d.M", locale, status), toPattern());
-    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(L"d.M", locale, status), toPattern());
-    EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(u"d.M", status), toPattern());
+    EXPECT_MADE_ALIKE(icu.dateFormat, ICUDateFormat, createDateTimeInstance(style, static_cast<Style>(3), locale),
+                      format(1e12, status));
     EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(u"d.M", locale, status), toPattern());
     EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(u"d", *symbols, status), toPattern());
     EXPECT_MADE_ALIKE(icu.simpleDateFormat, ICUSimpleDateFormat, createInstance(*format), toPattern());
@@ -72,26 +67,18 @@ TEST(Factories, MakeWhatTheStaticFunctionsMake)
     EXPECT_MADE_ALIKE(icu.dateTimePatternGenerator, ICUDateTimePatternGenerator, createInstance("de", status),
                       getBestPattern(u"yMMMd", status));
     EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createInstance(locale), toPattern());
-    EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createCurrencyInstance(locale), toPattern());
     EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createInstance(locale, ICUNumberFormatStyle::Percent),
                       toPattern());
     EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createInstance(u"0.0", *numbers, status), toPattern());
     EXPECT_MADE_ALIKE(icu.decimalFormatSymbols, ICUDecimalFormatSymbols, createInstance(locale, status), getDigit(3));
-    EXPECT_MADE_ALIKE(icu.fieldPosition, ICUFieldPosition, createInstance(), getField());
     EXPECT_MADE_ALIKE(icu.fieldPosition, ICUFieldPosition, createInstance(3), getField());
-    EXPECT_MADE_ALIKE(icu.parsePosition, ICUParsePosition, createInstance(), getIndex());
     EXPECT_MADE_ALIKE(icu.parsePosition, ICUParsePosition, createInstance(3), getIndex());
-    EXPECT_MADE_ALIKE(icu.string, ICUString, createInstance(), toString());
     EXPECT_MADE_ALIKE(icu.string, ICUString, createInstance("\xC3\xA4"), toString());
-    EXPECT_MADE_ALIKE(icu.string, ICUString, createInstance(L"\u00E4"), toString());
-    EXPECT_MADE_ALIKE(icu.string, ICUString, createInstance(u"\u00E4"), toString());
     EXPECT_MADE_ALIKE(icu.string, ICUString, createAlias(u"\u00E4"), view().data());
     EXPECT_MADE_ALIKE(icu.string, ICUString, createFromCodepage("\x80", 1, "cp1252", status), toString());
     auto const pattern = ICUString::createInstance(u"a(b)");
-    EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(*pattern, 2, status), pattern());
     EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(u"x", 2, status), flags());
     EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(*pattern, 2, error, status), pattern());
-    EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(u"x", 2, error, status), flags());
     auto const forward = ICUTransDirection::Forward;
     EXPECT_MADE_ALIKE(icu.transliterator, ICUTransliterator, createInstance(L"Latin-Greek", forward, status), getID());
     EXPECT_MADE_ALIKE(icu.transliterator, ICUTransliterator,
@@ -153,21 +140,11 @@ TEST(Factories, LocalesAreThoseOfTheStaticFunctions)
 {
     ILocaleFactory const& icu = Module().getFactories().locale;
     EXPECT_MADE_ALIKE(icu, ICULocale, createInstance("de", "CH", "", ""), hashCode());
-    EXPECT_EQ(*icu.createInstance(), ICULocale());
     EXPECT_EQ(*icu.getDefault(), ICULocale());
     EXPECT_EQ(*icu.getRoot(), *ICULocale::getRoot());
     EXPECT_EQ(*icu.createFromName("sh_YU"), *ICULocale::createFromName("sh_YU"));
     EXPECT_EQ(*icu.createCanonical("sh_YU"), *ICULocale::createCanonical("sh_YU"));
-    ICULocale const* const constants[][2] = {{&icu.getUS(), &ICULocale::getUS()},
-                                             {&icu.getCanada(), &ICULocale::getCanada()},
-                                             {&icu.getCanadaFrench(), &ICULocale::getCanadaFrench()},
-                                             {&icu.getChina(), &ICULocale::getChina()},
-                                             {&icu.getPRC(), &ICULocale::getPRC()},
-                                             {&icu.getJapan(), &ICULocale::getJapan()},
-                                             {&icu.getKorea(), &ICULocale::getKorea()}};
-    for (auto const& [ours, theirs] : constants) {
-        EXPECT_EQ(ours, theirs) << "one for the process";
-    }
+    EXPECT_EQ(&icu.getCanada(), &ICULocale::getCanada()) << "one for the process";
     int count = 0;
     auto const available = icu.getAvailableLocales(count);
     EXPECT_EQ(available.size(), static_cast<std::size_t>(count));

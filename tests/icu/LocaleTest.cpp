@@ -87,41 +87,20 @@ std::string Facts(Locale const& locale)
     return out.str();
 }
 
-TStringCore Shown(icu::Locale const& l, icu::Locale const& in)
+/// The names for people, in the words of a locale and of the default one.
+std::vector<TStringCore> Shown(icu::Locale const& l, icu::Locale const& in)
 {
     icu::UnicodeString s;
-    TStringCore all;
-    for (auto const& part : {Text(l.getDisplayLanguage(in, s)), Text(l.getDisplayScript(in, s)),
-                             Text(l.getDisplayCountry(in, s)), Text(l.getDisplayVariant(in, s)),
-                             Text(l.getDisplayName(in, s)), Text(l.getDisplayLanguage(s)), Text(l.getDisplayScript(s)),
-                             Text(l.getDisplayCountry(s)), Text(l.getDisplayVariant(s)), Text(l.getDisplayName(s))}) {
-        all.append(part).append('|');
-    }
-    return all;
+    return {Text(l.getDisplayLanguage(in, s)), Text(l.getDisplayScript(in, s)), Text(l.getDisplayCountry(in, s)),
+            Text(l.getDisplayVariant(in, s)),  Text(l.getDisplayName(in, s)),   Text(l.getDisplayLanguage(s)),
+            Text(l.getDisplayScript(s)),       Text(l.getDisplayCountry(s)),    Text(l.getDisplayVariant(s)),
+            Text(l.getDisplayName(s))};
 }
-TStringCore Shown(ICULocale const& l, ICULocale const& in)
+std::vector<TStringCore> Shown(ICULocale const& l, ICULocale const& in)
 {
-    return TStringCore(u"")
-        .append(l.getDisplayLanguage(in))
-        .append('|')
-        .append(l.getDisplayScript(in))
-        .append('|')
-        .append(l.getDisplayCountry(in))
-        .append('|')
-        .append(l.getDisplayVariant(in))
-        .append('|')
-        .append(l.getDisplayName(in))
-        .append('|')
-        .append(l.getDisplayLanguage())
-        .append('|')
-        .append(l.getDisplayScript())
-        .append('|')
-        .append(l.getDisplayCountry())
-        .append('|')
-        .append(l.getDisplayVariant())
-        .append('|')
-        .append(l.getDisplayName())
-        .append('|');
+    return {l.getDisplayLanguage(in), l.getDisplayScript(in), l.getDisplayCountry(in), l.getDisplayVariant(in),
+            l.getDisplayName(in),     l.getDisplayLanguage(), l.getDisplayScript(),    l.getDisplayCountry(),
+            l.getDisplayVariant(),    l.getDisplayName()};
 }
 
 void ExpectSame(ICULocale const& ours, icu::Locale const& theirs, std::string const& what)
@@ -134,50 +113,24 @@ void ExpectSame(ICULocale const& ours, icu::Locale const& theirs, std::string co
 
 std::vector<std::string> OddNames()
 {
-    std::string const many = [] {
-        std::string s = "en@";
-        for (int i = 0; i < 40; ++i) {
-            s += "key" + std::to_string(i) + "=value;";
-        }
-        return s;
-    }();
-    return {"",
-            "root",
-            "C",
-            "en_US_POSIX",
-            "i-klingon",
-            "no_NO_NY",
-            "sh_YU",
-            "zh_TW_STROKE",
-            "de__PHONEBOOK",
-            "xx_YY_ZZ",
-            "@",
-            "@=;",
-            "de@collation",
-            "de@=x",
-            "de@collation=phonebook;currency=EUR",
-            "EN@Currency=eur; CALENDAR = japanese",
-            "en_US.utf8@euro",
-            "\xFF\xFE\x80",
-            "a b\tc",
-            "_",
-            "___",
-            "-",
-            "--x",
-            "x-private",
-            "und-Latn-x-foo",
-            "de-u-co-phonebk-ka-shifted",
-            "sr-latn-rs",
-            "zh-min-nan",
-            "en_US_OED",
-            "ar@numbers=latn",
-            "fr\n",
-            "de;CH",
-            many,
-            std::string(100, 'a'),
-            std::string(200, '_'),
-            "de_" + std::string(5000, 'X'),
-            "en@x=" + std::string(10000, 'y')};
+    std::vector<std::string> names;
+    std::istringstream list(
+        "/root/C/en_US_POSIX/i-klingon/no_NO_NY/sh_YU/zh_TW_STROKE/de__PHONEBOOK/xx_YY_ZZ/@/@=;/de@collation/de@=x/"
+        "de@collation=phonebook;currency=EUR/EN@Currency=eur; CALENDAR = japanese/en_US.utf8@euro/\xFF\xFE\x80/a "
+        "b\tc/_/"
+        "___/-/--x/x-private/und-Latn-x-foo/de-u-co-phonebk-ka-shifted/sr-latn-rs/zh-min-nan/en_US_OED/fr\n/de;CH");
+    for (std::string name; std::getline(list, name, '/');) {
+        names.push_back(name);
+    }
+    std::string many = "en@";
+    for (int i = 0; i < 40; ++i) {
+        many += "key" + std::to_string(i) + "=value;";
+    }
+    for (auto const& longName : {many, std::string(100, 'a'), std::string(200, '_'), "de_" + std::string(5000, 'X'),
+                                 "en@x=" + std::string(10000, 'y')}) {
+        names.push_back(longName);
+    }
+    return names;
 }
 
 TEST(Locale, EveryNameGivesWhatIcuMakesOfIt)
@@ -288,40 +241,16 @@ TEST(Locale, KeywordsAreSetAsIcuSetsThem)
 
 TEST(Locale, ConstantsAndListsAreIcus)
 {
-    struct Row
-    {
-        ICULocale const& (*ours)();
-        icu::Locale const& (*theirs)();
-    };
-#define ROW(name)                                                                                                      \
-    {                                                                                                                  \
-        &ICULocale::get##name, &icu::Locale::get##name                                                                 \
-    }
-    for (Row const& row : std::initializer_list<Row>{ROW(English),
-                                                     ROW(French),
-                                                     ROW(German),
-                                                     ROW(Italian),
-                                                     ROW(Japanese),
-                                                     ROW(Korean),
-                                                     ROW(Chinese),
-                                                     ROW(SimplifiedChinese),
-                                                     ROW(TraditionalChinese),
-                                                     ROW(France),
-                                                     ROW(Germany),
-                                                     ROW(Italy),
-                                                     ROW(Japan),
-                                                     ROW(Korea),
-                                                     ROW(China),
-                                                     ROW(PRC),
-                                                     ROW(Taiwan),
-                                                     ROW(UK),
-                                                     ROW(US),
-                                                     ROW(Canada),
-                                                     ROW(CanadaFrench)}) {
-        EXPECT_STREQ(row.ours().getName(), row.theirs().getName());
-        EXPECT_EQ(&row.ours(), &row.ours());
-    }
-#undef ROW
+#define SAME(name)                                                                                                     \
+    EXPECT_STREQ(ICULocale::get##name().getName(), icu::Locale::get##name().getName());                                \
+    EXPECT_EQ(&ICULocale::get##name(), &ICULocale::get##name())
+    // clang-format off
+    SAME(English); SAME(French); SAME(German); SAME(Italian); SAME(Japanese); SAME(Korean);
+    SAME(Chinese); SAME(SimplifiedChinese); SAME(TraditionalChinese); SAME(France); SAME(Germany); SAME(Italy);
+    SAME(Japan); SAME(Korea); SAME(China); SAME(PRC); SAME(Taiwan); SAME(UK);
+    SAME(US); SAME(Canada); SAME(CanadaFrench);
+    // clang-format on
+#undef SAME
     EXPECT_STREQ(ICULocale::getRoot()->getName(), icu::Locale::getRoot().getName());
     int ours = -1;
     int theirs = -1;
