@@ -102,7 +102,14 @@ bool Decoding()
     decoder.Decode("\xBC\xC3\x9F"
                    "e",
                    4, text, true);
-    return waits && text == u"Gr\u00FC\u00DFe" && decoder.Malformed() == 0;
+    bool const sound = decoder.Malformed() == 0;
+
+    TTextDecoder unknown = TTextDecoder::Detecting();
+    char const bytes[] = {'\xFF', '\xFE', 'G', '\0', 'r', '\0'};
+    TStringCore const detected(unknown.Decode(bytes, 6, true));
+    bool const isUtf16 =
+        unknown.Found().encoding == "UTF-16LE" && unknown.Found().foundBy == TTextDecoder::FoundBy::ByteOrderMark;
+    return waits && text == u"Gr\u00FC\u00DFe" && sound && detected == u"Gr" && isUtf16;
 }
 
 bool Patterns()

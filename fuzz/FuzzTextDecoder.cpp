@@ -13,8 +13,14 @@
 
 namespace {
 
-constexpr char const* kEncodings[] = {"UTF-8",       "UTF-16LE",  "UTF-16BE", "UTF-32LE",    "UTF-32BE", "ISO-8859-1",
-                                      "ISO-8859-15", "Shift_JIS", "gb18030",  "ISO-2022-JP", "UTF-7",    "UTF-16"};
+constexpr char const* kEncodings[] = {"UTF-8",      "UTF-16LE",    "UTF-16BE",  "UTF-32LE", "UTF-32BE",
+                                      "ISO-8859-1", "ISO-8859-15", "Shift_JIS", "gb18030",  "ISO-2022-JP",
+                                      "UTF-7",      "UTF-16",      "auto"};
+
+TTextDecoder Make(std::string_view encoding)
+{
+    return encoding == "auto" ? TTextDecoder::Detecting() : TTextDecoder(encoding.data());
+}
 
 void Require(bool condition)
 {
@@ -38,15 +44,16 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t n)
 
     TTextDecoder::Detection const found = TTextDecoder::Detect(bytes.data(), bytes.size());
     Require(TTextDecoder::IsKnownEncoding(found.encoding.c_str()) && found.bomLength <= bytes.size());
+    Require(found.confidence >= 0 && found.confidence <= 100);
 
-    TTextDecoder whole(encoding);
+    TTextDecoder whole = Make(encoding);
     std::u16string const expected(std::u16string_view(whole.Decode(bytes.data(), bytes.size(), true)));
     if (data[0] % std::size(kEncodings) == 0) {
         icu_reference::Decoded const icu = icu_reference::Decode(encoding, bytes);
         Require(icu.text == expected && icu.malformed == whole.Malformed());
     }
 
-    TTextDecoder decoder(encoding);
+    TTextDecoder decoder = Make(encoding);
     std::u16string decoded;
     for (std::size_t at = 0, i = 0; at < bytes.size() || i == 0; ++i) {
         std::size_t const wanted = i < lengthCount ? lengths[i] : bytes.size();
@@ -57,5 +64,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t n)
         decoded += std::u16string_view(decoder.Decode(chunk.get(), length, at == bytes.size()));
     }
     Require(decoded == expected && decoder.Malformed() == whole.Malformed());
+    Require(decoder.Found().encoding == whole.Found().encoding);
     return 0;
 }

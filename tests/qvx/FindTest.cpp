@@ -199,7 +199,7 @@ TEST_F(Scan, MistakesInFindAndPrint)
         {{"--print", "%a"},
          "qvx: Invalid numberless marker in format string.; in the format of --print "
          "(QuorvexException_AutoGen_0xF7AF5E37)\n"},
-        {{"--print", "%10"}, "(have 9, need 10: format string = \"%10\"); in the format of --print"},
+        {{"--print", "%11"}, "(have 10, need 11: format string = \"%11\"); in the format of --print"},
         {{"--print", "%6", "--find", "a"}, "(have 5, need 6"},
     };
     for (auto const& [arguments, shown] : table) {

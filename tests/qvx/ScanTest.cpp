@@ -112,10 +112,11 @@ TEST_F(Scan, Table)
                               "\U0001F600\n\xFF");
     ChildResult const run = Qvx({"scan", "."}, InFolder());
     std::string const here = Utf8("./");
-    EXPECT_EQ(run.out, "name     encoding  bytes  units  code points  lines  malformed\n" + here +
-                           "e\u0301t\u00E9    UTF-8         3      2            2      1          0\n" + here +
-                           "\u65E5\u672C\uFFFD  UTF-8         9      4            3      1          1\n"
-                           "total                 12      6            5      2          1\n");
+    EXPECT_EQ(run.out, "name     encoding  found by  bytes  units  code points  lines  malformed\n" + here +
+                           "e\u0301t\u00E9    UTF-8     utf-8         3      2            2      1          0\n" +
+                           here +
+                           "\u65E5\u672C\uFFFD  UTF-8     bom           9      4            3      1          1\n"
+                           "total                           12      6            5      2          1\n");
     EXPECT_EQ(run.err, ""); // no progress bar: stderr is no terminal
     EXPECT_EQ(run.status, 0);
 }

@@ -150,41 +150,106 @@ TEST(TextDecoderTest, Names)
 TEST(TextDecoderTest, Detect)
 {
     using namespace std::string_view_literals;
+    using enum TTextDecoder::FoundBy;
     struct
     {
         std::string_view bytes;
         char const* encoding;
-        std::size_t bom;
+        TTextDecoder::FoundBy foundBy;
         bool binary;
     } const table[] = {
-        {""sv, "UTF-8", 0, false},
-        {"plain"sv, "UTF-8", 0, false},
-        {"\xEF\xBB\xBF"sv, "UTF-8", 3, false},
-        {"\xEF\xBB\xBF\0"sv, "UTF-8", 3, true},
-        {"\xEF\xBB"sv, "UTF-8", 0, false}, // cut off, not malformed
-        {"\xFF\xFE"sv, "UTF-16LE", 2, false},
-        {"\xFF\xFE\0"sv, "UTF-16LE", 2, false},
-        {"\xFF\xFE"
-         "a\0"sv,
-         "UTF-16LE", 2, false},
-        {"\xFF\xFE\0\0"sv, "UTF-32LE", 4, false},
-        {"\xFE\xFF\0a"sv, "UTF-16BE", 2, false},
-        {"\0\0\xFE\xFF\0\0\0a"sv, "UTF-32BE", 4, false},
-        {"a\0b"sv, "UTF-8", 0, true},
+        {""sv, "UTF-8", Utf8, false},
+        {"a"sv, "UTF-8", Utf8, false},
+        {"\0"sv, "UTF-8", Utf8, true},
+        {"\xEF\xBB\xBF"sv, "UTF-8", ByteOrderMark, false},
+        {"\xEF\xBB\xBF\0"sv, "UTF-8", ByteOrderMark, true},
+        {"Caf\xE9"sv, "ISO-8859-1", Statistics, false}, // rather than UTF-8 that is cut off
+        {"\xC3\xA4 \xC3"sv, "UTF-8", Statistics, false},
+        {"\xFF\xFE"sv, "UTF-16LE", ByteOrderMark, false},
+        {"\xFF\xFE\0"sv, "UTF-16LE", ByteOrderMark, false},
+        {"\xFF\xFE\0\0"sv, "UTF-32LE", ByteOrderMark, false},
+        {"\xFE\xFF\0a"sv, "UTF-16BE", ByteOrderMark, false},
+        {"\0\0\xFE\xFF\0\0\0a"sv, "UTF-32BE", ByteOrderMark, false},
+        {"a\0b"sv, "UTF-8", Utf8, true},
+        {"H\0i\0"sv, "UTF-16LE", Statistics, false},
+        {"\0H\0i\0\n"sv, "UTF-16BE", Statistics, false},
+        {"\0\0\0H\0\0\0i"sv, "UTF-32BE", Statistics, false},
+        {"\x20\x04\x43\x04\x41\x04\x41\x04\x3A\x04\x38\x04\x39\x04\x20\0\x3D\xD8\x00\xDE"sv, "UTF-16LE", Statistics,
+         false},
+        {"name\0and names\0in bytes\0of\0even length\0"sv, "UTF-8", Utf8, true},
+        {"\x7F"
+         "ELF\2\1\1\0\0\0\0\0\0\0\0\0\3\0\x3E\0\1\0\0\0\x90\x12\0\0"sv,
+         "ISO-8859-1", Statistics, true},
+        {"\1\0\2\0\3\0\4\0\xFF\xFF"sv, "ISO-8859-1", Statistics, true},
+        {"\x1B[1mbold\x1B[0m"sv, "UTF-8", Utf8, false},
+        {"\x1B$B$3$l$OF|K\\8l\x1B(B."sv, "ISO-2022-JP", Statistics, false},
         {"Gr\xC3\xBC\xC3\x9F"
          "e \xE2\x82\xAC \xFF"sv,
-         "UTF-8", 0, false}, // three characters, one fault
+         "UTF-8", Statistics, false}, // three characters, one fault
         {"\x82\xB1\x82\xF1\x82\xC9\x82\xBF\x82\xCD\x81\x41\x90\xA2\x8A\x45\x81\x42\x82\xB1\x82\xEA\x82\xCD\x93\xFA"sv,
-         "Shift_JIS", 0, false},
-        {"\x93\xFA \xFF"sv, "ISO-8859-1", 0, false}, // too little for any verdict
+         "Shift_JIS", Statistics, false},
+        {"\x93\xFA \xFF"sv, "ISO-8859-1", Statistics, false}, // too little for any verdict
     };
-    for (auto const& [bytes, encoding, bom, binary] : table) {
+    for (auto const& [bytes, encoding, foundBy, binary] : table) {
         SCOPED_TRACE(testing::PrintToString(bytes));
         TTextDecoder::Detection const found = TTextDecoder::Detect(bytes.data(), bytes.size());
         EXPECT_EQ(found.encoding, encoding);
-        EXPECT_EQ(found.bomLength, bom);
+        EXPECT_EQ(found.foundBy, foundBy);
         EXPECT_EQ(found.looksBinary, binary);
+        EXPECT_EQ(found.bomLength, foundBy != ByteOrderMark ? 0u
+                                   : bytes[0] == '\xEF'     ? 3u
+                                   : encoding[4] == '3'     ? 4u
+                                                            : 2u);
+        EXPECT_TRUE(foundBy == Statistics ? found.confidence <= 100 : found.confidence == 100);
     }
+    EXPECT_TRUE(TTextDecoder::Detect("\x93\xFA \xFF", 4).IsUncertain());
+    EXPECT_EQ(TTextDecoder("latin1").Found().foundBy, Given);
+    EXPECT_EQ(TTextDecoder("latin1").Found().encoding, "ISO-8859-1");
+}
+
+// What tells the encoding may lie far behind the beginning, and anywhere among the chunks.
+TEST(TextDecoderTest, DetectsInChunks)
+{
+    std::string ascii(200'001, '.');
+    std::u16string russian;
+    for (int i = 0; i < 50; ++i) {
+        russian +=
+            u"\u0412 \u043D\u0430\u0447\u0430\u043B\u0435 \u0431\u044B\u043B\u043E \u0441\u043B\u043E\u0432\u043E\n";
+    }
+    auto const inEncoding = [&](char const* encoding) { return icu_reference::Encode(encoding, russian); };
+    struct
+    {
+        std::string bytes;
+        char const* encoding;
+    } const table[] = {
+        {ascii, "UTF-8"},
+        {ascii + inEncoding("UTF-8"), "UTF-8"},
+        {ascii + inEncoding("UTF-8") + "\xFF", "UTF-8"},
+        {ascii + inEncoding("windows-1251") + ascii, "windows-1251"},
+        {"\x1B[1m" + ascii + inEncoding("KOI8-R"), "KOI8-R"},
+        {ascii + inEncoding("ISO-2022-JP"), "ISO-2022-JP"},
+        {ascii.substr(0, 131'072) + "\x1B[1m" + ascii + inEncoding("KOI8-R") + ascii, "KOI8-R"},
+        {inEncoding("UTF-16BE") + inEncoding("UTF-16BE"), "UTF-16BE"},
+        {"\xFF\xFE" + inEncoding("UTF-16LE"), "UTF-16LE"},
+    };
+    for (auto const& [bytes, encoding] : table) {
+        Decoded const expected = icu_reference::Decode(encoding, bytes);
+        std::size_t const bom = expected.text.starts_with(u'\xFEFF') ? 1 : 0;
+        EXPECT_EQ(TTextDecoder::Detect(bytes.data(), bytes.size()).encoding, encoding);
+        TTextDecoder decoder = TTextDecoder::Detecting();
+        for (std::size_t const chunk : {std::size_t{777}, std::size_t{65536}, bytes.size()}) {
+            SCOPED_TRACE(encoding + std::string(" in chunks of ") + std::to_string(chunk));
+            Decoded const found = InChunks(decoder, bytes, chunk);
+            EXPECT_TRUE(found.text == expected.text.substr(bom));
+            EXPECT_EQ(found.malformed, expected.malformed);
+            EXPECT_STREQ(decoder.Encoding(), encoding);
+            EXPECT_EQ(decoder.Found().encoding, encoding);
+        }
+    }
+    TTextDecoder decoder = TTextDecoder::Detecting();
+    EXPECT_TRUE(decoder.Decode("\xC4", 1, false).empty());
+    decoder.Reset();
+    EXPECT_TRUE(decoder.Decode("\xC3\xA4", 2, true) == TStringView(u"\u00E4"));
 }
 
 // Latin-9 cannot be told from Latin-1 by statistics. Binary data may be anything.

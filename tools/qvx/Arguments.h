@@ -26,5 +26,6 @@ struct Command
 [[nodiscard]] Command AddWatch(CLI::App& app);
 [[nodiscard]] Command AddTop(CLI::App& app);
 [[nodiscard]] Command AddDoctor(CLI::App& app);
+[[nodiscard]] Command AddLocale(CLI::App& app);
 
 } // namespace qvx

@@ -14,7 +14,6 @@
 
 #include "DisplayText.h"
 #include "Loopback.h"
-#include "TextTable.h"
 #include "Units.h"
 
 namespace qvx {
@@ -178,20 +177,7 @@ Diagnosis Diagnose(DoctorOptions const& options)
 
 std::vector<TStringCore> DiagnosisLines(Diagnosis const& diagnosis)
 {
-    std::vector<TStringCore> lines;
-    for (FactGroup const& group : diagnosis.groups) {
-        if (!lines.empty()) {
-            lines.emplace_back();
-        }
-        lines.push_back(group.title);
-        std::vector<TableRow> rows;
-        for (Fact const& fact : group.facts) {
-            rows.push_back({u"  " + fact.label, fact.text, TextOf(fact.from)});
-        }
-        for (TStringCore& line : AlignedLines(rows, "l")) {
-            lines.push_back(line.trimRight());
-        }
-    }
+    std::vector<TStringCore> lines = FactLines(diagnosis.groups);
     for (TStringCore const& complaint : diagnosis.complaints) {
         lines.push_back(u"\nWrong: " + complaint);
     }
@@ -200,20 +186,7 @@ std::vector<TStringCore> DiagnosisLines(Diagnosis const& diagnosis)
 
 std::string DiagnosisJson(Diagnosis const& diagnosis)
 {
-    Json json = Json::object();
-    for (FactGroup const& group : diagnosis.groups) {
-        Json& entry = json[group.key];
-        for (Fact const& fact : group.facts) {
-            if (fact.key.empty()) {
-                entry.push_back(fact.value);
-                continue;
-            }
-            entry[fact.key] = fact.value;
-            if (!fact.from.empty()) {
-                entry[fact.key + "From"] = fact.from;
-            }
-        }
-    }
+    Json json = FactsJson(diagnosis.groups);
     json["complaints"] = Json::array();
     for (TStringCore const& complaint : diagnosis.complaints) {
         json["complaints"].push_back(complaint.toStdString());

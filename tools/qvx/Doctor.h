@@ -4,28 +4,11 @@
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 #include <qvxsys/TStringCore.h>
 
+#include "Facts.h"
+
 namespace qvx {
-
-/// One thing that was found out, for scripts and for people.
-struct Fact
-{
-    std::string key;
-    nlohmann::ordered_json value;
-    TStringCore label;
-    TStringCore text;
-    std::string from; ///< the file or function that says so; can be empty
-};
-
-struct FactGroup
-{
-    std::string key;
-    TStringCore title;
-    std::vector<Fact> facts;
-};
 
 struct Diagnosis
 {

@@ -23,7 +23,7 @@ public:
 
     /// No more than `mostWaiting` matches wait to be told.
     FileJob(std::filesystem::path path, std::string const& encoding, std::size_t mostWaiting)
-        : m_mostWaiting(mostWaiting), m_result{std::move(path), encoding, {}, {}, {}}
+        : m_mostWaiting(mostWaiting), m_result{std::move(path), encoding, {}, {}, {}, {}}
     {}
 
     /// For the pool. The thread's current cancellation event ends it; whatever is thrown, by getting a scanner too, is

@@ -53,19 +53,16 @@ void FileScanner::Scan(ScannedFile& result, std::function<void(Match const&)> co
 void FileScanner::Decode(std::filebuf& file, ScannedFile& result, std::function<void(Match const&)> const& onMatch)
 {
     std::size_t const n = Read(file);
-    if (result.encoding == "auto") {
-        TTextDecoder::Detection const detection = TTextDecoder::Detect(m_chunk.get(), n);
-        if (detection.looksBinary) {
-            throw MakeFailure(Failure::NotText, u"is a binary file");
-        }
-        result.encoding = detection.encoding;
-    }
+    bool isText = true;
     try {
-        Count(file, n, result, onMatch);
+        isText = Count(file, n, result, onMatch);
     } catch (...) {
         StackExceptionAndRethrow(TFormatStringCore(u"in %1 text, behind %2 bytes")
                                      .arg(TStringCore::fromStdString(result.encoding))
                                      .arg(result.counts.bytes));
+    }
+    if (!isText) {
+        throw MakeFailure(Failure::NotText, u"is a binary file");
     }
 }
 
@@ -97,19 +94,23 @@ std::size_t FileScanner::Read(std::filebuf& file)
     }
 }
 
-// The first n bytes of the file are in the chunk.
-void FileScanner::Count(std::filebuf& file, std::size_t n, ScannedFile& result,
+// The first n bytes of the file are in the chunk. False when they are not text.
+bool FileScanner::Count(std::filebuf& file, std::size_t n, ScannedFile& result,
                         std::function<void(Match const&)> const& onMatch)
 {
-    TTextDecoder decoder(result.encoding.c_str());
-    result.encoding = decoder.Encoding();
+    bool const detects = result.encoding == "auto";
+    TTextDecoder decoder = detects ? TTextDecoder::Detecting() : TTextDecoder(result.encoding.c_str());
     Counts& counts = result.counts;
     Finder finder(m_options.find, onMatch);
     try {
         for (bool last = false; !last; n = last ? 0 : Read(file)) {
             last = m_atEnd;
             TStringView text = decoder.Decode(m_chunk.get(), n, last);
-            if (counts.units == 0 && text.startsWith(char32_t{0xFEFF})) {
+            result.encoding = decoder.Encoding();
+            if (decoder.Found().looksBinary) {
+                return false;
+            }
+            if (!detects && counts.units == 0 && text.startsWith(char32_t{0xFEFF})) {
                 text = text.mid(1);
             }
             counts.bytes += n;
@@ -124,7 +125,9 @@ void FileScanner::Count(std::filebuf& file, std::size_t n, ScannedFile& result,
         throw MakeFailure(Failure::CannotDecode, error);
     }
     counts.malformed = decoder.Malformed();
+    result.detection = decoder.Found();
     result.found = std::move(finder).Result();
+    return true;
 }
 
 } // namespace qvx

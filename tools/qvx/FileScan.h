@@ -31,7 +31,7 @@ public:
 
 private:
     void Decode(std::filebuf& file, ScannedFile& result, std::function<void(Match const&)> const& onMatch);
-    void Count(std::filebuf& file, std::size_t n, ScannedFile& result,
+    bool Count(std::filebuf& file, std::size_t n, ScannedFile& result,
                std::function<void(Match const&)> const& onMatch);
     std::size_t Read(std::filebuf& file);
     void Digest(std::filebuf& file, ScannedFile& result);

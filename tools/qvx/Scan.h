@@ -11,6 +11,7 @@
 #include <qvxsys/QuorvexException.h>
 #include <qvxsys/ReferenceCount.h>
 #include <qvxsys/TEvent.h>
+#include <qvxsys/TTextDecoder.h>
 #include <qvxsys/sha2.h>
 
 #include "Find.h"
@@ -36,7 +37,8 @@ struct ScannedFile
     std::string encoding;
     Counts counts;
     FindResult found;
-    std::string digest; ///< in hexadecimal digits; empty when none was asked for
+    std::string digest;                ///< in hexadecimal digits; empty when none was asked for
+    TTextDecoder::Detection detection; ///< how `encoding` is known
 };
 
 struct ScanError

@@ -17,9 +17,34 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-TableRow MakeRow(TStringCore const& name, std::string const& encoding, Counts const& counts)
+using FoundBy = TTextDecoder::FoundBy;
+
+char const* FoundByName(FoundBy foundBy)
 {
-    TableRow row{name, TStringCore::fromStdString(encoding)};
+    switch (foundBy) {
+    case FoundBy::Given:
+        return "given";
+    case FoundBy::ByteOrderMark:
+        return "bom";
+    case FoundBy::Utf8:
+        return "utf-8";
+    default:
+        return "detected";
+    }
+}
+
+// A guess with how sure it is, an unsure one with a question mark.
+TStringCore FoundByText(TTextDecoder::Detection const& detection)
+{
+    if (detection.foundBy != FoundBy::Statistics) {
+        return TStringCore::fromStdString(FoundByName(detection.foundBy));
+    }
+    return qvxsys::Format(u"detected %1%%%2", detection.confidence, detection.IsUncertain() ? u"?" : u"");
+}
+
+TableRow MakeRow(TStringCore const& name, std::string const& encoding, TStringCore const& foundBy, Counts const& counts)
+{
+    TableRow row{name, TStringCore::fromStdString(encoding), foundBy};
     for (std::uint64_t const count : {counts.bytes, counts.units, counts.codePoints, counts.lines, counts.malformed}) {
         row.push_back(TStringCore::number(count));
     }
@@ -89,7 +114,8 @@ void SetError(Json& entry, QuorvexException const& error)
 
 void PrintTable(ScanResult const& result, bool withMatches, std::ostream& out)
 {
-    std::vector<TableRow> rows{{u"name", u"encoding", u"bytes", u"units", u"code points", u"lines", u"malformed"}};
+    std::vector<TableRow> rows{
+        {u"name", u"encoding", u"found by", u"bytes", u"units", u"code points", u"lines", u"malformed"}};
     rows.reserve(result.files.size() + 2);
     if (withMatches) {
         rows.front().push_back(u"matches");
@@ -97,17 +123,17 @@ void PrintTable(ScanResult const& result, bool withMatches, std::ostream& out)
     }
     for (ScannedFile const& file : result.files) {
         if (!withMatches || file.found.matches != 0) {
-            rows.push_back(MakeRow(DisplayName(file.path), file.encoding, file.counts));
+            rows.push_back(MakeRow(DisplayName(file.path), file.encoding, FoundByText(file.detection), file.counts));
             if (withMatches) {
                 AddMatches(rows.back(), file.found.matches, file.found.lines);
             }
         }
     }
-    rows.push_back(MakeRow(u"total", "", result.total));
+    rows.push_back(MakeRow(u"total", "", u"", result.total));
     if (withMatches) {
         AddMatches(rows.back(), result.matches, result.matchingLines);
     }
-    for (TStringCore const& line : AlignedLines(rows, "llr")) {
+    for (TStringCore const& line : AlignedLines(rows, "lllr")) {
         out << line << '\n';
     }
 }
@@ -120,6 +146,11 @@ void PrintJson(ScanResult const& result, bool withMatches, std::string const& ha
         SetPath(entry, file.path);
         SetDigest(entry, hashName, file.digest);
         entry["encoding"] = file.encoding;
+        entry["encodingFoundBy"] = FoundByName(file.detection.foundBy);
+        if (file.detection.foundBy == FoundBy::Statistics) {
+            entry["encodingConfidence"] = file.detection.confidence;
+            entry["encodingIsUncertain"] = file.detection.IsUncertain();
+        }
         SetCounts(entry, file.counts);
         if (withMatches) {
             SetMatches(entry, file.found);
@@ -190,7 +221,8 @@ void PrintRecord(ScannedFile const& file, TFormatStringCore& format, std::ostrea
     Counts const& counts = file.counts;
     format.clearParms();
     format.args(DisplayName(file.path), TStringCore::fromStdString(file.encoding), counts.bytes, counts.units,
-                counts.codePoints, counts.lines, counts.malformed, file.found.matches, file.found.lines);
+                counts.codePoints, counts.lines, counts.malformed, file.found.matches, file.found.lines,
+                FoundByText(file.detection));
     out << format.result() << '\n';
 }
 

@@ -30,7 +30,7 @@ void PrintDigest(ScannedFile const& file, std::ostream& out);
 void PrintMatches(ScannedFile const& file, bool highlight, std::ostream& out);
 
 /// A line made from a format for the file: %1 path, %2 encoding, %3 bytes, %4 units, %5 code points, %6 lines,
-/// %7 malformed sequences, %8 matches, %9 lines with matches.
+/// %7 malformed sequences, %8 matches, %9 lines with matches, %10 how the encoding is known.
 void PrintRecord(ScannedFile const& file, TFormatStringCore& format, std::ostream& out);
 
 /// A line made from a format for a match: %1 path, %2 line, %3 column, %4 the line's text as far as the match has it,

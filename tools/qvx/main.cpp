@@ -36,6 +36,8 @@ constexpr int kInterrupted = 130; // as shells have it for SIGINT
 
 constexpr char const* kScanNotes =
     "Columns:\n"
+    "  found by     how the encoding is known: given; bom, by the byte order mark; utf-8, as the text is well-formed;\n"
+    "               detected, with a confidence in percent and a question mark when it is below 50\n"
     "  bytes        of the file\n"
     "  units        UTF-16 code units of the text\n"
     "  code points  of the text\n"
@@ -45,9 +47,11 @@ constexpr char const* kScanNotes =
     "\n"
     "With --encoding auto a byte order mark tells the encoding; else the file is taken for UTF-8 if it looks like it, "
     "else\n"
-    "the encoding is guessed. A file with NUL bytes and no mark that explains them is a binary file and not counted; "
-    "name\n"
-    "the encoding to have it counted.\n"
+    "the encoding is guessed by what the bytes would mean in each. Where a file begins with ASCII, the first other "
+    "byte\n"
+    "decides, however far behind it is. A file with NUL bytes that are not those of UTF-16 or UTF-32 is a binary file "
+    "and\n"
+    "not counted; name the encoding to have it counted.\n"
     "\n"
     "Folders are walked in the order of the names, hidden files included. Symbolic links to folders are followed only "
     "when\n"
@@ -61,8 +65,9 @@ constexpr char const* kScanNotes =
     "\n"
     "--print prints a line for each file instead of the table. Its format has the markers %1 path, %2 encoding, %3 "
     "bytes,\n"
-    "%4 units, %5 code points, %6 lines, %7 malformed, %8 matches, %9 lines with matches, and %% for a percent sign. "
-    "With\n"
+    "%4 units, %5 code points, %6 lines, %7 malformed, %8 matches, %9 lines with matches, %10 how the encoding is "
+    "known,\n"
+    "and %% for a percent sign. With\n"
     "--find it prints a line for each match (the first N of a file with --show N): %1 path, %2 line, %3 column, %4 the "
     "line,\n"
     "up to 1000 units on either side of the match, %5 the match.\n"
@@ -158,7 +163,7 @@ std::optional<TFormatStringCore> RecordFormat(ScanCommand const& command)
     try {
         TFormatStringCore format(TStringCore::fromStdString(qvx::Unguarded(*command.print)));
         std::ostringstream nowhere;
-        qvx::ScannedFile const file{{}, {}, {}, {}, {}};
+        qvx::ScannedFile const file{{}, {}, {}, {}, {}, {}};
         if (command.find.empty()) {
             qvx::PrintRecord(file, format, nowhere);
         } else {
@@ -281,7 +286,7 @@ int Run(std::vector<std::string> const& arguments)
     });
     ScanCommand scan;
     AddScan(app, scan);
-    qvx::Command const commands[] = {qvx::AddWatch(app), qvx::AddTop(app), qvx::AddDoctor(app)};
+    qvx::Command const commands[] = {qvx::AddWatch(app), qvx::AddTop(app), qvx::AddDoctor(app), qvx::AddLocale(app)};
     try {
         app.parse(qvx::Guarded(arguments));
     } catch (CLI::ParseError const& error) {

@@ -5,6 +5,9 @@
 // lies behind the cut, at most three bytes, is held back. The next chunk first lends its bytes to the held ones, one by
 // one, until nothing of the previous chunk is left (at most three bytes are lent); the rest of the chunk is decoded
 // where it lies.
+//
+// While the encoding is being found out, ASCII is decoded as UTF-8, at UTF-8's speed: when there are as many units as
+// bytes and no fault, it was nothing but ASCII. From the first byte on that tells, a sample is gathered.
 
 #include <qvxsys/TTextDecoder.h>
 
@@ -21,6 +24,7 @@
 
 #include "Latin9.h"
 #include "Stretch.h"
+#include "TextDetection.h"
 #include "TextErrors.h"
 #include "kernels/Kernels.h"
 
@@ -53,7 +57,6 @@ constexpr NamedForm kForms[] = {
 struct Closer
 {
     void operator()(ICUConverter* converter) const noexcept { t_ucnv_close(converter); }
-    void operator()(ICUCharsetDetector* detector) const noexcept { t_ucsdet_close(detector); }
 };
 using Converter = std::unique_ptr<ICUConverter, Closer>;
 
@@ -203,8 +206,9 @@ struct ChunkDecoder
 
     char16_t* Room(std::size_t units);
     std::size_t DecodeHeld(char const*& data, char const* end, char16_t* dst) noexcept;
-    std::size_t DecodeChunk(char const* data, std::size_t n, bool last);
-    std::size_t ConvertChunk(char const* data, std::size_t n, bool last);
+    // Behind what was written already; return how many units there are then.
+    std::size_t DecodeChunk(char const* data, std::size_t n, bool last, std::size_t written);
+    std::size_t ConvertChunk(char const* data, std::size_t n, bool last, std::size_t written);
 };
 
 char16_t* ChunkDecoder::Room(std::size_t units)
@@ -239,11 +243,11 @@ std::size_t ChunkDecoder::DecodeHeld(char const*& data, char const* end, char16_
     return written;
 }
 
-std::size_t ChunkDecoder::DecodeChunk(char const* data, std::size_t n, bool last)
+std::size_t ChunkDecoder::DecodeChunk(char const* data, std::size_t n, bool last, std::size_t written)
 {
-    char16_t* const dst = Room(heldCount + n);
+    char16_t* const dst = Room(written + heldCount + n);
     char const* const end = data + n;
-    std::size_t written = DecodeHeld(data, end, dst);
+    written += DecodeHeld(data, end, dst + written);
     if (heldCount == 0) {
         auto const left = static_cast<std::size_t>(end - data);
         std::size_t const whole = WholeLength(form, data, left);
@@ -263,11 +267,10 @@ std::size_t ChunkDecoder::DecodeChunk(char const* data, std::size_t n, bool last
     return written;
 }
 
-std::size_t ChunkDecoder::ConvertChunk(char const* data, std::size_t n, bool last)
+std::size_t ChunkDecoder::ConvertChunk(char const* data, std::size_t n, bool last, std::size_t written)
 {
     constexpr std::size_t kSpare = 16; // what a converter may hold back, and the substitute
     char const* const end = data + n;
-    std::size_t written = 0;
     for (;;) {
         char16_t* const dst = Room(written + static_cast<std::size_t>(end - data) + kSpare);
         if (heldHigh != 0) {
@@ -292,59 +295,109 @@ std::size_t ChunkDecoder::ConvertChunk(char const* data, std::size_t n, bool las
     }
 }
 
-// ---- detection
-
-struct ByteOrderMark
-{
-    std::string_view bytes;
-    char const* encoding;
-    bool unitsHaveZeros;
-};
-// UTF-32LE before UTF-16LE, whose mark it begins with: text that begins with U+0000 is the less likely reading.
-constexpr ByteOrderMark kMarks[] = {
-    {{"\xEF\xBB\xBF", 3}, "UTF-8", false},   {{"\xFF\xFE\0\0", 4}, "UTF-32LE", true},
-    {{"\0\0\xFE\xFF", 4}, "UTF-32BE", true}, {{"\xFF\xFE", 2}, "UTF-16LE", true},
-    {{"\xFE\xFF", 2}, "UTF-16BE", true},
-};
-
-// Text of an encoding other than UTF-8 has hardly any bytes that happen to be well-formed multi-byte sequences, so
-// damaged UTF-8 can be told from it: such sequences are more than the faults.
-bool LooksLikeUtf8(std::string_view sample)
-{
-    std::size_t const n = text::WholeCodePoints(sample.data(), sample.size());
-    TStringCore decoded;
-    decoded.resize(static_cast<int>(n));
-    std::size_t malformed = 0;
-    std::size_t const units = text::kernels().utf8ToUtf16(sample.data(), n, decoded.data(), malformed);
-    if (malformed == 0) {
-        return true;
-    }
-    auto const isMultiByte = [](char16_t unit) { return unit >= 0x80 && !CharacterUtils::IsLowSurrogate(unit); };
-    char16_t const* const begin = decoded.constData();
-    auto const multiByte = static_cast<std::size_t>(std::count_if(begin, begin + units, isMultiByte));
-    return multiByte - malformed > malformed;
-}
-
-// Empty when ICU has no opinion worth the name (UTF-16 without a mark gets 10 of 100 for hardly anything), or one that
-// it cannot decode itself.
-std::string GuessCharset(std::string_view sample)
-{
-    constexpr std::int32_t kLeastConfidence = 15;
-    auto status = ICUErrorCode::ZeroError;
-    std::unique_ptr<ICUCharsetDetector, Closer> const detector(t_ucsdet_open(&status));
-    t_ucsdet_setText(detector.get(), sample.data(), static_cast<std::int32_t>(sample.size()), &status);
-    ICUCharsetMatch const* const match = t_ucsdet_detect(detector.get(), &status);
-    if (match == nullptr || t_ucsdet_getConfidence(match, &status) < kLeastConfidence) {
-        return {};
-    }
-    char const* const name = t_ucsdet_getName(match, &status);
-    return ICU_SUCCESS(status) && TTextDecoder::IsKnownEncoding(name) ? name : "";
-}
-
 } // namespace
 
 struct TTextDecoder::State : ChunkDecoder
-{};
+{
+    void Use(char const* encoding);
+    void Begin();
+    std::size_t DecodeAny(char const* data, std::size_t n, bool last, std::size_t written);
+    std::size_t DecodeIrrelevant(char const* data, std::size_t n, std::size_t written);
+    std::size_t DecodeDetecting(char const* data, std::size_t n, bool last);
+
+    Detection found;
+    bool detects = false;
+    bool atEnd = false; // of a text: the next call begins another one
+    text::Detector detector;
+    std::string sample; // what was gathered of it
+};
+
+void TTextDecoder::State::Use(char const* encoding)
+{
+    Converter opened = Open(encoding);
+    if (opened == nullptr) {
+        text::Throw("Unknown text encoding: " + std::string(encoding != nullptr ? encoding : ""));
+    }
+    auto status = ICUErrorCode::ZeroError;
+    char const* const icuName = t_ucnv_getName(opened.get(), &status);
+    std::string_view const known = icuName != nullptr ? icuName : "";
+    auto const* const named = std::find_if(std::begin(kForms), std::end(kForms),
+                                           [known](NamedForm const& each) { return each.icuName == known; });
+    if (named != std::end(kForms)) {
+        form = named->form;
+        name = named->name;
+        converter = nullptr;
+        return;
+    }
+    name = std::string_view(encoding) == "local" ? known : encoding;
+    t_ucnv_setToUCallBack(opened.get(), StopAtMalformed, nullptr, nullptr, nullptr, &status);
+    form = Form::Converter;
+    converter = std::move(opened);
+}
+
+// A text of unknown encoding.
+void TTextDecoder::State::Begin()
+{
+    detector = {};
+    sample.clear();
+    found = detector.Found();
+    form = Form::Utf8;
+    name = found.encoding;
+    atEnd = false;
+}
+
+// The result stands in the buffer behind `written` units that are there already. Returns how many there are then.
+std::size_t TTextDecoder::State::DecodeAny(char const* data, std::size_t n, bool last, std::size_t written)
+{
+    return form == Form::Converter ? ConvertChunk(data, n, last, written) : DecodeChunk(data, n, last, written);
+}
+
+// What is the same text in every encoding it may have; returns its length, in bytes as in units.
+std::size_t TTextDecoder::State::DecodeIrrelevant(char const* data, std::size_t n, std::size_t written)
+{
+    char16_t* const dst = Room(written + n) + written;
+    std::size_t faults = 0;
+    std::size_t const units = text::kernels().utf8ToUtf16(data, n, dst, faults);
+    bool const isAscii = units == n && faults == 0;
+    return isAscii && detector.IsIrrelevant({data, n}) ? n : detector.Irrelevant({data, n});
+}
+
+std::size_t TTextDecoder::State::DecodeDetecting(char const* data, std::size_t n, bool last)
+{
+    if (atEnd) {
+        Begin();
+    }
+    char const* const end = data + n;
+    std::size_t written = 0;
+    while (detector.IsOpen()) {
+        if (sample.empty() && !detector.IsAtStart()) {
+            std::size_t const decoded = DecodeIrrelevant(data, static_cast<std::size_t>(end - data), written);
+            data += decoded;
+            written += decoded;
+        }
+        std::size_t const taken =
+            std::min(static_cast<std::size_t>(end - data), text::Detector::kSample - sample.size());
+        bool const inPlace = taken == text::Detector::kSample || (last && sample.empty());
+        if (!inPlace) {
+            sample.append(data, taken);
+        }
+        std::string_view const looked = inPlace ? std::string_view(data, taken) : sample;
+        data += taken;
+        if (looked.size() < text::Detector::kSample && !last) {
+            return written;
+        }
+        detector.Look(looked);
+        found = detector.Found();
+        Use(found.encoding.c_str());
+        written = DecodeAny(looked.data() + found.bomLength, looked.size() - found.bomLength, false, written);
+        sample.clear();
+        if (data == end) {
+            break;
+        }
+    }
+    atEnd = last;
+    return DecodeAny(data, static_cast<std::size_t>(end - data), last, written);
+}
 
 bool TTextDecoder::IsKnownEncoding(char const* name) noexcept
 {
@@ -353,49 +406,32 @@ bool TTextDecoder::IsKnownEncoding(char const* name) noexcept
 
 TTextDecoder::Detection TTextDecoder::Detect(char const* data, std::size_t n)
 {
-    constexpr std::size_t kSample = 65536;
-    std::string_view const sample(data, std::min(n, kSample));
-    Detection result;
-    bool const hasZeros = sample.find('\0') != std::string_view::npos;
-    for (ByteOrderMark const& mark : kMarks) {
-        if (sample.starts_with(mark.bytes)) {
-            result.encoding = mark.encoding;
-            result.bomLength = mark.bytes.size();
-            result.looksBinary = hasZeros && !mark.unitsHaveZeros;
-            return result;
-        }
-    }
-    result.looksBinary = hasZeros;
-    if (LooksLikeUtf8(sample)) {
-        result.encoding = "UTF-8";
-    } else if (!hasZeros) { // the guess takes a millisecond and is worth nothing for a binary file
-        result.encoding = GuessCharset(sample);
-    }
-    if (result.encoding.empty()) {
-        result.encoding = "ISO-8859-1";
-    }
-    return result;
+    std::string_view left(data, n);
+    text::Detector detector;
+    do {
+        left.remove_prefix(detector.Irrelevant(left));
+        std::string_view const sample = left.substr(0, text::Detector::kSample);
+        detector.Look(sample);
+        left.remove_prefix(sample.size());
+    } while (detector.IsOpen() && !left.empty());
+    return detector.Found();
 }
 
-TTextDecoder::TTextDecoder(char const* encoding) : m_state(std::make_unique<State>())
+TTextDecoder::TTextDecoder() : m_state(std::make_unique<State>())
+{}
+
+TTextDecoder::TTextDecoder(char const* encoding) : TTextDecoder()
 {
-    Converter converter = Open(encoding);
-    if (converter == nullptr) {
-        text::Throw("Unknown text encoding: " + std::string(encoding != nullptr ? encoding : ""));
-    }
-    auto status = ICUErrorCode::ZeroError;
-    char const* const icuName = t_ucnv_getName(converter.get(), &status);
-    std::string_view const known = icuName != nullptr ? icuName : "";
-    auto const* const found = std::find_if(std::begin(kForms), std::end(kForms),
-                                           [known](NamedForm const& each) { return each.icuName == known; });
-    if (found != std::end(kForms)) {
-        m_state->form = found->form;
-        m_state->name = found->name;
-        return;
-    }
-    m_state->name = std::string_view(encoding) == "local" ? known : encoding;
-    t_ucnv_setToUCallBack(converter.get(), StopAtMalformed, nullptr, nullptr, nullptr, &status);
-    m_state->converter = std::move(converter);
+    m_state->Use(encoding);
+    m_state->found = {m_state->name, FoundBy::Given};
+}
+
+TTextDecoder TTextDecoder::Detecting()
+{
+    TTextDecoder result;
+    result.m_state->detects = true;
+    result.m_state->Begin();
+    return result;
 }
 
 TTextDecoder::TTextDecoder(TTextDecoder&& other) noexcept = default;
@@ -414,13 +450,18 @@ TStringView TTextDecoder::Decode(char const* data, std::size_t n, bool last)
     }
     char const* const bytes = data != nullptr ? data : "";
     std::size_t const written =
-        m_state->form == Form::Converter ? m_state->ConvertChunk(bytes, n, last) : m_state->DecodeChunk(bytes, n, last);
+        m_state->detects ? m_state->DecodeDetecting(bytes, n, last) : m_state->DecodeAny(bytes, n, last, 0);
     return {m_state->buffer.constData(), written};
 }
 
 void TTextDecoder::Decode(char const* data, std::size_t n, TStringCore& out, bool last)
 {
     out.append(Decode(data, n, last));
+}
+
+TTextDecoder::Detection const& TTextDecoder::Found() const noexcept
+{
+    return m_state->found;
 }
 
 std::size_t TTextDecoder::Malformed() const noexcept
@@ -433,7 +474,9 @@ void TTextDecoder::Reset() noexcept
     m_state->heldCount = 0;
     m_state->heldHigh = 0;
     m_state->malformed = 0;
-    if (m_state->converter != nullptr) {
+    if (m_state->detects) {
+        m_state->Begin();
+    } else if (m_state->converter != nullptr) {
         t_ucnv_reset(m_state->converter.get());
     }
 }
