@@ -188,7 +188,7 @@ TEST_F(Scan, CommandLine)
     } const table[] = {
         {{"--help"}, 0, "Usage: qvx"},
         {{"scan", "--help"}, 0, "byte order mark"},
-        {{"--version"}, 0, "qvx "},
+        {{"--version"}, 0, "qvx " QVXSYS_VERSION_STRING " (qvxsys " QVXSYS_VERSION_STRING ")\n"},
         {{}, 2, "subcommand"},
         {{"scan"}, 2, "PATH"},
         {{"scna", file}, 2, "subcommand"},
