@@ -1,7 +1,7 @@
 # `cpack` in a build tree makes what is handed out: on Linux the Debian packages libqvxsys1, libqvxsys-dev and qvx, for
 # Windows one zip with everything. All of it is stripped.
 set(CPACK_PACKAGE_VENDOR "the qvxsys authors")
-set(CPACK_PACKAGE_CONTACT "qvxsys maintainers <qvxsys@users.noreply.github.com>" CACHE STRING
+set(CPACK_PACKAGE_CONTACT "qvxsys maintainers <maintainers@qvxsys.example>" CACHE STRING
     "Who answers for the packages, as name and address")
 set(CPACK_STRIP_FILES ON)
 
@@ -31,6 +31,7 @@ set(CPACK_COMPONENT_DEVELOPMENT_GROUP libqvxsys-dev)
 set(CPACK_COMPONENT_DOCUMENTATION_GROUP libqvxsys-dev)
 set(CPACK_COMPONENT_TOOL_GROUP qvx)
 
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # CPack would put it before each package's own
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SOURCE qvxsys)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
@@ -48,16 +49,23 @@ function(qvx_debian_package name section synopsis text)
     set(CPACK_DEBIAN_${key}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
 endfunction()
 
-set(what "qvxsys has UTF-16 strings, messages and coded errors, paths, locks and events, tasks with cancellation, call \
-stacks and crash dumps, digests, and a monitor that keeps a suite of processes within limits of CPU and memory.")
+set(what
+"qvxsys has UTF-16 strings, messages and coded errors, paths, locks and
+events, tasks with cancellation, call stacks and crash dumps, digests, and a
+monitor that keeps a suite of processes within limits of CPU and memory.")
 qvx_debian_package(${runtime} libs "foundation library for C++20" "${what}")
 qvx_debian_package(libqvxsys-dev libdevel "foundation library for C++20 (development files)"
-    "${what}\n\nThis package has what programs are compiled with: headers, the archive, the CMake package and the \
-pkg-config file, besides the documentation with examples and the debugger views."
+"${what}
+
+This package has what programs are compiled with: headers, the archive, the
+CMake package and the pkg-config file, besides the documentation with examples
+and the debugger views."
     "${runtime} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_LIBQVXSYS-DEV_PACKAGE_SUGGESTS "libicu-dev, libdw-dev") # for the archive
 qvx_debian_package(qvx utils "text scanner and keeper of resource limits"
-    "qvx counts, searches and digests text files of any encoding on all processors, runs commands within limits of \
-memory and CPU, shows the processes that are so watched, and tells what it sees of the machine."
+"qvx counts, searches and digests text files of any encoding on all
+processors, runs commands within limits of memory and CPU, shows the processes
+that are so watched, and tells what it sees of the machine."
     "${runtime} (= ${PROJECT_VERSION})")
 
 # Each binary package needs what its programs are linked with; the library tells others by its shlibs file which package
@@ -65,8 +73,8 @@ memory and CPU, shows the processes that are so watched, and tells what it sees 
 string(TOUPPER ${runtime} key)
 foreach(package ${key} QVX)
     set(CPACK_DEBIAN_${package}_PACKAGE_SHLIBDEPS ON)
-    set(CPACK_DEBIAN_${package}_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 endforeach()
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # CPack writes scripts that call ldconfig unless it is told of others; these do not exist, so there are none.

@@ -15,9 +15,11 @@ foreach(package IN LISTS packages)
         file(RPATH_REMOVE FILE ${program})
     endforeach()
 
-    file(GLOB_RECURSE archives ${package}/usr/lib/*.a)
-    foreach(archive IN LISTS archives)
-        execute_process(COMMAND strip --strip-debug --enable-deterministic-archives ${archive} COMMAND_ERROR_IS_FATAL ANY)
+    # CPack has stripped programs and libraries of symbols; the rest as Debian's own tools do it.
+    file(GLOB_RECURSE binaries ${package}/usr/lib/*.so.*.*.* ${package}/usr/lib/*.a)
+    foreach(binary IN LISTS programs binaries)
+        execute_process(COMMAND strip --strip-debug --enable-deterministic-archives --remove-section=.comment
+            --remove-section=.note ${binary} COMMAND_ERROR_IS_FATAL ANY)
     endforeach()
 
     file(GLOB manuals ${package}/usr/share/man/*/*)
