@@ -33,23 +33,9 @@ endif()
 configure_file(${PROJECT_SOURCE_DIR}/cmake/qvxsys.pc.in ${PROJECT_BINARY_DIR}/qvxsys.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/qvxsys.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
-# Debugger views. gdb loads the script whose path below auto-load is that of the library with "-gdb.py" behind it. So the
-# prefix is part of that path, and known when the install script runs.
-set(views ${PROJECT_SOURCE_DIR}/support/gdb)
-if(NOT WIN32 AND EXISTS ${views}/libqvxsys-gdb.py.in)
-    set(data "\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}")
-    set(loader ${PROJECT_BINARY_DIR}/libqvxsys.so.${PROJECT_VERSION}-gdb.py)
-    install(CODE "
-        set(folder \"${data}/gdb/auto-load\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}\")
-        file(RELATIVE_PATH QVXSYS_GDB_TO_PRINTERS \"\${folder}\" \"${data}/qvxsys/gdb\")
-        configure_file(\"${views}/libqvxsys-gdb.py.in\" \"${loader}\" @ONLY)
-        file(INSTALL \"${loader}\" DESTINATION \"\${folder}\")" COMPONENT development)
-    install(DIRECTORY ${views}/ DESTINATION ${CMAKE_INSTALL_DATADIR}/qvxsys/gdb COMPONENT development
-        FILES_MATCHING PATTERN *.py)
-endif()
-if(EXISTS ${PROJECT_SOURCE_DIR}/support/natvis)
-    install(DIRECTORY ${PROJECT_SOURCE_DIR}/support/natvis DESTINATION ${CMAKE_INSTALL_DATADIR}/qvxsys
-        COMPONENT development FILES_MATCHING PATTERN *.natvis)
+# Debugger views.
+if(EXISTS ${PROJECT_SOURCE_DIR}/support/CMakeLists.txt)
+    add_subdirectory(${PROJECT_SOURCE_DIR}/support ${PROJECT_BINARY_DIR}/support)
 endif()
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)

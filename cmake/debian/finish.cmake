@@ -9,6 +9,15 @@ foreach(package IN LISTS packages)
     configure_file(${CPACK_QVXSYS_CHANGELOG} ${folder}/changelog COPYONLY
         FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 
+    # gdb trusts scripts below its own folder, where the path is that of the library.
+    file(GLOB scripts RELATIVE ${package} ${package}/usr/lib/*/*-gdb.py)
+    foreach(script IN LISTS scripts)
+        set(trusted ${package}/usr/share/gdb/auto-load/${script})
+        cmake_path(GET trusted PARENT_PATH parent)
+        file(MAKE_DIRECTORY ${parent})
+        file(RENAME ${package}/${script} ${trusted})
+    endforeach()
+
     # The linker finds the library in a folder of the system.
     file(GLOB programs ${package}/usr/bin/*)
     foreach(program IN LISTS programs)

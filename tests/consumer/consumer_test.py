@@ -133,7 +133,7 @@ def debian(work, environment, arguments):
     version = must([usr / "bin/qvx", "--version"], env=environment | {"LD_LIBRARY_PATH": str(libdir)}).split()[1]
     wanted = [libdir / f"libqvxsys.so.{version}", usr / "share/man/man1/qvx.1.gz",
               usr / "share/doc/qvxsys/docs/packages.md", usr / f"share/doc/{library}/changelog.gz"]
-    if (ROOT / "support/gdb").exists():
+    if (ROOT / "support/CMakeLists.txt").exists():
         wanted.append(usr / "share/gdb/auto-load" / libdir.relative_to(root) / f"libqvxsys.so.{version}-gdb.py")
     for path in wanted:
         expect(path.is_file(), f"{path.relative_to(root)} is not installed")

@@ -50,7 +50,8 @@ FactGroup Library()
     auto const set = quorvex::cpu::InstructionSetName(quorvex::cpu::CurrentInstructionSet());
     return {"library",
             u"Library",
-            {TextFact("version", u"version", qvxsys::LoadedVersionText()), TextFact("icu", u"ICU", QvxICU::installedVersion()),
+            {TextFact("version", u"version", qvxsys::LoadedVersionText()),
+             TextFact("icu", u"ICU", QvxICU::installedVersion()),
              TextFact("unicode", u"Unicode", QvxICU::unicodeVersion()),
              TextFact("instructions", u"instructions", set)}};
 }
