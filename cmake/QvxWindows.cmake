@@ -29,6 +29,8 @@ if(PROJECT_IS_TOP_LEVEL)
     foreach(name icu mingw-w64 gcc-runtime)
         install(FILES ${QVXSYS_WIN64_PREFIX}/licenses/${name}.txt DESTINATION licenses COMPONENT runtime)
     endforeach()
+    # With the notices of what the tool is compiled with.
+    install(FILES ${PROJECT_SOURCE_DIR}/cmake/debian/copyright DESTINATION licenses COMPONENT runtime RENAME qvxsys.txt)
 endif()
 
 # For tests that run programs: a Wine server stays for the time of the tests (tests/windows).

@@ -1,5 +1,7 @@
 // The tool `qvx scan`, run as a program. What it counts is compared with ICU.
 
+#include <qvxsys/Version.h>
+
 #include "qvx/ScanFixture.h"
 
 #include "support/Samples.h"

@@ -18,7 +18,8 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "consumer")
 import packages_page  # noqa: E402
 
 EXPECTED = ["bin/qvxsys.dll", "bin/qvx.exe", "bin/libstdc++-6.dll", "bin/libgcc_s_seh-1.dll", "bin/libwinpthread-1.dll",
-            "licenses/icu.txt", "lib/libqvxsys.dll.a", "include/qvxsys/qvxsys.h", "include/qvxsys/TStringCore.h",
+            "licenses/icu.txt", "licenses/qvxsys.txt", "lib/libqvxsys.dll.a",
+            "include/qvxsys/qvxsys.h", "include/qvxsys/TStringCore.h",
             "lib/cmake/qvxsys/qvxsysConfig.cmake", "lib/cmake/qvxsys/qvxsysConfigVersion.cmake",
             "share/doc/qvxsys/docs/packages.md"]
 
