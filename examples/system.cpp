@@ -63,11 +63,18 @@ bool Numbers()
     return TMath::round2(12.345, 1) == 12.3 && TMath::MulDiv(12, 96, 72) == 16 && TMath::identical(before, after);
 }
 
+bool Version()
+{
+    static_assert(qvxsys::kVersion >= qvxsys::Version{1, 0, 0});
+    std::printf("compiled with %s, runs with %s\n", QVXSYS_VERSION_STRING, qvxsys::LoadedVersionText());
+    return qvxsys::LoadedVersion() >= qvxsys::kVersion;
+}
+
 } // namespace
 
 int main()
 {
-    bool const ok = UpTime() && Memory() && LastError() && CpuTime() && Numbers();
+    bool const ok = UpTime() && Memory() && LastError() && CpuTime() && Numbers() && Version();
     std::cout << (ok ? "ok\n" : "not as documented\n");
     return ok ? 0 : 1;
 }

@@ -71,7 +71,7 @@ add_failed() {
 build_packages="g++ cmake ninja-build pkg-config libicu-dev libboost-dev libdw-dev libncurses-dev libcli11-dev nlohmann-json3-dev"
 # What the tests need besides.
 test_packages="libgtest-dev libfmt-dev python3 gdb binutils xz-utils elfutils lldb socat procps locales doxygen abigail-tools
-    unicode-data"
+    unicode-data lintian dpkg-dev fakeroot file"
 # What the sanitizer and fuzz builds need besides.
 clang_packages="clang llvm libclang-rt-14-dev"
 # What the benchmarks need besides: the benchmark library and the peers that are measured beside this one.

@@ -103,6 +103,7 @@
 #include <qvxsys/TextComparison.h>
 #include <qvxsys/ThreadAnnotations.h>
 #include <qvxsys/Timer.h>
+#include <qvxsys/Version.h>
 #include <qvxsys/WideText.h>
 #include <qvxsys/sha2.h>
 #include <qvxsys/std.h>

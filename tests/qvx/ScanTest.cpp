@@ -1,5 +1,7 @@
 // The tool `qvx scan`, run as a program. What it counts is compared with ICU.
 
+#include <qvxsys/Version.h>
+
 #include "qvx/ScanFixture.h"
 
 #include "support/Samples.h"
@@ -189,7 +191,7 @@ TEST_F(Scan, CommandLine)
     } const table[] = {
         {{"--help"}, 0, "Usage: qvx"},
         {{"scan", "--help"}, 0, "byte order mark"},
-        {{"--version"}, 0, "qvx "},
+        {{"--version"}, 0, "qvx " QVXSYS_VERSION_STRING " (qvxsys " QVXSYS_VERSION_STRING ")\n"},
         {{}, 2, "subcommand"},
         {{"scan"}, 2, "PATH"},
         {{"scna", file}, 2, "subcommand"},

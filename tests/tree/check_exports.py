@@ -21,7 +21,7 @@ OURS = re.compile(r"^(typeinfo (name )?for |vtable for |(non-)?virtual thunk to 
                   r"TThreadPool|NonThreadPoolWorkerManager|ParallelForThread|TestHooks|AsyncTask|"
                   r"TPathCore|TStackWalker|TSystem|GetLastErrorString|TMath|WriteCrashDump|"
                   r"ResourceManager|ResourceObserver|ResourceReporter|MemoryPressure|"
-                  r"InitializeStaticRepository|DeinitializeStaticRepository|InitOnce|sha2|quorvex|qvxsys::detail)\b")
+                  r"InitializeStaticRepository|DeinitializeStaticRepository|InitOnce|sha2|quorvex|qvxsys::detail|qvxsys::LoadedVersion|qvxsys::LoadedVersionText)\b")
 REQUIRED = {"TMalloc", "TCalloc", "TRealloc", "TFree"}
 
 

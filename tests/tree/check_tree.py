@@ -44,7 +44,7 @@ FILES = [
     (r"public/qvxsys/qvxsys\.h", "tool"),
     (r"public/qvxsys/(ErrorOrigin|LogicException|QuorvexError|QuorvexException|ReferenceCount|TError)\.h", "error"),
     (r"public/qvxsys/(Format|FormatScan|InlineVector|TFormatStringCore|TScanStringCore)\.h", "error"),
-    (r"public/qvxsys/(CpuTime|TMath|TSystem)\.h", "system"),
+    (r"public/qvxsys/(CpuTime|TMath|TSystem|Version)\.h", "system"),
     (r"public/qvxsys/(FileSystemPath|PathIterator|PathText|TPathCore)\.h", "path"),
     (r"public/qvxsys/(SyncWords|TEvent|TLocks|TSemaphore|ThreadAnnotations)\.h", "sync"),
     (r"public/qvxsys/(CrashDump|CrashHandler)\.h", "dump"),

@@ -14,9 +14,14 @@ import sys
 import tempfile
 import zipfile
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "consumer"))
+import packages_page  # noqa: E402
+
 EXPECTED = ["bin/qvxsys.dll", "bin/qvx.exe", "bin/libstdc++-6.dll", "bin/libgcc_s_seh-1.dll", "bin/libwinpthread-1.dll",
-            "licenses/icu.txt", "lib/libqvxsys.dll.a", "include/qvxsys/qvxsys.h", "include/qvxsys/TStringCore.h",
-            "lib/cmake/qvxsys/qvxsysConfig.cmake", "lib/cmake/qvxsys/qvxsysConfigVersion.cmake"]
+            "licenses/icu.txt", "licenses/qvxsys.txt", "lib/libqvxsys.dll.a",
+            "include/qvxsys/qvxsys.h", "include/qvxsys/TStringCore.h",
+            "lib/cmake/qvxsys/qvxsysConfig.cmake", "lib/cmake/qvxsys/qvxsysConfigVersion.cmake",
+            "share/doc/qvxsys/docs/packages.md"]
 
 
 def run(*command, **more):
@@ -55,12 +60,13 @@ def main():
         qvx = root / "bin/qvx.exe"
         table = must(*arguments.wine, qvx, "scan", "samples", cwd=arguments.source)
 
-        work = folder / "consumer"
-        must(arguments.cmake, "-G", "Ninja", "-S", arguments.source / "tests/consumer/project", "-B", work,
+        project, work = folder / "project", folder / "consumer"
+        section = packages_page.write_files("CMake", project)
+        must(arguments.cmake, "-G", "Ninja", "-S", project, "-B", work,
              f"-DCMAKE_TOOLCHAIN_FILE={arguments.toolchain}", f"-Dqvxsys_DIR={root / 'lib/cmake/qvxsys'}")
         must(arguments.cmake, "--build", work)
-        shutil.copy(work / "consumer.exe", root / "bin")
-        if "across the border" not in must(*arguments.wine, root / "bin/consumer.exe"):
+        shutil.copy(work / "hello.exe", root / "bin")
+        if must(*arguments.wine, root / "bin/hello.exe") != section.output:
             sys.exit("the consumer does not print what it should")
 
         icu = next((root / "bin").glob("icuuc*.dll"))

@@ -11,6 +11,7 @@
 #include <qvxsys/Symbols.h>
 #include <qvxsys/TPathCore.h>
 #include <qvxsys/TSystem.h>
+#include <qvxsys/Version.h>
 
 #include "DisplayText.h"
 #include "Loopback.h"
@@ -48,7 +49,8 @@ FactGroup Library()
     auto const set = quorvex::cpu::InstructionSetName(quorvex::cpu::CurrentInstructionSet());
     return {"library",
             u"Library",
-            {TextFact("version", u"version", QVX_VERSION), TextFact("icu", u"ICU", QvxICU::installedVersion()),
+            {TextFact("version", u"version", qvxsys::LoadedVersionText()),
+             TextFact("icu", u"ICU", QvxICU::installedVersion()),
              TextFact("unicode", u"Unicode", QvxICU::unicodeVersion()),
              TextFact("instructions", u"instructions", set)}};
 }

@@ -18,6 +18,7 @@
 #include <qvxsys/ErrorOrigin.h>
 #include <qvxsys/Format.h>
 #include <qvxsys/TTextDecoder.h>
+#include <qvxsys/Version.h>
 #include <qvxsys/std.h>
 
 #include "Arguments.h"
@@ -279,7 +280,8 @@ int Run(std::vector<std::string> const& arguments)
 {
     qvx::host::Prepare();
     CLI::App app("Scans text files, and keeps programs within limits.", "qvx");
-    app.set_version_flag("--version", "qvx " QVX_VERSION);
+    app.set_version_flag("--version",
+                         std::string("qvx " QVXSYS_VERSION_STRING " (qvxsys ") + qvxsys::LoadedVersionText() + ")");
     app.require_subcommand(1);
     app.failure_message([](CLI::App const*, CLI::Error const& error) {
         return "qvx: " + std::string(error.what()) + "\nTry \"qvx --help\" or \"qvx COMMAND --help\".\n";
