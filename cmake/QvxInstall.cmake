@@ -34,9 +34,7 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/qvxsys.pc.in ${PROJECT_BINARY_DIR}/qv
 install(FILES ${PROJECT_BINARY_DIR}/qvxsys.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 
 # Debugger views.
-if(EXISTS ${PROJECT_SOURCE_DIR}/support/CMakeLists.txt)
-    add_subdirectory(${PROJECT_SOURCE_DIR}/support ${PROJECT_BINARY_DIR}/support)
-endif()
+add_subdirectory(${PROJECT_SOURCE_DIR}/support ${PROJECT_BINARY_DIR}/support)
 
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}

@@ -9,45 +9,10 @@
 //
 // Handles that ICU keeps (normalisers by name, maps of properties, matches of a detector) need no owner.
 
-#include <utility>
-
 #include <qvxsys/IcuFunctions.h>
+#include <qvxsys/IcuPointer.h>
 
 namespace QvxICU {
-
-/// Owns one Handle, or none, and ends it with Close. The named forms below are meant to be used. Not thread-safe, as
-/// what it owns is not.
-template<class Handle, auto Close>
-class ICULocalPointer
-{
-public:
-    explicit ICULocalPointer(Handle* handle = nullptr) noexcept : m_handle(handle) {}
-    ICULocalPointer(ICULocalPointer&& other) noexcept : m_handle(other.orphan()) {}
-    ICULocalPointer& operator=(ICULocalPointer&& other) noexcept
-    {
-        adoptInstead(other.orphan());
-        return *this;
-    }
-    ~ICULocalPointer() { adoptInstead(nullptr); }
-
-    /// What it owns, still owned; null if nothing.
-    [[nodiscard]] Handle* getAlias() const noexcept { return m_handle; }
-    [[nodiscard]] explicit operator bool() const noexcept { return m_handle != nullptr; }
-
-    /// Gives what it owns to the caller, who closes it.
-    [[nodiscard]] Handle* orphan() noexcept { return std::exchange(m_handle, nullptr); }
-
-    /// Closes what it owns and owns `handle` instead.
-    void adoptInstead(Handle* handle) noexcept
-    {
-        if (Handle* const old = std::exchange(m_handle, handle); old != nullptr && old != handle) {
-            static_cast<void>(Close(old));
-        }
-    }
-
-private:
-    Handle* m_handle;
-};
 
 using ICULocalUBreakIteratorPointer = ICULocalPointer<ICUBreakIterator, t_ubrk_close>;
 using ICULocalUCaseMapPointer = ICULocalPointer<UCaseMap, t_ucasemap_close>;

@@ -43,6 +43,7 @@
 #include <qvxsys/IcuFunctions.h>
 #include <qvxsys/IcuHandles.h>
 #include <qvxsys/IcuLocales.h>
+#include <qvxsys/IcuPointer.h>
 #include <qvxsys/IcuProperties.h>
 #include <qvxsys/IcuSets.h>
 #include <qvxsys/IcuTexts.h>

@@ -53,7 +53,7 @@ FILES = [
      r"ParallelFor|Promise|Run|SharedState|TThreadPool|TaskState|Tasks|Timer)\.h", "task"),
     (r"public/qvxsys/(Hash|sha2)\.h", "hash"),
     (r"public/qvxsys/(MemoryPressure|Resource(Manager|Observer|Reporter|Values))\.h", "monitor"),
-    (r"public/qvxsys/(QvxICU|ICUTypes|Icu(Constants|Declare|Properties))\.h", "text"),
+    (r"public/qvxsys/(QvxICU|ICUTypes|Icu(Constants|Declare|Pointer|Properties))\.h", "text"),
     (r"public/qvxsys/(ICU|Icu|Locale)\w+\.h", "icu"),
     (r"public/qvxsys/", "text"),
     (r"main/qvxsys/text/", "text"),

@@ -23,7 +23,7 @@
 #include <string>
 
 #include <qvxsys/CharacterUtils.h>
-#include <qvxsys/IcuHandles.h>
+#include <qvxsys/IcuPointer.h>
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/TStringCore.h>
 
@@ -255,7 +255,7 @@ bool Guess(std::string_view sample, Detection& result)
     constexpr std::int32_t kLeastConfidence = 15;
     std::string const telling = TellingLines(sample);
     auto status = ICUErrorCode::ZeroError;
-    ICULocalUCharsetDetectorPointer const detector(t_ucsdet_open(&status));
+    ICULocalPointer<ICUCharsetDetector, t_ucsdet_close> const detector(t_ucsdet_open(&status));
     t_ucsdet_setText(detector.getAlias(), telling.data(), static_cast<std::int32_t>(telling.size()), &status);
     ICUCharsetMatch const* const match = t_ucsdet_detect(detector.getAlias(), &status);
     if (match == nullptr) {
