@@ -20,9 +20,10 @@ using QvxICU44::Status;
 namespace QvxICU44 {
 namespace {
 
-std::shared_ptr<ICULocale44Impl> Make(icu::Locale locale)
+template<class Locale>
+std::shared_ptr<ICULocale44Impl> Make(Locale&& locale)
 {
-    return std::make_shared<ICULocale44Impl>(std::move(locale));
+    return std::make_shared<ICULocale44Impl>(std::forward<Locale>(locale));
 }
 
 /// A locale that a change was made to. Always a new one: whether the old one is shared can only be known of what other

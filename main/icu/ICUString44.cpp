@@ -21,7 +21,10 @@ using QvxICU::ICULocale;
 class ICUString44Impl final : public QvxICU::ICUString
 {
 public:
-    explicit ICUString44Impl(icu::UnicodeString text) : m_text(std::move(text)) {}
+    /// With the arguments of ICU's string; what is aliased by it stays so.
+    template<class... Arguments>
+    explicit ICUString44Impl(std::in_place_t, Arguments&&... arguments) : m_text(std::forward<Arguments>(arguments)...)
+    {}
 
     [[nodiscard]] std::unique_ptr<ICUString> clone() const override { return Make(m_text); }
     [[nodiscard]] int length() const noexcept override { return m_text.length(); }
@@ -85,7 +88,7 @@ public:
     [[nodiscard]] bool isBogus() const noexcept override { return m_text.isBogus(); }
     [[nodiscard]] std::unique_ptr<ICUString> substring(int start, int length) const override
     {
-        return Make(icu::UnicodeString(m_text, start, length));
+        return Make(m_text, start, length);
     }
     [[nodiscard]] std::string toUtf8() const override
     {
@@ -211,9 +214,10 @@ public:
         return static_cast<char32_t>(m_text.unescapeAt(offset));
     }
 
-    [[nodiscard]] static std::unique_ptr<ICUString> Make(icu::UnicodeString text)
+    template<class... Arguments>
+    [[nodiscard]] static std::unique_ptr<ICUString> Make(Arguments&&... arguments)
     {
-        return std::make_unique<ICUString44Impl>(std::move(text));
+        return std::make_unique<ICUString44Impl>(std::in_place, std::forward<Arguments>(arguments)...);
     }
 
 private:
@@ -262,7 +266,7 @@ ICUString::~ICUString() = default;
 
 std::unique_ptr<ICUString> ICUString::createInstance()
 {
-    return ICUString44Impl::Make(icu::UnicodeString());
+    return ICUString44Impl::Make();
 }
 
 std::unique_ptr<ICUString> ICUString::createInstance(char const* utf8)
@@ -277,13 +281,12 @@ std::unique_ptr<ICUString> ICUString::createInstance(wchar_t const* text)
 
 std::unique_ptr<ICUString> ICUString::createInstance(TStringView text)
 {
-    return ICUString44Impl::Make(icu::UnicodeString(text.data(), QvxICU44::Length(text)));
+    return ICUString44Impl::Make(text.data(), QvxICU44::Length(text));
 }
 
 std::unique_ptr<ICUString> ICUString::createAlias(TStringView text)
 {
-    // Not by Alias(): what is const is copied, with its units.
-    return ICUString44Impl::Make(icu::UnicodeString(static_cast<UBool>(false), text.data(), QvxICU44::Length(text)));
+    return ICUString44Impl::Make(static_cast<UBool>(false), text.data(), QvxICU44::Length(text));
 }
 
 std::unique_ptr<ICUString> ICUString::createFromCodepage(char const* bytes, int length, char const* codepage,
@@ -292,7 +295,7 @@ std::unique_ptr<ICUString> ICUString::createFromCodepage(char const* bytes, int 
     QvxICU44::Status carried(status);
     UErrorCode& code = carried;
     icu::LocalUConverterPointer const converter(ucnv_open(codepage, &code));
-    return ICUString44Impl::Make(icu::UnicodeString(bytes, length, converter.getAlias(), code));
+    return ICUString44Impl::Make(bytes, length, converter.getAlias(), code);
 }
 
 } // namespace QvxICU
