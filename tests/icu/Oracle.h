@@ -12,18 +12,25 @@
 #include <unicode/parseerr.h>
 #include <unicode/umachine.h>
 
+// The names of the layer's handles, where they are not ICU and ICU's name.
+namespace QvxICU {
+using ICUCaseMap = UCaseMap;
+using ICUCollator = ICU_Collator;
+} // namespace QvxICU
+
 /// The arguments, and what a call leaves in them.
 class IcuOracle : public testing::Test
 {
 protected:
-    struct Status
+    /// What a call may write: the layer's type and ICU's, of which a call uses one and the other stays 0.
+    template<class Own, class Theirs>
+    struct Out
     {
-        QvxICU::ICUErrorCode own{};
-        UErrorCode theirs{};
+        Own own{};
+        Theirs theirs{};
         bool used = false;
-        operator QvxICU::ICUErrorCode*() { return used = true, &own; }
-        operator UErrorCode*() { return used = true, &theirs; }
-        int Code() const { return static_cast<int>(own) + theirs; } // the other one is 0
+        operator Own*() { return used = true, &own; }
+        operator Theirs*() { return used = true, &theirs; }
     };
     struct Capacity
     {
@@ -31,26 +38,14 @@ protected:
         bool used = false;
         operator std::int32_t() { return used = true, value; }
     };
-    struct Parsed
+    /// What both read, as the layer has it and as ICU has it.
+    template<class Own, class Theirs>
+    struct Both
     {
-        QvxICU::ICUParseError own;
-        UParseError theirs;
-        operator QvxICU::ICUParseError*() { return &own; }
-        operator UParseError*() { return &theirs; }
-    };
-    struct Flag
-    {
-        bool own = false;
-        UBool theirs = 0;
-        operator bool*() { return &own; }
-        operator UBool*() { return &theirs; }
-    };
-    struct Point
-    {
-        char32_t own = 0;
-        UChar32 theirs = 0;
-        operator char32_t*() { return &own; }
-        operator UChar32*() { return &theirs; }
+        Own own;
+        Theirs theirs;
+        operator Own() const { return own; }
+        operator Theirs() const { return theirs; }
     };
     /// A value of any enumeration.
     struct As
@@ -62,12 +57,12 @@ protected:
     };
 
     static constexpr std::size_t kRoom = 256;
-    Status status;
+    Out<QvxICU::ICUErrorCode, UErrorCode> status;
+    Out<QvxICU::ICUParseError, UParseError> parsed;
+    Out<bool, UBool> flag;
+    Out<char32_t, UChar32> point;
+    Out<char32_t, UChar32> last;
     Capacity capacity;
-    Parsed parsed;
-    Flag flag;
-    Point point;
-    Point last;
     char16_t units[kRoom];
     char bytes[kRoom];
     std::uint8_t octets[kRoom];
@@ -119,8 +114,8 @@ protected:
         } else {
             result = Shown(call());
         }
-        result +=
-            ", status " + std::to_string(status.Code()) + ", units" + Shown(static_cast<char16_t*>(units)) + ", bytes ";
+        result += ", status " + std::to_string(static_cast<int>(status.own) + status.theirs) + ", units" +
+                  Shown(static_cast<char16_t*>(units)) + ", bytes ";
         result.append(bytes, kRoom).append(reinterpret_cast<char const*>(octets), kRoom);
         return result + std::to_string(one) + ' ' + std::to_string(two) + ' ' +
                std::to_string(flag.own ? 1 : flag.theirs) + ' ' +
@@ -183,8 +178,8 @@ protected:
 #define SAME(NAME, ...)                                                                                                \
     Compare(                                                                                                           \
         #NAME, [&] { return QvxICU::t_##NAME(__VA_ARGS__); }, [&] { return ::NAME(__VA_ARGS__); })
-#define TWIN(OBJECT, OWN, THEIRS, CLOSE, OPEN, ...)                                                                    \
-    Twin<QvxICU::OWN, ::THEIRS, QvxICU::t_##CLOSE, &::CLOSE> const OBJECT(                                             \
+#define TWIN(OBJECT, TYPE, CLOSE, OPEN, ...)                                                                           \
+    Twin<QvxICU::ICU##TYPE, ::U##TYPE, QvxICU::t_##CLOSE, &::CLOSE> const OBJECT(                                      \
         *this, #OPEN, [&] { return QvxICU::t_##OPEN(__VA_ARGS__); }, [&] { return ::OPEN(__VA_ARGS__); })
 
 /// Locales of many scripts, some unknown, some with keywords.
