@@ -18,7 +18,7 @@
 //
 //     time    kDefaultTimeLimit = 10,000 units of 10,000 steps (a step is a saved state of the search), and one unit
 //             more for each 100 characters of the text, for each single search: RegexTimeOut when it takes more. That
-//             is about one to two seconds. A search that goes once through the text takes a few steps a character and
+//             is a few seconds at most. A search that goes once through the text takes a few steps a character and
 //             never comes near, however long the text; the limit is not what all calls take together.
 //     stack   kDefaultStackLimit = 32,000,000, in ICU's bytes; ICU counts half of what it takes, so up to 64 MB:
 //             RegexStackOverflow when a search wants more. That is two million turns of a group, (?:ab|c)*, in one
