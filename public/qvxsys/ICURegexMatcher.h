@@ -84,8 +84,8 @@ public:
     /// @}
 
     /// @name The match
-    /// Group 0 is the whole match. A group that took no part is at -1 and empty, and so is any on failure. IndexOutOfBoundsError for a number
-    /// beyond groupCount, RegexInvalidCaptureGroupName for an unknown name.
+    /// Group 0 is the whole match. A group that took no part is at -1 and empty, and so is any on failure.
+    /// IndexOutOfBoundsError for a number beyond groupCount, RegexInvalidCaptureGroupName for an unknown name.
     /// @{
     /// The groups of the pattern, group 0 not counted.
     [[nodiscard]] virtual int groupCount() const = 0;
@@ -134,8 +134,8 @@ public:
     }
     virtual void resetHolding(TStringCore text) = 0;
 
-    /// Matching sees only the text from start up to limit. Resets. IllegalArgumentError when they are negative or not in
-    /// order, IndexOutOfBoundsError when the limit is beyond the text; the region stays as it was then.
+    /// Matching sees only the text from start up to limit. Resets. IllegalArgumentError when they are negative or not
+    /// in order, IndexOutOfBoundsError when the limit is beyond the text; the region stays as it was then.
     virtual void region(int start, int limit, ICUErrorCode& status) = 0;
     [[nodiscard]] virtual int regionStart() const = 0;
     [[nodiscard]] virtual int regionEnd() const = 0;
