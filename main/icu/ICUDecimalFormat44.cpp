@@ -285,10 +285,13 @@ void ICUDecimalFormat44Impl::setCurrency(TStringCore const& isoCode, ErrorCode& 
     WithDecimal(status, [&](auto& format, auto& code) { format.setCurrency(isoCode.constData(), code); });
 }
 
+// ICU's enumeration for C++ lacks the last three modes, and has no room for them: they go through its attributes.
 QvxICU::ICURoundingMode ICUDecimalFormat44Impl::getRoundingMode() const
 {
-    return Forward(m_decimal,
-                   [](auto& format) { return static_cast<QvxICU::ICURoundingMode>(format.getRoundingMode()); });
+    return Forward(m_decimal, [](auto& format) {
+        UErrorCode code = U_ZERO_ERROR;
+        return static_cast<QvxICU::ICURoundingMode>(format.getAttribute(UNUM_ROUNDING_MODE, code));
+    });
 }
 
 void ICUDecimalFormat44Impl::setRoundingMode(QvxICU::ICURoundingMode mode, ErrorCode& status)
@@ -296,8 +299,8 @@ void ICUDecimalFormat44Impl::setRoundingMode(QvxICU::ICURoundingMode mode, Error
     if (mode < QvxICU::ICURoundingMode::Ceiling || mode > QvxICU::ICURoundingMode::HalfFloor) {
         Fail(status, ErrorCode::IllegalArgumentError);
     }
-    WithDecimal(status, [mode](auto& format, auto&) {
-        format.setRoundingMode(static_cast<icu::NumberFormat::ERoundingMode>(mode));
+    WithDecimal(status, [mode](auto& format, auto& code) {
+        format.setAttribute(UNUM_ROUNDING_MODE, static_cast<int>(mode), code);
     });
 }
 
@@ -368,7 +371,13 @@ namespace {
     case QvxICU::ICUNumberFormatStyle::DecimalCompactLong:
         return icu::CompactDecimalFormat::createInstance(locale, UNUM_LONG, code);
     default:
-        return icu::NumberFormat::createInstance(locale, static_cast<UNumberFormatStyle>(style), code);
+        if (style < QvxICU::ICUNumberFormatStyle::PatternDecimal ||
+            style > QvxICU::ICUNumberFormatStyle::CurrencyStandard) {
+            code = U_ILLEGAL_ARGUMENT_ERROR;
+        }
+        return U_FAILURE(code)
+                   ? nullptr
+                   : icu::NumberFormat::createInstance(locale, static_cast<UNumberFormatStyle>(style), code);
     }
 }
 

@@ -18,7 +18,7 @@
 //
 //     time    kDefaultTimeLimit = 10,000 units of 10,000 steps (a step is a saved state of the search), and one unit
 //             more for each 100 characters of the text, for each single search: RegexTimeOut when it takes more. That
-//             is about one to two seconds. A search that goes once through the text takes a few steps a character and
+//             is a few seconds at most. A search that goes once through the text takes a few steps a character and
 //             never comes near, however long the text; the limit is not what all calls take together.
 //     stack   kDefaultStackLimit = 32,000,000, in ICU's bytes; ICU counts half of what it takes, so up to 64 MB:
 //             RegexStackOverflow when a search wants more. That is two million turns of a group, (?:ab|c)*, in one
@@ -84,8 +84,8 @@ public:
     /// @}
 
     /// @name The match
-    /// Group 0 is the whole match. A group that took no part is at -1 and empty, and so is any on failure. IndexOutOfBoundsError for a number
-    /// beyond groupCount, RegexInvalidCaptureGroupName for an unknown name.
+    /// Group 0 is the whole match. A group that took no part is at -1 and empty, and so is any on failure.
+    /// IndexOutOfBoundsError for a number beyond groupCount, RegexInvalidCaptureGroupName for an unknown name.
     /// @{
     /// The groups of the pattern, group 0 not counted.
     [[nodiscard]] virtual int groupCount() const = 0;
@@ -134,8 +134,8 @@ public:
     }
     virtual void resetHolding(TStringCore text) = 0;
 
-    /// Matching sees only the text from start up to limit. Resets. IllegalArgumentError when they are negative or not in
-    /// order, IndexOutOfBoundsError when the limit is beyond the text; the region stays as it was then.
+    /// Matching sees only the text from start up to limit. Resets. IllegalArgumentError when they are negative or not
+    /// in order, IndexOutOfBoundsError when the limit is beyond the text; the region stays as it was then.
     virtual void region(int start, int limit, ICUErrorCode& status) = 0;
     [[nodiscard]] virtual int regionStart() const = 0;
     [[nodiscard]] virtual int regionEnd() const = 0;
