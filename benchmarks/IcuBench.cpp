@@ -14,6 +14,8 @@
 
 #include "BenchSupport.h"
 
+void RegisterLocaleText(); // LocaleTextBench.cpp
+
 namespace {
 
 using namespace QvxICU;
@@ -121,6 +123,7 @@ void RegisterRows()
     Collation();
     Searching();
     Writing();
+    RegisterLocaleText();
 }
 
 } // namespace

@@ -1,11 +1,15 @@
 #include <qvxsys/LocaleBreaks.h>
 
+#include <atomic>
+#include <cstdint>
 #include <limits>
 #include <utility>
 
 #include <unicode/brkiter.h>
 #include <unicode/ubrk.h>
+#include <unicode/uchar.h>
 #include <unicode/unistr.h>
+#include <unicode/utf16.h>
 
 #include "IcuBridge.h"
 #include "KeptBreaks.h"
@@ -15,13 +19,41 @@ namespace QvxICU44 {
 using QvxICU::ICUBreakIteratorType;
 using QvxICU::TextPiece;
 
+namespace {
+
+// What a unit is to IsPlain; 0 is not known yet.
+constexpr std::uint8_t kPlain = 1;
+constexpr std::uint8_t kOther = 2;
+constinit std::atomic<std::uint8_t> s_units[0x10000] = {};
+
+std::uint8_t Ask(char16_t c) noexcept
+{
+    bool const isPlain = !U16_IS_SURROGATE(c) && u_getIntPropertyValue(c, UCHAR_GRAPHEME_CLUSTER_BREAK) == U_GCB_OTHER;
+    std::uint8_t const answer = isPlain ? kPlain : kOther;
+    // Threads that ask at once store the same, and nothing else is published by it.
+    s_units[c].store(answer, std::memory_order_relaxed);
+    return answer;
+}
+
+// Whether a unit joins with nothing but what asks for it: between two of these is always a boundary of graphemes (all
+// rules of Unicode Standard Annex #29 but the last name another class of the break property on one side). So most
+// letters of most scripts need no break iterator.
+bool IsPlain(char16_t c) noexcept
+{
+    std::uint8_t const known = s_units[c].load(std::memory_order_relaxed);
+    return (known != 0 ? known : Ask(c)) == kPlain;
+}
+
+} // namespace
+
 /// A text and a break iterator on it, which all iterators of a range move.
 class Breaks44Impl
 {
 public:
     Breaks44Impl(TStringView text, ICUBreakIteratorType type, icu::Locale const& locale, bool onlyWords)
-        : m_text(text), m_isWords(type == ICUBreakIteratorType::Word), m_onlyWords(m_isWords && onlyWords),
-          m_units(Alias(text)), m_breaks(OpenBreaks(type, locale, m_status))
+        : m_text(text), m_isGraphemes(type == ICUBreakIteratorType::Character),
+          m_isWords(type == ICUBreakIteratorType::Word), m_onlyWords(m_isWords && onlyWords), m_units(Alias(text)),
+          m_breaks(OpenBreaks(type, locale, m_status))
     {
         if (m_breaks != nullptr) {
             m_breaks->setText(m_units);
@@ -34,47 +66,60 @@ public:
     /// The first piece that is not left out from a boundary on; at the end of the text an empty one.
     void From(int start, TextPiece& piece) noexcept
     {
-        do {
-            int const end = Next(start);
-            Set(piece, start, end);
+        int const length = Length();
+        int rule = 0;
+        int end = start;
+        while (start < length) {
+            end = Next(start, rule);
+            if (!m_onlyWords || rule >= UBRK_WORD_NONE_LIMIT) {
+                break;
+            }
             start = end;
-        } while (m_onlyWords && !piece.isWord && !piece.text.empty());
+        }
+        Set(piece, start, end, rule);
     }
     /// The last piece that is not left out before a boundary. If there is none, the piece stays what it is.
     void Before(int end, TextPiece& piece) noexcept
     {
-        TextPiece before;
-        do {
-            if (end <= 0) {
-                return;
-            }
+        while (end > 0) {
+            int rule = 0;
             int const start = m_breaks != nullptr ? m_breaks->preceding(end) : 0;
             m_at = start;
-            Set(before, start, Next(start)); // the rule of a boundary is known to who is there
+            Next(start, rule); // the rule of a boundary is known to who is there
+            if (!m_onlyWords || rule >= UBRK_WORD_NONE_LIMIT) {
+                return Set(piece, start, end, rule);
+            }
             end = start;
-        } while (m_onlyWords && !before.isWord);
-        piece = before;
+        }
     }
 
 private:
-    /// The boundary behind another one, or the end.
-    int Next(int start) noexcept
+    /// The boundary behind another one that is not the end, and its rule.
+    int Next(int start, int& rule) noexcept
     {
-        if (start >= Length() || m_breaks == nullptr) {
+        if (m_breaks == nullptr) {
             return Length();
         }
+        if (m_isGraphemes && IsPlain(m_text.data()[start]) &&
+            (start + 1 == Length() || IsPlain(m_text.data()[start + 1]))) {
+            return start + 1;
+        }
         m_at = start == m_at ? m_breaks->next() : m_breaks->following(start);
+        if (!m_isGraphemes) { // of which there is one kind
+            rule = m_breaks->getRuleStatus();
+        }
         return m_at;
     }
-    void Set(TextPiece& piece, int start, int end) const noexcept
+    void Set(TextPiece& piece, int start, int end, int rule) const noexcept
     {
         piece.text = TStringView(m_text.data() + start, static_cast<std::size_t>(end - start));
         piece.start = start;
-        piece.rule = m_breaks != nullptr && end > start ? m_breaks->getRuleStatus() : 0;
-        piece.isWord = m_isWords && piece.rule >= UBRK_WORD_NONE_LIMIT;
+        piece.rule = rule;
+        piece.isWord = m_isWords && rule >= UBRK_WORD_NONE_LIMIT;
     }
 
     TStringView m_text;
+    bool m_isGraphemes;
     bool m_isWords;
     bool m_onlyWords;
     UErrorCode m_status = U_ZERO_ERROR;
@@ -94,16 +139,12 @@ struct Graphemes
 // The first graphemes of a text, at most `limit`.
 Graphemes FirstGraphemes(TStringView text, int limit)
 {
-    UErrorCode status = U_ZERO_ERROR;
-    auto const breaks = OpenBreaks(ICUBreakIteratorType::Character, icu::Locale::getRoot(), status);
-    if (breaks == nullptr) {
-        return text.empty() || limit < 1 ? Graphemes() : Graphemes{1, text.length()};
-    }
-    icu::UnicodeString const units = Alias(text);
-    breaks->setText(units);
+    Breaks44Impl breaks(text, ICUBreakIteratorType::Character, icu::Locale::getRoot(), false);
+    TextPiece piece;
     Graphemes first;
     while (first.count < limit && first.units < text.length()) {
-        first.units = breaks->next();
+        breaks.From(first.units, piece);
+        first.units += piece.text.length();
         ++first.count;
     }
     return first;

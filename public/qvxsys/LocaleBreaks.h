@@ -8,8 +8,8 @@
 //     TStringCore const title = text.left(QvxICU::unitsOfGraphemes(text, 20));
 //
 // The text is read in place and must outlive the range and its iterators; all lengths are in units. A lone surrogate is
-// a character like any other that has no meaning: a grapheme of its own, no word. Ranges are cheap to make (about a
-// microsecond once a locale is known: break iterators are kept, sixteen for the process) and to copy. A range, its
+// a character like any other that has no meaning: a grapheme of its own, no word. Ranges are cheap to make (about half
+// a microsecond once a locale is known: break iterators are kept, sixteen for the process) and to copy. A range, its
 // copies and their iterators share one break iterator, so they are for one thread at a time; ranges that were made
 // apart have nothing in common.
 
