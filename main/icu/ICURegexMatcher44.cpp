@@ -272,8 +272,14 @@ void ICURegexMatcher44Impl::resetHolding(TStringCore text)
     Read(Text::Held, m_held.view());
 }
 
+// ICU takes every region, also those that it reports, and then reads what is not the text's.
 void ICURegexMatcher44Impl::region(int start, int limit, ErrorCode& status)
 {
+    if (start < 0 || start > limit) {
+        Fail(status, ErrorCode::IllegalArgumentError);
+    } else if (m_matcher != nullptr && limit > m_input.length()) {
+        Fail(status, ErrorCode::IndexOutOfBoundsError);
+    }
     With(status, [start, limit](auto& m, auto& code) { m.region(start, limit, code); });
 }
 

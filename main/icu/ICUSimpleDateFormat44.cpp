@@ -7,8 +7,6 @@
 
 #include <unicode/smpdtfmt.h>
 
-#include <qvxsys/WideText.h>
-
 #include "ICUDateFormat44Impl.h"
 #include "ICUDateFormatSymbols44Impl.h"
 
@@ -117,12 +115,6 @@ std::unique_ptr<ICUSimpleDateFormat> ICUSimpleDateFormat::createInstance(char co
                                                                          ICUErrorCode& status)
 {
     return createInstance(TStringCore::fromUtf8(pattern).view(), locale, status);
-}
-
-std::unique_ptr<ICUSimpleDateFormat> ICUSimpleDateFormat::createInstance(wchar_t const* pattern,
-                                                                         ICULocale const& locale, ICUErrorCode& status)
-{
-    return createInstance(TStringView(qvxsys::detail::WideText(pattern)), locale, status);
 }
 
 std::unique_ptr<ICUSimpleDateFormat> ICUSimpleDateFormat::createInstance(std::u16string& pattern, ICUErrorCode& status)

@@ -27,7 +27,8 @@
 // setTimeLimit and setStackLimit change them, 0 meaning none. Looking at the time costs one call in 10,000 steps.
 // After a limit was hit there is no current match; the matcher can be used on.
 //
-// Offsets are units. In a text with lone surrogates each counts as a character of its own.
+// Offsets are units. In a text with lone surrogates each counts as a character of its own. Starts and regions are taken
+// as they are, also inside of a pair; the text of a group is always what is between its start and its end.
 
 #include <concepts>
 #include <memory>
@@ -133,8 +134,8 @@ public:
     }
     virtual void resetHolding(TStringCore text) = 0;
 
-    /// Matching sees only the text from start up to limit. Resets. IllegalArgumentError when they are not in order,
-    /// IndexOutOfBoundsError outside of the text.
+    /// Matching sees only the text from start up to limit. Resets. IllegalArgumentError when they are negative or not in
+    /// order, IndexOutOfBoundsError when the limit is beyond the text; the region stays as it was then.
     virtual void region(int start, int limit, ICUErrorCode& status) = 0;
     [[nodiscard]] virtual int regionStart() const = 0;
     [[nodiscard]] virtual int regionEnd() const = 0;

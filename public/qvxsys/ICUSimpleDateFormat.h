@@ -18,6 +18,8 @@
 #include <qvxsys/ICUDateFormatSymbols.h>
 #include <qvxsys/Platform.h>
 #include <qvxsys/TStringView.h>
+#include <qvxsys/TextArguments.h>
+#include <qvxsys/WideText.h>
 
 namespace QvxICU {
 
@@ -34,8 +36,13 @@ public:
     /// UTF-8; malformed bytes become U+FFFD. A null pattern, here as above, is empty.
     [[nodiscard]] static std::unique_ptr<ICUSimpleDateFormat>
     createInstance(char const* pattern, ICULocale const& locale, ICUErrorCode& status);
-    [[nodiscard]] static std::unique_ptr<ICUSimpleDateFormat>
-    createInstance(wchar_t const* pattern, ICULocale const& locale, ICUErrorCode& status);
+    /// wchar_t const* and arrays of it.
+    template<qvxsys::detail::WidePointer W>
+    [[nodiscard]] static std::unique_ptr<ICUSimpleDateFormat> createInstance(W const& pattern, ICULocale const& locale,
+                                                                             ICUErrorCode& status)
+    {
+        return createInstance(TStringView(qvxsys::detail::WideText(pattern)), locale, status);
+    }
     /// The pattern is only read.
     [[nodiscard]] static std::unique_ptr<ICUSimpleDateFormat> createInstance(std::u16string& pattern,
                                                                              ICUErrorCode& status);

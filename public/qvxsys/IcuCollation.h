@@ -4,8 +4,8 @@
 //     ICULocalUCollatorPointer const swedish(QvxICU::t_ucol_open("sv", &status));
 //     bool const after = QvxICU::t_ucol_greater(swedish.getAlias(), u"\u00E4", -1, u"z", -1);
 //
-// A collator may be used by several threads as long as none sets anything. HiraganaQuaternaryMode is refused by today's
-// ICU or has no effect (docs/icu.md).
+// A collator may be used by several threads as long as none sets anything. HiraganaQuaternaryMode has no effect in
+// today's ICU (docs/icu.md).
 
 #include <cstddef>
 #include <cstdint>

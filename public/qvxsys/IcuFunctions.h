@@ -13,7 +13,7 @@
 // Arguments, results, statuses and thread-safety are those of the function of that name of the ICU in use; what ICU
 // returns as a boolean is bool. Failures are reported through ICUErrorCode, never thrown; as in ICU, a function that is
 // given a failed status does nothing. What one function opens another closes: <qvxsys/IcuHandles.h> has owners. A call
-// costs what ICU's costs and a few instructions.
+// costs what ICU's costs and a jump, or a few instructions where a status is carried. Callbacks must not throw.
 //
 // The functions that the text classes stand on are in <qvxsys/QvxICU.h>, which this header includes. Left out are
 // functions that ICU calls deprecated, internal or drafts, and those that take objects of ICU's C++ classes.

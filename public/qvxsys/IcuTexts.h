@@ -2,14 +2,14 @@
 // Flat ICU functions (see <qvxsys/IcuFunctions.h>): break iterators, texts of any storage, character iterators, regular
 // expressions, normalisation.
 //
-//     ICULocalURegularExpressionPointer const words(QvxICU::t_uregex_openC("\\\\w+", 0, nullptr, &status));
+//     ICULocalURegularExpressionPointer const words(QvxICU::t_uregex_openC("\\w+", 0, nullptr, &status));
 //     QvxICU::t_uregex_setText(words.getAlias(), text, length, &status);
 //     while (QvxICU::t_uregex_findNext(words.getAlias(), &status)) { ... }
 //
 // Positions are units, of a UTF-8 text bytes. Texts are not copied and must outlive their use. Every object belongs to
 // one thread at a time, but for normalisers, which ICU owns and which are never closed. Regular expressions have no
-// limits of time and stack unless t_uregex_setTimeLimit and t_uregex_setStackLimit set some: do so for patterns from
-// outside.
+// limit of time, and one of eight million bytes of stack, unless t_uregex_setTimeLimit and t_uregex_setStackLimit set
+// others: do so for patterns from outside.
 
 #include <cstddef>
 #include <cstdint>

@@ -69,7 +69,7 @@ void ExpectSameMatch(ICURegexMatcher& ours, icu::RegexMatcher& icus)
         UErrorCode code = U_ZERO_ERROR;
         ICUErrorCode status{};
         EXPECT_EQ(ours.group(group, status), Text(icus.group(group, code))) << group;
-        EXPECT_EQ(Number(status), code);
+        EXPECT_EQ(Failure(status), Failure(code));
         EXPECT_EQ(ours.start(group, status), icus.start(group, code));
         EXPECT_EQ(ours.end(group, status), icus.end(group, code));
     }
@@ -82,8 +82,13 @@ void CallBoth(std::mt19937& random, ICURegexMatcher& ours, icu::RegexMatcher& ic
     UErrorCode code = U_ZERO_ERROR;
     ICUErrorCode status{};
     int const length = ours.input().length();
-    int const from = static_cast<int>(random() % static_cast<unsigned>(length + 3)) - 1;
-    int const to = static_cast<int>(random() % static_cast<unsigned>(length + 3)) - 1;
+    // Anywhere, but not inside of a pair, where ICU's texts of groups begin elsewhere than it says.
+    auto const place = [&] {
+        int const at = static_cast<int>(random() % static_cast<unsigned>(length + 3)) - 1;
+        return at > 0 && at < length ? Unicode(ours.input()).getChar32Start(at) : at;
+    };
+    int const from = place();
+    int const to = place();
     bool const on = random() % 2 != 0;
     std::u16string const with = Joined(random, kReplacementPieces, 3);
     auto const call = random() % 14;
@@ -95,7 +100,14 @@ void CallBoth(std::mt19937& random, ICURegexMatcher& ours, icu::RegexMatcher& ic
         [&] { return ours.lookingAt(from, status) == static_cast<bool>(icus.lookingAt(from, code)); },
         [&] { return ours.matches(status) == static_cast<bool>(icus.matches(code)); },
         [&] { return ours.matches(from, status) == static_cast<bool>(icus.matches(from, code)); },
-        [&] { return ours.region(from, to, status), icus.region(from, to, code), true; },
+        [&] {
+            ours.region(from, to, status);
+            bool const ordered = 0 <= from && from <= to;
+            if (!ordered || to > length) { // then ICU reads beyond the text
+                code = ordered ? U_INDEX_OUTOFBOUNDS_ERROR : U_ILLEGAL_ARGUMENT_ERROR;
+            }
+            return icus.region(from, to, code), true;
+        },
         [&] { return ours.useAnchoringBounds(on), icus.useAnchoringBounds(on), true; },
         [&] { return ours.useTransparentBounds(on), icus.useTransparentBounds(on), true; },
         [&] { return ours.reset(from, status), icus.reset(from, code), true; },
@@ -106,7 +118,7 @@ void CallBoth(std::mt19937& random, ICURegexMatcher& ours, icu::RegexMatcher& ic
         [&] { return ours.appendTail(oursOut, status), icus.appendTail(icusOut), true; },
         [&] { return ours.find(status) == static_cast<bool>(icus.find(code)); }};
     EXPECT_TRUE(calls[std::min<std::size_t>(call, std::size(calls) - 1)]());
-    EXPECT_EQ(Number(status), code);
+    EXPECT_EQ(Failure(status), Failure(code));
     EXPECT_EQ(oursOut.toString(), Text(icusOut));
     ExpectSameMatch(ours, icus);
 }
@@ -121,7 +133,7 @@ void ExpectSameReplacing(ICURegexMatcher& ours, icu::RegexMatcher& icus, std::u1
         EXPECT_EQ(all ? ours.replaceAll(replacement, status) : ours.replaceFirst(replacement, status),
                   U_SUCCESS(code) ? Text(expected) : u"")
             << TStringCore(replacement);
-        EXPECT_EQ(Number(status), code) << TStringCore(replacement);
+        EXPECT_EQ(Failure(status), Failure(code)) << TStringCore(replacement);
     }
 }
 
@@ -137,7 +149,7 @@ void ExpectSameSplitting(Pattern const& ours, icu::RegexPattern const& icus, TSt
         }
         ICUErrorCode status{};
         EXPECT_EQ(ours.split(text, status, limit == 100 ? 0 : limit), expected) << limit;
-        EXPECT_EQ(Number(status), code);
+        EXPECT_EQ(Failure(status), Failure(code));
     }
 }
 

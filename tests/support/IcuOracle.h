@@ -39,4 +39,11 @@ inline int Number(UErrorCode code)
     return code;
 }
 
+/// Without warnings, which ICU gives to whoever comes first.
+template<class Code>
+int Failure(Code code)
+{
+    return Number(code) > 0 ? Number(code) : 0;
+}
+
 } // namespace testing_support
