@@ -84,8 +84,9 @@ QVX_ICU(char*, u_strToUTF8WithSub, (char*, dest), (std::int32_t, capacity), (std
 /// @{
 /// The name of ICU's default locale, "en_US".
 [[nodiscard]] QVX_ICU_0(char const*, uloc_getDefault);
-/// Frees ICU's caches. Not thread-safe: no other ICU call may run, and nothing that ICU opened may be open.
-QVX_ICU_0(void, u_cleanup);
+/// Frees ICU's caches, and before them what the library keeps of ICU's. Not thread-safe: no other ICU call may run, and
+/// nothing that ICU opened may be open, neither handles nor wrappers, comparators and ranges of pieces.
+QVXSYS_API void t_u_cleanup() noexcept;
 /// The code's name as ICU spells it, "U_BUFFER_OVERFLOW_ERROR" for instance.
 [[nodiscard]] QVX_ICU(char const*, u_errorName, (ICUErrorCode, code));
 /// @}

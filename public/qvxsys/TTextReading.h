@@ -65,8 +65,9 @@ QVXSYS_API void SplitOnAny(TStringView text, TStringView set, bool skipEmpty, st
 [[nodiscard]] QVXSYS_API TStringCore Padded(TStringView text, int copies, UnitsOf fill, bool inFront);
 [[nodiscard]] QVXSYS_API TStringCore Repeated(TStringView text, int n);
 [[nodiscard]] QVXSYS_API TStringCore Reversed(TStringView text);
-[[nodiscard]] QVXSYS_API TStringCore ToLower(TStringView text);
-[[nodiscard]] QVXSYS_API TStringCore ToUpper(TStringView text);
+/// By the rules of a locale: "" is the root locale, null ICU's default one.
+[[nodiscard]] QVXSYS_API TStringCore ToLower(TStringView text, char const* locale = nullptr);
+[[nodiscard]] QVXSYS_API TStringCore ToUpper(TStringView text, char const* locale = nullptr);
 
 } // namespace qvxsys::detail
 
@@ -347,7 +348,9 @@ public:
     [[nodiscard]] Owner repeated(int n) const { return n == 1 ? Owner(This()) : qvxsys::detail::Repeated(Text(), n); }
     /// The code points in reverse order: pairs stay whole.
     [[nodiscard]] Owner reversed() const { return qvxsys::detail::Reversed(Text()); }
-    /// ICU's full case mapping for its default locale, so the length may change: "stra\u00DFe" becomes "STRASSE".
+    /// ICU's full case mapping for its default locale, so the length may change: "stra\u00DFe" becomes "STRASSE". Where
+    /// the result must be the same on every machine (keys, protocols), use QvxICU::toLowerRoot and toUpperRoot: with
+    /// Turkish as the default locale "I" becomes U+0131 here.
     [[nodiscard]] Owner toLower() const { return qvxsys::detail::ToLower(Text()); }
     [[nodiscard]] Owner toUpper() const { return qvxsys::detail::ToUpper(Text()); }
     /// @}

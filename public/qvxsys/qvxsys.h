@@ -49,6 +49,10 @@
 #include <qvxsys/InlineVector.h>
 #include <qvxsys/KMP.h>
 #include <qvxsys/Launch.h>
+#include <qvxsys/LocaleBreaks.h>
+#include <qvxsys/LocaleCase.h>
+#include <qvxsys/LocaleCompare.h>
+#include <qvxsys/LocaleNormalize.h>
 #include <qvxsys/LogicException.h>
 #include <qvxsys/MemoryPressure.h>
 #include <qvxsys/ParallelFor.h>

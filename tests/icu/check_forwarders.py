@@ -13,6 +13,7 @@ OLDEST = 70  # the library builds with this version of ICU
 ADAPTED = {"ucnv_clone", "ucol_clone"}  # newer, but there under another name
 CPLUSPLUS = "takes an object of ICU's C++ classes"
 EXCEPTIONS = {
+    "u_cleanup": "written out: the library lets go of what it keeps before",
     "uenum_openFromStringEnumeration": CPLUSPLUS,
     "uiter_setCharacterIterator": CPLUSPLUS,
     "uiter_setReplaceable": CPLUSPLUS,

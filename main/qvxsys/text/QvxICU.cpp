@@ -12,6 +12,8 @@
 
 #include <qvxsys/TStringCore.h>
 
+#include "IcuCleanup.h"
+
 static_assert(std::is_same_v<UChar, char16_t>);
 
 namespace QvxICU {
@@ -20,7 +22,30 @@ namespace {
 // A UTF-8 code point is at most four bytes, so the size_t forms run ICU's int32 macros over a window of that size.
 constexpr std::size_t kWindow = 8;
 
+// What is called before ICU's memory is freed.
+constinit std::atomic<void (*)()> s_releases[8] = {};
+
 } // namespace
+
+void BeforeCleanup(void (*release)()) noexcept
+{
+    for (std::atomic<void (*)()>& place : s_releases) {
+        void (*free)() = nullptr;
+        if (place.compare_exchange_strong(free, release)) {
+            return;
+        }
+    }
+}
+
+void t_u_cleanup() noexcept
+{
+    for (std::atomic<void (*)()> const& place : s_releases) {
+        if (void (*const release)() = place) {
+            release();
+        }
+    }
+    u_cleanup();
+}
 
 void ICU16_FWD_1(char16_t const* s, int& i, int length) noexcept
 {

@@ -7,9 +7,9 @@
 // - U+03A3, whose small form depends on what stands around it,
 // - high surrogates of a block with cased letters (Deseret and others); the surrogates of all other blocks map to
 //   themselves, so that emoji need no ICU,
-// - text with cased characters where ICU's default locale has mappings of its own: Turkish, Azerbaijani, Lithuanian,
-//   Greek, Armenian (ICU's ucase.h). The default locale is looked at when the first character turns up that one of
-//   these maps in its own way; ASCII without the letter i or I never needs it.
+// - text with cased characters where the locale has mappings of its own: Turkish, Azerbaijani, Lithuanian, Greek,
+//   Armenian (ICU's ucase.h). The locale, ICU's default one if none was given, is looked at when the first character
+//   turns up that one of these maps in its own way; ASCII without the letter i or I never needs it.
 
 #include <qvxsys/TTextReading.h>
 
@@ -95,10 +95,10 @@ bool HasLanguage(char const* name, std::string_view language) noexcept
     return *name == '\0' || *name == '_' || *name == '-' || *name == '@' || *name == '.';
 }
 
-// True when ICU's default locale maps case in its own way.
-bool DefaultLocaleIsSpecial() noexcept
+// True when the locale (null is ICU's default one) maps case in its own way.
+bool IsSpecial(char const* locale) noexcept
 {
-    char const* const name = t_uloc_getDefault();
+    char const* const name = locale != nullptr ? locale : t_uloc_getDefault();
     switch (name[0] == '\0' ? 0 : name[0] << 8 | name[1]) {
     case 't' << 8 | 'r':
     case 'a' << 8 | 'z':
@@ -199,6 +199,8 @@ template<class Direction>
 class SimpleMapping
 {
 public:
+    explicit SimpleMapping(char const* locale) noexcept : m_locale(locale) {}
+
     bool Map(char16_t const* from, std::size_t n, char16_t* to) noexcept
     {
         if (n < 8) {
@@ -246,15 +248,16 @@ private:
     }
     bool LearnLocale() noexcept
     {
-        m_localeIsKnown = m_localeIsKnown || !DefaultLocaleIsSpecial();
+        m_localeIsKnown = m_localeIsKnown || !IsSpecial(m_locale);
         return m_localeIsKnown;
     }
 
+    char const* m_locale;
     bool m_localeIsKnown = false; // and has no mappings of its own
 };
 
 template<class Direction>
-TStringCore MapCase(TStringView text)
+TStringCore MapCase(TStringView text, char const* locale)
 {
     int const length = qvxsys::text::CheckedUnits(text.size());
     TStringCore result;
@@ -262,15 +265,15 @@ TStringCore MapCase(TStringView text)
         result.reserve(length);
     }
     result.resize(length);
-    if (SimpleMapping<Direction>().Map(text.data(), text.size(), result.data())) {
+    if (SimpleMapping<Direction>(locale).Map(text.data(), text.size(), result.data())) {
         return result;
     }
     auto status = ICUErrorCode::ZeroError;
-    int mapped = Direction::kMap(result.data(), result.capacity(), text.data(), length, nullptr, &status);
+    int mapped = Direction::kMap(result.data(), result.capacity(), text.data(), length, locale, &status);
     if (mapped >= result.capacity()) {
         result.reserve(mapped);
         status = ICUErrorCode::ZeroError;
-        mapped = Direction::kMap(result.data(), result.capacity(), text.data(), length, nullptr, &status);
+        mapped = Direction::kMap(result.data(), result.capacity(), text.data(), length, locale, &status);
     }
     result.resize(mapped);
     return result;
@@ -280,14 +283,14 @@ TStringCore MapCase(TStringView text)
 
 namespace qvxsys::detail {
 
-TStringCore ToLower(TStringView text)
+TStringCore ToLower(TStringView text, char const* locale)
 {
-    return MapCase<Lower>(text);
+    return MapCase<Lower>(text, locale);
 }
 
-TStringCore ToUpper(TStringView text)
+TStringCore ToUpper(TStringView text, char const* locale)
 {
-    return MapCase<Upper>(text);
+    return MapCase<Upper>(text, locale);
 }
 
 } // namespace qvxsys::detail
