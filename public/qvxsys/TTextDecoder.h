@@ -31,8 +31,9 @@
 // UTF-8, ASCII and no bytes at all as well, and so is what has more of its multi-byte characters than faults. Then
 // there is ICU's detection: ISO-2022, Shift_JIS, EUC-JP, EUC-KR, Big5, GB18030, the ISO-8859 and windows code pages of
 // Europe and the Near East, KOI8-R. What nothing is known of is taken for ISO-8859-1. It matters from the beginning or,
-// in a text that begins with 64 KiB of ASCII, from the first other byte, however far behind it is. The code pages of
-// one script differ in few characters; one is as good as another for a text that has none of these.
+// in a text that begins with 64 KiB of ASCII, from the first other byte, however far behind it is (an escape sequence
+// of ISO 2022, which is ASCII, in the first MiB). The code pages of one script differ in few characters; one is as good
+// as another for a text that has none of these.
 //
 // Errors are TStringCore::Exception with the texts given at members. Different objects may be used from different
 // threads at once, one object may not.

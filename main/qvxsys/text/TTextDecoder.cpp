@@ -359,7 +359,7 @@ std::size_t TTextDecoder::State::DecodeIrrelevant(char const* data, std::size_t 
     std::size_t faults = 0;
     std::size_t const units = text::kernels().utf8ToUtf16(data, n, dst, faults);
     bool const isAscii = units == n && faults == 0;
-    return isAscii && detector.IsIrrelevant({data, n}) ? n : detector.Irrelevant({data, n});
+    return detector.Pass({data, n}, isAscii);
 }
 
 std::size_t TTextDecoder::State::DecodeDetecting(char const* data, std::size_t n, bool last)
@@ -409,7 +409,7 @@ TTextDecoder::Detection TTextDecoder::Detect(char const* data, std::size_t n)
     std::string_view left(data, n);
     text::Detector detector;
     do {
-        left.remove_prefix(detector.Irrelevant(left));
+        left.remove_prefix(detector.Pass(left, false));
         std::string_view const sample = left.substr(0, text::Detector::kSample);
         detector.Look(sample);
         left.remove_prefix(sample.size());

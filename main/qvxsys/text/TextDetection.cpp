@@ -324,25 +324,23 @@ Detection DetectAtStart(std::string_view sample)
 
 } // namespace
 
-std::size_t Detector::Irrelevant(std::string_view next) const noexcept
+std::size_t Detector::Pass(std::string_view next, bool isAscii) noexcept
 {
     if (m_atStart) {
         return 0;
     }
-    std::size_t const ascii = AsciiLength(next);
-    return m_escapesTell ? std::min(ascii, next.find(kEscape)) : ascii;
-}
-
-bool Detector::IsIrrelevant(std::string_view ascii) const noexcept
-{
-    return !m_atStart && (!m_escapesTell || ascii.find(kEscape) == std::string_view::npos);
+    std::size_t const ascii = isAscii ? next.size() : AsciiLength(next);
+    std::size_t const passed = std::min(ascii, next.substr(0, m_escapesTell).find(kEscape));
+    m_escapesTell -= std::min(m_escapesTell, passed);
+    return passed;
 }
 
 void Detector::Look(std::string_view sample)
 {
     m_found = m_atStart ? DetectAtStart(sample) : DetectUnmarked(sample, false);
     m_isOpen = m_found.foundBy == FoundBy::Utf8 && !m_found.looksBinary && AsciiLength(sample) == sample.size();
-    m_escapesTell = m_escapesTell && sample.find(kEscape) == std::string_view::npos;
+    bool const hasEscapes = sample.find(kEscape) != std::string_view::npos;
+    m_escapesTell -= hasEscapes ? m_escapesTell : std::min(m_escapesTell, sample.size());
     m_atStart = false;
 }
 

@@ -13,14 +13,16 @@ class Detector
 public:
     /// The size of a sample; one that ends with the text may be smaller.
     static constexpr std::size_t kSample = 65536;
+    /// How far from the beginning escape sequences are looked for. Looking would cost a tenth of the time that ASCII
+    /// takes to be read and decoded.
+    static constexpr std::size_t kEscapes = std::size_t{1} << 20;
 
     /// True before the first sample, which is the text's beginning.
     [[nodiscard]] bool IsAtStart() const noexcept { return m_atStart; }
-    /// How much of the text that comes next is the same in every encoding that it may still have, and need not be
-    /// looked at: nothing at the beginning, then what is ASCII.
-    [[nodiscard]] std::size_t Irrelevant(std::string_view next) const noexcept;
-    /// True when that is all of this ASCII text.
-    [[nodiscard]] bool IsIrrelevant(std::string_view ascii) const noexcept;
+    /// Passes what comes next of the text as far as it is the same in every encoding that it may still have, so need
+    /// not be looked at: nothing at the beginning, then ASCII. Returns its length. `isAscii` is true when all is known
+    /// to be.
+    [[nodiscard]] std::size_t Pass(std::string_view next, bool isAscii) noexcept;
 
     /// Takes the sample that begins there. An empty one is allowed.
     void Look(std::string_view sample);
@@ -33,7 +35,7 @@ private:
     TTextDecoder::Detection m_found{"UTF-8"};
     bool m_isOpen = true;
     bool m_atStart = true;
-    bool m_escapesTell = true; // there may still be an encoding of ISO 2022
+    std::size_t m_escapesTell = kEscapes; // in how many more bytes they may be those of ISO 2022
 };
 
 } // namespace qvxsys::text
