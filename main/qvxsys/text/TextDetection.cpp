@@ -20,10 +20,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include <qvxsys/CharacterUtils.h>
-#include <qvxsys/IcuHandles.h>
 #include <qvxsys/QvxICU.h>
 #include <qvxsys/TStringCore.h>
 
@@ -225,6 +225,11 @@ bool FindUtf8(std::string_view sample, Detection& result)
 
 // ---- ICU's detection
 
+struct Closer
+{
+    void operator()(ICUCharsetDetector* detector) const noexcept { t_ucsdet_close(detector); }
+};
+
 // The lines with bytes that are not plain ASCII, as many as ICU looks at. Of a line that is too long the part from
 // shortly before its first such byte is taken. A line feed is never part of a longer sequence, and before the first
 // byte that is not ASCII no sequence is open.
@@ -255,9 +260,9 @@ bool Guess(std::string_view sample, Detection& result)
     constexpr std::int32_t kLeastConfidence = 15;
     std::string const telling = TellingLines(sample);
     auto status = ICUErrorCode::ZeroError;
-    ICULocalUCharsetDetectorPointer const detector(t_ucsdet_open(&status));
-    t_ucsdet_setText(detector.getAlias(), telling.data(), static_cast<std::int32_t>(telling.size()), &status);
-    ICUCharsetMatch const* const match = t_ucsdet_detect(detector.getAlias(), &status);
+    std::unique_ptr<ICUCharsetDetector, Closer> const detector(t_ucsdet_open(&status));
+    t_ucsdet_setText(detector.get(), telling.data(), static_cast<std::int32_t>(telling.size()), &status);
+    ICUCharsetMatch const* const match = t_ucsdet_detect(detector.get(), &status);
     if (match == nullptr) {
         return false;
     }
