@@ -68,6 +68,7 @@ public:
         Undecimber = 12, ///< the thirteenth of calendars that have one
     };
 
+    /// Sunday is 1.
     enum ICUEDaysOfWeek : int {
         Sunday = 1,
         Monday = 2,
@@ -85,6 +86,7 @@ public:
         NextValidWallTime = 2, ///< of a skipped time the first after the gap; not for repeated times
     };
 
+    /// What a day of the week is to a region.
     enum ICUEWeekdayType : int {
         Weekday = 0,
         Weekend = 1,
@@ -136,11 +138,15 @@ public:
 
     /// Whether fields out of their ranges are carried over into others (as at first), or are errors.
     virtual void setLenient(bool lenient) = 0;
+    /// The day that weeks begin with; of the locale unless set. Throws "Unknown day of week." for values that are none.
     virtual void setFirstDayOfWeek(ICUEDaysOfWeek day) = 0;
+    /// The day that weeks begin with.
     [[nodiscard]] virtual ICUEDaysOfWeek getFirstDayOfWeek(ICUErrorCode& status) const = 0;
     /// How many days of a new year or month make its first week: 1..7, the nearest of which is taken for other values.
     virtual void setMinimalDaysInFirstWeek(std::uint8_t days) = 0;
+    /// How many days the first week of a year has at least.
     [[nodiscard]] virtual std::uint8_t getMinimalDaysInFirstWeek() const = 0;
+    /// Whether fields out of range are understood.
     [[nodiscard]] virtual bool isLenient() const = 0;
     /// Whether the clocks of the time zone stand on summer time at the moment.
     [[nodiscard]] virtual bool inDaylightTime(ICUErrorCode& status) const = 0;
@@ -259,6 +265,7 @@ public:
 
     /// The moment from which on the calendar is Gregorian; at first 1582-10-15, before which came the 4th.
     virtual void setGregorianChange(double millis, ICUErrorCode& status) = 0;
+    /// The moment of the change, in milliseconds since 1970.
     [[nodiscard]] virtual double getGregorianChange() const = 0;
     /// By the rule that the calendar has for the year. The year before 1 is 0, before that -1.
     [[nodiscard]] virtual bool isLeapYear(int year) const = 0;

@@ -109,6 +109,7 @@ public:
     [[nodiscard]] static std::unique_ptr<ICUDateFormat> createDateInstance(ICUEStyle style, ICULocale const& locale);
     /// The time alone.
     [[nodiscard]] static std::unique_ptr<ICUDateFormat> createTimeInstance(ICUEStyle style, ICULocale const& locale);
+    /// Of dates with times.
     [[nodiscard]] static std::unique_ptr<ICUDateFormat> createDateTimeInstance(ICUEStyle date, ICUEStyle time,
                                                                                ICULocale const& locale);
 

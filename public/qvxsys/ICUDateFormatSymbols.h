@@ -26,12 +26,14 @@ namespace QvxICU {
 class QVXSYS_API ICUDateFormatSymbols
 {
 public:
+    /// Within a date or alone, as in a heading.
     enum ICUEContext : int {
         Format = 0,     ///< within a date: "5 maja"
         Standalone = 1, ///< by itself: "maj"
         NoContext = 2,  ///< accepted, but without names
     };
 
+    /// How long a name is.
     enum ICUEWidth : int {
         Abbreviated = 0, ///< Sept, Wed, Q3
         Wide = 1,        ///< September, Wednesday, 3rd quarter

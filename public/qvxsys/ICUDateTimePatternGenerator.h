@@ -44,6 +44,7 @@ public:
         ZoneField = 15,
     };
 
+    /// How long a field's name is.
     enum ICUEDisplayWidth : int { Wide = 0, Abbreviated = 1, Narrow = 2 };
 
     /// Which lengths of the skeleton's fields are kept although the locale's pattern has others; combined with |.
@@ -62,6 +63,7 @@ public:
         Conflict = 2,     ///< there is one of the same skeleton
     };
 
+    /// How hours are counted.
     enum ICUEHourCycle : int {
         HourCycle11 = 0, ///< K: 0..11
         HourCycle12 = 1, ///< h: 1..12
@@ -95,6 +97,7 @@ public:
 
     /// All skeletons that the generator has patterns for.
     [[nodiscard]] virtual std::vector<TStringCore> getSkeletons(ICUErrorCode& status) const = 0;
+    /// All base skeletons.
     [[nodiscard]] virtual std::vector<TStringCore> getBaseSkeletons(ICUErrorCode& status) const = 0;
     /// Exactly that skeleton's; empty if there is none.
     [[nodiscard]] virtual TStringCore getPatternForSkeleton(TStringView skeleton) const = 0;
@@ -105,9 +108,11 @@ public:
 
     /// How a field is added that no pattern has: {0} the pattern so far, {1} the field, {2} the field's name.
     [[nodiscard]] virtual TStringCore getAppendItemFormat(ICUEField field) const = 0;
+    /// Sets what getAppendItemFormat gives.
     virtual void setAppendItemFormat(ICUEField field, TStringView format) = 0;
     /// The field's name for that; setting one sets its wide display name.
     [[nodiscard]] virtual TStringCore getAppendItemName(ICUEField field) const = 0;
+    /// Sets what getAppendItemName gives.
     virtual void setAppendItemName(ICUEField field, TStringView name) = 0;
     /// "year", "yr." ...
     [[nodiscard]] virtual TStringCore getFieldDisplayName(ICUEField field, ICUEDisplayWidth width) const = 0;
@@ -118,7 +123,9 @@ public:
     virtual void setDateTimeFormat(TStringView format) = 0;
     /// What stands between seconds and their fraction.
     [[nodiscard]] virtual TStringCore getDecimal() const = 0;
+    /// Sets what getDecimal gives.
     virtual void setDecimal(TStringView decimal) = 0;
+    /// How hours are counted in the locale.
     [[nodiscard]] virtual ICUEHourCycle getDefaultHourCycle(ICUErrorCode& status) const = 0;
     [[nodiscard]] virtual bool operator==(ICUDateTimePatternGenerator const& other) const = 0;
 

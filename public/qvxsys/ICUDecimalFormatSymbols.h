@@ -33,6 +33,7 @@ public:
 
     virtual ~ICUDecimalFormatSymbols();
 
+    /// A copy of its own.
     [[nodiscard]] virtual std::unique_ptr<ICUDecimalFormatSymbols> clone() const = 0;
     /// Whether all symbols are the same, and the locales too.
     [[nodiscard]] virtual bool operator==(ICUDecimalFormatSymbols const& other) const = 0;
@@ -49,6 +50,7 @@ public:
     /// For a sign before the number or after it. IllegalArgumentError for a type that is none.
     [[nodiscard]] virtual TStringCore getPatternForCurrencySpacing(ICUCurrencySpacing type, bool beforeCurrency,
                                                                    ICUErrorCode& status) const = 0;
+    /// Sets what getPatternForCurrencySpacing gives.
     virtual void setPatternForCurrencySpacing(ICUCurrencySpacing type, bool beforeCurrency, TStringCore const& pattern,
                                               ICUErrorCode& status) = 0;
 

@@ -34,6 +34,7 @@
 
 namespace QvxICU {
 
+/// Makes objects of ICUCalendar, as its static functions do.
 class QVXSYS_API ICalendarFactory
 {
 public:
@@ -42,11 +43,14 @@ public:
     ICalendarFactory& operator=(ICalendarFactory const&) = default;
     virtual ~ICalendarFactory();
 
+    /// As ICUCalendar::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUCalendar> createInstance(ICUErrorCode& status) const = 0;
+    /// As ICUCalendar::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUCalendar> createInstance(ICULocale const& locale,
                                                                       ICUErrorCode& status) const = 0;
 };
 
+/// Makes objects of ICUGregorianCalendar, as its static functions do.
 class QVXSYS_API IGregorianCalendarFactory
 {
 public:
@@ -55,10 +59,12 @@ public:
     IGregorianCalendarFactory& operator=(IGregorianCalendarFactory const&) = default;
     virtual ~IGregorianCalendarFactory();
 
+    /// As ICUGregorianCalendar::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUGregorianCalendar> createInstance(ICULocale const& locale,
                                                                                ICUErrorCode& status) const = 0;
 };
 
+/// Makes objects of ICUDateFormat, as its static functions do.
 class QVXSYS_API IDateFormatFactory
 {
 public:
@@ -67,15 +73,19 @@ public:
     IDateFormatFactory& operator=(IDateFormatFactory const&) = default;
     virtual ~IDateFormatFactory();
 
+    /// As ICUDateFormat::createDateInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUDateFormat> createDateInstance(ICUDateFormat::ICUEStyle style,
                                                                             ICULocale const& locale) const = 0;
+    /// As ICUDateFormat::createTimeInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUDateFormat> createTimeInstance(ICUDateFormat::ICUEStyle style,
                                                                             ICULocale const& locale) const = 0;
+    /// As ICUDateFormat::createDateTimeInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUDateFormat> createDateTimeInstance(ICUDateFormat::ICUEStyle date,
                                                                                 ICUDateFormat::ICUEStyle time,
                                                                                 ICULocale const& locale) const = 0;
 };
 
+/// Makes objects of ICUSimpleDateFormat, as its static functions do.
 class QVXSYS_API ISimpleDateFormatFactory
 {
 public:
@@ -84,11 +94,13 @@ public:
     ISimpleDateFormatFactory& operator=(ISimpleDateFormatFactory const&) = default;
     virtual ~ISimpleDateFormatFactory();
 
+    /// As ICUSimpleDateFormat::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUSimpleDateFormat> createInstance(ICUErrorCode& status) const = 0;
     [[nodiscard]] virtual std::unique_ptr<ICUSimpleDateFormat>
     createInstance(char const* pattern, ICULocale const& locale, ICUErrorCode& status) const = 0;
     [[nodiscard]] virtual std::unique_ptr<ICUSimpleDateFormat>
     createInstance(wchar_t const* pattern, ICULocale const& locale, ICUErrorCode& status) const = 0;
+    /// As ICUSimpleDateFormat::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUSimpleDateFormat> createInstance(TStringView pattern,
                                                                               ICUErrorCode& status) const = 0;
     [[nodiscard]] virtual std::unique_ptr<ICUSimpleDateFormat>
@@ -99,6 +111,7 @@ public:
     createInstance(ICUSimpleDateFormat const& other) const = 0;
 };
 
+/// Makes objects of ICUDateFormatSymbols, as its static functions do.
 class QVXSYS_API IDateFormatSymbolsFactory
 {
 public:
@@ -107,15 +120,20 @@ public:
     IDateFormatSymbolsFactory& operator=(IDateFormatSymbolsFactory const&) = default;
     virtual ~IDateFormatSymbolsFactory();
 
+    /// As ICUDateFormatSymbols::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUDateFormatSymbols> createInstance(ICULocale const& locale,
                                                                                ICUErrorCode& status) const = 0;
     [[nodiscard]] virtual std::unique_ptr<ICUDateFormatSymbols>
     createInstance(ICULocale const& locale, char const* calendarType, ICUErrorCode& status) const = 0;
+    /// As ICUDateFormatSymbols::getMonth.
     [[nodiscard]] virtual TStringCore getMonth(int index, char const* locale) const = 0;
+    /// As ICUDateFormatSymbols::getQuarter.
     [[nodiscard]] virtual TStringCore getQuarter(int index, char const* locale) const = 0;
+    /// As ICUDateFormatSymbols::getWeekday.
     [[nodiscard]] virtual TStringCore getWeekday(int index, char const* locale) const = 0;
 };
 
+/// Makes objects of ICUDateTimePatternGenerator, as its static functions do.
 class QVXSYS_API IDateTimePatternGeneratorFactory
 {
 public:
@@ -124,10 +142,12 @@ public:
     IDateTimePatternGeneratorFactory& operator=(IDateTimePatternGeneratorFactory const&) = default;
     virtual ~IDateTimePatternGeneratorFactory();
 
+    /// As ICUDateTimePatternGenerator::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUDateTimePatternGenerator> createInstance(char const* locale,
                                                                                       ICUErrorCode& status) const = 0;
 };
 
+/// Makes objects of ICUDecimalFormat, as its static functions do.
 class QVXSYS_API IDecimalFormatFactory
 {
 public:
@@ -136,14 +156,18 @@ public:
     IDecimalFormatFactory& operator=(IDecimalFormatFactory const&) = default;
     virtual ~IDecimalFormatFactory();
 
+    /// As ICUDecimalFormat::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUDecimalFormat> createInstance(ICULocale const& locale) const = 0;
+    /// As ICUDecimalFormat::createCurrencyInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUDecimalFormat> createCurrencyInstance(ICULocale const& locale) const = 0;
+    /// As ICUDecimalFormat::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUDecimalFormat> createInstance(ICULocale const& locale,
                                                                            ICUNumberFormatStyle style) const = 0;
     [[nodiscard]] virtual std::unique_ptr<ICUDecimalFormat>
     createInstance(TStringCore const& pattern, ICUDecimalFormatSymbols const& symbols, ICUErrorCode& status) const = 0;
 };
 
+/// Makes objects of ICUDecimalFormatSymbols, as its static functions do.
 class QVXSYS_API IDecimalFormatSymbolsFactory
 {
 public:
@@ -152,10 +176,12 @@ public:
     IDecimalFormatSymbolsFactory& operator=(IDecimalFormatSymbolsFactory const&) = default;
     virtual ~IDecimalFormatSymbolsFactory();
 
+    /// As ICUDecimalFormatSymbols::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUDecimalFormatSymbols> createInstance(ICULocale const& locale,
                                                                                   ICUErrorCode& status) const = 0;
 };
 
+/// Makes objects of ICUFieldPosition, as its static functions do.
 class QVXSYS_API IFieldPositionFactory
 {
 public:
@@ -164,10 +190,13 @@ public:
     IFieldPositionFactory& operator=(IFieldPositionFactory const&) = default;
     virtual ~IFieldPositionFactory();
 
+    /// As ICUFieldPosition::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUFieldPosition> createInstance() const = 0;
+    /// As ICUFieldPosition::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUFieldPosition> createInstance(int field) const = 0;
 };
 
+/// Makes objects of ICUParsePosition, as its static functions do.
 class QVXSYS_API IParsePositionFactory
 {
 public:
@@ -176,10 +205,13 @@ public:
     IParsePositionFactory& operator=(IParsePositionFactory const&) = default;
     virtual ~IParsePositionFactory();
 
+    /// As ICUParsePosition::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUParsePosition> createInstance() const = 0;
+    /// As ICUParsePosition::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUParsePosition> createInstance(int index) const = 0;
 };
 
+/// Makes objects of ICULocale, as its static functions do.
 class QVXSYS_API ILocaleFactory
 {
 public:
@@ -188,25 +220,41 @@ public:
     ILocaleFactory& operator=(ILocaleFactory const&) = default;
     virtual ~ILocaleFactory();
 
+    /// As ICULocale::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICULocale> createInstance() const = 0;
     [[nodiscard]] virtual std::unique_ptr<ICULocale>
     createInstance(char const* language, char const* country, char const* variant, char const* keywords) const = 0;
+    /// As ICULocale::createFromName.
     [[nodiscard]] virtual std::unique_ptr<ICULocale> createFromName(char const* name) const = 0;
+    /// As ICULocale::createCanonical.
     [[nodiscard]] virtual std::unique_ptr<ICULocale> createCanonical(char const* name) const = 0;
+    /// As ICULocale::forLanguageTag.
     [[nodiscard]] virtual std::unique_ptr<ICULocale> forLanguageTag(char const* tag, ICUErrorCode& status) const = 0;
+    /// As ICULocale::getDefault.
     [[nodiscard]] virtual std::unique_ptr<ICULocale> getDefault() const = 0;
+    /// As ICULocale::getRoot.
     [[nodiscard]] virtual std::unique_ptr<ICULocale> getRoot() const = 0;
+    /// As ICULocale::setDefault.
     virtual void setDefault(ICULocale const& locale, ICUErrorCode& status) const = 0;
+    /// As ICULocale::getAvailableLocales.
     [[nodiscard]] virtual std::vector<std::unique_ptr<ICULocale>> getAvailableLocales(int& count) const = 0;
+    /// As ICULocale::getUS.
     [[nodiscard]] virtual ICULocale const& getUS() const = 0;
+    /// As ICULocale::getCanada.
     [[nodiscard]] virtual ICULocale const& getCanada() const = 0;
+    /// As ICULocale::getCanadaFrench.
     [[nodiscard]] virtual ICULocale const& getCanadaFrench() const = 0;
+    /// As ICULocale::getChina.
     [[nodiscard]] virtual ICULocale const& getChina() const = 0;
+    /// As ICULocale::getPRC.
     [[nodiscard]] virtual ICULocale const& getPRC() const = 0;
+    /// As ICULocale::getJapan.
     [[nodiscard]] virtual ICULocale const& getJapan() const = 0;
+    /// As ICULocale::getKorea.
     [[nodiscard]] virtual ICULocale const& getKorea() const = 0;
 };
 
+/// Makes objects of ICURegexPattern, as its static functions do.
 class QVXSYS_API IRegexPatternFactory
 {
 public:
@@ -215,8 +263,10 @@ public:
     IRegexPatternFactory& operator=(IRegexPatternFactory const&) = default;
     virtual ~IRegexPatternFactory();
 
+    /// As ICURegexPattern::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICURegexPattern> createInstance(ICUString const& pattern, unsigned flags,
                                                                           ICUErrorCode& status) const = 0;
+    /// As ICURegexPattern::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICURegexPattern> createInstance(TStringCore const& pattern, unsigned flags,
                                                                           ICUErrorCode& status) const = 0;
     [[nodiscard]] virtual std::unique_ptr<ICURegexPattern>
@@ -225,6 +275,7 @@ public:
     createInstance(TStringCore const& pattern, unsigned flags, ICUParseError& error, ICUErrorCode& status) const = 0;
 };
 
+/// Makes objects of ICUString, as its static functions do.
 class QVXSYS_API IStringFactory
 {
 public:
@@ -233,15 +284,21 @@ public:
     IStringFactory& operator=(IStringFactory const&) = default;
     virtual ~IStringFactory();
 
+    /// As ICUString::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUString> createInstance() const = 0;
+    /// As ICUString::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUString> createInstance(char const* utf8) const = 0;
+    /// As ICUString::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUString> createInstance(wchar_t const* text) const = 0;
+    /// As ICUString::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUString> createInstance(TStringView text) const = 0;
+    /// As ICUString::createAlias.
     [[nodiscard]] virtual std::unique_ptr<ICUString> createAlias(TStringView text) const = 0;
     [[nodiscard]] virtual std::unique_ptr<ICUString>
     createFromCodepage(char const* bytes, int length, char const* codepage, ICUErrorCode& status) const = 0;
 };
 
+/// Makes objects of ICUTransliterator, as its static functions do.
 class QVXSYS_API ITransliteratorFactory
 {
 public:

@@ -21,6 +21,7 @@ public:
     /// For no field: -1.
     static constexpr int kDontCare = -1;
 
+    /// Of no field.
     [[nodiscard]] static std::unique_ptr<ICUFieldPosition> createInstance();
     /// For a field of ICU's numbering, which differs by format.
     [[nodiscard]] static std::unique_ptr<ICUFieldPosition> createInstance(int field);
@@ -29,12 +30,17 @@ public:
 
     [[nodiscard]] virtual std::unique_ptr<ICUFieldPosition> clone() const = 0;
     [[nodiscard]] virtual bool operator==(ICUFieldPosition const& other) const noexcept = 0;
+    /// The field that is looked for.
     [[nodiscard]] virtual int getField() const noexcept = 0;
     /// The first unit of the field, and the one behind its last; both 0 when the text has no such field.
     [[nodiscard]] virtual int getBeginIndex() const noexcept = 0;
+    /// Behind the field, in units.
     [[nodiscard]] virtual int getEndIndex() const noexcept = 0;
+    /// Sets what getField gives.
     virtual void setField(int field) noexcept = 0;
+    /// Sets what getBeginIndex gives.
     virtual void setBeginIndex(int index) noexcept = 0;
+    /// Sets what getEndIndex gives.
     virtual void setEndIndex(int index) noexcept = 0;
 
     /// For the library's own use: the ICU position behind the wrapper.
@@ -60,7 +66,9 @@ public:
     [[nodiscard]] virtual bool operator==(ICUParsePosition const& other) const noexcept = 0;
     /// Where parsing begins; afterwards the unit behind the last that was parsed, or still the first after a failure.
     [[nodiscard]] virtual int getIndex() const noexcept = 0;
+    /// Sets what getIndex gives.
     virtual void setIndex(int index) noexcept = 0;
+    /// Sets what getErrorIndex gives.
     virtual void setErrorIndex(int index) noexcept = 0;
     /// The unit that could not be parsed; -1 without an error.
     [[nodiscard]] virtual int getErrorIndex() const noexcept = 0;

@@ -53,7 +53,9 @@ concept RegexHeldText = std::same_as<T, TStringCore> || qvxsys::detail::WideText
 class QVXSYS_API ICURegexMatcher
 {
 public:
+    /// The time limit of a new matcher.
     static constexpr int kDefaultTimeLimit = 10'000;
+    /// The stack limit of a new matcher.
     static constexpr int kDefaultStackLimit = 32'000'000;
 
     virtual ~ICURegexMatcher();
@@ -61,6 +63,7 @@ public:
     /// A matcher of the same pattern on the same text, held or in place as here, with the same region, bounds and
     /// limits, and no match yet.
     [[nodiscard]] virtual std::unique_ptr<ICURegexMatcher> clone() const = 0;
+    /// The pattern that it matches.
     [[nodiscard]] virtual std::unique_ptr<ICURegexPattern> pattern() const = 0;
     /// The text in place.
     [[nodiscard]] virtual TStringView input() const = 0;

@@ -23,6 +23,7 @@
 
 namespace QvxICU {
 
+/// A date format with a pattern.
 class QVXSYS_API ICUSimpleDateFormat : public ICUDateFormat
 {
 public:
@@ -61,11 +62,13 @@ public:
 
     ~ICUSimpleDateFormat() override;
 
+    /// The pattern.
     [[nodiscard]] virtual TStringCore toPattern() const = 0;
     /// With the locale's own letters for the fields.
     [[nodiscard]] virtual TStringCore toLocalizedPattern(ICUErrorCode& status) const = 0;
     /// Not checked, as with createInstance().
     virtual void applyPattern(TStringView pattern) = 0;
+    /// Sets the pattern, in the letters of the locale.
     virtual void applyLocalizedPattern(TStringView pattern, ICUErrorCode& status) = 0;
     /// The moment from which on a hundred years can be written with two digits.
     [[nodiscard]] virtual double get2DigitYearStart(ICUErrorCode& status) const = 0;

@@ -72,6 +72,7 @@ public:
     [[nodiscard]] virtual int length() const noexcept = 0;
     /// The text in place, not terminated; valid until the string is changed or ends.
     [[nodiscard]] virtual TStringView view() const noexcept = 0;
+    /// A copy of the text.
     [[nodiscard]] virtual TStringCore toString() const = 0;
 
     /// For the library's own use: the ICU string behind the wrapper.
@@ -162,7 +163,7 @@ public:
 
     /// @name Case, by the whole text: lengths change
     /// Without a locale by the default one, so that results depend on the user ("TITLE" is "t\u0131tle" for Turks);
-    /// *ICULocale::getRoot() stands for the rules that hold for no language in particular.
+    /// the locale that ICULocale::getRoot gives stands for the rules that hold for no language in particular.
     /// @{
     virtual ICUString& toUpper() = 0;
     virtual ICUString& toUpper(ICULocale const& locale) = 0;

@@ -31,9 +31,13 @@ namespace QvxICU {
 /// what is between start and limit. 0 <= contextStart <= start <= limit <= contextLimit <= length.
 struct ICUTransPosition
 {
+    /// Where what is looked at begins.
     int contextStart = 0;
+    /// Where what is looked at ends.
     int contextLimit = 0;
+    /// Where what may be changed begins.
     int start = 0;
+    /// Where what may be changed ends.
     int limit = 0;
 };
 

@@ -21,8 +21,11 @@ namespace QvxICU {
 /// A part of a written number: which (ICUNumberFormatField), and the units it fills.
 struct ICUFieldSpan
 {
+    /// Of the number format's fields (UNumberFormatFields).
     std::int32_t field = 0;
+    /// In units.
     std::int32_t begin = 0;
+    /// In units, behind the last.
     std::int32_t end = 0;
 };
 

@@ -11,8 +11,11 @@ template<class Handle, auto Close>
 class ICULocalPointer
 {
 public:
+    /// Owns it; null for none.
     explicit ICULocalPointer(Handle* handle = nullptr) noexcept : m_handle(handle) {}
+    /// Takes over what the other owns.
     ICULocalPointer(ICULocalPointer&& other) noexcept : m_handle(other.orphan()) {}
+    /// Closes what it owns, and takes over what the other owns.
     ICULocalPointer& operator=(ICULocalPointer&& other) noexcept
     {
         adoptInstead(other.orphan());
@@ -22,6 +25,7 @@ public:
 
     /// What it owns, still owned; null if nothing.
     [[nodiscard]] Handle* getAlias() const noexcept { return m_handle; }
+    /// Whether it owns something.
     [[nodiscard]] explicit operator bool() const noexcept { return m_handle != nullptr; }
 
     /// Gives what it owns to the caller, who closes it.

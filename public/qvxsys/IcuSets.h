@@ -19,9 +19,13 @@ namespace QvxICU {
 /// A set in its serialised form, filled by t_uset_getSerializedSet; points into what it was made from.
 struct ICUSerializedSet
 {
+    /// ICU's.
     std::uint16_t const* array = nullptr;
+    /// ICU's.
     std::int32_t bmpLength = 0;
+    /// ICU's.
     std::int32_t length = 0;
+    /// ICU's.
     std::uint16_t staticArray[8] = {};
 };
 

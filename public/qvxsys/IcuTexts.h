@@ -27,21 +27,36 @@ inline constexpr std::int32_t ICUBreakDone = -1;
 /// layout and rules. Only the iterator's own functions may change its members.
 struct ICUCharacterIterator
 {
+    /// ICU's.
     void const* context = nullptr;
+    /// Units of the text.
     std::int32_t length = 0;
+    /// Where iteration begins.
     std::int32_t start = 0;
+    /// Where it stands.
     std::int32_t index = 0;
+    /// Where iteration ends.
     std::int32_t limit = 0;
+    /// ICU's.
     std::int32_t reservedField = 0;
+    /// The index of an origin, or where it stands.
     std::int32_t (*getIndex)(ICUCharacterIterator*, ICUIteratorOrigin origin) = nullptr;
+    /// Moves by so many units from an origin.
     std::int32_t (*move)(ICUCharacterIterator*, std::int32_t delta, ICUIteratorOrigin origin) = nullptr;
+    /// Whether next has something to give.
     bool (*hasNext)(ICUCharacterIterator*) = nullptr;
+    /// Whether previous has something to give.
     bool (*hasPrevious)(ICUCharacterIterator*) = nullptr;
     char32_t (*current)(ICUCharacterIterator*) = nullptr; ///< a unit, or ICUNoCodePoint
+    /// The unit there, and goes behind it; -1 at the end.
     char32_t (*next)(ICUCharacterIterator*) = nullptr;
+    /// The unit before, and goes there; -1 at the start.
     char32_t (*previous)(ICUCharacterIterator*) = nullptr;
+    /// ICU's.
     std::int32_t (*reserved)(ICUCharacterIterator*, std::int32_t) = nullptr;
+    /// The place, to be given to setState.
     std::uint32_t (*getState)(ICUCharacterIterator const*) = nullptr;
+    /// Goes back to a place.
     void (*setState)(ICUCharacterIterator*, std::uint32_t state, ICUErrorCode* status) = nullptr;
 };
 

@@ -32,6 +32,7 @@ namespace QvxICU {
 /// A stretch of a text between two boundaries.
 struct TextPiece
 {
+    /// The stretch.
     TStringView text;
     /// Where it starts, in units.
     int start = 0;
@@ -57,6 +58,7 @@ public:
         class Pointer
         {
         public:
+            /// Points at a copy.
             explicit Pointer(TextPiece const& piece) noexcept : m_piece(piece) {}
             [[nodiscard]] TextPiece const* operator->() const noexcept { return &m_piece; }
 

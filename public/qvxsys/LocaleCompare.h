@@ -67,6 +67,7 @@ public:
     [[nodiscard]] int compare(TStringView a, TStringView b) const noexcept;
     /// Whether `a` sorts before `b`.
     [[nodiscard]] bool operator()(TStringView a, TStringView b) const noexcept { return compare(a, b) < 0; }
+    /// Whether the comparator does not tell them apart.
     [[nodiscard]] bool areEqual(TStringView a, TStringView b) const noexcept { return compare(a, b) == 0; }
 
     /// Bytes that compare (as unsigned, std::memcmp) as the texts do: to be kept in an index. Making one takes some

@@ -90,6 +90,7 @@ public:
     /// Throws "Unknown text encoding: NAME" (for null and "" too).
     explicit TTextDecoder(char const* encoding);
     TTextDecoder(TTextDecoder&& other) noexcept;
+    /// Lets go of its own state and takes over the other's.
     TTextDecoder& operator=(TTextDecoder&& other) noexcept;
     ~TTextDecoder();
     // A decoder that was moved from may only be assigned to or destroyed.
