@@ -294,6 +294,7 @@ public:
     [[nodiscard]] virtual std::unique_ptr<ICUString> createInstance(TStringView text) const = 0;
     /// As ICUString::createAlias.
     [[nodiscard]] virtual std::unique_ptr<ICUString> createAlias(TStringView text) const = 0;
+    /// As ICUString::createFromCodepage.
     [[nodiscard]] virtual std::unique_ptr<ICUString>
     createFromCodepage(char const* bytes, int length, char const* codepage, ICUErrorCode& status) const = 0;
 };
@@ -307,8 +308,10 @@ public:
     ITransliteratorFactory& operator=(ITransliteratorFactory const&) = default;
     virtual ~ITransliteratorFactory();
 
+    /// As ICUTransliterator::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUTransliterator>
     createInstance(TStringCore const& id, ICUTransDirection direction, ICUErrorCode& status) const = 0;
+    /// As ICUTransliterator::createInstanceFromRules.
     [[nodiscard]] virtual std::unique_ptr<ICUTransliterator>
     createInstanceFromRules(TStringCore const& id, TStringCore const& rules, ICUTransDirection direction,
                             ICUParseError& error, ICUErrorCode& status) const = 0;
@@ -317,6 +320,9 @@ public:
 /// A module's factories, one per wrapper that can be created.
 struct ICUFactories
 {
+    /// @name The factory of each wrapper
+    /// They live as long as the module.
+    /// @{
     ICalendarFactory const& calendar;
     IGregorianCalendarFactory const& gregorianCalendar;
     IDateFormatFactory const& dateFormat;
@@ -331,6 +337,7 @@ struct ICUFactories
     IRegexPatternFactory const& regexPattern;
     IStringFactory const& string;
     ITransliteratorFactory const& transliterator;
+    /// @}
 };
 
 /// What a module of wrappers tells of itself.
@@ -361,6 +368,7 @@ public:
 
     /// The version of the Unicode Standard that its data follow: "15.0".
     [[nodiscard]] virtual std::string getUnicodeVersion() const = 0;
+    /// What makes its wrappers.
     [[nodiscard]] virtual ICUFactories const& getFactories() const noexcept = 0;
 };
 
