@@ -70,7 +70,7 @@ add_failed() {
 # What the library and the tool are built with and from.
 build_packages="g++ cmake ninja-build pkg-config libicu-dev libboost-dev libdw-dev libncurses-dev libcli11-dev nlohmann-json3-dev"
 # What the tests need besides.
-test_packages="libgtest-dev libfmt-dev python3 binutils xz-utils elfutils lldb socat procps locales unicode-data"
+test_packages="libgtest-dev libfmt-dev python3 binutils xz-utils elfutils lldb socat procps locales"
 # What the sanitizer and fuzz builds need besides.
 clang_packages="clang llvm libclang-rt-14-dev"
 # What the Windows build and its tests need besides: the compiler, Wine, and what its libraries are built from and with.
