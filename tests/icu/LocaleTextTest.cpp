@@ -113,7 +113,8 @@ void CheckPieces(TextPieces const& range, std::vector<TextPiece> const& expected
     for (std::size_t i = 0; i + 1 < expected.size(); ++i) {
         auto const behind = ahead++;
         EXPECT_TRUE(behind->start == expected[i].start && Same(*std::prev(ahead), expected[i])) << what;
-        EXPECT_TRUE(std::next(ahead) == std::next(behind, 2) && Same(*std::next(behind), expected[i + 1])) << what;
+        auto const further = std::next(ahead);
+        EXPECT_TRUE(further == std::next(behind, 2) && Same(*std::next(behind), expected[i + 1])) << what;
     }
 }
 
