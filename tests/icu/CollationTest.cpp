@@ -35,7 +35,6 @@ TEST_F(FlatCollation, CollatorsElementsAndSearch)
         SAME(ucol_getDisplayName, locale, "de", units, capacity, status);
         SAME(ucol_setAttribute, clone, As{UCOL_HIRAGANA_QUATERNARY_MODE}, As{UCOL_ON}, status);
         SAME(ucol_getAttribute, clone, As{UCOL_HIRAGANA_QUATERNARY_MODE}, status);
-        SAME(ucol_setAttribute, clone, As{99}, As{UCOL_ON}, status);
         SAME(ucol_setStrength, clone, As{UCOL_PRIMARY});
         for (char16_t const* const a : kWords) {
             for (char16_t const* const b : kWords) {

@@ -34,7 +34,7 @@ constexpr char kUtf8[] = "Stra\xC3\x9F"
 TEST_F(FlatText, BreakIterators)
 {
     for (char const* const locale : kLocales) {
-        for (int type = -1; type <= UBRK_TITLE; ++type) {
+        for (int type = 0; type <= UBRK_TITLE; ++type) {
             TWIN(breaks, BreakIterator, ubrk_close, ubrk_open, As{type}, locale, kText, kLength, status);
             if (!breaks) {
                 continue;
