@@ -25,7 +25,7 @@ bool Breaks()
     for (TStringView const word : QvxICU::words(u"Don't panic: 3.14!")) {
         found.emplace_back(word);
     }
-    TStringView const title = text.left(QvxICU::unitsOfGraphemes(text, 2));
+    TStringCore const title = text.left(QvxICU::unitsOfGraphemes(text, 2));
     return characters == 3 && numbers == 2 && found == std::vector<TStringCore>{u"Don't", u"panic", u"3.14"} &&
            title == u"e\u0301\U0001F1F8\U0001F1EA";
 }

@@ -52,8 +52,8 @@ class Breaks44Impl
 public:
     Breaks44Impl(TStringView text, ICUBreakIteratorType type, icu::Locale const& locale, bool onlyWords)
         : m_text(text), m_isGraphemes(type == ICUBreakIteratorType::Character),
-          m_isWords(type == ICUBreakIteratorType::Word), m_onlyWords(m_isWords && onlyWords), m_units(Alias(text)),
-          m_breaks(OpenBreaks(type, locale, m_status))
+          m_isWords(type == ICUBreakIteratorType::Word), m_leastRule(m_isWords && onlyWords ? UBRK_WORD_NONE_LIMIT : 0),
+          m_units(Alias(text)), m_breaks(OpenBreaks(type, locale, m_status))
     {
         if (m_breaks != nullptr) {
             m_breaks->setText(m_units);
@@ -67,26 +67,35 @@ public:
     void From(int start, TextPiece& piece) noexcept
     {
         int const length = Length();
-        int rule = 0;
-        int end = start;
-        while (start < length) {
-            end = Next(start, rule);
-            if (!m_onlyWords || rule >= UBRK_WORD_NONE_LIMIT) {
+        if (m_isGraphemes || m_breaks == nullptr || start >= length) {
+            return FromUnit(start, piece);
+        }
+        int end = start == m_at ? m_breaks->next() : m_breaks->following(start);
+        int rule = m_breaks->getRuleStatus();
+        while (rule < m_leastRule) {
+            start = end;
+            if (start >= length) {
+                rule = 0;
                 break;
             }
-            start = end;
+            end = m_breaks->next();
+            rule = m_breaks->getRuleStatus();
         }
+        m_at = end;
         Set(piece, start, end, rule);
     }
     /// The last piece that is not left out before a boundary. If there is none, the piece stays what it is.
     void Before(int end, TextPiece& piece) noexcept
     {
         while (end > 0) {
+            int start = 0;
             int rule = 0;
-            int const start = m_breaks != nullptr ? m_breaks->preceding(end) : 0;
-            m_at = start;
-            Next(start, rule); // the rule of a boundary is known to who is there
-            if (!m_onlyWords || rule >= UBRK_WORD_NONE_LIMIT) {
+            if (m_breaks != nullptr) {
+                start = m_breaks->preceding(end);
+                m_at = m_breaks->next(); // the rule of a boundary is known to who is there
+                rule = m_breaks->getRuleStatus();
+            }
+            if (m_breaks == nullptr || rule >= m_leastRule) {
                 return Set(piece, start, end, rule);
             }
             end = start;
@@ -94,21 +103,19 @@ public:
     }
 
 private:
-    /// The boundary behind another one that is not the end, and its rule.
-    int Next(int start, int& rule) noexcept
+    /// The piece that starts at a unit when there may be no need of a break iterator, or there is none.
+    [[gnu::noinline]] void FromUnit(int start, TextPiece& piece) noexcept
     {
-        if (m_breaks == nullptr) {
-            return Length();
+        int end = Length();
+        if (m_breaks != nullptr && start < end) {
+            int const next = start + 1;
+            if (IsPlain(m_text.data()[start]) && (next == end || IsPlain(m_text.data()[next]))) {
+                end = next;
+            } else {
+                end = m_at = start == m_at ? m_breaks->next() : m_breaks->following(start);
+            }
         }
-        if (m_isGraphemes && IsPlain(m_text.data()[start]) &&
-            (start + 1 == Length() || IsPlain(m_text.data()[start + 1]))) {
-            return start + 1;
-        }
-        m_at = start == m_at ? m_breaks->next() : m_breaks->following(start);
-        if (!m_isGraphemes) { // of which there is one kind
-            rule = m_breaks->getRuleStatus();
-        }
-        return m_at;
+        Set(piece, start, end, 0); // graphemes have no rules to tell apart
     }
     void Set(TextPiece& piece, int start, int end, int rule) const noexcept
     {
@@ -121,7 +128,7 @@ private:
     TStringView m_text;
     bool m_isGraphemes;
     bool m_isWords;
-    bool m_onlyWords;
+    int m_leastRule; // of pieces that are not left out
     UErrorCode m_status = U_ZERO_ERROR;
     int m_at = 0;               // where the break iterator is
     icu::UnicodeString m_units; // the break iterator refers to it

@@ -106,11 +106,12 @@ ICUErrorCode LocaleComparator::status() const noexcept
 
 int LocaleComparator::compare(TStringView a, TStringView b) const noexcept
 {
-    if (m_implementation->collator == nullptr) {
+    icu::Collator const* const collator = m_implementation->collator.get();
+    if (collator == nullptr) [[unlikely]] {
         return a.compare(b);
     }
     UErrorCode status = U_ZERO_ERROR;
-    return m_implementation->collator->compare(a.data(), a.length(), b.data(), b.length(), status);
+    return collator->compare(a.data(), a.length(), b.data(), b.length(), status);
 }
 
 std::string LocaleComparator::sortKey(TStringView text) const

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include <qvxsys/IcuHandles.h>
+#include <qvxsys/LocaleBreaks.h>
 
 using namespace QvxICU;
 
@@ -42,6 +43,7 @@ void OpenEverything(char const* locale, char16_t const* text, char16_t const* ru
 {
     ICULocalUBreakIteratorPointer const breaks(t_ubrk_openRules(rules, -1, text, -1, nullptr, Any()));
     ICULocalUBreakIteratorPointer const words(t_ubrk_open(ICUBreakIteratorType::Word, locale, text, -1, Any()));
+    static_cast<void>(QvxICU::words(text, *ICULocale::createFromName(locale)).begin()); // keeps a break iterator
     ICULocalUCaseMapPointer const cases(t_ucasemap_open(locale, 0, Any()));
     ICULocalUCharsetDetectorPointer const detector(t_ucsdet_open(Any()));
     t_ucsdet_setText(detector.getAlias(), "Gr\xFC\xDF Gott", 9, Any());

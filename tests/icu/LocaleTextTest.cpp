@@ -1,13 +1,11 @@
 // Order, normal forms, boundaries and case by locale, beside ICU's own classes on random texts.
 
 #include <algorithm>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <random>
 #include <ranges>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -42,13 +40,11 @@ class Texts
 public:
     TStringCore Next(unsigned most = 24)
     {
-        static std::vector<TStringView> const s_pieces =
-            TStringView(
-                u"a|i|I|\u0130|ij|\u01C6|\u03A3|\u00DF|\uFB01|e|\u0301|\u0323|\u0308|\u212B|\u1100|\u1161|\u11A8|"
-                u"\uAC00| |\u00A0|-|.|? |'|7|10|,|\r\n|\u0E01\u0E32|\u6F22|\u304B|\u3099|\u05D0|\"|\u200D|\uFE0F|"
-                u"\U0001F469|\U0001F1E9|\U00010428|Mr. |\u0915|\u094D|\uFFFF|\u0345|\u1FB3|\u0565\u0582|\xD83D|"
-                u"\xDC69")
-                .split(u'|');
+        static constexpr TStringView kPieces =
+            u"a|i|I|\u0130|ij|\u01C6|\u03A3|\u00DF|\uFB01|e|\u0301|\u0323|\u0308|\u212B|\u1100|\u1161|\u11A8|\uAC00|"
+            u" |-|.|? |\u00A0|'|7|10|,|\r\n|\u0E01\u0E32|\u6F22|\u304B|\u3099|\u05D0|\"|\u200D|\uFE0F|\U0001F469|"
+            u"\U0001F1E9|\u0600|\U00010428|Mr. |\u0915|\u094D|\uFFFF|\u0345|\u1FB3|\u0565\u0582|\u00A9|\xD83D|\xDC69";
+        static std::vector<TStringView> const s_pieces = kPieces.split(u'|');
         TStringCore text;
         for (unsigned left = Random() % (most + 1); left != 0; --left) {
             unsigned const chosen = Random() % 60;
@@ -109,17 +105,16 @@ bool Same(TextPiece const& a, TextPiece const& b)
 void CheckPieces(TextPieces const& range, std::vector<TextPiece> const& expected, std::string const& what)
 {
     EXPECT_TRUE(std::ranges::equal(range, expected, Same)) << what;
-    EXPECT_TRUE(std::ranges::equal(range | std::views::reverse, expected | std::views::reverse, Same)) << what;
-    // Iterators that were copied are not moved by others.
-    std::vector<TextPieces::Iterator> places;
-    for (auto at = range.begin(); at != range.end(); ++at) {
-        places.push_back(at);
-    }
-    ASSERT_EQ(places.size(), expected.size()) << what;
-    for (std::size_t i = places.size(); i-- != 0;) {
-        EXPECT_TRUE(places[i]->start == expected[i].start && Same(*places[i]++, expected[i])) << what;
-        EXPECT_TRUE(places[i] ==
-                    (i + 1 < places.size() ? std::next(range.begin(), static_cast<int>(i) + 1) : range.end()));
+    EXPECT_TRUE(std::equal(std::reverse_iterator(range.end()), std::reverse_iterator(range.begin()), expected.rbegin(),
+                           expected.rend(), Same))
+        << what;
+    // Copies of iterators do not move one another.
+    auto ahead = range.begin();
+    for (std::size_t i = 0; i + 1 < expected.size(); ++i) {
+        auto const behind = ahead++;
+        EXPECT_TRUE(behind->start == expected[i].start && Same(*std::prev(ahead), expected[i])) << what;
+        auto const further = std::next(ahead);
+        EXPECT_TRUE(further == std::next(behind, 2) && Same(*std::next(behind), expected[i + 1])) << what;
     }
 }
 
@@ -141,11 +136,6 @@ TEST(LocaleBreaks, PiecesAreThoseOfIcu)
                 TextPieces const range = pieces(text, static_cast<ICUBreakIteratorType>(type), locale);
                 EXPECT_EQ(static_cast<int>(range.status()), static_cast<int>(status)) << what;
                 CheckPieces(range, expected, what);
-                TStringCore joined;
-                for (TStringView const piece : range) {
-                    joined += piece;
-                }
-                EXPECT_EQ(joined, text);
                 if (type == 0) {
                     EXPECT_EQ(countGraphemes(text), static_cast<int>(expected.size()));
                     int const half = static_cast<int>(expected.size() / 2);
@@ -162,42 +152,19 @@ TEST(LocaleBreaks, PiecesAreThoseOfIcu)
     }
 }
 
-// In Swedish: for most languages CLDR has a word end at a colon, against the standard.
-TEST(LocaleBreaks, FollowTheUnicodeStandard)
+// Every unit beside many others, where ranges may do without a break iterator.
+TEST(LocaleBreaks, GraphemesOfAllUnits)
 {
-    std::pair<char const*, ICUBreakIteratorType> const kFiles[] = {{"Grapheme", ICUBreakIteratorType::Character},
-                                                                   {"Word", ICUBreakIteratorType::Word},
-                                                                   {"Sentence", ICUBreakIteratorType::Sentence}};
-    for (auto const& [name, type] : kFiles) {
-        std::ifstream in(std::string("/usr/share/unicode/auxiliary/") + name + "BreakTest.txt");
-        std::string line;
-        if (!std::getline(in, line) || line.find("BreakTest-" + unicodeVersion()) == std::string::npos) {
-            GTEST_SKIP() << "no conformance data of Unicode " << unicodeVersion();
+    std::mt19937 random(11);
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<icu::BreakIterator> const breaks(
+        icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
+    for (unsigned const units : {0x300U, 0x10000U}) {
+        TStringCore text;
+        for (int i = 0; i != 300000 / kStressDivisor; ++i) {
+            text += static_cast<char16_t>(random() % units);
         }
-        int lines = 0;
-        // "÷ 0020 × 0308 ÷ # comment": code points, and between them where a boundary is to be and where not.
-        while (std::getline(in, line)) {
-            std::istringstream fields(line.substr(0, line.find('#')));
-            TStringCore text;
-            std::vector<int> cuts;
-            for (std::string field; fields >> field;) {
-                if (field == "\xC3\xB7") {
-                    cuts.push_back(text.length());
-                } else if (field != "\xC3\x97") {
-                    text += static_cast<char32_t>(std::stoul(field, nullptr, 16));
-                }
-            }
-            std::vector<int> found;
-            for (TextPiece const& piece : pieces(text, type, Named("sv"))) {
-                found.push_back(piece.start);
-            }
-            if (!cuts.empty()) {
-                cuts.pop_back();
-                EXPECT_EQ(found, cuts) << name << ": " << line;
-                ++lines;
-            }
-        }
-        EXPECT_GT(lines, 500) << name;
+        EXPECT_TRUE(std::ranges::equal(graphemes(text), Expected(*breaks, text, false), Same)) << units;
     }
 }
 
@@ -209,8 +176,7 @@ TEST(LocaleBreaks, NothingToBreak)
     // What opens no break iterator is one piece, forward and back.
     TextPieces const whole = pieces(u"a b", ICUBreakIteratorType::Title, ICULocale());
     EXPECT_TRUE(ICU_FAILURE(whole.status()) && std::ranges::distance(whole) == 1);
-    EXPECT_EQ((*whole.begin()).text, u"a b");
-    EXPECT_EQ((*std::prev(whole.end())).text, u"a b");
+    EXPECT_TRUE(whole.begin()->text == u"a b" && std::prev(whole.end())->text == u"a b");
     // Iterators stay good when the range is gone, and sixteen kept break iterators make room for others.
     TStringCore const text = u"one two";
     std::vector<TextPieces::Iterator> first;
@@ -224,31 +190,33 @@ TEST(LocaleBreaks, NothingToBreak)
 
 TEST(LocaleNormalize, EqualsIcu)
 {
-    using Instance = icu::Normalizer2 const* (*)(UErrorCode&);
     UErrorCode status = U_ZERO_ERROR;
-    std::pair<ICUNormalization, Instance> const kForms[] = {
-        {ICUNormalization::NFC, &icu::Normalizer2::getNFCInstance},
-        {ICUNormalization::NFD, &icu::Normalizer2::getNFDInstance},
-        {ICUNormalization::NFKC, &icu::Normalizer2::getNFKCInstance},
-        {ICUNormalization::NFKD, &icu::Normalizer2::getNFKDInstance},
-        {ICUNormalization::FCD,
-         [](UErrorCode& s) { return icu::Normalizer2::getInstance(nullptr, "nfc", UNORM2_FCD, s); }}};
+    auto const theirs = [&](char const* name, UNormalization2Mode mode, TStringView text) {
+        return Ours(icu::Normalizer2::getInstance(nullptr, name, mode, status)->normalize(Theirs(text), status));
+    };
+    struct
+    {
+        ICUNormalization form;
+        char const* name;
+        UNormalization2Mode mode;
+    } const kForms[] = {{ICUNormalization::NFC, "nfc", UNORM2_COMPOSE},
+                        {ICUNormalization::NFD, "nfc", UNORM2_DECOMPOSE},
+                        {ICUNormalization::NFKC, "nfkc", UNORM2_COMPOSE},
+                        {ICUNormalization::NFKD, "nfkc", UNORM2_DECOMPOSE},
+                        {ICUNormalization::FCD, "nfc", UNORM2_FCD}};
     Texts texts;
     for (int i = 0; i != 5 * kRounds; ++i) {
         TStringCore const text = texts.Next(i % 2 == 0 ? 6 : 60);
         TStringCore const other = texts.Next(3);
-        auto const form = [&](icu::Normalizer2 const* n, TStringView of) {
-            return Ours(n->normalize(Theirs(of), status));
-        };
-        for (auto const& [which, instance] : kForms) {
+        for (auto const& [which, name, mode] : kForms) {
             TStringCore const normal = normalize(text, which);
-            EXPECT_EQ(normal, form(instance(status), text)) << static_cast<int>(which) << ' ' << text;
+            EXPECT_EQ(normal, theirs(name, mode, text)) << name << ' ' << mode << ' ' << text;
             EXPECT_EQ(isNormalized(text, which), normal == text) << text;
             EXPECT_TRUE(isNormalized(normal, which));
             // What is normal already is the same string: beyond fourteen units its data are shared.
             EXPECT_TRUE(normal.length() <= 14 || normalize(normal, which).constData() == normal.constData()) << text;
         }
-        EXPECT_EQ(normalizeForSearch(text), form(icu::Normalizer2::getNFKCCasefoldInstance(status), text));
+        EXPECT_EQ(normalizeForSearch(text), theirs("nfkc_cf", UNORM2_COMPOSE, text));
         EXPECT_TRUE(areEquivalent(text, normalizeNFD(text)) && areEquivalent(normalizeNFC(text), text));
         EXPECT_EQ(areEquivalent(text, other), normalizeNFC(text) == normalizeNFC(other));
         EXPECT_EQ(foldCase(text), Ours(Theirs(text).foldCase()));
@@ -274,9 +242,7 @@ TEST(LocaleCompare, EqualsIcuAndIsAnOrder)
             LocaleComparator const comparator(Named(name), options);
             EXPECT_EQ(static_cast<int>(comparator.status()), static_cast<int>(status)) << name;
             auto const set = [&](UColAttribute attribute, Value value) {
-                if (value != Value::Default) {
-                    collator->setAttribute(attribute, static_cast<UColAttributeValue>(value), status);
-                }
+                collator->setAttribute(attribute, static_cast<UColAttributeValue>(value), status);
             };
             set(UCOL_STRENGTH, options.strength);
             set(UCOL_CASE_FIRST, options.caseFirst);
@@ -320,30 +286,18 @@ TEST(LocaleCompare, ByRulesAndWithoutALocale)
     EXPECT_TRUE(ICU_FAILURE(broken[0].status()) && ICU_FAILURE(broken[2].status()));
     EXPECT_TRUE(root.areEqual({}, u"") && root({}, u"a") && root.sortKey({}) == root.sortKey(u""));
     std::pair<int, TStringCore> people[] = {{1, u"\u00D6berg"}, {2, u"Zorn"}, {3, u"Aalto"}, {4, u"Zorn"}};
-    auto const numbers = [&] {
-        return people[0].first * 1000 + people[1].first * 100 + people[2].first * 10 + people[3].first;
-    };
     sortByLocale(people, Named("sv"), &std::pair<int, TStringCore>::second);
-    EXPECT_EQ(numbers(), 3241);
-    sortByLocale(people, Named("de"), &std::pair<int, TStringCore>::second);
-    EXPECT_EQ(numbers(), 3124);
+    EXPECT_TRUE(people[0].first == 3 && people[1].first == 2 && people[2].first == 4 && people[3].first == 1);
 }
 
-class DefaultLocale
+// Default locale of the process while it lives.
+struct DefaultLocale
 {
-public:
-    explicit DefaultLocale(char const* name) { Set(icu::Locale(name)); }
-    DefaultLocale(DefaultLocale const&) = delete;
-    DefaultLocale& operator=(DefaultLocale const&) = delete;
-    ~DefaultLocale() { Set(m_before); }
+    explicit DefaultLocale(char const* name) { icu::Locale::setDefault(icu::Locale(name), status); }
+    ~DefaultLocale() { icu::Locale::setDefault(before, status); }
 
-private:
-    static void Set(icu::Locale const& locale)
-    {
-        UErrorCode status = U_ZERO_ERROR;
-        icu::Locale::setDefault(locale, status);
-    }
-    icu::Locale m_before;
+    UErrorCode status = U_ZERO_ERROR;
+    icu::Locale before;
 };
 
 TEST(LocaleCase, EqualsIcu)
@@ -386,7 +340,6 @@ TEST(LocaleCase, TimesWithPlainSpaces)
         std::ranges::replace_if(
             expected, [](char16_t c) { return c == 0xA0 || c == 0x2009 || c == 0x202F; }, u' ');
         EXPECT_EQ(withPlainSpaces(text), TStringCore(expected)) << name;
-        EXPECT_TRUE(expected.find(u'\u202F') == std::u16string::npos);
     }
     EXPECT_TRUE(narrow > 0 || U_ICU_VERSION_MAJOR_NUM < 72);
 }
