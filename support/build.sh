@@ -70,12 +70,8 @@ add_failed() {
 # What the library and the tool are built with and from.
 build_packages="g++ cmake ninja-build pkg-config libicu-dev libboost-dev libdw-dev libncurses-dev libcli11-dev nlohmann-json3-dev"
 # What the tests need besides.
-<<<<<<< HEAD
 test_packages="libgtest-dev libfmt-dev python3 gdb binutils xz-utils elfutils lldb socat procps locales doxygen abigail-tools
     lintian dpkg-dev fakeroot file"
-=======
-test_packages="libgtest-dev libfmt-dev python3 binutils xz-utils elfutils lldb socat procps locales"
->>>>>>> localetext
 # What the sanitizer and fuzz builds need besides.
 clang_packages="clang llvm libclang-rt-14-dev"
 # What the benchmarks need besides: the benchmark library and the peers that are measured beside this one.
