@@ -118,8 +118,9 @@ public:
     virtual void appendReplacement(ICUString& to, TStringCore const& replacement, ICUErrorCode& status) = 0;
     /// Appends what stands behind the last replacement.
     virtual void appendTail(ICUString& to, ICUErrorCode& status) = 0;
-    /// The parts between matches, none of an empty text; the texts of groups in the pattern come between the parts. With a limit above 0 at
-    /// most that many, the last one with all that is left. Resets the matcher first; its region becomes the whole text.
+    /// The parts between matches, none of an empty text; the texts of groups in the pattern come between the parts.
+    /// With a limit above 0 at most that many, the last one with all that is left. Resets the matcher first; its region
+    /// becomes the whole text.
     [[nodiscard]] virtual std::vector<TStringCore> split(ICUErrorCode& status, int limit = 0) = 0;
     /// @}
 
