@@ -55,13 +55,30 @@ template<class Number>
     return icu::Formattable(decimal, code);
 }
 
-/// A number as rules can spell it. What is no 64-bit integer is a double to them: ICU would hand anything else, and the
-/// least integer, to a format in digits, which with numbering systems like the Roman one are rules again, and so on
-/// until the stack is used up.
-[[nodiscard]] icu::Formattable ForRules(icu::Formattable const& number, UErrorCode& code)
+/// Writes a number by rules. ICU chooses the rule for a double beyond 2^54 as if it were 2^54, so large integers go as
+/// such. What is beyond 64 bits, and the least integer, ICU hands to the locale's format, which with numbering systems
+/// like the Roman one are rules again, and so on until the stack is used up: it is written in digits here.
+void WriteByRules(icu::NumberFormat const& rules, icu::Formattable const& number, icu::UnicodeString& to,
+                  icu::FieldPosition& position, UErrorCode& code)
 {
-    bool const isInteger = number.getType() != icu::Formattable::kDouble && number.getInt64(code) != INT64_MIN;
-    return isInteger ? icu::Formattable(number.getInt64(code)) : icu::Formattable(number.getDouble(code));
+    double const value = number.getDouble(code);
+    if (U_FAILURE(code)) {
+        return;
+    }
+    bool const isInteger = number.getType() != icu::Formattable::kDouble;
+    if (!isInteger && !(std::isfinite(value) && std::abs(value) >= 0x1p53)) {
+        rules.format(icu::Formattable(value), to, position, code);
+    } else if (isInteger ? number.getInt64(code) != INT64_MIN : std::abs(value) < 0x1p63) {
+        auto const integer = isInteger ? number.getInt64(code) : static_cast<std::int64_t>(value);
+        rules.format(icu::Formattable(integer), to, position, code);
+    } else {
+        icu::Locale locale = rules.getLocale(ULOC_VALID_LOCALE, code);
+        locale.setKeywordValue("numbers", "latn", code);
+        std::unique_ptr<icu::NumberFormat> const digits(icu::NumberFormat::createInstance(locale, code));
+        if (U_SUCCESS(code)) {
+            digits->format(number, to, position, code);
+        }
+    }
 }
 
 /// The number as text. Formats that spell out do not know ICU's shorter way, which takes no Formattable.
@@ -73,7 +90,7 @@ TStringCore Written(icu::NumberFormat& format, icu::DecimalFormat* decimal, Numb
         decimal->format(number, text, nullptr, code);
     } else {
         icu::FieldPosition none(icu::FieldPosition::DONT_CARE);
-        format.format(ForRules(Boxed(number, code), code), text, none, code);
+        WriteByRules(format, Boxed(number, code), text, none, code);
     }
     return Own(text);
 }
@@ -84,7 +101,63 @@ void WriteField(icu::NumberFormat& format, icu::DecimalFormat* decimal, Number n
                 QvxICU::ICUFieldPosition& position, UErrorCode& code)
 {
     icu::Formattable const boxed = Boxed(number, code);
-    format.format(decimal != nullptr ? boxed : ForRules(boxed, code), Icu(appendTo), Icu(position), code);
+    if (decimal != nullptr) {
+        format.format(boxed, Icu(appendTo), Icu(position), code);
+    } else {
+        WriteByRules(format, boxed, Icu(appendTo), Icu(position), code);
+    }
+}
+
+/// parse(text, position) of as much of a text as ICU reads in reasonable time, `most` units. A number that does not end
+/// there is out of bounds.
+template<class Parse>
+auto ParsedFrom(TStringView text, int most, icu::ParsePosition& position, UErrorCode& code, Parse const& parse)
+{
+    int const index = position.getIndex();
+    int const start = std::clamp(index, 0, text.length());
+    TStringView const read = text.left(start + std::min(most, text.length() - start));
+    auto parsed = parse(Alias(read), position);
+    if (read.length() < text.length() && position.getIndex() == read.length()) {
+        code = U_NUMBER_ARG_OUTOFBOUNDS_ERROR;
+        position.setIndex(index);
+        position.setErrorIndex(read.length());
+    }
+    return parsed;
+}
+
+[[nodiscard]] icu::Formattable ParsedFrom(icu::NumberFormat const& format, TStringView text, int most,
+                                          icu::ParsePosition& position, UErrorCode& code)
+{
+    return ParsedFrom(text, most, position, code, [&format](auto const& units, auto& at) {
+        icu::Formattable number;
+        format.parse(units, number, at);
+        return number;
+    });
+}
+
+/// The number that a text begins with.
+[[nodiscard]] icu::Formattable Parsed(icu::NumberFormat const& format, TStringView text, int most, UErrorCode& code)
+{
+    icu::Formattable number;
+    if (text.length() <= most) {
+        format.parse(Alias(text), number, code);
+        return number;
+    }
+    icu::ParsePosition position(0);
+    number = ParsedFrom(format, text, most, position, code);
+    if (U_SUCCESS(code) && position.getIndex() == 0) {
+        code = U_INVALID_FORMAT_ERROR;
+    }
+    return number;
+}
+
+/// ICU counts the digits of a pattern in 16 bits.
+void CheckPattern(TStringView pattern, ICUErrorCode& status) noexcept
+{
+    constexpr int kMost = 10'000;
+    if (pattern.length() > kMost) {
+        Fail(status, ICUErrorCode::IllegalArgumentError);
+    }
 }
 
 } // namespace
@@ -157,46 +230,35 @@ void ICUDecimalFormat44Impl::formatDecimal(TStringCore const& decimal, QvxICU::I
 
 double ICUDecimalFormat44Impl::parse(TStringView text, ErrorCode& status) const
 {
-    return With(status, [text](auto& format, auto& code) {
-        icu::Formattable number;
-        format.parse(Alias(text), number, code);
-        return number.getDouble(code);
-    });
+    return With(status,
+                [&](auto& format, auto& code) { return Parsed(format, text, MostToParse(), code).getDouble(code); });
 }
 
 double ICUDecimalFormat44Impl::parse(TStringView text, QvxICU::ICUParsePosition& position, ErrorCode& status) const
 {
     return With(status, [&](auto& format, auto& code) {
-        icu::Formattable number;
-        format.parse(Alias(text), number, Icu(position));
-        return number.getDouble(code);
+        return ParsedFrom(format, text, MostToParse(), Icu(position), code).getDouble(code);
     });
 }
 
 std::int64_t ICUDecimalFormat44Impl::parseInt64(TStringView text, ErrorCode& status) const
 {
-    return With(status, [text](auto& format, auto& code) {
-        icu::Formattable number;
-        format.parse(Alias(text), number, code);
-        return number.getInt64(code);
-    });
+    return With(status,
+                [&](auto& format, auto& code) { return Parsed(format, text, MostToParse(), code).getInt64(code); });
 }
 
 std::int64_t ICUDecimalFormat44Impl::parseInt64(TStringView text, QvxICU::ICUParsePosition& position,
                                                 ErrorCode& status) const
 {
     return With(status, [&](auto& format, auto& code) {
-        icu::Formattable number;
-        format.parse(Alias(text), number, Icu(position));
-        return number.getInt64(code);
+        return ParsedFrom(format, text, MostToParse(), Icu(position), code).getInt64(code);
     });
 }
 
 TStringCore ICUDecimalFormat44Impl::parseDecimal(TStringView text, ErrorCode& status) const
 {
-    return With(status, [text](auto& format, auto& code) {
-        icu::Formattable number;
-        format.parse(Alias(text), number, code);
+    return With(status, [&](auto& format, auto& code) {
+        icu::Formattable number = Parsed(format, text, MostToParse(), code);
         if (U_FAILURE(code)) {
             return TStringCore();
         }
@@ -210,8 +272,11 @@ double ICUDecimalFormat44Impl::parseCurrency(TStringView text, QvxICU::ICUParseP
 {
     currency.clear();
     return With(status, [&](auto& format, auto& code) {
-        std::unique_ptr<icu::CurrencyAmount> const amount(format.parseCurrency(Alias(text), Icu(position)));
-        if (amount == nullptr) {
+        auto const amount =
+            ParsedFrom(text, MostToParse(), Icu(position), code, [&format](auto const& units, auto& at) {
+                return std::unique_ptr<icu::CurrencyAmount>(format.parseCurrency(units, at));
+            });
+        if (amount == nullptr || U_FAILURE(code)) {
             return 0.0;
         }
         currency = amount->getISOCurrency();
@@ -221,11 +286,13 @@ double ICUDecimalFormat44Impl::parseCurrency(TStringView text, QvxICU::ICUParseP
 
 void ICUDecimalFormat44Impl::applyPattern(TStringCore const& pattern, ErrorCode& status)
 {
+    CheckPattern(pattern, status);
     WithDecimal(status, [&](auto& format, auto& code) { format.applyPattern(Alias(pattern), code); });
 }
 
 void ICUDecimalFormat44Impl::applyPattern(TStringCore const& pattern, QvxICU::ICUParseError& error, ErrorCode& status)
 {
+    CheckPattern(pattern, status);
     WithDecimal(status, [&](auto& format, auto& code) {
         UParseError where{};
         format.applyPattern(Alias(pattern), where, code);
@@ -235,12 +302,14 @@ void ICUDecimalFormat44Impl::applyPattern(TStringCore const& pattern, QvxICU::IC
 
 void ICUDecimalFormat44Impl::applyLocalizedPattern(TStringCore const& pattern, ErrorCode& status)
 {
+    CheckPattern(pattern, status);
     WithDecimal(status, [&](auto& format, auto& code) { format.applyLocalizedPattern(Alias(pattern), code); });
 }
 
 void ICUDecimalFormat44Impl::applyLocalizedPattern(TStringCore const& pattern, QvxICU::ICUParseError& error,
                                                    ErrorCode& status)
 {
+    CheckPattern(pattern, status);
     WithDecimal(status, [&](auto& format, auto& code) {
         UParseError where{};
         format.applyLocalizedPattern(Alias(pattern), where, code);
@@ -282,6 +351,9 @@ TStringCore ICUDecimalFormat44Impl::getCurrency() const
 
 void ICUDecimalFormat44Impl::setCurrency(TStringCore const& isoCode, ErrorCode& status)
 {
+    if (isoCode.length() > 3) { // ICU takes the first three
+        Fail(status, ErrorCode::IllegalArgumentError);
+    }
     WithDecimal(status, [&](auto& format, auto& code) { format.setCurrency(isoCode.constData(), code); });
 }
 
@@ -413,6 +485,7 @@ std::unique_ptr<ICUDecimalFormat> ICUDecimalFormat::createInstance(TStringCore c
                                                                    ICUErrorCode& status)
 {
     std::unique_ptr<icu::NumberFormat> format;
+    QvxICU44::CheckPattern(pattern, status);
     if (ICU_SUCCESS(status)) {
         QvxICU44::Status code(status);
         format = std::make_unique<icu::DecimalFormat>(QvxICU44::Alias(pattern), QvxICU44::Icu(symbols), code);

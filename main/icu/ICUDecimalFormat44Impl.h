@@ -185,6 +185,11 @@ public:
 private:
     static constexpr int kMost = 999;
 
+    [[nodiscard]] int MostToParse() const noexcept
+    {
+        return m_decimal != nullptr ? kMaximumDecimalPlaces : 2'000;
+    }
+
     /// call(format, code), see Forward; a missing format reports how its making went.
     template<class Call>
     auto With(ErrorCode& status, Call const& call) const

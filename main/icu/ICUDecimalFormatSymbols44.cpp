@@ -87,9 +87,14 @@ ICUDecimalFormatSymbols::~ICUDecimalFormatSymbols() = default;
 std::unique_ptr<ICUDecimalFormatSymbols> ICUDecimalFormatSymbols::createInstance(ICULocale const& locale,
                                                                                  ICUErrorCode& status)
 {
-    QvxICU44::Status code(status);
-    return std::make_unique<QvxICU44::ICUDecimalFormatSymbols44Impl>(
+    // With a failed status ICU leaves members unset that it reads later.
+    UErrorCode code = ICU_FAILURE(status) ? U_ZERO_ERROR : static_cast<UErrorCode>(status);
+    auto symbols = std::make_unique<QvxICU44::ICUDecimalFormatSymbols44Impl>(
         icu::DecimalFormatSymbols(QvxICU44::Icu(locale), code));
+    if (ICU_SUCCESS(status)) {
+        status = static_cast<ICUErrorCode>(code);
+    }
+    return symbols;
 }
 
 } // namespace QvxICU

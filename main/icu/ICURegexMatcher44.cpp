@@ -219,6 +219,9 @@ std::vector<TStringCore> ICURegexMatcher44Impl::split(ErrorCode& status, int lim
     With(status, [&](auto& m, auto& code) {
         int next = 0;
         m.reset();
+        if (text.isEmpty()) {
+            return; // no parts, also where the pattern matches nothing
+        }
         while (parts.size() + 1 < most && FindNext(m, code)) {
             parts.emplace_back(text.mid(next, m.start(code) - next));
             next = m.end(code);
@@ -230,7 +233,7 @@ std::vector<TStringCore> ICURegexMatcher44Impl::split(ErrorCode& status, int lim
                 break;
             }
         }
-        if (U_SUCCESS(code) && !text.isEmpty()) {
+        if (U_SUCCESS(code)) {
             parts.emplace_back(text.mid(next));
         }
     });

@@ -2,6 +2,7 @@
 
 #include <qvxsys/ICUTransliterator.h>
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -232,6 +233,11 @@ std::unique_ptr<ICUTransliterator>
 ICUTransliterator::createInstanceFromRules(TStringCore const& id, TStringCore const& rules, ICUTransDirection direction,
                                            ICUParseError& error, ICUErrorCode& status)
 {
+    // The parser of ICU calls itself for each that is inside of another, and has names for some two thousand only.
+    constexpr int kMostParentheses = 5'000;
+    if (std::count(rules.view().begin(), rules.view().end(), u'(') > kMostParentheses) {
+        QvxICU44::Fail(status, ICUErrorCode::MalformedRule);
+    }
     return Make(direction, status, [&](UTransDirection native, UErrorCode& code) {
         UParseError where{};
         auto* const made = icu::Transliterator::createFromRules(Alias(id), Alias(rules), native, where, code);

@@ -20,6 +20,7 @@
 // that status, those without do nothing and give empty texts, zero and false. A format that spells numbers out
 // (SpellOut, Ordinal, Duration, or a locale whose digits are no decimal ones: "en@numbers=roman") formats and parses,
 // but has nothing to set: there the operations on patterns, symbols and digits report UnsupportedError or do nothing.
+// Numbers beyond 64 bits it writes in digits.
 
 #include <concepts>
 #include <cstdint>
@@ -44,8 +45,8 @@ class ICUParsePosition;
 
 /// What ICUDecimalFormat::format takes: integers of up to 64 bits, float and double; no characters, no bool.
 template<class N>
-concept ICUNumber = (std::integral<N> && !std::same_as<N, bool> && !TCType::Character<N>) || std::same_as<N, float> ||
-                    std::same_as<N, double>;
+concept ICUNumber = (std::integral<N> && sizeof(N) <= 8 && !std::same_as<N, bool> && !TCType::Character<N>) ||
+                    std::same_as<N, float> || std::same_as<N, double>;
 
 /// May be used from several threads at once as long as none of them changes it. Formatting a number costs about 0.1 to
 /// 1 microsecond, making a format about a hundred times that: keep it.
@@ -135,7 +136,8 @@ public:
     /// The text is read in place. Without a position it is read from its start, and what follows the number is ignored;
     /// InvalidFormatError where it begins with none, and 0 then. With a position it is read from there, and the
     /// position moves behind the number; where there is none, it stays, its error index says where, and the status is
-    /// not touched. Wide text is taken, too.
+    /// not touched. Wide text is taken, too. NumberArgOutOfBounds, 0 and the position as it was for a number of more
+    /// than kMaximumDecimalPlaces units, or more than two thousand spelled out: ICU's time grows with their square.
     /// @{
     [[nodiscard]] virtual double parse(TStringView text, ICUErrorCode& status) const = 0;
     [[nodiscard]] virtual double parse(TStringView text, ICUParsePosition& position, ICUErrorCode& status) const = 0;
@@ -178,7 +180,7 @@ public:
     /// @name Patterns and symbols
     /// @{
     /// A bad pattern leaves the format as it was, with ICU's status (UnquotedSpecial, PatternSyntaxError,
-    /// MalformedExponentialPattern...).
+    /// MalformedExponentialPattern...); IllegalArgumentError for one of more than 10,000 units.
     virtual void applyPattern(TStringCore const& pattern, ICUErrorCode& status) = 0;
     /// Also tells where in the pattern the error is.
     virtual void applyPattern(TStringCore const& pattern, ICUParseError& error, ICUErrorCode& status) = 0;

@@ -27,7 +27,7 @@ class QVXSYS_API ICUDecimalFormatSymbols
 {
 public:
     /// The symbols of the locale; UsingDefaultWarning where it is not known. When ICU reports a failure, they are ICU's
-    /// last resort.
+    /// last resort; a failed status is kept, and they are made all the same.
     [[nodiscard]] static std::unique_ptr<ICUDecimalFormatSymbols> createInstance(ICULocale const& locale,
                                                                                  ICUErrorCode& status);
 

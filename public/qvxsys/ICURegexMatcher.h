@@ -76,9 +76,11 @@ public:
     [[nodiscard]] virtual bool find(int start, ICUErrorCode& status) = 0;
     /// Whether the region begins with a match, of any length.
     [[nodiscard]] virtual bool lookingAt(ICUErrorCode& status) = 0;
+    /// From `start` on; the region becomes the whole text. IndexOutOfBoundsError for a start outside.
     [[nodiscard]] virtual bool lookingAt(int start, ICUErrorCode& status) = 0;
     /// Whether the whole region is a match.
     [[nodiscard]] virtual bool matches(ICUErrorCode& status) = 0;
+    /// From `start` on, as lookingAt.
     [[nodiscard]] virtual bool matches(int start, ICUErrorCode& status) = 0;
     /// Whether the last search came to the end of the text, so that more text could have changed its result.
     [[nodiscard]] virtual bool hitEnd() const = 0;
@@ -116,8 +118,9 @@ public:
     virtual void appendReplacement(ICUString& to, TStringCore const& replacement, ICUErrorCode& status) = 0;
     /// Appends what stands behind the last replacement.
     virtual void appendTail(ICUString& to, ICUErrorCode& status) = 0;
-    /// The parts between matches; the texts of groups in the pattern come between the parts. With a limit above 0 at
-    /// most that many, the last one with all that is left. Resets the matcher first; its region becomes the whole text.
+    /// The parts between matches, none of an empty text; the texts of groups in the pattern come between the parts.
+    /// With a limit above 0 at most that many, the last one with all that is left. Resets the matcher first; its region
+    /// becomes the whole text.
     [[nodiscard]] virtual std::vector<TStringCore> split(ICUErrorCode& status, int limit = 0) = 0;
     /// @}
 

@@ -115,26 +115,16 @@ TEST_F(FlatCollation, DigitsThatAreEqual)
     EXPECT_EQ(t_openIgnoreDigitsCollator("en", status), nullptr);
 }
 
-// Patterns that would take for ever end with a status, and a callback can end them earlier.
+// A search that would take for ever ends by its limit, and earlier by a callback.
 TEST_F(FlatCollation, RegularExpressionsWithLimits)
 {
     std::u16string const text(40, u'a');
-    auto const length = static_cast<std::int32_t>(text.size());
     Prepare(true, 0, 0);
     ICULocalURegularExpressionPointer const slow(t_uregex_openC("(a+)+b", 0, nullptr, status));
     t_uregex_setTimeLimit(slow.getAlias(), 50, status);
-    t_uregex_setText(slow.getAlias(), text.data(), length, status);
-    EXPECT_EQ(t_uregex_getTimeLimit(slow.getAlias(), status), 50);
+    t_uregex_setText(slow.getAlias(), text.data(), 40, status);
     EXPECT_FALSE(t_uregex_find(slow.getAlias(), 0, status));
     EXPECT_EQ(status.own, ICUErrorCode::RegexTimeOut);
-
-    std::u16string const longText(100000, u'a');
-    status.own = ICUErrorCode::ZeroError;
-    ICULocalURegularExpressionPointer const deep(t_uregex_openC("(?:a|b)*c", 0, nullptr, status));
-    t_uregex_setStackLimit(deep.getAlias(), 1000, status);
-    t_uregex_setText(deep.getAlias(), longText.data(), static_cast<std::int32_t>(longText.size()), status);
-    EXPECT_FALSE(t_uregex_lookingAt(deep.getAlias(), 0, status));
-    EXPECT_EQ(status.own, ICUErrorCode::RegexStackOverflow);
 
     status.own = ICUErrorCode::ZeroError;
     int calls = 0;

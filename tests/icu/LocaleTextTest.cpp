@@ -16,12 +16,13 @@
 #include <unicode/smpdtfmt.h>
 #include <unicode/tblcoll.h>
 
-#include <qvxsys/qvxsys.h>
 #include <qvxsys/std.h>
 
+#include "support/IcuOracle.h"
 #include "support/Threads.h"
 
 using namespace QvxICU;
+using namespace testing_support;
 
 namespace {
 
@@ -68,16 +69,6 @@ ICULocale Named(char const* name)
     return *ICULocale::createFromName(name);
 }
 
-icu::UnicodeString Theirs(TStringView text)
-{
-    return {text.data(), text.length()};
-}
-
-TStringCore Ours(icu::UnicodeString const& text)
-{
-    return {text.getBuffer(), text.length()};
-}
-
 int Sign(int order)
 {
     return (order > 0) - (order < 0);
@@ -85,7 +76,7 @@ int Sign(int order)
 
 std::vector<TextPiece> Expected(icu::BreakIterator& breaks, TStringView text, bool isWords)
 {
-    icu::UnicodeString const units = Theirs(text);
+    icu::UnicodeString const units = Unicode(text);
     breaks.setText(units);
     std::vector<TextPiece> pieces;
     int start = 0;
@@ -192,7 +183,7 @@ TEST(LocaleNormalize, EqualsIcu)
 {
     UErrorCode status = U_ZERO_ERROR;
     auto const theirs = [&](char const* name, UNormalization2Mode mode, TStringView text) {
-        return Ours(icu::Normalizer2::getInstance(nullptr, name, mode, status)->normalize(Theirs(text), status));
+        return Text(icu::Normalizer2::getInstance(nullptr, name, mode, status)->normalize(Unicode(text), status));
     };
     struct
     {
@@ -219,7 +210,7 @@ TEST(LocaleNormalize, EqualsIcu)
         EXPECT_EQ(normalizeForSearch(text), theirs("nfkc_cf", UNORM2_COMPOSE, text));
         EXPECT_TRUE(areEquivalent(text, normalizeNFD(text)) && areEquivalent(normalizeNFC(text), text));
         EXPECT_EQ(areEquivalent(text, other), normalizeNFC(text) == normalizeNFC(other));
-        EXPECT_EQ(foldCase(text), Ours(Theirs(text).foldCase()));
+        EXPECT_EQ(foldCase(text), Text(Unicode(text).foldCase()));
     }
     EXPECT_TRUE(normalizeNFKD({}).empty() && isNormalized({}, ICUNormalization::NFC) && areEquivalent({}, {}));
     EXPECT_EQ(normalize(u"\uFB01", ICUNormalization::None), u"\uFB01");
@@ -253,7 +244,7 @@ TEST(LocaleCompare, EqualsIcuAndIsAnOrder)
             for (TStringCore const& a : list) {
                 for (TStringCore const& b : list) {
                     int const order = comparator.compare(a, b);
-                    EXPECT_EQ(Sign(order), Sign(collator->compare(Theirs(a), Theirs(b), status))) << name << a << b;
+                    EXPECT_EQ(Sign(order), Sign(collator->compare(Unicode(a), Unicode(b), status))) << name << a << b;
                     EXPECT_EQ(Sign(order), Sign(comparator.sortKey(a).compare(comparator.sortKey(b)))) << a << b;
                     EXPECT_EQ(Sign(order), -Sign(comparator.compare(b, a)));
                     for (TStringCore const& c : list) {
@@ -263,7 +254,7 @@ TEST(LocaleCompare, EqualsIcuAndIsAnOrder)
             }
             auto sorted = list;
             std::ranges::stable_sort(sorted, [&](TStringCore const& a, TStringCore const& b) {
-                return collator->compare(Theirs(a), Theirs(b), status) == UCOL_LESS;
+                return collator->compare(Unicode(a), Unicode(b), status) == UCOL_LESS;
             });
             sortByLocale(list, comparator);
             EXPECT_EQ(list, sorted) << name;
@@ -308,15 +299,15 @@ TEST(LocaleCase, EqualsIcu)
         icu::Locale const theirs(name);
         for (int i = 0; i != kRounds / 4; ++i) {
             TStringCore const text = texts.Next();
-            EXPECT_EQ(toLower(text, locale), Ours(Theirs(text).toLower(theirs))) << name << ' ' << text;
-            EXPECT_EQ(toUpper(text, locale), Ours(Theirs(text).toUpper(theirs))) << name << ' ' << text;
-            EXPECT_EQ(toTitle(text, locale), Ours(Theirs(text).toTitle(nullptr, theirs))) << name << ' ' << text;
+            EXPECT_EQ(toLower(text, locale), Text(Unicode(text).toLower(theirs))) << name << ' ' << text;
+            EXPECT_EQ(toUpper(text, locale), Text(Unicode(text).toUpper(theirs))) << name << ' ' << text;
+            EXPECT_EQ(toTitle(text, locale), Text(Unicode(text).toTitle(nullptr, theirs))) << name << ' ' << text;
             EXPECT_EQ(toTitle(text, locale, {.sentences = true, .keepRest = true}),
-                      Ours(Theirs(text).toTitle(nullptr, theirs, U_TITLECASE_SENTENCES | U_TITLECASE_NO_LOWERCASE)))
+                      Text(Unicode(text).toTitle(nullptr, theirs, U_TITLECASE_SENTENCES | U_TITLECASE_NO_LOWERCASE)))
                 << name << ' ' << text;
             DefaultLocale const inTurkey("tr");
-            EXPECT_EQ(toLowerRoot(text), Ours(Theirs(text).toLower(icu::Locale::getRoot()))) << text;
-            EXPECT_EQ(toUpperRoot(text), Ours(Theirs(text).toUpper(icu::Locale::getRoot()))) << text;
+            EXPECT_EQ(toLowerRoot(text), Text(Unicode(text).toLower(icu::Locale::getRoot()))) << text;
+            EXPECT_EQ(toUpperRoot(text), Text(Unicode(text).toUpper(icu::Locale::getRoot()))) << text;
             EXPECT_EQ(toTitle(text), toTitle(text, Named("tr")));
         }
     }
@@ -334,7 +325,7 @@ TEST(LocaleCase, TimesWithPlainSpaces)
         std::unique_ptr<icu::DateFormat> const format(icu::DateFormat::createDateTimeInstance(
             icu::DateFormat::kFull, icu::DateFormat::kShort, icu::Locale(name)));
         icu::UnicodeString units;
-        TStringCore const text = Ours(format->format(1.7e12, units));
+        TStringCore const text = Text(format->format(1.7e12, units));
         std::u16string expected(units.getBuffer(), static_cast<std::size_t>(units.length()));
         narrow += static_cast<int>(std::ranges::count(expected, u'\u202F'));
         std::ranges::replace_if(

@@ -47,16 +47,7 @@ std::vector<std::u16string> const kTextPieces = {u"a",      u"b",       u"c",   
                                                  u"\u00E9", u"e\u0301", u"1",          u"$"};
 std::vector<std::u16string> const kReplacementPieces = {u"x",  u"$0", u"$1", u"${x}", u"\\$",
                                                         u"$9", u"$",  u"${", u"\\",   u"\U0001F600"};
-constexpr unsigned kFlags[] = {0,
-                               ICURegexCaseInsensitive,
-                               ICURegexMultiline,
-                               ICURegexDotAll,
-                               ICURegexComments,
-                               ICURegexLiteral,
-                               ICURegexUnixLines | ICURegexMultiline,
-                               ICURegexUWord,
-                               0x40,
-                               ICURegexCanonEq};
+constexpr unsigned kFlags[] = {0, 2, 8, 32, 4, 16, 1 | 8, 256, 64, 128}; // the last two are none, and not there
 
 /// The matcher's state.
 void ExpectSameMatch(ICURegexMatcher& ours, icu::RegexMatcher& icus)
@@ -159,7 +150,8 @@ TEST(Regex, RandomPatternsTextsAndCallsAsInIcu)
     int good = 0;
     for (int round = 0; round < 3000; ++round) {
         auto const expression = Joined(random, kPatternPieces, 6);
-        std::u16string const text = Joined(random, kTextPieces, 12);
+        std::u16string text = Joined(random, kTextPieces, 12);
+        text.resize(round % 50 == 0 ? 0 : text.size());
         unsigned const flags = kFlags[random() % std::size(kFlags)];
         SCOPED_TRACE(testing::Message() << TStringCore(expression) << " flags " << flags << " on "
                                         << TStringCore(text));

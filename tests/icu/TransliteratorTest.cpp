@@ -173,6 +173,11 @@ TEST(Transliterator, FiltersAndFailures)
     auto const sideways = Ours::createInstance(u"Any-Upper", static_cast<ICUTransDirection>(2), status);
     EXPECT_EQ(status, ICUErrorCode::IllegalArgumentError);
     EXPECT_EQ(sideways->transliterate(u"abc"), u"abc");
+    ICUParseError error;
+    status = ICUErrorCode::ZeroError;
+    auto const deep = Ours::createInstanceFromRules(u"Own", TStringCore(u"(").repeated(200'000),
+                                                    ICUTransDirection::Forward, error, status);
+    EXPECT_EQ(deep->getCreationStatus(), ICUErrorCode::MalformedRule); // and not the end of the stack
 }
 
 } // namespace
