@@ -178,7 +178,8 @@ std::unique_ptr<ICUDateTimePatternGenerator> ICUDateTimePatternGenerator::create
                                                                                          ICUErrorCode& status)
 {
     auto generator = std::make_unique<QvxICU44::ICUDateTimePatternGenerator44Impl>();
-    auto* const made = icu::DateTimePatternGenerator::createInstance(icu::Locale(locale), QvxICU44::Status(status));
+    auto* const made = icu::DateTimePatternGenerator::createInstance(QvxICU44::Icu(*ICULocale::createFromName(locale)),
+                                                                     QvxICU44::Status(status));
     generator->Adopt(QvxICU44::Made(made, status));
     return generator;
 }
