@@ -116,6 +116,7 @@ TEST(DateFormat, PatternsInCalendarsAndZones)
             for (int const field : {n % 37, n / 3 % 37, 1, 99}) {
                 icu::FieldPosition theirs(field);
                 auto const position = QvxICU::ICUFieldPosition::createInstance(field);
+                position->setEndIndex(99); // of a use before
                 icu::UnicodeString text;
                 icu.format(moment, text, theirs);
                 EXPECT_EQ(ours->format(moment, *position, status), Text(text));
@@ -248,6 +249,8 @@ TEST(DateFormat, RefusesWhatIsNoArgument)
     auto const whole = ICUSimpleDateFormat::createInstance(u"y", *locale, fine);
     auto const calendar = ICUCalendar::createInstance(*locale, fine);
     auto const symbols = QvxICU::ICUDateFormatSymbols::createInstance(*locale, fine);
+    auto const strict = ICUSimpleDateFormat::createInstance(*whole);
+    strict->setLenient(false);
     auto const text = QvxICU::ICUString::createInstance();
     auto const field = QvxICU::ICUFieldPosition::createInstance();
 
@@ -259,6 +262,8 @@ TEST(DateFormat, RefusesWhatIsNoArgument)
         [&](auto& f, Code& s) { return f.format(kNaN, *text, s), text->length() != 0; },
         [&](auto& f, Code& s) { return f.format(kNaN, *field, s).size() != 0; },
         [&](auto& f, Code& s) { return f.format(*noCalendar, s).size() != 0; },
+        [&](auto&, Code& s) { return strict->format(kInfinity, s).size() != 0; },
+        [&](auto&, Code& s) { return strict->format(kInfinity, *field, s).size() != 0; },
         [&](auto& f, Code& s) { return f.parse(u"no year", s) != 0; },
         [&](auto& f, Code& s) { return f.parse(TStringView(), s) != 0; },
         [&](auto& f, Code& s) { return f.set2DigitYearStart(kNaN, s), false; },
