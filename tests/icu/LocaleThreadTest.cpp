@@ -9,7 +9,6 @@
 
 using QvxICU::ICUErrorCode;
 using QvxICU::ICULocale;
-using QvxICU::ICUString;
 
 namespace {
 
@@ -30,21 +29,6 @@ TEST(IcuThreads, CopiesOfOneLocaleAreIndependent)
         }
     });
     EXPECT_STREQ(shared->getName(), "sr_Latn_RS@currency=EUR");
-}
-
-TEST(IcuThreads, CopiesOfOneStringAreIndependent)
-{
-    auto const shared = ICUString::createInstance(TStringView(TStringCore(u'x', 200)));
-    InParallel(4, [&](int id) {
-        auto const unit = static_cast<char16_t>(u'a' + id);
-        for (int i = 0; i < 1000 / kStressDivisor; ++i) {
-            auto const copy = shared->clone();
-            copy->setCharAt(i % 200, unit).append(unit);
-            ASSERT_EQ(copy->charAt(i % 200), unit);
-            ASSERT_EQ(shared->indexOf(unit), -1);
-        }
-    });
-    EXPECT_EQ(*shared, TStringCore(u'x', 200));
 }
 
 } // namespace
