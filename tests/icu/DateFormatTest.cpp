@@ -8,7 +8,6 @@
 #include <unicode/smpdtfmt.h>
 
 #include "icu/DateOracle.h"
-#include "support/Threads.h"
 
 namespace {
 
@@ -222,19 +221,6 @@ TEST(DateFormat, ClonesShareUntilChanged)
     arabic->setNumberFormat(*numbers, status);
     EXPECT_EQ(arabic->format(0.0, status), u"\u0661\u0669\u0667\u0660");
     EXPECT_EQ(arabic->getNumberFormat(status)->format(7), u"\u0667");
-    // Each thread clones, reads and changes its clone, while others read what is shared.
-    auto const shared = ICUSimpleDateFormat::createInstance(u"d MMMM y H:mm zzzz", *locale, status);
-    TStringCore const text = shared->format(0.0, status);
-    InParallel(4, [&](int thread) {
-        Code mine = Code::ZeroError;
-        for (int round = 0; round < 200; ++round) {
-            auto const clone = shared->clone();
-            EXPECT_EQ(clone->format(0.0, mine), text);
-            clone->setTimeZone(kZones[thread], mine);
-            EXPECT_EQ(clone->getTimeZone(), kZones[thread]);
-            EXPECT_EQ(shared->parse(text, mine), 0.0);
-        }
-    });
 }
 
 TEST(DateFormat, RefusesWhatIsNoArgument)

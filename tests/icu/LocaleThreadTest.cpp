@@ -9,6 +9,7 @@
 
 using QvxICU::ICUErrorCode;
 using QvxICU::ICULocale;
+using QvxICU::ICUSimpleDateFormat;
 
 namespace {
 
@@ -29,6 +30,25 @@ TEST(IcuThreads, CopiesOfOneLocaleAreIndependent)
         }
     });
     EXPECT_STREQ(shared->getName(), "sr_Latn_RS@currency=EUR");
+}
+
+// Each thread clones, reads and changes its clone, while others read what is shared.
+TEST(IcuThreads, ClonesOfOneDateFormatAreIndependent)
+{
+    ICUErrorCode status = ICUErrorCode::ZeroError;
+    auto const shared = ICUSimpleDateFormat::createInstance(u"d MMMM y H:mm zzzz", ICULocale::getUS(), status);
+    TStringCore const text = shared->format(0.0, status);
+    InParallel(4, [&](int id) {
+        TStringView const zone = id % 2 == 0 ? u"Asia/Tokyo" : u"Europe/Zurich";
+        for (int round = 0; round < 200 / kStressDivisor; ++round) {
+            ICUErrorCode mine = ICUErrorCode::ZeroError;
+            auto const clone = shared->clone();
+            EXPECT_EQ(clone->format(0.0, mine), text);
+            clone->setTimeZone(zone, mine);
+            EXPECT_EQ(clone->getTimeZone(), zone);
+            EXPECT_EQ(shared->parse(text, mine), 0.0);
+        }
+    });
 }
 
 } // namespace
