@@ -1,6 +1,7 @@
 #pragma once
 // The ICU calendars behind the wrappers.
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -44,15 +45,16 @@ public:
     }
     void set(int year, int month, int date, int hour, int minute, int second) override
     {
-        With([&](auto& c) { c.set(year, month, date, hour, minute, second); });
+        With([&](auto& c) { c.set(year, month, Days(date), hour, minute, second); });
     }
     void set(int year, int month, int date) override
     {
-        With([&](auto& c) { c.set(year, month, date); });
+        With([&](auto& c) { c.set(year, month, Days(date)); });
     }
     void set(Field field, int value) override
     {
-        With([value, f = DateField(field)](auto& c) { c.set(f, value); });
+        auto const f = DateField(field);
+        With([f, v = f == UCAL_DATE ? Days(value) : value](auto& c) { c.set(f, v); });
     }
     [[nodiscard]] double getTimeInMillis(ErrorCode& status) const override
     {
@@ -183,7 +185,9 @@ public:
     }
     void setSkippedWallTimeOption(WallTime option) override
     {
-        With([o = static_cast<UCalendarWallTimeOption>(option)](auto& c) { c.setSkippedWallTimeOption(o); });
+        if (option >= Interface::LastWallTime && option <= Interface::NextValidWallTime) {
+            With([o = static_cast<UCalendarWallTimeOption>(option)](auto& c) { c.setSkippedWallTimeOption(o); });
+        }
     }
     [[nodiscard]] WallTime getSkippedWallTimeOption() const override
     {
@@ -253,6 +257,10 @@ protected:
     }
 
 private:
+    /// No calendar reaches so far. ICU counts days in 32 bits, and at their ends looks for a Chinese new moon until its
+    /// stack overflows.
+    [[nodiscard]] static int Days(int days) noexcept { return std::clamp(days, -0x7F000000, 0x7F000000); }
+
     [[nodiscard]] int Get(UCalendarDateFields field, ErrorCode& status) const
     {
         return With(status, [field](auto& c, UErrorCode& code) { return c.get(field, code); });

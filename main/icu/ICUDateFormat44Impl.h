@@ -69,9 +69,16 @@ public:
     [[nodiscard]] TStringCore format(double millis, QvxICU::ICUFieldPosition& position,
                                      ErrorCode& status) const override
     {
-        return !IsMoment(millis, status)
-                   ? TStringCore()
-                   : Text(status, [&](auto& f, auto& text, UErrorCode&) { f.format(millis, text, Icu(position)); });
+        return !IsMoment(millis, status) ? TStringCore() : Text(status, [&](auto& f, auto& text, UErrorCode& code) {
+            position.setBeginIndex(0); // ICU writes only what it finds
+            position.setEndIndex(0);
+            // ICU's function for moments does the same, without a status.
+            std::unique_ptr<icu::Calendar> const at(f.getCalendar()->clone());
+            at->setTime(millis, code);
+            if (U_SUCCESS(code)) {
+                f.format(*at, text, Icu(position));
+            }
+        });
     }
     [[nodiscard]] TStringCore format(QvxICU::ICUCalendar const& calendar, ErrorCode& status) const override
     {

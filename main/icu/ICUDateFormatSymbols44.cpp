@@ -37,7 +37,7 @@ namespace {
     auto const dtContext = SymbolContext(context);
     auto const dtWidth = SymbolWidth(width);
     UErrorCode code = U_ZERO_ERROR;
-    Symbols const symbols(icu::Locale(locale), code);
+    Symbols const symbols(Icu(*QvxICU::ICULocale::createFromName(locale)), code);
     int32_t count = 0;
     icu::UnicodeString const* const names =
         U_SUCCESS(code) && HasNames(dtContext) ? (symbols.*getter)(count, dtContext, dtWidth) : nullptr;

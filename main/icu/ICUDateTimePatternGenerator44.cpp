@@ -2,11 +2,13 @@
 
 #include <qvxsys/ICUDateTimePatternGenerator.h>
 
+#include <atomic>
 #include <memory>
 #include <utility>
 
 #include <unicode/dtptngen.h>
 
+#include "IcuCleanup.h"
 #include "IcuObject.h"
 
 namespace QvxICU44 {
@@ -168,6 +170,18 @@ private:
     std::unique_ptr<Generator> m_generator;
 };
 
+namespace {
+
+/// Whether ICU can make generators. They share a table that ICU frees when it is cleaned up and never makes again, but
+/// goes on to read.
+[[nodiscard]] bool CanMakeGenerators() noexcept
+{
+    static std::atomic<bool> hasTable = true;
+    static bool const registered = (QvxICU::BeforeCleanup([] { hasTable = false; }), true);
+    return registered && hasTable;
+}
+
+} // namespace
 } // namespace QvxICU44
 
 namespace QvxICU {
@@ -178,7 +192,11 @@ std::unique_ptr<ICUDateTimePatternGenerator> ICUDateTimePatternGenerator::create
                                                                                          ICUErrorCode& status)
 {
     auto generator = std::make_unique<QvxICU44::ICUDateTimePatternGenerator44Impl>();
-    auto* const made = icu::DateTimePatternGenerator::createInstance(icu::Locale(locale), QvxICU44::Status(status));
+    if (!QvxICU44::CanMakeGenerators()) {
+        QvxICU44::Fail(status, ICUErrorCode::InvalidStateError);
+    }
+    auto* const made = icu::DateTimePatternGenerator::createInstance(QvxICU44::Icu(*ICULocale::createFromName(locale)),
+                                                                     QvxICU44::Status(status));
     generator->Adopt(QvxICU44::Made(made, status));
     return generator;
 }

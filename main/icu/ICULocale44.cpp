@@ -120,7 +120,8 @@ static_assert(std::size(kConstants) == kCanadaFrench + 1);
 
 icu::Locale const& Icu(QvxICU::ICULocale const& locale) noexcept
 {
-    return locale.Implementation().Get();
+    icu::Locale const& own = locale.Implementation().Get();
+    return own.isBogus() ? icu::Locale::getRoot() : own;
 }
 
 } // namespace QvxICU44
@@ -257,62 +258,62 @@ std::unique_ptr<ICULocale> ICULocale::clone() const
 
 bool ICULocale::operator==(ICULocale const& other) const noexcept
 {
-    return Icu(*this) == Icu(other);
+    return Implementation().Get() == other.Implementation().Get();
 }
 
 std::string ICULocale::toLanguageTag(ICUErrorCode& status) const
 {
-    return Icu(*this).toLanguageTag<std::string>(Status(status));
+    return Implementation().Get().toLanguageTag<std::string>(Status(status));
 }
 
 char const* ICULocale::getLanguage() const noexcept
 {
-    return Icu(*this).getLanguage();
+    return Implementation().Get().getLanguage();
 }
 
 char const* ICULocale::getScript() const noexcept
 {
-    return Icu(*this).getScript();
+    return Implementation().Get().getScript();
 }
 
 char const* ICULocale::getCountry() const noexcept
 {
-    return Icu(*this).getCountry();
+    return Implementation().Get().getCountry();
 }
 
 char const* ICULocale::getVariant() const noexcept
 {
-    return Icu(*this).getVariant();
+    return Implementation().Get().getVariant();
 }
 
 char const* ICULocale::getName() const noexcept
 {
-    return Icu(*this).getName();
+    return Implementation().Get().getName();
 }
 
 char const* ICULocale::getBaseName() const noexcept
 {
-    return Icu(*this).getBaseName();
+    return isBogus() ? "" : Implementation().Get().getBaseName(); // ICU's is null
 }
 
 char const* ICULocale::getISO3Language() const noexcept
 {
-    return Icu(*this).getISO3Language();
+    return Implementation().Get().getISO3Language();
 }
 
 char const* ICULocale::getISO3Country() const noexcept
 {
-    return Icu(*this).getISO3Country();
+    return Implementation().Get().getISO3Country();
 }
 
 unsigned ICULocale::getLCID() const noexcept
 {
-    return Icu(*this).getLCID();
+    return Implementation().Get().getLCID();
 }
 
 bool ICULocale::isRightToLeft() const noexcept
 {
-    return Icu(*this).isRightToLeft();
+    return Implementation().Get().isRightToLeft();
 }
 
 void ICULocale::addLikelySubtags(ICUErrorCode& status)
@@ -337,29 +338,29 @@ void ICULocale::setToBogus()
 
 bool ICULocale::isBogus() const noexcept
 {
-    return Icu(*this).isBogus();
+    return Implementation().Get().isBogus();
 }
 
 std::vector<std::string> ICULocale::getKeywords(ICUErrorCode& status) const
 {
     Status code(status);
-    return Names(Icu(*this).createKeywords(code), code);
+    return Names(Implementation().Get().createKeywords(code), code);
 }
 
 std::vector<std::string> ICULocale::getUnicodeKeywords(ICUErrorCode& status) const
 {
     Status code(status);
-    return Names(Icu(*this).createUnicodeKeywords(code), code);
+    return Names(Implementation().Get().createUnicodeKeywords(code), code);
 }
 
 std::string ICULocale::getKeywordValue(char const* name, ICUErrorCode& status) const
 {
-    return Icu(*this).getKeywordValue<std::string>(Piece(name), Status(status));
+    return Implementation().Get().getKeywordValue<std::string>(Piece(name), Status(status));
 }
 
 std::string ICULocale::getUnicodeKeywordValue(char const* name, ICUErrorCode& status) const
 {
-    return Icu(*this).getUnicodeKeywordValue<std::string>(Piece(name), Status(status));
+    return Implementation().Get().getUnicodeKeywordValue<std::string>(Piece(name), Status(status));
 }
 
 void ICULocale::setKeywordValue(char const* name, char const* value, ICUErrorCode& status)
@@ -379,12 +380,12 @@ void ICULocale::setUnicodeKeywordValue(char const* name, char const* value, ICUE
     TStringCore ICULocale::getDisplay##what() const                                                                    \
     {                                                                                                                  \
         icu::UnicodeString text;                                                                                       \
-        return Own(Icu(*this).getDisplay##what(text));                                                                 \
+        return Own(Implementation().Get().getDisplay##what(text));                                                     \
     }                                                                                                                  \
     TStringCore ICULocale::getDisplay##what(ICULocale const& inLocale) const                                           \
     {                                                                                                                  \
         icu::UnicodeString text;                                                                                       \
-        return Own(Icu(*this).getDisplay##what(Icu(inLocale), text));                                                  \
+        return Own(Implementation().Get().getDisplay##what(Icu(inLocale), text));                                      \
     }
 QVX_DISPLAY_NAME(Language)
 QVX_DISPLAY_NAME(Script)
@@ -395,7 +396,7 @@ QVX_DISPLAY_NAME(Name)
 
 int ICULocale::hashCode() const noexcept
 {
-    return Icu(*this).hashCode();
+    return Implementation().Get().hashCode();
 }
 
 ICULocale44Impl const& ICULocale::Implementation() const noexcept

@@ -71,6 +71,7 @@ private:
     return Icu(const_cast<QvxICU::ICUString&>(text));
 }
 
+/// For ICU's services, which read the null name of a bogus locale: that becomes the root locale.
 [[nodiscard]] icu::Locale const& Icu(QvxICU::ICULocale const& locale) noexcept;
 
 [[nodiscard]] inline icu::FieldPosition& Icu(QvxICU::ICUFieldPosition& position) noexcept

@@ -124,8 +124,8 @@ public:
     /// Other fields, the milliseconds too, stay as they are: clear() first for a whole second.
     virtual void set(int year, int month, int date, int hour, int minute, int second) = 0;
     virtual void set(int year, int month, int date) = 0;
-    /// Any value while the calendar is lenient: the 32nd of January is the 1st of February. Of fields that contradict
-    /// each other those set last count.
+    /// Any value while the calendar is lenient: the 32nd of January is the 1st of February. Days of the month are cut
+    /// to 0x7F000000 each way, with all set(). Of fields that contradict each other those set last count.
     virtual void set(ICUEDateFields field, int value) = 0;
 
     /// The moment. IllegalArgumentError if the calendar is not lenient and a field is out of its range.
@@ -202,10 +202,10 @@ public:
     [[nodiscard]] virtual int getRawOffset(ICUErrorCode& status) const = 0;
     /// Milliseconds that summer time adds at the moment.
     [[nodiscard]] virtual int getDstOffset(ICUErrorCode& status) const = 0;
-    /// LastWallTime at first. NextValidWallTime is ignored.
+    /// LastWallTime at first. NextValidWallTime and unknown options are ignored.
     virtual void setRepeatedWallTimeOption(ICUEWallTime option) = 0;
     [[nodiscard]] virtual ICUEWallTime getRepeatedWallTimeOption() const = 0;
-    /// LastWallTime at first.
+    /// LastWallTime at first. Unknown options are ignored.
     virtual void setSkippedWallTimeOption(ICUEWallTime option) = 0;
     [[nodiscard]] virtual ICUEWallTime getSkippedWallTimeOption() const = 0;
     /// @}

@@ -8,9 +8,9 @@
 //     auto const months = polish->getMonths(Symbols::Format, Symbols::Wide);     // months[0] == u"stycznia"
 //
 // Widths and contexts are checked: other values than 0..3 and 0..2 throw QuorvexException, "Unknown width type."
-// (0x8AAE7D56) and "Unknown context type." (0x0EF0FAE5). For the
-// context 2, of which ICU has no names, lists are empty and cannot be set. Only days of the week have short names of
-// their own: Short of others is read as Abbreviated and cannot be set.
+// (0x8AAE7D56) and "Unknown context type." (0x0EF0FAE5). For the context 2, of which ICU has no names, lists are empty
+// and cannot be set. Only days of the week have short names of their own: Short of others is read as Abbreviated and
+// cannot be set.
 
 #include <memory>
 #include <vector>

@@ -71,7 +71,8 @@ public:
         HourCycle24 = 3, ///< k: 1..24
     };
 
-    /// A null locale is the default one.
+    /// A null locale is the default one. ICU makes no generators any more when there was one before t_u_cleanup(): that
+    /// gives InvalidStateError.
     [[nodiscard]] static std::unique_ptr<ICUDateTimePatternGenerator> createInstance(char const* locale,
                                                                                      ICUErrorCode& status);
 

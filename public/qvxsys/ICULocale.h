@@ -12,7 +12,7 @@
 // Names are 8-bit and as ICU has them ("sr_Latn_RS", "de@collation=phonebook"); BCP 47 tags ("sr-Latn-RS") are
 // understood too. Every text is a valid name: what ICU does not know falls back to parents and in the end to the root
 // locale. Only what cannot be a name at all (a part of more than some hundred bytes, for instance) gives a bogus
-// locale, which has empty parts.
+// locale, which has empty parts; where a locale is asked for, it is the root locale.
 //
 // Ownership. The create functions hand a wrapper over to the caller, as a std::unique_ptr. Copies, clones and what is
 // assigned share one ICU locale, which lives as long as the last of them; it never changes: an operation that changes a

@@ -1,11 +1,9 @@
 #pragma once
 // Positions in texts that formats write and read, in units.
 //
-//     // Which field of a formatted text, and where it is:
-//     auto const field = QvxICU::ICUFieldPosition::createInstance();
-//     // Where parsing begins, and then has ended:
+//     auto const field = QvxICU::ICUFieldPosition::createInstance(); // which field of a formatted text, and where
 //     auto const position = QvxICU::ICUParsePosition::createInstance();
-//     position->setIndex(3);
+//     position->setIndex(3); // where parsing begins, and then has ended
 //     bool const failed = position->getErrorIndex() >= 0;
 //
 // Ownership: createInstance() and clone() hand a position of its own over to the caller.

@@ -83,11 +83,12 @@ TEST(DateFormatSymbols, NamesOneByOne)
     for (char const* const name : {"fr", "cs", "ar", "ja", "xx_unknown", "de_AT"}) {
         UErrorCode code = U_ZERO_ERROR;
         IcuSymbols const icu{icu::Locale(name), code};
-        auto const months = ListOf([&](auto& n) { return icu.getMonths(n, IcuSymbols::STANDALONE, IcuSymbols::WIDE); });
-        auto const quarters =
-            ListOf([&](auto& n) { return icu.getQuarters(n, IcuSymbols::STANDALONE, IcuSymbols::WIDE); });
-        auto const weekdays =
-            ListOf([&](auto& n) { return icu.getWeekdays(n, IcuSymbols::STANDALONE, IcuSymbols::WIDE); });
+        auto const list = [&](Getter getter) {
+            return ListOf([&](auto& n) { return (icu.*getter)(n, IcuSymbols::STANDALONE, IcuSymbols::WIDE); });
+        };
+        auto const months = list(&IcuSymbols::getMonths);
+        auto const quarters = list(&IcuSymbols::getQuarters);
+        auto const weekdays = list(&IcuSymbols::getWeekdays);
         for (int i = -1; i < 14; ++i) {
             auto const at = [i](Texts const& t) {
                 return i < 0 || i >= static_cast<int>(t.size()) ? TStringCore() : t[static_cast<std::size_t>(i)];

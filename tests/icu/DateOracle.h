@@ -1,7 +1,6 @@
 #pragma once
 // What the tests of calendars and date formats share: places, moments, and how results are held against ICU's.
 
-#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <limits>
@@ -14,6 +13,7 @@
 #include "support/IcuOracle.h"
 
 using Code = QvxICU::ICUErrorCode;
+using testing_support::Failure;
 using testing_support::Text;
 using testing_support::Unicode;
 
@@ -61,13 +61,6 @@ inline constexpr double kMoments[] = {0.0,
 inline std::unique_ptr<QvxICU::ICULocale> Locale(char const* name)
 {
     return QvxICU::ICULocale::createFromName(name);
-}
-
-/// A status without its warnings, which depend on what ICU has loaded before.
-template<class AnyStatus>
-int Failure(AnyStatus status)
-{
-    return std::max(static_cast<int>(status), 0);
 }
 
 /// One call, ours and ICU's, each with a status of its own: same results, same statuses.

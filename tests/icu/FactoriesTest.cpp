@@ -84,6 +84,12 @@ TEST(Factories, MakeWhatTheStaticFunctionsMake)
     EXPECT_MADE_ALIKE(icu.transliterator, ICUTransliterator,
                       createInstanceFromRules(u"own", u"a > b;", forward, error, status), transliterate(u"banana"));
 
+    EXPECT_MADE_ALIKE(icu.locale, ICULocale, createInstance("de", "CH", "", ""), hashCode());
+    EXPECT_MADE_ALIKE(icu.locale, ICULocale, createCanonical("sh_YU"), hashCode());
+    EXPECT_MADE_ALIKE(icu.locale, ICULocale, getDefault(), hashCode());
+    EXPECT_MADE_ALIKE(icu.locale, ICULocale, getRoot(), hashCode());
+    EXPECT_EQ(&icu.locale.getCanada(), &ICULocale::getCanada()) << "one for the process";
+
     // Failures: the status says what, and there is a wrapper all the same.
     EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(u"(", 0, status), flags());
     EXPECT_MADE_ALIKE(icu.transliterator, ICUTransliterator, createInstance(u"None-Such", forward, status), getID());
@@ -94,6 +100,27 @@ TEST(Factories, MakeWhatTheStaticFunctionsMake)
     EXPECT_NE(icu.dateTimePatternGenerator.createInstance("de", failed), nullptr);
     EXPECT_NE(icu.dateFormatSymbols.createInstance(locale, failed), nullptr);
     EXPECT_EQ(failed, ICUErrorCode::MemoryAllocationError);
+}
+
+// ICU's own services end the process when they are given such a locale.
+TEST(Factories, BogusLocalesAreTheRoot)
+{
+    std::string const name(1000, 'x');
+    ICUFactories const& icu = Module().getFactories();
+    auto const bogus = icu.locale.createFromName(name.c_str());
+    auto const root = ICULocale::getRoot();
+    ICUErrorCode status{};
+    auto const style = ICUDateFormat::kFull;
+    ASSERT_TRUE(bogus->isBogus());
+    EXPECT_STREQ(bogus->getBaseName(), "");
+    EXPECT_TRUE(*icu.dateFormat.createDateTimeInstance(style, style, *bogus) ==
+                *icu.dateFormat.createDateTimeInstance(style, style, *root));
+    EXPECT_EQ(icu.simpleDateFormat.createInstance(u"MMM B", *bogus, status)->format(0.0, status),
+              icu.simpleDateFormat.createInstance(u"MMM B", *root, status)->format(0.0, status));
+    EXPECT_TRUE(*icu.dateTimePatternGenerator.createInstance(name.c_str(), status) ==
+                *icu.dateTimePatternGenerator.createInstance("", status));
+    EXPECT_EQ(icu.dateFormatSymbols.getMonth(0, name.c_str()), icu.dateFormatSymbols.getMonth(0, ""));
+    EXPECT_EQ(Failure(status), 0);
 }
 
 // Whichever allocation fails, what was made until then is freed (AddressSanitizer's leak check tells) and the exception
@@ -134,26 +161,6 @@ TEST(Factories, WithoutMemoryNothingIsLeft)
             }
         }
     }
-}
-
-TEST(Factories, LocalesAreThoseOfTheStaticFunctions)
-{
-    ILocaleFactory const& icu = Module().getFactories().locale;
-    EXPECT_MADE_ALIKE(icu, ICULocale, createInstance("de", "CH", "", ""), hashCode());
-    EXPECT_EQ(*icu.getDefault(), ICULocale());
-    EXPECT_EQ(*icu.getRoot(), *ICULocale::getRoot());
-    EXPECT_EQ(*icu.createFromName("sh_YU"), *ICULocale::createFromName("sh_YU"));
-    EXPECT_EQ(*icu.createCanonical("sh_YU"), *ICULocale::createCanonical("sh_YU"));
-    EXPECT_EQ(&icu.getCanada(), &ICULocale::getCanada()) << "one for the process";
-    int count = 0;
-    auto const available = icu.getAvailableLocales(count);
-    EXPECT_EQ(available.size(), static_cast<std::size_t>(count));
-    EXPECT_GT(count, 100);
-    auto const before = ICULocale::getDefault();
-    ICUErrorCode status{};
-    icu.setDefault(ICULocale::getTaiwan(), status);
-    EXPECT_EQ(*icu.getDefault(), ICULocale::getTaiwan());
-    icu.setDefault(*before, status);
 }
 
 TEST(Factories, TheModuleTellsOfTheIcuInUse)

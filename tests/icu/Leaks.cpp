@@ -4,8 +4,7 @@
 #include <cstdlib>
 #include <iostream>
 
-#include <qvxsys/IcuHandles.h>
-#include <qvxsys/LocaleBreaks.h>
+#include <qvxsys/qvxsys.h>
 
 using namespace QvxICU;
 
@@ -72,6 +71,16 @@ void OpenEverything(char const* locale, char16_t const* text, char16_t const* ru
     char const* const charsets[] = {"windows-1252", "no such charset"};
     ICULocalUConverterSelectorPointer const selector(
         t_ucnvsel_open(charsets, 2, nullptr, ICUConverterUnicodeSet::RoundtripSet, Any()));
+
+    auto const place = ICULocale::createFromName(locale);
+    auto const format = ICUSimpleDateFormat::createInstance(text, *place, *Any());
+    auto const clone = format->clone();
+    clone->setCalendar(*ICUCalendar::createInstance(*place, *Any()), *Any());
+    clone->setNumberFormat(*format->getNumberFormat(*Any()), *Any());
+    static_cast<void>(clone->parse(clone->format(0.0, *Any()), *Any()));
+    static_cast<void>(format->getDateFormatSymbols(*Any())->clone());
+    static_cast<void>(ICUDateTimePatternGenerator::createInstance(locale, *Any())->clone());
+    static_cast<void>(ICUString::createInstance(text)->toTitle(*place).clone());
 }
 
 } // namespace
@@ -89,5 +98,7 @@ int main()
     }
     t_u_cleanup();
     std::cout << g_most << " allocations at the most, " << g_live << " left\n";
-    return ICU_SUCCESS(status) && g_most > 100 && g_live == 0 ? 0 : 1;
+    bool const freed = ICU_SUCCESS(status) && g_most > 100 && g_live == 0;
+    static_cast<void>(ICUDateTimePatternGenerator::createInstance("de", status)); // which would crash
+    return freed && status == ICUErrorCode::InvalidStateError ? 0 : 1;
 }

@@ -59,7 +59,8 @@ std::string Facts(Locale const& locale)
     std::ostringstream out;
     auto const code = [](int c = 0) { return static_cast<Code>(c); };
     auto const names = [&](Locale const& l) {
-        out << l.getName() << '|' << l.getBaseName() << '|' << static_cast<bool>(l.isBogus()) << '\n';
+        char const* const base = l.getBaseName(); // ICU's is null if the locale is bogus
+        out << l.getName() << '|' << (base != nullptr ? base : "") << '|' << static_cast<bool>(l.isBogus()) << '\n';
     };
     names(locale);
     out << locale.getLanguage() << '|' << locale.getScript() << '|' << locale.getCountry() << '|' << locale.getVariant()

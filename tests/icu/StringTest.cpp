@@ -289,24 +289,21 @@ TEST(IcuString, CodePagesAreIcus)
 TEST(IcuPositions, KeepWhatIsSet)
 {
     auto const field = QvxICU::ICUFieldPosition::createInstance();
+    auto const parse = QvxICU::ICUParsePosition::createInstance();
     EXPECT_EQ(field->getField(), QvxICU::ICUFieldPosition::kDontCare);
-    field->setField(3);
-    field->setBeginIndex(5);
-    field->setEndIndex(9);
-    auto const fieldCopy = field->clone();
-    EXPECT_TRUE(*fieldCopy == *field && fieldCopy->getBeginIndex() == 5 && fieldCopy->getEndIndex() == 9);
-    fieldCopy->setField(4);
-    EXPECT_TRUE(field->getField() == 3 && !(*fieldCopy == *field));
-    EXPECT_EQ(QvxICU::ICUFieldPosition::createInstance(7)->getField(), 7);
-
-    auto const parse = QvxICU::ICUParsePosition::createInstance(4);
-    EXPECT_TRUE(parse->getIndex() == 4 && parse->getErrorIndex() == -1);
-    auto const parseCopy = parse->clone();
-    EXPECT_TRUE(*parseCopy == *parse);
-    parseCopy->setErrorIndex(2);
-    EXPECT_TRUE(parse->getErrorIndex() == -1 && !(*parseCopy == *parse));
-    parse->setIndex(0);
-    EXPECT_TRUE(*parse == *QvxICU::ICUParsePosition::createInstance());
+    EXPECT_EQ(parse->getErrorIndex(), -1);
+    std::function<void()> const changes[] = {[&] { field->setField(3); }, [&] { field->setBeginIndex(5); },
+                                             [&] { field->setEndIndex(9); }, [&] { parse->setIndex(4); },
+                                             [&] { parse->setErrorIndex(2); }};
+    for (auto const& change : changes) {
+        auto const fieldBefore = field->clone();
+        auto const parseBefore = parse->clone();
+        EXPECT_TRUE(*fieldBefore == *field && *parseBefore == *parse);
+        change();
+        EXPECT_NE(*fieldBefore == *field, *parseBefore == *parse) << "one is another, its copy is not";
+    }
+    EXPECT_TRUE(field->getField() == 3 && field->getBeginIndex() == 5 && field->getEndIndex() == 9);
+    EXPECT_TRUE(parse->getIndex() == 4 && parse->getErrorIndex() == 2);
 }
 
 } // namespace
