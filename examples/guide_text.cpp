@@ -87,7 +87,8 @@ bool Finding()
 bool Standard()
 {
     std::unordered_map<TStringCore, int> counts;
-    for (TStringView const word : TStringView(u"one two one").split(u' ')) {
+    TStringView const text = u"one two one";
+    for (TStringView const word : text.split(u' ')) {
         ++counts[TStringCore(word)];
     }
     std::ostringstream out;
