@@ -242,11 +242,12 @@ private:
         }
         return native;
     }
-    /// ICU takes attributes as bits to shift by unseen.
+    /// ICU takes attributes as bits to shift by unseen. One that is none fails the status; any will do then.
     [[nodiscard]] static UDateFormatBooleanAttribute Known(Attribute attribute, ErrorCode& status) noexcept
     {
         if (attribute < Interface::ParseAllowWhitespace || attribute > Interface::ParseMultiplePatternsForMatch) {
             Fail(status, ErrorCode::IllegalArgumentError);
+            return UDAT_PARSE_ALLOW_WHITESPACE;
         }
         return static_cast<UDateFormatBooleanAttribute>(attribute);
     }
