@@ -290,7 +290,7 @@ TEST(IcuPositions, KeepWhatIsSet)
 {
     auto const field = QvxICU::ICUFieldPosition::createInstance();
     auto const parse = QvxICU::ICUParsePosition::createInstance();
-    EXPECT_EQ(field->getField(), QvxICU::ICUFieldPosition::kDontCare);
+    EXPECT_EQ(field->getField(), +QvxICU::ICUFieldPosition::kDontCare);
     EXPECT_EQ(parse->getErrorIndex(), -1);
     std::function<void()> const changes[] = {[&] { field->setField(3); }, [&] { field->setBeginIndex(5); },
                                              [&] { field->setEndIndex(9); }, [&] { parse->setIndex(4); },
