@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -43,7 +44,7 @@ int Peer(unsigned short port, Clock::time_point deadline, std::uint64_t seed)
     memory.m_allProcessesLimit = ~0ULL;
     ResourceManager::GeneralConfig general;
     general.m_infoLogEvery = 1;
-    unsigned lines = 0;
+    std::atomic<unsigned> lines = 0; // counted by two threads of the manager
     general.m_logFunc = [&lines](TStringCore const&) { ++lines; };
     general.m_terminateFunc = [](bool, TStringCore const&) { std::abort(); };
     ResourceManager::Start(port, {}, memory, general);

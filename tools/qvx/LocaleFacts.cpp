@@ -300,7 +300,8 @@ bool IsKnown(ICULocale const& locale)
 {
     std::string_view const language = locale.getLanguage();
     auto const canonical = ICULocale::createCanonical(locale.getName());
-    std::string_view const data = DataLocale(locale)->getLanguage();
+    auto const dataLocale = DataLocale(locale);
+    std::string_view const data = dataLocale->getLanguage();
     return !locale.isBogus() && (language == "root" || data == language || data == canonical->getLanguage());
 }
 
