@@ -78,7 +78,7 @@ public:
     bool GenerateCallstack() noexcept;
 
     /// The lines of the last GenerateCallstack that did not fail; empty at first.
-    [[nodiscard]] std::list<std::string> const& GetCollected() const noexcept;
+    [[nodiscard]] std::list<std::string> const& GetCollected() const noexcept QVXSYS_LIFETIME_BOUND;
 
 protected:
     /// Captures and formats with these settings, whether they are active or not. A line is, without blanks between:

@@ -343,6 +343,18 @@ TEST(TextSymmetry, IdiomsOfUsers)
     EXPECT_EQ(view.trimmed(u'c').trimmed(L" \U0001F600"), u"af\u00E9");
 }
 
+// What takes both a wide pointer and a view takes a string as well, which is both on Windows.
+TEST(TextSymmetry, StringsAmongWidePointersAndViews)
+{
+    using namespace QvxICU;
+    ICUFactories const& factories = Module().getFactories();
+    ICUErrorCode status = ICUErrorCode::ZeroError;
+    TStringCore const text = u"yyyy";
+    EXPECT_EQ(ICUString::createInstance(text)->toString(), text);
+    EXPECT_EQ(factories.string.createInstance(text)->toString(), text);
+    EXPECT_EQ(factories.simpleDateFormat.createInstance(text, ICULocale::getUS(), status)->toPattern(), text);
+}
+
 // A program can refer to each constant of an exported class: on Windows that one is the DLL's.
 TEST(Constants, HaveAddresses)
 {
