@@ -121,7 +121,7 @@ private:
     friend class TPathCore;
     iterator(TPathCore const& path, int start, int end) noexcept : m_path(&path), m_start(start), m_end(end) {}
 
-    static constexpr int kEnd = -1;
+    QVXSYS_API_CONSTANT static constexpr int kEnd = -1;
 
     [[nodiscard]] TStringView Text() const noexcept
     {
