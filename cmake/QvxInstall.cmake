@@ -8,13 +8,15 @@ set(cmake_folder ${CMAKE_INSTALL_LIBDIR}/cmake/qvxsys)
 install(TARGETS qvxsys EXPORT qvxsysTargets
     RUNTIME COMPONENT runtime
     LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
-    ARCHIVE COMPONENT development)
+    ARCHIVE COMPONENT development
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/public/qvxsys DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
     FILES_MATCHING PATTERN *.h)
 
 install(EXPORT qvxsysTargets NAMESPACE qvxsys:: DESTINATION ${cmake_folder} COMPONENT development)
 if(TARGET qvxsys_static)
-    install(TARGETS qvxsys_static EXPORT qvxsysStaticTargets ARCHIVE COMPONENT development)
+    install(TARGETS qvxsys_static EXPORT qvxsysStaticTargets ARCHIVE COMPONENT development
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
     install(EXPORT qvxsysStaticTargets NAMESPACE qvxsys:: DESTINATION ${cmake_folder} COMPONENT development)
 endif()
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/qvxsysConfig.cmake.in
