@@ -247,8 +247,8 @@ unsigned Threads(unsigned most)
     namespace fs = std::filesystem;
     auto const until = std::chrono::steady_clock::now() + 10s;
     for (;;) {
-        auto const threads = static_cast<unsigned>(
-            std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator()));
+        auto const threads =
+            static_cast<unsigned>(std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator()));
         if (threads <= most || std::chrono::steady_clock::now() > until) {
             return threads;
         }
