@@ -117,7 +117,7 @@ struct Root
         }
     } else {
         for (; start > 0 && At(text, start - 1) != u'/'; --start) {
-            colons |= At(text, start - 1) == u':' ? 1 : 0;
+            colons |= At(text, start - 1) == u':' ? 1u : 0u;
         }
     }
     if (colons != 0) [[unlikely]] {
