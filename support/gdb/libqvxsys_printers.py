@@ -134,7 +134,8 @@ class ElementIteratorView(View):
 
     def text(self):
         units = view_units(self.value['m_text'])
-        start, end = int(self.value['m_start']), int(self.value['m_end'])
+        element = self.value['m_element']
+        start, end = int(element['start']), int(element['end'])
         if start >= units.length:
             return 'end'
         return units.part(start, end).shown()
