@@ -10,26 +10,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "Descriptor_posix.h"
+
 namespace qvxsys::stack {
 namespace {
 
-class Descriptor
-{
-public:
-    explicit Descriptor(int value) noexcept : m_value(value) {}
-    ~Descriptor()
-    {
-        if (m_value >= 0) {
-            ::close(m_value);
-        }
-    }
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-    [[nodiscard]] int Get() const noexcept { return m_value; }
-
-private:
-    int m_value;
-};
+using platform::Descriptor;
 
 FileIdentity IdentityOf(struct stat const& status) noexcept
 {
@@ -88,7 +74,7 @@ std::unique_ptr<ElfFile> ElfFile::Open(std::string const& path)
     Descriptor const file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status
     {};
-    if (file.Get() < 0 || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0) {
+    if (!file.IsOpen() || ::fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0) {
         return nullptr;
     }
     std::unique_ptr<ElfFile> elf(new ElfFile);
@@ -116,7 +102,7 @@ std::unique_ptr<ElfFile> ElfFile::OpenEmbedded(ElfFile const& file)
     }
     // libdw decompresses whole files only.
     Descriptor const copy(::memfd_create("debugdata", MFD_CLOEXEC));
-    if (copy.Get() < 0 || ::write(copy.Get(), data->d_buf, data->d_size) != static_cast<ssize_t>(data->d_size)) {
+    if (!copy.IsOpen() || ::write(copy.Get(), data->d_buf, data->d_size) != static_cast<ssize_t>(data->d_size)) {
         return nullptr;
     }
     std::unique_ptr<ElfFile> elf(new ElfFile);

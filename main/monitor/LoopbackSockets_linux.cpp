@@ -1,7 +1,6 @@
 #include "LoopbackSockets.h"
 
 #include <cerrno>
-#include <utility>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -12,9 +11,13 @@
 
 #include <boost/system/system_error.hpp>
 
+#include "Descriptor_posix.h"
+
 namespace qvxsys::monitor {
 
 namespace {
+
+using platform::Descriptor;
 
 /// Datagrams that are taken from sockets found ready before Stop and the other socket are looked at again.
 constexpr unsigned int kBurst = 64;
@@ -35,34 +38,17 @@ sockaddr_in Endpoint(std::uint32_t address, std::uint16_t port) noexcept
     return endpoint;
 }
 
-/// A descriptor that is closed unless it is released.
-class Descriptor
+Descriptor Opened(int descriptor)
 {
-public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor)
-    {
-        if (descriptor < 0) {
-            Fail("open");
-        }
+    if (descriptor < 0) {
+        Fail("open");
     }
-    Descriptor(Descriptor&& other) noexcept : m_descriptor(other.Release()) {}
-    Descriptor& operator=(Descriptor&&) = delete;
-    ~Descriptor()
-    {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
-    [[nodiscard]] int Get() const noexcept { return m_descriptor; }
-    [[nodiscard]] int Release() noexcept { return std::exchange(m_descriptor, -1); }
-
-private:
-    int m_descriptor;
-};
+    return Descriptor(descriptor);
+}
 
 Descriptor Open(int option)
 {
-    Descriptor opened(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP));
+    Descriptor opened = Opened(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, IPPROTO_UDP));
     int const on = 1;
     if (::setsockopt(opened.Get(), SOL_SOCKET, option, &on, sizeof(on)) != 0) {
         Fail("set_option");
@@ -105,8 +91,8 @@ LoopbackListener::LoopbackListener(std::uint16_t port)
 {
     Descriptor broadcast = Bind(kLoopbackBroadcast, port);
     Descriptor direct = Bind(kLoopback, port);
-    Descriptor stop(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    Descriptor wait(::epoll_create1(EPOLL_CLOEXEC));
+    Descriptor stop = Opened(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    Descriptor wait = Opened(::epoll_create1(EPOLL_CLOEXEC));
     std::uint32_t number = 0;
     for (int const descriptor : {broadcast.Get(), direct.Get(), stop.Get()}) {
         epoll_event event{};

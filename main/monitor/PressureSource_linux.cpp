@@ -15,27 +15,13 @@
 #include <unistd.h>
 
 #include "ControlGroup.h"
+#include "Descriptor_posix.h"
 
 namespace qvxsys::monitor {
 
 namespace {
 
-constexpr int kNone = -1;
-
-/// Closed at its end.
-struct Descriptor
-{
-    Descriptor() = default;
-    Descriptor(Descriptor const&) = delete;
-    Descriptor& operator=(Descriptor const&) = delete;
-    ~Descriptor()
-    {
-        if (value != kNone) {
-            ::close(value);
-        }
-    }
-    int value = kNone;
-};
+using platform::Descriptor;
 
 class StallSource final : public PressureSource
 {
@@ -43,8 +29,8 @@ public:
     /// False with errno set when the kernel refuses.
     bool Open(char const* file, MemoryPressure::Config const& config)
     {
-        m_stop.value = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-        return m_stop.value != kNone && Arm(m_some, file, "some ", config.m_some, config.m_window) &&
+        m_stop = Descriptor(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+        return m_stop.IsOpen() && Arm(m_some, file, "some ", config.m_some, config.m_window) &&
                Arm(m_full, file, "full ", config.m_full, config.m_window);
     }
 
@@ -52,7 +38,7 @@ public:
     {
         for (;;) {
             // A negative descriptor is passed over.
-            pollfd polled[] = {{m_some.value, POLLPRI, 0}, {m_full.value, POLLPRI, 0}, {m_stop.value, POLLIN, 0}};
+            pollfd polled[] = {{m_some.Get(), POLLPRI, 0}, {m_full.Get(), POLLPRI, 0}, {m_stop.Get(), POLLIN, 0}};
             if (::poll(polled, std::size(polled), -1) < 0) {
                 if (errno == EINTR) {
                     continue;
@@ -67,7 +53,7 @@ public:
                    ((polled[1].revents & POLLPRI) != 0 ? kFull : 0U);
         }
     }
-    void Stop() noexcept override { eventfd_write(m_stop.value, 1); }
+    void Stop() noexcept override { eventfd_write(m_stop.Get(), 1); }
 
 private:
     static bool Arm(Descriptor& trigger, char const* file, char const* kind, std::chrono::microseconds stall,
@@ -76,10 +62,10 @@ private:
         if (stall.count() <= 0) {
             return true;
         }
-        trigger.value = ::open(file, O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        trigger = Descriptor(::open(file, O_RDWR | O_NONBLOCK | O_CLOEXEC));
         std::string const text = kind + std::to_string(stall.count()) + ' ' + std::to_string(window.count());
         // The kernel wants the terminator, too.
-        return trigger.value != kNone && ::write(trigger.value, text.c_str(), text.size() + 1) >= 0;
+        return trigger.IsOpen() && ::write(trigger.Get(), text.c_str(), text.size() + 1) >= 0;
     }
 
     Descriptor m_some;

@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "ClockArithmetic.h"
+#include "Descriptor_posix.h"
 #include "KernelFile.h"
 #include "ProcessText.h"
 #include "SystemPlatform.h"
@@ -221,10 +222,8 @@ bool ProcessHandle::Runs(std::uint32_t pid) noexcept
     if (pid == 0 || pid > INT_MAX) {
         return false;
     }
-    if (int const pidfd = OpenPidfd(pid); pidfd >= 0) {
-        bool const runs = !monitor::HasEnded(pidfd);
-        ::close(pidfd);
-        return runs;
+    if (platform::Descriptor const pidfd(OpenPidfd(pid)); pidfd.IsOpen()) {
+        return !monitor::HasEnded(pidfd.Get());
     }
     if (IsGone(errno)) {
         return false;
