@@ -164,7 +164,7 @@ def main(program, prefix, root):
     with tempfile.TemporaryDirectory() as name:
         moved = pathlib.Path(name) / 'moved here'
         shutil.copytree(prefix, moved, symlinks=True)
-        library = next(moved.rglob('libqvxsys.so.1.0.0'))
+        library = next(moved.rglob('libqvxsys.so.1')).resolve()
         sections = subprocess.run(['readelf', '-SW', library], stdout=subprocess.PIPE, text=True, check=True).stdout
         good = '.debug_info' not in sections or run_gdb('library', moved, program, root)
         subprocess.run(['strip', '-g', library], check=True)
