@@ -19,12 +19,14 @@
 
 #include "BuildIdNote.h"
 #include "ElfFile.h"
+#include "KeepErrno.h"
 #include "LineTables.h"
 #include "LinkedName_linux.h"
 
 namespace qvxsys::stack {
 namespace {
 
+using platform::KeepErrno;
 using quorvex::symbols::LoadedModule;
 using quorvex::symbols::SymbolSource;
 
@@ -269,18 +271,6 @@ private:
     std::unique_ptr<ElfFile> m_embedded;
     std::unique_ptr<FunctionTable> m_functions;
     std::unique_ptr<LineTables> m_lines; ///< goes before the files
-};
-
-class KeepErrno
-{
-public:
-    KeepErrno() noexcept : m_before(errno) {}
-    ~KeepErrno() { errno = m_before; }
-    KeepErrno(KeepErrno const&) = delete;
-    KeepErrno& operator=(KeepErrno const&) = delete;
-
-private:
-    int m_before;
 };
 
 std::vector<std::string> FoldersIn(std::string const& searchPath)

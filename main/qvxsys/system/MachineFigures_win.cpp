@@ -15,20 +15,19 @@ namespace qvxsys::system::platform {
 
 void ReadMemory(char const*, MachineMemory& memory) noexcept
 {
-    DWORD const before = ::GetLastError();
+    qvxsys::platform::KeepLastError const keep;
     MEMORYSTATUSEX status{};
     status.dwLength = sizeof status;
     if (::GlobalMemoryStatusEx(&status) != 0) {
         memory.host = {status.ullTotalPhys, std::min(status.ullAvailPhys, status.ullTotalPhys)};
     }
-    ::SetLastError(before);
     memory.usable = memory.host;
     memory.hostFrom = memory.totalFrom = memory.availableFrom = PathText("GlobalMemoryStatusEx");
 }
 
 void ReadProcessors(char const*, MachineProcessors& processors) noexcept
 {
-    DWORD const before = ::GetLastError();
+    qvxsys::platform::KeepLastError const keep;
     processors.host = std::max<DWORD>(::GetActiveProcessorCount(ALL_PROCESSOR_GROUPS), 1);
     DWORD_PTR allowed = 0;
     DWORD_PTR present = 0;
@@ -36,7 +35,6 @@ void ReadProcessors(char const*, MachineProcessors& processors) noexcept
     bool const isKnown = ::GetProcessAffinityMask(::GetCurrentProcess(), &allowed, &present) != 0 && allowed != 0;
     processors.allowed =
         isKnown && allowed != present ? static_cast<std::uint64_t>(__builtin_popcountll(allowed)) : processors.host;
-    ::SetLastError(before);
 }
 
 void ReadThrottling(char const*, MachineThrottling& throttling) noexcept
