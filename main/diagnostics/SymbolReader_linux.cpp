@@ -10,18 +10,18 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <fstream>
 
 #include <cxxabi.h>
 #include <dlfcn.h>
 #include <link.h>
-#include <unistd.h>
+#include <pthread.h>
 
 #include "BuildIdNote.h"
 #include "ElfFile.h"
 #include "KeepErrno.h"
 #include "LineTables.h"
 #include "LinkedName_linux.h"
+#include "MappedFile_linux.h"
 
 namespace qvxsys::stack {
 namespace {
@@ -64,24 +64,6 @@ Loaded Describe(dl_phdr_info const& info)
     return module;
 }
 
-/// The file that is mapped at an address, whatever name it was loaded by.
-std::string MappedFileAt(std::uintptr_t address)
-{
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);) {
-        char* end = nullptr;
-        std::uintptr_t const begin = std::strtoull(line.c_str(), &end, 16);
-        if (*end == '-' && address >= begin && address < std::strtoull(end + 1, nullptr, 16)) {
-            auto const slash = line.find('/');
-            std::string path = slash != std::string::npos ? line.substr(slash) : std::string();
-            constexpr std::string_view kGone = " (deleted)";
-            path.resize(path.size() - (path.ends_with(kGone) ? kGone.size() : 0));
-            return path;
-        }
-    }
-    return {};
-}
-
 std::vector<Loaded> LoadedNow()
 {
     struct Walk
@@ -107,7 +89,7 @@ std::vector<Loaded> LoadedNow()
     }
     for (Loaded& module : walk.modules) {
         if (module.path.empty() || module.path.front() != '/') {
-            std::string path = MappedFileAt(module.begin);
+            std::string path = platform::MappedFile(module.begin);
             module.path = path.empty() ? module.path : std::move(path);
         }
     }
