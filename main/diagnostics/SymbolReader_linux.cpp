@@ -57,7 +57,8 @@ Loaded Describe(dl_phdr_info const& info)
             module.begin = std::min(module.begin, begin);
             module.end = std::max(module.end, begin + segment.p_memsz);
         } else if (segment.p_type == PT_NOTE && module.buildId.empty()) {
-            auto const id = unwind::BuildIdIn({reinterpret_cast<unsigned char const*>(begin), segment.p_memsz});
+            auto const id =
+                unwind::BuildIdIn({reinterpret_cast<unsigned char const*>(begin), segment.p_memsz}, segment.p_align);
             module.buildId.assign(id.begin(), id.end());
         }
     }

@@ -38,7 +38,7 @@ void ReadBuildId(std::uintptr_t bias, ModuleRecord& record) noexcept
             segment.p_memsz > kFirstPage - (notes - record.begin)) {
             continue;
         }
-        auto const id = BuildIdIn({reinterpret_cast<unsigned char const*>(notes), segment.p_memsz});
+        auto const id = BuildIdIn({reinterpret_cast<unsigned char const*>(notes), segment.p_memsz}, segment.p_align);
         if (!id.empty() && id.size() <= quorvex::StackModule::kMaxBuildId) {
             record.buildIdInMemory = id.data();
             record.buildIdLength = static_cast<std::uint8_t>(id.size());
