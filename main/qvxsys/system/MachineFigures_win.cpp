@@ -1,15 +1,11 @@
 #include "MachineFigures.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <memory>
-#include <new>
+#include <span>
 
 #include "ProcessorFrequency.h"
 
 #include "WindowsApi.h"
-
-#include <powrprof.h>
 
 namespace qvxsys::system::platform {
 
@@ -39,16 +35,11 @@ void ReadProcessors(char const*, MachineProcessors& processors) noexcept
 
 void ReadThrottling(char const*, MachineThrottling& throttling) noexcept
 {
-    std::size_t const count = std::max<DWORD>(::GetActiveProcessorCount(ALL_PROCESSOR_GROUPS), 1);
-    std::unique_ptr<ProcessorPowerRecord[]> const records(new (std::nothrow) ProcessorPowerRecord[count]());
-    if (records == nullptr || ::CallNtPowerInformation(ProcessorInformation, nullptr, 0, records.get(),
-                                                       static_cast<ULONG>(count * sizeof(ProcessorPowerRecord))) != 0) {
-        return;
+    ProcessorPowerRecords const all = ReadPowerRecords();
+    for (ProcessorPowerRecord const& record : std::span<ProcessorPowerRecord const>(all)) {
+        ++throttling.known;
+        throttling.capped += record.currentMhz < record.maxMhz ? 1 : 0;
     }
-    throttling.known = count;
-    throttling.capped = static_cast<std::uint64_t>(
-        std::count_if(records.get(), records.get() + count,
-                      [](ProcessorPowerRecord const& record) { return record.currentMhz < record.maxMhz; }));
 }
 
 std::uint32_t PageSize() noexcept
