@@ -72,28 +72,32 @@ struct AtomicEvent
     void Wait() { word.wait(0); }
 };
 
-struct CondvarEvent
+/// What events of a lock and a condition variable have in common.
+template<class Mutex>
+struct LockedFlag
 {
-    std::mutex mutex;
-    std::condition_variable changed;
+    Mutex mutex;
     bool set = false;
-    void Set()
-    {
-        {
-            std::lock_guard const lock(mutex);
-            set = true;
-        }
-        changed.notify_all();
-    }
-    void Reset()
+    void Put(bool value)
     {
         std::lock_guard const lock(mutex);
-        set = false;
+        set = value;
     }
+    void Reset() { Put(false); }
     bool IsSet()
     {
         std::lock_guard const lock(mutex);
         return set;
+    }
+};
+
+struct CondvarEvent : LockedFlag<std::mutex>
+{
+    std::condition_variable changed;
+    void Set()
+    {
+        Put(true);
+        changed.notify_all();
     }
     void Wait()
     {
@@ -132,28 +136,13 @@ struct EventFd
 };
 
 #if defined(QVXSYS_BENCH_QT)
-struct QtEvent
+struct QtEvent : LockedFlag<QMutex>
 {
-    QMutex mutex;
     QWaitCondition changed;
-    bool set = false;
     void Set()
     {
-        {
-            std::lock_guard const lock(mutex);
-            set = true;
-        }
+        Put(true);
         changed.wakeAll();
-    }
-    void Reset()
-    {
-        std::lock_guard const lock(mutex);
-        set = false;
-    }
-    bool IsSet()
-    {
-        std::lock_guard const lock(mutex);
-        return set;
     }
     void Wait() { Wait(milliseconds(-1)); }
     bool Wait(milliseconds timeout)
@@ -246,24 +235,19 @@ struct AtomicBaton
     }
 };
 
-struct CondvarBaton
+struct CondvarBaton : LockedFlag<std::mutex>
 {
-    std::mutex mutex;
     std::condition_variable changed;
-    bool given = false;
     void Give()
     {
-        {
-            std::lock_guard const lock(mutex);
-            given = true;
-        }
+        Put(true);
         changed.notify_one();
     }
     void Take()
     {
         std::unique_lock lock(mutex);
-        changed.wait(lock, [this] { return given; });
-        given = false;
+        changed.wait(lock, [this] { return set; });
+        set = false;
     }
 };
 
@@ -288,26 +272,21 @@ struct QtSemaphoreBaton
     bool Take(milliseconds timeout) { return semaphore.tryAcquire(1, static_cast<int>(timeout.count())); }
 };
 
-struct QtCondvarBaton
+struct QtCondvarBaton : LockedFlag<QMutex>
 {
-    QMutex mutex;
     QWaitCondition changed;
-    bool given = false;
     void Give()
     {
-        {
-            std::lock_guard const lock(mutex);
-            given = true;
-        }
+        Put(true);
         changed.wakeOne();
     }
     void Take()
     {
         std::lock_guard const lock(mutex);
-        while (!given) {
+        while (!set) {
             changed.wait(&mutex);
         }
-        given = false;
+        set = false;
     }
 };
 #endif

@@ -21,18 +21,23 @@ namespace bench::sync {
 constexpr unsigned int kEvents = 8;
 constexpr milliseconds kForEver{0xFFFFFFFF};
 
-struct OwnAny
+template<class Event>
+struct OwnEvents
 {
     using Back = OwnAutoBaton;
-    std::array<TEvent, kEvents> events;
+    std::array<Event, kEvents> events;
     std::vector<IEvent*> all;
-    OwnAny()
+    OwnEvents()
     {
-        for (TEvent& event : events) {
+        for (Event& event : events) {
             all.push_back(&event);
         }
     }
     void Set(unsigned int i) { events[i].Signal(); }
+};
+
+struct OwnAny : OwnEvents<TEvent>
+{
     void Clear(unsigned int i) { events[i].Reset(); }
     unsigned int WaitAny()
     {
@@ -42,18 +47,8 @@ struct OwnAny
     }
 };
 
-struct OwnExact
+struct OwnExact : OwnEvents<TAutoResetEvent>
 {
-    using Back = OwnAutoBaton;
-    std::array<TAutoResetEvent, kEvents> events;
-    std::vector<IEvent*> all;
-    OwnExact()
-    {
-        for (TAutoResetEvent& event : events) {
-            all.push_back(&event);
-        }
-    }
-    void Set(unsigned int i) { events[i].Signal(); }
     void Clear(unsigned int) {}
     unsigned int WaitAny() { return static_cast<unsigned int>(*WaitForAnyExact(all, kForEver)); }
 };

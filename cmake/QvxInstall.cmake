@@ -8,13 +8,15 @@ set(cmake_folder ${CMAKE_INSTALL_LIBDIR}/cmake/qvxsys)
 install(TARGETS qvxsys EXPORT qvxsysTargets
     RUNTIME COMPONENT runtime
     LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
-    ARCHIVE COMPONENT development)
+    ARCHIVE COMPONENT development
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/public/qvxsys DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
     FILES_MATCHING PATTERN *.h)
 
 install(EXPORT qvxsysTargets NAMESPACE qvxsys:: DESTINATION ${cmake_folder} COMPONENT development)
 if(TARGET qvxsys_static)
-    install(TARGETS qvxsys_static EXPORT qvxsysStaticTargets ARCHIVE COMPONENT development)
+    install(TARGETS qvxsys_static EXPORT qvxsysStaticTargets ARCHIVE COMPONENT development
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
     install(EXPORT qvxsysStaticTargets NAMESPACE qvxsys:: DESTINATION ${cmake_folder} COMPONENT development)
 endif()
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/qvxsysConfig.cmake.in
@@ -36,9 +38,11 @@ install(FILES ${PROJECT_BINARY_DIR}/qvxsys.pc DESTINATION ${CMAKE_INSTALL_LIBDIR
 # Debugger views.
 add_subdirectory(${PROJECT_SOURCE_DIR}/support ${PROJECT_BINARY_DIR}/support)
 
-install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+foreach(page README CHANGELOG CONTRIBUTING)
+    install(FILES ${PROJECT_SOURCE_DIR}/${page}.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
+endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
-    COMPONENT documentation FILES_MATCHING PATTERN *.md PATTERN *.svg PATTERN *.cpp)
+    COMPONENT documentation FILES_MATCHING PATTERN *.md PATTERN *.svg PATTERN *.cpp PATTERN site EXCLUDE)
 
 if(TARGET qvx)
     install(TARGETS qvx COMPONENT tool)

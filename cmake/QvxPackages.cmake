@@ -61,7 +61,8 @@ This package has what programs are compiled with: headers, the archive, the
 CMake package and the pkg-config file, besides the documentation with examples
 and the debugger views."
     "${runtime} (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_LIBQVXSYS-DEV_PACKAGE_SUGGESTS "libicu-dev, libdw-dev") # for the archive
+# For fmt.h, for boost::any and the errors of the resource monitor, and for the archive.
+set(CPACK_DEBIAN_LIBQVXSYS-DEV_PACKAGE_SUGGESTS "libfmt-dev, libboost-dev, libicu-dev, libdw-dev")
 qvx_debian_package(qvx utils "text scanner and keeper of resource limits"
 "qvx counts, searches and digests text files of any encoding on all
 processors, runs commands within limits of memory and CPU, shows the processes

@@ -1,4 +1,4 @@
-// The crash handler of a server, as docs/crash-dumps.md has it.
+// The crash handler of a server, as docs/guides/crash-reports.md has it.
 
 #include <iostream>
 

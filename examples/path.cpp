@@ -1,8 +1,10 @@
-// The examples of the headers of paths.
+// The examples of the headers of paths, and of docs/guides/paths.md.
 
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <map>
+#include <set>
 
 #include <qvxsys/qvxsys.h>
 
@@ -17,6 +19,41 @@ bool Parts()
     return file.GenericString() == u"C:/docs/notes.txt" && file.NativeString() == u"C:\\docs\\notes.txt" &&
            file.Parent() / u"other" / u"list.csv" == u"C:/docs/other/list.csv" &&
            TPathCore(file).ReplaceExtension(u"bak") == u"C:/docs/notes.bak";
+}
+
+bool Names()
+{
+    TPathCore const file = u"C:\\docs\\notes.txt";
+    TPathCore const backup = file.Parent() / u"old" / file.Filename().ReplaceExtension(u"bak");
+    std::cout << backup << ", on Windows " << backup.NativeString() << '\n'; // C:/docs/old/notes.bak
+    return backup == u"C:/docs/old/notes.bak";
+}
+
+/// The file that somebody asks for below a folder; empty where it would lie elsewhere, or be a name that Windows does
+/// not take.
+TPathCore Resolved(TPathCore const& folder, TStringCore const& asked)
+{
+    TPathCore const file = folder / asked;
+    if (!file.IsWithin(folder) || file.CheckNames() != TPathCore::NameFault::None) {
+        return {};
+    }
+    return file.LexicallyNormal();
+}
+
+bool FromOutside()
+{
+    TPathCore const folder = u"C:/www";
+    return Resolved(folder, u"a/./b.html") == u"C:/www/a/b.html" && Resolved(folder, u"..\\users.txt").empty() &&
+           Resolved(folder, u"D:/x").empty() && Resolved(folder, u"nul.txt").empty();
+}
+
+bool Containers()
+{
+    std::map<TPathCore, int> opened; // by the rules of Windows: "A.txt" is "a.TXT"
+    ++opened[u"docs/A.txt"];
+    ++opened[u"docs\\a.TXT"];
+    std::set<TPathCore, qvxsys::ExactPathLess> exact = {u"docs/A.txt", u"docs/a.TXT"}; // these are two
+    return opened.size() == 1 && exact.size() == 2;
 }
 
 bool Lexical()
@@ -47,14 +84,15 @@ bool FileSystem()
 bool Program()
 {
     std::cout << TSystem::ExecutableFilename() << '\n';
-    return TSystem::ExecutableFilename().IsWithin(TSystem::ExecutablePath());
+    TPathCore const settings = TSystem::ExecutablePath() / u"settings.ini";
+    return TSystem::ExecutableFilename().IsWithin(TSystem::ExecutablePath()) && settings.IsWithin(settings.Parent());
 }
 
 } // namespace
 
 int main()
 {
-    bool const ok = Parts() && Lexical() && FileSystem() && Program();
+    bool const ok = Parts() && Names() && FromOutside() && Containers() && Lexical() && FileSystem() && Program();
     std::cout << (ok ? "ok\n" : "not as documented\n");
     return ok ? 0 : 1;
 }

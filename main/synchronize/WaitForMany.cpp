@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <bit>
 #include <cstddef>
 #include <memory>
 #include <typeinfo>
@@ -123,11 +124,34 @@ public:
     explicit FirstLook(std::size_t required) noexcept : m_missing(static_cast<std::ptrdiff_t>(required)) {}
 
     [[nodiscard]] static bool LooksAtAll(std::span<IEvent* const> events) noexcept { return events.size() <= kMost; }
-    /// True when enough events are set already.
-    bool Look(std::span<IEvent* const> events)
+    /// Looks at events of the kind that is waited for most, whose state does not change by that. False when others are
+    /// among them, or null pointers: nothing has been found out then.
+    [[nodiscard]] bool LookAtTEvents(std::span<IEvent* const> events) noexcept
     {
         if (!LooksAtAll(events)) {
             return false;
+        }
+        std::type_info const* const kind = &typeid(TEvent);
+        std::uint64_t set = 0;
+        for (std::size_t i = events.size(); i-- > 0;) {
+            if (events[i] == nullptr || &typeid(*events[i]) != kind) [[unlikely]] {
+                return false;
+            }
+            set = 2 * set + (static_cast<TEvent*>(events[i])->IsSet() ? 1 : 0);
+        }
+        if (set != 0) {
+            m_claimed = set;
+            m_index = static_cast<std::size_t>(std::bit_width(set)) - 1;
+        }
+        for (; set != 0; set &= set - 1) {
+            --m_missing;
+        }
+        return true;
+    }
+    void Look(std::span<IEvent* const> events)
+    {
+        if (!LooksAtAll(events)) {
+            return;
         }
         for (std::size_t i = 0; i < events.size(); ++i) {
             if (IsSet(*events[i])) [[unlikely]] {
@@ -138,8 +162,9 @@ public:
                 }
             }
         }
-        return m_missing <= 0 && !events.empty();
     }
+    /// Whether enough events have been found set. Of no events, none are.
+    [[nodiscard]] bool IsEnough() const noexcept { return m_missing <= 0 && m_claimed != 0; }
     [[nodiscard]] bool HasClaimed(std::size_t i) const noexcept { return i < kMost && (m_claimed >> i & 1) != 0; }
     [[nodiscard]] std::ptrdiff_t Missing() const noexcept { return m_missing; }
     /// Of the last that counted.
@@ -220,16 +245,21 @@ private:
     std::unique_ptr<Slot[]> m_manySlots;
 };
 
-bool WaitForCount(std::span<IEvent* const> events, std::chrono::milliseconds timeout, std::size_t required,
-                  unsigned int& index)
+/// What WaitForCount does when a look at events of the usual kind is not enough; `looked`: whether there was one.
+[[gnu::noinline]] bool WaitForMore(std::span<IEvent* const> events, std::chrono::milliseconds timeout, FirstLook look,
+                                   bool looked, unsigned int& index)
 {
-    if (!AllThere(events)) {
-        return false;
-    }
-    FirstLook look(required);
-    if (timeout.count() >= 0 && look.Look(events)) {
-        index = static_cast<unsigned int>(look.Index());
-        return true;
+    if (!looked) {
+        if (!AllThere(events)) {
+            return false;
+        }
+        if (timeout.count() >= 0) {
+            look.Look(events);
+        }
+        if (look.IsEnough()) {
+            index = static_cast<unsigned int>(look.Index());
+            return true;
+        }
     }
     if (timeout.count() == 0 && FirstLook::LooksAtAll(events)) {
         return false;
@@ -239,6 +269,18 @@ bool WaitForCount(std::span<IEvent* const> events, std::chrono::milliseconds tim
         return false;
     }
     index = static_cast<unsigned int>(wait.Index());
+    return true;
+}
+
+bool WaitForCount(std::span<IEvent* const> events, std::chrono::milliseconds timeout, std::size_t required,
+                  unsigned int& index)
+{
+    FirstLook look(required);
+    bool const looked = timeout.count() >= 0 && look.LookAtTEvents(events);
+    if (!look.IsEnough()) {
+        return WaitForMore(events, timeout, look, looked, index);
+    }
+    index = static_cast<unsigned int>(look.Index());
     return true;
 }
 

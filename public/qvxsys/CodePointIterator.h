@@ -309,3 +309,5 @@ inline constexpr bool std::ranges::enable_borrowed_range<TCodePointRange<TString
 
 // The containers, which need the templates above.
 #include <qvxsys/TStringView.h>
+
+static_assert(sizeof(TConstCodePointIterator<TStringView>) == 16 && sizeof(TConstCodePointIterator<TStringCore>) == 16);

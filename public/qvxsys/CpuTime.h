@@ -21,6 +21,7 @@
 // Both ends of a scope are cut to whole milliseconds (Cycles) or their difference is (ThreadTimes): many short scopes
 // add up to less than they took. A scope costs two queries, each a call into the kernel: 0.3 to 0.4 us in all on Linux.
 
+#include <cstddef>
 #include <cstdint>
 
 #include <qvxsys/Platform.h>
@@ -45,7 +46,8 @@ struct ThreadTimeValue
     }
     [[nodiscard]] friend constexpr bool operator==(ThreadTimeValue const&, ThreadTimeValue const&) noexcept = default;
 };
-static_assert(sizeof(ThreadTimeValue) == 8);
+static_assert(offsetof(ThreadTimeValue, kernelMs) == 0 && offsetof(ThreadTimeValue, userMs) == 4 &&
+              sizeof(ThreadTimeValue) == 8);
 
 /// How scopes measure. Every value but 0 means ThreadTimes.
 enum class ThreadTimeOption : std::int32_t {

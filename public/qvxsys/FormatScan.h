@@ -13,6 +13,8 @@ struct FormatMarker
     std::int32_t length;   ///< units: 2, or 3 for a number of two digits
     std::int32_t number;   ///< 1 to 99, or 0 for the escape "%%"
 };
+static_assert(offsetof(FormatMarker, position) == 0 && offsetof(FormatMarker, length) == 4 &&
+              offsetof(FormatMarker, number) == 8 && sizeof(FormatMarker) == 12);
 
 /// What is wrong with a format string.
 enum class FormatFault { None, Numberless, LeadingZero, Above99, NotPositive, IncompleteEnd, NotPositiveEnd };

@@ -121,7 +121,7 @@ public:
                                ICUErrorCode& status) const = 0;
     /// The most places on either side of the point that formatDecimal writes: more would only be a way to use up
     /// memory.
-    static constexpr int kMaximumDecimalPlaces = 100'000;
+    QVXSYS_API_CONSTANT static constexpr int kMaximumDecimalPlaces = 100'000;
 
     /// What format does with each kind of number.
     [[nodiscard]] virtual TStringCore formatDouble(double number, ICUErrorCode& status) const = 0;

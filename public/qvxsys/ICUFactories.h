@@ -11,6 +11,7 @@
 // is created belongs to the caller, ICU's failures are left in the ICUErrorCode and the wrapper then holds what ICU has
 // returned. Factories have no state; they may be used from any thread, and live as long as the process.
 
+#include <concepts>
 #include <memory>
 #include <string>
 #include <vector>
@@ -105,6 +106,13 @@ public:
                                                                               ICUErrorCode& status) const = 0;
     [[nodiscard]] virtual std::unique_ptr<ICUSimpleDateFormat>
     createInstance(TStringView pattern, ICULocale const& locale, ICUErrorCode& status) const = 0;
+    /// A string could be taken for either of the two on Windows.
+    template<std::derived_from<TStringCore> S>
+    [[nodiscard]] std::unique_ptr<ICUSimpleDateFormat> createInstance(S const& pattern, ICULocale const& locale,
+                                                                      ICUErrorCode& status) const
+    {
+        return createInstance(pattern.view(), locale, status);
+    }
     [[nodiscard]] virtual std::unique_ptr<ICUSimpleDateFormat>
     createInstance(TStringView pattern, ICUDateFormatSymbols const& symbols, ICUErrorCode& status) const = 0;
     [[nodiscard]] virtual std::unique_ptr<ICUSimpleDateFormat>
@@ -292,8 +300,14 @@ public:
     [[nodiscard]] virtual std::unique_ptr<ICUString> createInstance(wchar_t const* text) const = 0;
     /// As ICUString::createInstance.
     [[nodiscard]] virtual std::unique_ptr<ICUString> createInstance(TStringView text) const = 0;
+    /// A string could be taken for either of the two on Windows.
+    template<std::derived_from<TStringCore> S>
+    [[nodiscard]] std::unique_ptr<ICUString> createInstance(S const& text) const
+    {
+        return createInstance(text.view());
+    }
     /// As ICUString::createAlias.
-    [[nodiscard]] virtual std::unique_ptr<ICUString> createAlias(TStringView text) const = 0;
+    [[nodiscard]] virtual std::unique_ptr<ICUString> createAlias(TStringView text QVXSYS_LIFETIME_BOUND) const = 0;
     /// As ICUString::createFromCodepage.
     [[nodiscard]] virtual std::unique_ptr<ICUString>
     createFromCodepage(char const* bytes, int length, char const* codepage, ICUErrorCode& status) const = 0;

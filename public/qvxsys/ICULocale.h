@@ -118,17 +118,17 @@ public:
     /// The BCP 47 tag: "sr-Latn-RS"; "und" for the root locale. What cannot be told in a tag is left out.
     [[nodiscard]] virtual std::string toLanguageTag(ICUErrorCode& status) const;
     /// In lower case: "sr".
-    [[nodiscard]] virtual char const* getLanguage() const noexcept;
+    [[nodiscard]] virtual char const* getLanguage() const noexcept QVXSYS_LIFETIME_BOUND;
     /// "Latn".
-    [[nodiscard]] virtual char const* getScript() const noexcept;
+    [[nodiscard]] virtual char const* getScript() const noexcept QVXSYS_LIFETIME_BOUND;
     /// In upper case: "RS".
-    [[nodiscard]] virtual char const* getCountry() const noexcept;
+    [[nodiscard]] virtual char const* getCountry() const noexcept QVXSYS_LIFETIME_BOUND;
     /// In upper case: "POSIX".
-    [[nodiscard]] virtual char const* getVariant() const noexcept;
+    [[nodiscard]] virtual char const* getVariant() const noexcept QVXSYS_LIFETIME_BOUND;
     /// The whole name: "de_CH@currency=EUR".
-    [[nodiscard]] virtual char const* getName() const noexcept;
+    [[nodiscard]] virtual char const* getName() const noexcept QVXSYS_LIFETIME_BOUND;
     /// The name without keywords: "de_CH".
-    [[nodiscard]] virtual char const* getBaseName() const noexcept;
+    [[nodiscard]] virtual char const* getBaseName() const noexcept QVXSYS_LIFETIME_BOUND;
     /// Three letters of ISO 639-2: "srp"; "" where there are none.
     [[nodiscard]] virtual char const* getISO3Language() const noexcept;
     /// Three letters of ISO 3166: "SRB"; "" where there are none.

@@ -20,7 +20,7 @@ class QVXSYS_API ICUFieldPosition
 {
 public:
     /// For no field: -1.
-    static constexpr int kDontCare = -1;
+    QVXSYS_API_CONSTANT static constexpr int kDontCare = -1;
 
     /// Of no field.
     [[nodiscard]] static std::unique_ptr<ICUFieldPosition> createInstance();

@@ -54,9 +54,9 @@ class QVXSYS_API ICURegexMatcher
 {
 public:
     /// The time limit of a new matcher.
-    static constexpr int kDefaultTimeLimit = 10'000;
+    QVXSYS_API_CONSTANT static constexpr int kDefaultTimeLimit = 10'000;
     /// The stack limit of a new matcher.
-    static constexpr int kDefaultStackLimit = 32'000'000;
+    QVXSYS_API_CONSTANT static constexpr int kDefaultStackLimit = 32'000'000;
 
     virtual ~ICURegexMatcher();
 

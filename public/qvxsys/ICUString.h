@@ -55,9 +55,15 @@ public:
     [[nodiscard]] static std::unique_ptr<ICUString> createInstance(char const* utf8);
     [[nodiscard]] static std::unique_ptr<ICUString> createInstance(wchar_t const* text);
     [[nodiscard]] static std::unique_ptr<ICUString> createInstance(TStringView text);
+    /// A string could be taken for either of the two on Windows.
+    template<std::derived_from<TStringCore> S>
+    [[nodiscard]] static std::unique_ptr<ICUString> createInstance(S const& text)
+    {
+        return createInstance(text.view());
+    }
     /// Reads the text in place, which must outlive the string and must not change; the first change to the string makes
     /// a copy, and so does clone(). The cheap way to hand a text to ICU.
-    [[nodiscard]] static std::unique_ptr<ICUString> createAlias(TStringView text);
+    [[nodiscard]] static std::unique_ptr<ICUString> createAlias(TStringView text QVXSYS_LIFETIME_BOUND);
     /// From the bytes of a code page, by the name of its converter ("windows-1252", any spelling that ICU knows); null
     /// is the default one. What cannot be decoded becomes U+FFFD. A name that is not known gives FileAccessError, and a
     /// bogus string. `length` of -1 means terminated bytes.
@@ -71,7 +77,7 @@ public:
     /// In units.
     [[nodiscard]] virtual int length() const noexcept = 0;
     /// The text in place, not terminated; valid until the string is changed or ends.
-    [[nodiscard]] virtual TStringView view() const noexcept = 0;
+    [[nodiscard]] virtual TStringView view() const noexcept QVXSYS_LIFETIME_BOUND = 0;
     /// A copy of the text.
     [[nodiscard]] virtual TStringCore toString() const = 0;
 

@@ -91,3 +91,4 @@ public:
 private:
     TStringCore m_internalMessage;
 };
+static_assert(sizeof(LogicException) == 72);

@@ -121,7 +121,7 @@ private:
     friend class TPathCore;
     iterator(TPathCore const& path, int start, int end) noexcept : m_path(&path), m_start(start), m_end(end) {}
 
-    static constexpr int kEnd = -1;
+    QVXSYS_API_CONSTANT static constexpr int kEnd = -1;
 
     [[nodiscard]] TStringView Text() const noexcept
     {
@@ -166,11 +166,11 @@ public:
         iterator() noexcept = default;
         [[nodiscard]] TStringView operator*() const noexcept
         {
-            return {m_text.data() + m_start, static_cast<std::size_t>(m_end - m_start)};
+            return {m_text.data() + m_element.start, static_cast<std::size_t>(m_element.end - m_element.start)};
         }
         iterator& operator++() noexcept
         {
-            MoveTo(qvxsys::detail::path::NextName(m_text, m_root, m_end));
+            qvxsys::detail::path::MoveToNext(m_text, m_element);
             return *this;
         }
         iterator operator++(int) noexcept
@@ -181,7 +181,11 @@ public:
         }
         iterator& operator--() noexcept
         {
-            MoveTo(qvxsys::detail::path::PreviousName(m_text, m_root, m_start));
+            using namespace qvxsys::detail::path;
+            Root const root = RootOf(m_text);
+            m_element.start = PreviousName(m_text, root, m_element.start);
+            m_element.end = ElementEnd(m_text, root, m_element.start);
+            m_element.borders = 0;
             return *this;
         }
         iterator operator--(int) noexcept
@@ -190,28 +194,21 @@ public:
             --*this;
             return before;
         }
-        [[nodiscard]] bool operator==(iterator const& other) const noexcept { return m_start == other.m_start; }
+        [[nodiscard]] bool operator==(iterator const& other) const noexcept
+        {
+            return m_element.start == other.m_element.start;
+        }
 
     private:
         friend class ElementRange;
-        iterator(TStringView text, int start) noexcept : m_text(text), m_root(qvxsys::detail::path::RootOf(text))
-        {
-            MoveTo(start);
-        }
-        void MoveTo(int start) noexcept
-        {
-            m_start = start;
-            m_end = start < m_text.length() ? qvxsys::detail::path::ElementEnd(m_text, m_root, start) : start;
-        }
+        iterator(TStringView text, int at) noexcept : m_text(text), m_element{0, at, at} {}
 
         TStringView m_text;
-        qvxsys::detail::path::Root m_root{};
-        int m_start = 0;
-        int m_end = 0;
+        qvxsys::detail::path::Element m_element;
     };
     using const_iterator = iterator;
 
-    [[nodiscard]] iterator begin() const noexcept { return {m_text, 0}; }
+    [[nodiscard]] iterator begin() const noexcept { return ++iterator(m_text, 0); }
     [[nodiscard]] iterator end() const noexcept { return {m_text, m_text.length()}; }
     [[nodiscard]] bool empty() const noexcept { return m_text.empty(); }
 

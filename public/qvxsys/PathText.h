@@ -8,6 +8,7 @@
 // lone surrogate is a code point of its own.
 
 #include <bit>
+#include <cstdint>
 
 #include <emmintrin.h>
 
@@ -117,7 +118,7 @@ struct Root
         }
     } else {
         for (; start > 0 && At(text, start - 1) != u'/'; --start) {
-            colons |= At(text, start - 1) == u':' ? 1 : 0;
+            colons |= At(text, start - 1) == u':' ? 1u : 0u;
         }
     }
     if (colons != 0) [[unlikely]] {
@@ -192,12 +193,40 @@ struct Root
 }
 /// Where the element before the one at `start` (or before the end: the length) begins; 0 < start <= length.
 [[nodiscard]] QVXSYS_API int PreviousElement(TStringView text, Root root, int start) noexcept;
-/// The same without empty elements. Where the next one begins, given an end of one.
-[[nodiscard]] inline int NextName(TStringView text, Root root, int end) noexcept
-{
-    return end < root.Length() ? end : SkipSeparators(text, end);
-}
+/// The same without empty elements.
 [[nodiscard]] QVXSYS_API int PreviousName(TStringView text, Root root, int start) noexcept;
 /// @}
+
+/// An element that is not empty, and the borders behind it: where names begin and end, a bit each, in the 64 units that
+/// its end is among (from a multiple of 64 on). They are found all at once, so that no step waits for the one before
+/// it, as it would if each separator were searched for from the last one on. Borders of 0 mean that none are known.
+struct Element
+{
+    std::uint64_t borders = 0;
+    int start = 0;
+    int end = 0;
+};
+/// The element behind `end`, 0 or the end of another one; [length, length) when there is none. The text is a path's
+/// own.
+[[nodiscard]] QVXSYS_API Element ElementBehind(TStringView text, int end) noexcept;
+inline void MoveToNext(TStringView text, Element& element) noexcept
+{
+    std::uint64_t const ends = element.borders & (element.borders - 1);
+    if (ends == 0) [[unlikely]] {
+        if (element.end == text.length()) {
+            element.start = element.end;
+            return;
+        }
+        Element const next = ElementBehind(text, element.end);
+        element.borders = next.borders;
+        element.start = next.start;
+        element.end = next.end;
+        return;
+    }
+    int const first = element.end & ~63;
+    element.start = first + std::countr_zero(element.borders);
+    element.end = first + std::countr_zero(ends);
+    element.borders = ends & (ends - 1);
+}
 
 } // namespace qvxsys::detail::path

@@ -4,11 +4,16 @@
 #if defined(_WIN32)
 #if defined(QVXSYS_BUILDING)
 #define QVXSYS_API __declspec(dllexport)
+/// On constants that are members of an exported class: programs refer to the library's, which would not be in the DLL
+/// unless one of its sources did, too.
+#define QVXSYS_API_CONSTANT [[gnu::used]]
 #else
 #define QVXSYS_API __declspec(dllimport)
+#define QVXSYS_API_CONSTANT
 #endif
 #define QVXSYS_TYPE_API
 #else
+#define QVXSYS_API_CONSTANT
 #define QVXSYS_API __attribute__((visibility("default")))
 /// On types without out-of-line members of their own whose identity must be one across library borders.
 #define QVXSYS_TYPE_API __attribute__((visibility("default")))

@@ -44,3 +44,4 @@ private:
     std::uint32_t m_code;
     TStringCore m_codeName;
 };
+static_assert(sizeof(QuorvexError) == 40);

@@ -175,6 +175,7 @@ private:
     std::unique_ptr<Messages> m_redactedMessages;
     std::shared_ptr<TError::ErrorInfo> m_errorInfo;
 };
+static_assert(sizeof(QuorvexException) == 40);
 
 /// Memory has run out. A clone needs nothing of the original: it has the message "Out of memory", the code 0x2A6E0D79
 /// and source 4, whatever was cloned.

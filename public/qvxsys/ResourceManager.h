@@ -44,6 +44,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <utility>
@@ -221,3 +222,11 @@ public:
 private:
     static std::atomic<qvxsys::monitor::ResourceManagerImpl*> s_singleton;
 };
+static_assert(offsetof(ResourceManager::CpuConfig, m_maxCpu) == 0 &&
+              offsetof(ResourceManager::CpuConfig, m_sustainedPeriod) == 8 &&
+              offsetof(ResourceManager::CpuConfig, m_useAverage) == 16 &&
+              offsetof(ResourceManager::CpuConfig, m_terminateFlag) == 17);
+static_assert(offsetof(ResourceManager::MemoryConfig, m_perProcessLimit) == 0 &&
+              offsetof(ResourceManager::MemoryConfig, m_allProcessesLimit) == 8 &&
+              offsetof(ResourceManager::MemoryConfig, m_includeSwap) == 16 &&
+              offsetof(ResourceManager::MemoryConfig, m_terminateFlag) == 17);

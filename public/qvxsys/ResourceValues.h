@@ -6,6 +6,7 @@
 // function templates that take their arguments by reference do): copy the field, or add 0 to it.
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <type_traits>
 
@@ -26,7 +27,9 @@ struct ResourceValues
 };
 #pragma pack(pop)
 
-static_assert(sizeof(ResourceValues) == 14 && alignof(ResourceValues) == 1);
+static_assert(offsetof(ResourceValues, m_processId) == 0 && offsetof(ResourceValues, m_memory) == 4 &&
+              offsetof(ResourceValues, m_memoryLimitUsage) == 12 && offsetof(ResourceValues, m_cpuUsage) == 13 &&
+              sizeof(ResourceValues) == 14 && alignof(ResourceValues) == 1);
 static_assert(std::is_trivially_copyable_v<ResourceValues>);
 
 /// What is known of a process from its last datagram.

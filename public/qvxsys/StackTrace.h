@@ -112,8 +112,8 @@ public:
 
 private:
     int m_count;
-    std::uint16_t m_modules[Capacity];
-    void* m_frames[Capacity];
+    std::uint16_t m_modules[std::size_t{Capacity}];
+    void* m_frames[std::size_t{Capacity}];
 };
 
 /// As deep as the library ever looks.

@@ -57,5 +57,6 @@ protected:
     /// As NoError().
     ErrorInfo();
 };
+static_assert(sizeof(ErrorInfo) == 72 && sizeof(ErrorSource) == 4);
 
 } // namespace TError

@@ -150,6 +150,7 @@ private:
     std::uint32_t m_allocatedCount = 0;
     std::uint32_t m_deallocatedCount = 0;
 };
+static_assert(sizeof(IMemoryCounter) == 8 && sizeof(MemoryCounter) == 40);
 
 /// Counts what its thread allocates while it lives and folds that into a counter at its end. Scopes nest; each counts
 /// what was charged while it was the current one, so an inner scope's allocations are not in the outer scope's totals.

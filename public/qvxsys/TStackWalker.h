@@ -22,6 +22,7 @@
 // trace reads symbol tables and line tables (milliseconds to tenths of seconds, by the size of the program); what has
 // been seen before is remembered (Symbols.h: SetCacheLimit).
 
+#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <string>
@@ -40,7 +41,10 @@ struct StackWalkerConfig
     std::uint8_t includeFileLineNumber = 1;        ///< whether lines of the source are told
     std::uint8_t includeFileName = 1;              ///< whether files of the source are told
 };
-static_assert(sizeof(StackWalkerConfig) == 5);
+static_assert(offsetof(StackWalkerConfig, active) == 0 && offsetof(StackWalkerConfig, includeThreadInfo) == 1 &&
+              offsetof(StackWalkerConfig, includeSystemMemoryAddresses) == 2 &&
+              offsetof(StackWalkerConfig, includeFileLineNumber) == 3 &&
+              offsetof(StackWalkerConfig, includeFileName) == 4 && sizeof(StackWalkerConfig) == 5);
 
 /// Call stacks as text; settings are the process's.
 class QVXSYS_API TStackWalker
@@ -74,7 +78,7 @@ public:
     bool GenerateCallstack() noexcept;
 
     /// The lines of the last GenerateCallstack that did not fail; empty at first.
-    [[nodiscard]] std::list<std::string> const& GetCollected() const noexcept;
+    [[nodiscard]] std::list<std::string> const& GetCollected() const noexcept QVXSYS_LIFETIME_BOUND;
 
 protected:
     /// Captures and formats with these settings, whether they are active or not. A line is, without blanks between:

@@ -46,8 +46,8 @@ public:
     using const_reverse_iterator = std::reverse_iterator<const_iterator>;
 
     /// The most units the object itself holds, and the capacity that goes with it.
-    static constexpr int kInlineLength = 14;
-    static constexpr int kInlineCapacity = 15; ///< with the terminator
+    QVXSYS_API_CONSTANT static constexpr int kInlineLength = 14;
+    QVXSYS_API_CONSTANT static constexpr int kInlineCapacity = 15; ///< with the terminator
 
     /// @name Size and storage
     /// @{
@@ -238,8 +238,8 @@ protected:
         }
     }
 
-    static constexpr int kSlots = 16;
-    static constexpr int kFormSlot = 15;
+    QVXSYS_API_CONSTANT static constexpr int kSlots = 16;
+    QVXSYS_API_CONSTANT static constexpr int kFormSlot = 15;
 
     // The form: slot 15 is the inline length, or negative (as a signed 16-bit value) when the first slots hold a block.
     // Blocks have a capacity of 16 or more, so 16 units can be read in either form (TextComparison.h).

@@ -231,6 +231,7 @@ private:
     char16_t const* m_data = nullptr;
     std::size_t m_length = 0;
 };
+static_assert(sizeof(TStringView) == 16);
 
 namespace qvxsys::detail {
 

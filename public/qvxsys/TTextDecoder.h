@@ -72,7 +72,7 @@ public:
     };
 
     /// The most bytes that one call of Decode takes.
-    static constexpr std::size_t kMaxChunk = 0x0FFFFFFF;
+    QVXSYS_API_CONSTANT static constexpr std::size_t kMaxChunk = 0x0FFFFFFF;
 
     /// True when the constructor takes the name. Opens the encoding to find out: some microseconds, the first time for
     /// a table of ICU's up to milliseconds.

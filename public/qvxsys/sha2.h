@@ -96,7 +96,7 @@ public:
 private:
     void RequireFinished() const;
 
-    static constexpr std::size_t kMostBytes = 64;
+    QVXSYS_API_CONSTANT static constexpr std::size_t kMostBytes = 64;
 
     SHA_TYPE m_type;
     std::string m_stringHash;

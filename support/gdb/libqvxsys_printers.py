@@ -20,7 +20,7 @@ if __name__ == '__main__':  # loaded by hand
     sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 # pylint: disable=wrong-import-position
 from libqvxsys_reading import (
-    MARKER, MOST_ITEMS, Place, Unsound, address_of, at, atomic, class_name, class_of, has_member, memory, plain,
+    MARKER, MOST_CAUSES, MOST_ITEMS, Place, Unsound, address_of, at, atomic, class_name, class_of, has_member, memory, plain,
     pointee, quoted, require_class, string_block, string_units, text_units, view_units, whole, word)
 
 
@@ -134,7 +134,8 @@ class ElementIteratorView(View):
 
     def text(self):
         units = view_units(self.value['m_text'])
-        start, end = int(self.value['m_start']), int(self.value['m_end'])
+        element = self.value['m_element']
+        start, end = int(element['start']), int(element['end'])
         if start >= units.length:
             return 'end'
         return units.part(start, end).shown()
@@ -194,6 +195,8 @@ def error_info_parts(info):
         yield 'thrown at', location_text(place)
     inner, label = pointee(info['inner']), 'inner'
     while inner is not None:
+        if len(label) > MOST_CAUSES * len('.inner'):
+            raise Unsound('the causes go on')
         yield label, error_info_text(inner)
         inner, label = pointee(inner['inner']), label + '.inner'
 

@@ -7,6 +7,7 @@ import gdb
 
 INLINE_LENGTH = 14
 MOST_ITEMS = 10000  # of what may be a ring by accident
+MOST_CAUSES = 100
 MARKER = 0xC466E877  # of live RefCntObjects
 
 

@@ -18,9 +18,12 @@ HEADERS = HERE.parent.parent / "public"
 
 
 def describe(library):
-    """The library's interface as abidw writes it, without what differs from machine to machine."""
-    return subprocess.run(["abidw", "--headers-dir", HEADERS, "--drop-private-types", "--no-corpus-path",
-                           "--no-comp-dir-path", "--no-show-locs", "--type-id-style", "hash", library],
+    """The library's interface as abidw writes it: what can be reached from exported symbols, members of the standard
+    library's types included, and nothing that differs from machine to machine."""
+    return subprocess.run(["abidw", "--headers-dir", HEADERS, "--drop-private-types", "--exported-interfaces-only",
+                           "--drop-undefined-syms", "--no-parameter-names", "--no-write-default-sizes",
+                           "--no-corpus-path", "--no-comp-dir-path", "--no-show-locs", "--type-id-style", "hash",
+                           library],
                           check=True, stdout=subprocess.PIPE).stdout
 
 

@@ -78,7 +78,8 @@ TEST(PathRules, EveryShortText)
 {
     constexpr TStringView kUnits = u"/:?.c";
     for (TStringView const prefix :
-         {u"", u"//?/", u"//?/uNc/", u"//s", u"C:", u"\xD83D\xDE00/", u"\xDC00\xD800", u"a\\\u00E9", u"//s/c$"}) {
+         {u"", u"//?/", u"//?/uNc/", u"//s", u"C:", u"\xD83D\xDE00/", u"\xDC00\xD800", u"a\\\u00E9", u"//s/c$",
+          u"/a name of 62 units, so that the next ones are the last of 64."}) {
         int const most = prefix.empty() ? 5 : 4;
         for (int length = 0; length <= most; ++length) {
             for (int n = 0, end = static_cast<int>(std::pow(5, length)); n < end; ++n) {

@@ -48,6 +48,21 @@ public:
         }
     }
 
+    /// Ends the threads and returns how much of the heap is in use without them. They start again when there is work.
+    std::size_t Settle()
+    {
+        Expect(TThreadPool::Shutdown(1min), "the pool does not end");
+        Expect(NonThreadPoolWorkerManager::Shutdown(1min), "dedicated threads do not end");
+        auto const heap = mallinfo2();
+        return heap.uordblks + heap.hblkhd;
+    }
+
+    bool HasFailed()
+    {
+        std::scoped_lock const lock(m_mutex);
+        return !m_result.faults.empty();
+    }
+
     SoakResult Result()
     {
         m_result.done = m_done;
@@ -227,10 +242,18 @@ unsigned OpenDescriptors()
     return static_cast<unsigned>(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
 }
 
-unsigned Threads()
+unsigned Threads(unsigned most)
 {
     namespace fs = std::filesystem;
-    return static_cast<unsigned>(std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator()));
+    auto const until = std::chrono::steady_clock::now() + 10s;
+    for (;;) {
+        auto const threads =
+            static_cast<unsigned>(std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator()));
+        if (threads <= most || std::chrono::steady_clock::now() > until) {
+            return threads;
+        }
+        std::this_thread::yield();
+    }
 }
 
 SoakResult RunSoak(std::chrono::steady_clock::time_point deadline, std::uint64_t seed)
@@ -241,15 +264,13 @@ SoakResult RunSoak(std::chrono::steady_clock::time_point deadline, std::uint64_t
     unsigned rounds = 0;
     do {
         soak.Round(std::chrono::steady_clock::now() + kRound, seed + rounds);
-        std::size_t const inUse = mallinfo2().uordblks;
-        if (++rounds == 4) {
-            settled = inUse;
+        if (++rounds == 2) {
+            settled = soak.Settle();
         }
-    } while (std::chrono::steady_clock::now() < deadline || rounds < 2);
-    soak.Expect(TThreadPool::Shutdown(1min), "the pool does not end");
-    soak.Expect(NonThreadPoolWorkerManager::Shutdown(1min), "dedicated threads do not end");
-    std::size_t const inUse = mallinfo2().uordblks;
-    soak.Expect(settled == 0 || inUse < settled + 256 * 1024, "bytes on the heap", static_cast<long long>(inUse),
+        // A fault ends the process at once: later it may be killed, and nobody would hear of it.
+    } while ((std::chrono::steady_clock::now() < deadline || rounds < 2) && !soak.HasFailed());
+    std::size_t const inUse = soak.Settle();
+    soak.Expect(inUse < settled + 32 * 1024 || rounds < 2, "bytes on the heap", static_cast<long long>(inUse),
                 static_cast<long long>(settled));
     SoakResult result = soak.Result();
     result.rounds = rounds;

@@ -17,6 +17,7 @@ struct SoakResult
 /// Runs until the deadline, and two rounds at least. Starts the pool, and ends it.
 SoakResult RunSoak(std::chrono::steady_clock::time_point deadline, std::uint64_t seed);
 
-/// Of this process: open descriptors and threads.
+/// Of this process: open descriptors and threads. A thread that has been joined can stay in the list for a moment: more
+/// than `most` are given some seconds to go.
 unsigned OpenDescriptors();
-unsigned Threads();
+unsigned Threads(unsigned most = ~0U);

@@ -56,11 +56,7 @@ int Peer(unsigned short port, Clock::time_point deadline, std::uint64_t seed)
         faults +=
             "descriptors left: " + std::to_string(OpenDescriptors()) + " of " + std::to_string(descriptors) + "\n";
     }
-    // A thread that has been joined can stay in the list for a moment.
-    for (auto const until = Clock::now() + 10s; Threads() != threads && Clock::now() < until;) {
-        std::this_thread::yield();
-    }
-    if (Threads() != threads) {
+    if (Threads(threads) > threads) {
         faults += "threads left: " + std::to_string(Threads()) + "\n";
     }
     std::cout << "process " << getpid() << ": " << result.done << " right, " << result.cancelled << " cancelled, "
@@ -81,6 +77,8 @@ public:
     int Run()
     {
         unsigned const descriptors = OpenDescriptors();
+        std::thread([] {}).join(); // as in Peer
+        unsigned const threads = Threads();
         {
             ResourceObserver observer(m_port, {[this](ResourceValues const& values) {
                                                    std::scoped_lock const lock(m_mutex);
@@ -111,6 +109,7 @@ public:
             Check(observer.GetSnapshot().empty(), "processes that have ended are still in the table");
         }
         Check(OpenDescriptors() == descriptors, "descriptors are left over");
+        Check(Threads(threads) <= threads, "threads are left over");
         std::cout << "soak: seed " << m_seed << ", " << m_killed << " processes killed, " << m_heard.size()
                   << " heard, " << m_faults << " faults\n";
         return m_faults == 0 ? 0 : 1;

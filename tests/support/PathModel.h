@@ -211,7 +211,8 @@ private:
         std::vector<TStringCore> const none(1), &ends = expected.empty() ? none : expected;
         Expect("front, back", path.front().view() == ends.front().view() && path.back().view() == ends.back().view());
         std::erase_if(expected, [](TStringCore const& element) { return element.empty(); });
-        Expect("Elements", same(path.Elements(), expected) && same(Backward(path.Elements()), expected));
+        Expect("Elements", same(path.Elements(), expected) && same(Backward(path.Elements()), expected) &&
+                               same(Hesitating(path.Elements()), expected));
     }
 
     template<class Range>
@@ -222,6 +223,16 @@ private:
             elements.push_back(*--it);
         }
         return {elements.rbegin(), elements.rend()};
+    }
+
+    template<class Range>
+    static std::vector<TStringCore> Hesitating(Range const& range)
+    {
+        std::vector<TStringCore> elements;
+        for (auto it = range.begin(); it != range.end(); ++it) {
+            elements.push_back(*--++it);
+        }
+        return elements;
     }
 
     void Laws(TPathCore const& path, TPathCore const& other)

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <concepts>
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <ranges>
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#include <qvxsys/qvxsys.h>
 
 #include "support/TextPrinters.h"
 
@@ -338,6 +341,32 @@ TEST(TextSymmetry, IdiomsOfUsers)
     EXPECT_EQ(view.find(L"f").codeUnitIndex() + view.findLast(u'f').codeUnitIndex() + view.findOneOf(L"xf"), 6);
     EXPECT_EQ(view.split(U'\U0001F600').size() + view.tokenize(L"a ").size() + view.splitOnAny(L"af").size(), 8u);
     EXPECT_EQ(view.trimmed(u'c').trimmed(L" \U0001F600"), u"af\u00E9");
+}
+
+// What takes both a wide pointer and a view takes a string as well, which is both on Windows.
+TEST(TextSymmetry, StringsAmongWidePointersAndViews)
+{
+    using namespace QvxICU;
+    ICUFactories const& factories = Module().getFactories();
+    ICUErrorCode status = ICUErrorCode::ZeroError;
+    TStringCore const text = u"yyyy";
+    EXPECT_EQ(ICUString::createInstance(text)->toString(), text);
+    EXPECT_EQ(factories.string.createInstance(text)->toString(), text);
+    EXPECT_EQ(factories.simpleDateFormat.createInstance(text, ICULocale::getUS(), status)->toPattern(), text);
+}
+
+// A program can refer to each constant of an exported class: on Windows that one is the DLL's.
+TEST(Constants, HaveAddresses)
+{
+    using namespace QvxICU;
+    void const* volatile address = nullptr;
+    for (void const* constant : std::initializer_list<void const*>{
+             &TStringCore::kInlineLength, &TStringCore::kInlineCapacity, &TTextDecoder::kMaxChunk,
+             &ICUFieldPosition::kDontCare, &ICURegexMatcher::kDefaultTimeLimit, &ICURegexMatcher::kDefaultStackLimit,
+             &ICUDecimalFormat::kMaximumDecimalPlaces}) {
+        address = constant;
+        EXPECT_NE(address, nullptr);
+    }
 }
 
 } // namespace

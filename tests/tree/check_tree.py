@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Checks the tree's own rules: which layer may include which, where conditionals on the platform may stand, which
-sources may include ICU and <windows.h>, that every public header compiles alone, and that no file outgrows its limit.
+sources may include ICU and <windows.h>, that constants of exported classes are exported, that every public header
+compiles alone, and that no file outgrows its limit.
 
 usage: check_tree.py ROOT [--compiler CXX]     exits with 1 and one line per finding
 """
@@ -77,6 +78,8 @@ SIZE_LIMIT = 1000
 
 CONDITIONAL = re.compile(
     r"^\s*#\s*(?:el)?if.*\b(_WIN32|_WIN64|WIN32|__linux__|__unix__|__APPLE__|__MINGW\w+|_MSC_VER|__GLIBC__)\b")
+EXPORTED_CLASS = re.compile(r"^( *)(?:class|struct) QVXSYS_API \S+[^;]*$")
+CONSTANT = re.compile(r"^ *static constexpr [^(]*[={]")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 
 
@@ -123,8 +126,15 @@ def check_file(root, path):
         return
     if len(lines) > SIZE_LIMIT:
         yield f"{name}: {len(lines)} lines, the limit is {SIZE_LIMIT}"
+    end_of_class = None
     for number, line in enumerate(lines, 1):
         where = f"{name}:{number}"
+        if exported := EXPORTED_CLASS.match(line):
+            end_of_class = exported[1] + "};"
+        elif line == end_of_class:
+            end_of_class = None
+        elif end_of_class and CONSTANT.match(line):
+            yield f"{where}: a constant of an exported class without QVXSYS_API_CONSTANT"
         if CONDITIONAL.match(line) and name not in CONDITIONALS_ALLOWED:
             yield f"{where}: platform conditional outside {', '.join(sorted(CONDITIONALS_ALLOWED))}"
         match = INCLUDE.match(line)

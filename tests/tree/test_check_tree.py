@@ -17,6 +17,9 @@ OFFENCES = {
     "main/qvxsys/text/Missing.cpp": ('#include "NoSuchFile.h"\n', "no file"),
     "main/elsewhere/Lost.cpp": ("", "no layer"),
     "public/qvxsys/TPrivate.h": ('#include "../../main/qvxsys/text/Inner.h"\n', "private one"),
+    "public/qvxsys/TConstant.h": (
+        "class QVXSYS_API A\n{\n    static constexpr int f(int k) { return k; }\n    static constexpr int k = 1;\n};\n"
+        "class B\n{\n    static constexpr int k = 1;\n};\n", "QVXSYS_API_CONSTANT"),
     "main/qvxsys/text/Long.cpp": ("\n" * 1001, "limit"),
 }
 CLEAN = {

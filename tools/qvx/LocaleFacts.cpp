@@ -100,22 +100,11 @@ Fact Formatted(std::string key, TStringCore const& label, ICUDateFormat& format,
     return TextFact(std::move(key), label, text, status);
 }
 
-FactGroup Dates(ICULocale const& locale, LocaleOptions const& options)
+FactGroup InStyles(FactGroup group, decltype(ICUDateFormat::createDateInstance)& create, ICULocale const& locale,
+                   LocaleOptions const& options)
 {
-    FactGroup group{"dates", u"Dates", {}};
     for (auto const& [key, label, style] : kStyles) {
-        auto const format = ICUDateFormat::createDateInstance(style, locale);
-        group.facts.push_back(Formatted(key, label, *format, options));
-    }
-    return group;
-}
-
-FactGroup Times(ICULocale const& locale, LocaleOptions const& options)
-{
-    FactGroup group{"times", u"Times", {}};
-    for (auto const& [key, label, style] : kStyles) {
-        auto const format = ICUDateFormat::createTimeInstance(style, locale);
-        group.facts.push_back(Formatted(key, label, *format, options));
+        group.facts.push_back(Formatted(key, label, *create(style, locale), options));
     }
     return group;
 }
@@ -307,8 +296,14 @@ bool IsKnown(ICULocale const& locale)
 
 std::vector<FactGroup> LocaleFacts(ICULocale const& locale, LocaleOptions const& options)
 {
-    return {Names(locale),    Dates(locale, options), Times(locale, options), Patterns(locale, options),
-            Calendar(locale), Numbers(locale),        Currencies(locale),     Order(locale),
+    return {Names(locale),
+            InStyles({"dates", u"Dates", {}}, ICUDateFormat::createDateInstance, locale, options),
+            InStyles({"times", u"Times", {}}, ICUDateFormat::createTimeInstance, locale, options),
+            Patterns(locale, options),
+            Calendar(locale),
+            Numbers(locale),
+            Currencies(locale),
+            Order(locale),
             Case(locale)};
 }
 

@@ -10,4 +10,8 @@ struct qvxsys::detail::PathAccess
     {
         return TPathCore(TPathCore::AsIs(), static_cast<TStringCore&&>(text));
     }
+    [[nodiscard]] static TPathCore AsIs(TStringView text)
+    {
+        return TPathCore(TPathCore::AsIs(), text.data(), text.length());
+    }
 };

@@ -58,47 +58,121 @@ void MakePath(TStringCore& names)
     }
 }
 
-// The length of a text without its last name; what lies before `kept` stays.
-int Climbed(char16_t const* text, int length, int root, int kept) noexcept
+// The end of the names in [begin, end) without the last one, and without the separator before it.
+int EndBeforeLast(char16_t const* text, int begin, int end) noexcept
 {
-    while (length > kept && text[length - 1] != u'/') {
-        --length;
+    while (end > begin && text[end - 1] != u'/') {
+        --end;
     }
-    return length > root ? length - 1 : length;
+    return end > begin ? end - 1 : end;
 }
 
-TStringCore NormalText(TStringView text)
+// Puts names behind a root path. Those that lie side by side in the text are copied together, as late as can be: most
+// texts have few names that are to be left out.
+class NameWriter
 {
-    Root const root = RootOf(text);
-    TStringCore result;
-    result.resize(text.length());
-    char16_t* const units = result.data();
-    std::copy_n(text.data(), root.Length(), units);
-    int length = root.Length();
-    bool isShare = IsUnc(text); // the next name but "."; ".." is what it is
-    int kept = root.Length();   // ".." takes back nothing of this
-    for (int start = SkipSeparators(text, root.Length()), end = 0; start < text.length();
-         start = SkipSeparators(text, end)) {
-        end = FindSeparator(text, start);
-        int const dots = DotsOf(text, start, end);
-        bool const isUp = dots == 2 && !isShare;
-        if (isUp && length > kept) {
-            length = Climbed(units, length, root.Length(), kept);
-        } else if (dots != 1 && !(isUp && root.directory)) {
-            if (length > root.Length()) {
-                units[length++] = u'/';
-            }
-            std::copy(text.data() + start, text.data() + end, units + length);
-            length += end - start;
-            kept = isShare || isUp ? length : kept;
-            isShare = false;
+public:
+    // `units` has room for the text.
+    NameWriter(TStringView text, int root, char16_t* units) noexcept
+        : m_text(text), m_units(units), m_root(root), m_length(root), m_kept(root)
+    {
+        std::copy_n(text.data(), root, units);
+    }
+    void Add(int start, int end) noexcept
+    {
+        if (m_start == m_end || start != m_end + 1) {
+            Copy();
+            m_start = start;
         }
+        m_end = end;
     }
-    result.truncate(length);
-    if (root.Length() == 0) {
-        MakePath(result);
+    // The names that are there stay, whatever comes.
+    void Keep() noexcept
+    {
+        Copy();
+        m_kept = m_length;
     }
-    return result;
+    // Takes the last name back; false when there is none that may be.
+    bool TakeBack() noexcept
+    {
+        if (m_start < m_end) {
+            m_end = EndBeforeLast(m_text.data(), m_start, m_end);
+            return true;
+        }
+        if (m_length == m_kept) {
+            return false;
+        }
+        m_length = EndBeforeLast(m_units, m_kept, m_length);
+        return true;
+    }
+    int Finish() noexcept
+    {
+        Copy();
+        return m_length;
+    }
+
+private:
+    void Copy() noexcept
+    {
+        if (m_start == m_end) {
+            return;
+        }
+        if (m_length > m_root) {
+            m_units[m_length++] = u'/';
+        }
+        m_length =
+            static_cast<int>(std::copy(m_text.data() + m_start, m_text.data() + m_end, m_units + m_length) - m_units);
+        m_start = m_end;
+    }
+
+    TStringView const m_text;
+    char16_t* const m_units;
+    int const m_root;
+    int m_length;
+    int m_kept;
+    // Of the text, not copied yet.
+    int m_start = 0;
+    int m_end = 0;
+};
+
+// Writes the normal form to `units`, which has room for the text, and returns its length.
+int WriteNormal(TStringView text, Root root, char16_t* units) noexcept
+{
+    NameWriter writer(text, root.Length(), units);
+    bool isShare = IsUnc(text); // the next name but "."; ".." is what it is
+    for (Element name = ElementBehind(text, root.Length()); name.start < text.length(); MoveToNext(text, name)) {
+        int const dots = DotsOf(text, name.start, name.end);
+        bool const isUp = dots == 2 && !isShare;
+        if (dots == 1 || (isUp && (writer.TakeBack() || root.directory))) {
+            continue;
+        }
+        writer.Add(name.start, name.end);
+        if (isShare || isUp) {
+            writer.Keep();
+        }
+        isShare = false;
+    }
+    return writer.Finish();
+}
+
+TPathCore NormalPath(TStringView text)
+{
+    // Not in place: a text would keep the room for what has been left out, and a short one a block.
+    constexpr int kUsual = 260;
+    char16_t usual[kUsual];
+    TStringCore unusual;
+    if (text.length() > kUsual) {
+        unusual.resize(text.length());
+    }
+    char16_t* const units = text.length() > kUsual ? unusual.data() : usual;
+    Root const root = RootOf(text);
+    TStringView const normal(units, static_cast<std::size_t>(WriteNormal(text, root, units)));
+    if (root.Length() > 0 || (!normal.empty() && RootOf(normal).name == 0)) {
+        return PathAccess::AsIs(normal);
+    }
+    TStringCore names = normal;
+    MakePath(names);
+    return PathAccess::AsIs(static_cast<TStringCore&&>(names));
 }
 
 // The names of a normal form, without the "." that is for nothing but to be there.
@@ -152,7 +226,7 @@ bool IsDevice(TStringView name) noexcept
 TPathCore TPathCore::LexicallyNormal() const
 {
     TStringView const text = m_text;
-    return IsNormal(text) || IsOpaque(text) ? *this : PathAccess::AsIs(NormalText(text));
+    return IsNormal(text) || IsOpaque(text) ? *this : NormalPath(text);
 }
 
 TPathCore TPathCore::LexicallyRelative(TPathCore const& base) const

@@ -1,5 +1,7 @@
 #include <qvxsys/PathText.h>
 
+#include <algorithm>
+
 #include <qvxsys/TCType.h>
 
 namespace qvxsys::detail::path {
@@ -21,6 +23,68 @@ bool HasDriveAt(TStringView text, int i) noexcept
 bool StartsWithTwoSeparators(TStringView text) noexcept
 {
     return text.length() >= 3 && At(text, 0) == u'/' && At(text, 1) == u'/';
+}
+
+// Which of the 64 units from `from` on, 0 <= from < length, are separators, a bit each; those behind the end count as
+// such. A path's own text has room for 16 units, however short it is.
+[[gnu::always_inline]] inline std::uint64_t SeparatorsFrom(TStringView text, int from) noexcept
+{
+    auto const sixteen = [text](int at) -> std::uint64_t {
+        auto const* const s = reinterpret_cast<__m128i const*>(text.data() + at);
+        __m128i const separator = _mm_set1_epi16(u'/');
+        __m128i const first = _mm_cmpeq_epi16(_mm_loadu_si128(s), separator);
+        __m128i const second = _mm_cmpeq_epi16(_mm_loadu_si128(s + 1), separator);
+        return static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(first, second)));
+    };
+    int const rest = text.length() - from;
+    if (rest >= 64) {
+        return sixteen(from) | sixteen(from + 16) << 16 | sixteen(from + 32) << 32 | sixteen(from + 48) << 48;
+    }
+    std::uint64_t found = ~std::uint64_t(0) << rest;
+    int i = 0;
+    for (; i + 16 <= rest; i += 16) {
+        found |= sixteen(from + i) << i;
+    }
+    // The last sixteen units, but for those that have been looked at.
+    int const last = std::max(text.length() - 16, 0);
+    return i < rest ? found | sixteen(last) >> (from + i - last) << i : found;
+}
+
+// Where separators begin or end, when the unit before is one itself (1) or not (0).
+std::uint64_t BordersOf(std::uint64_t separators, unsigned before) noexcept
+{
+    return separators ^ (separators << 1 | before);
+}
+
+// The first 64 units' borders behind `end`, where an element ends. What it consists of counts as separators.
+std::uint64_t BordersBehind(TStringView text, int end) noexcept
+{
+    if (end >= text.length()) {
+        return 0;
+    }
+    std::uint64_t const before = (std::uint64_t(1) << (end & 63)) - 1;
+    return BordersOf(SeparatorsFrom(text, end & ~63) | before, 1);
+}
+
+// The next element, of which one border at most is known: of the 64 units from `first` on.
+[[gnu::noinline]] Element FarElement(TStringView text, int first, std::uint64_t borders) noexcept
+{
+    auto const take = [&, length = text.length()](unsigned before) {
+        while (borders == 0) {
+            first += 64;
+            if (first >= length) {
+                return length;
+            }
+            borders = BordersOf(SeparatorsFrom(text, first), before);
+        }
+        int const border = first + std::countr_zero(borders);
+        borders &= borders - 1;
+        return border;
+    };
+    // Units without a border are separators alone, or of one name.
+    int const start = take(1);
+    int const end = take(0);
+    return {borders, start, end};
 }
 
 int RootNameLength(TStringView text) noexcept
@@ -94,6 +158,21 @@ int PreviousName(TStringView text, Root root, int start) noexcept
 {
     int const previous = PreviousElement(text, root, start);
     return ElementEnd(text, root, previous) > previous ? previous : PreviousElement(text, root, previous);
+}
+
+Element ElementBehind(TStringView text, int end) noexcept
+{
+    Root const root = RootOf(text);
+    bool const isOfRoot = end < root.Length();
+    int const known = isOfRoot ? ElementEnd(text, root, end) : end;
+    std::uint64_t const begins = known < root.Length() ? 0 : BordersBehind(text, known);
+    if (isOfRoot) {
+        return {begins, end, known};
+    }
+    std::uint64_t const ends = begins & (begins - 1);
+    int const first = end & ~63;
+    return ends != 0 ? Element{ends & (ends - 1), first + std::countr_zero(begins), first + std::countr_zero(ends)}
+                     : FarElement(text, first, begins);
 }
 
 } // namespace qvxsys::detail::path
