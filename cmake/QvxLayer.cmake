@@ -1,4 +1,4 @@
-# qvx_layer(NAME SOURCES file... [DEPENDS layer...] [PRIVATE_LIBS target...] [FLAGS option...])
+# qvx_layer(NAME SOURCES file... [INCLUDES folder...] [DEPENDS layer...] [PRIVATE_LIBS target...])
 #
 # One layer of the library as an object library. A layer's private headers can be included only by itself and by the
 # layers that name it under DEPENDS: an include that points back up does not compile. All layers end up in the one

@@ -38,7 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     auto const own = Copy(data + 8 + commonSize, ownSize);
     FrameRule const rule =
         ReadRule({common.get(), common.get() + commonSize, own.get(), own.get() + ownSize, function}, pc);
-    auto const id = BuildIdIn({own.get(), ownSize});
+    auto const id = BuildIdIn({own.get(), ownSize}, data[6] % 2 == 0 ? 4 : 8);
     if (!id.empty() && (id.data() < own.get() || id.data() + id.size() > own.get() + ownSize)) {
         std::abort();
     }

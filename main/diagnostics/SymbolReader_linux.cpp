@@ -10,21 +10,23 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <fstream>
 
 #include <cxxabi.h>
 #include <dlfcn.h>
 #include <link.h>
-#include <unistd.h>
+#include <pthread.h>
 
 #include "BuildIdNote.h"
 #include "ElfFile.h"
+#include "KeepErrno.h"
 #include "LineTables.h"
 #include "LinkedName_linux.h"
+#include "MappedFile_linux.h"
 
 namespace qvxsys::stack {
 namespace {
 
+using platform::KeepErrno;
 using quorvex::symbols::LoadedModule;
 using quorvex::symbols::SymbolSource;
 
@@ -55,29 +57,12 @@ Loaded Describe(dl_phdr_info const& info)
             module.begin = std::min(module.begin, begin);
             module.end = std::max(module.end, begin + segment.p_memsz);
         } else if (segment.p_type == PT_NOTE && module.buildId.empty()) {
-            auto const id = unwind::BuildIdIn({reinterpret_cast<unsigned char const*>(begin), segment.p_memsz});
+            auto const id =
+                unwind::BuildIdIn({reinterpret_cast<unsigned char const*>(begin), segment.p_memsz}, segment.p_align);
             module.buildId.assign(id.begin(), id.end());
         }
     }
     return module;
-}
-
-/// The file that is mapped at an address, whatever name it was loaded by.
-std::string MappedFileAt(std::uintptr_t address)
-{
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);) {
-        char* end = nullptr;
-        std::uintptr_t const begin = std::strtoull(line.c_str(), &end, 16);
-        if (*end == '-' && address >= begin && address < std::strtoull(end + 1, nullptr, 16)) {
-            auto const slash = line.find('/');
-            std::string path = slash != std::string::npos ? line.substr(slash) : std::string();
-            constexpr std::string_view kGone = " (deleted)";
-            path.resize(path.size() - (path.ends_with(kGone) ? kGone.size() : 0));
-            return path;
-        }
-    }
-    return {};
 }
 
 std::vector<Loaded> LoadedNow()
@@ -105,7 +90,7 @@ std::vector<Loaded> LoadedNow()
     }
     for (Loaded& module : walk.modules) {
         if (module.path.empty() || module.path.front() != '/') {
-            std::string path = MappedFileAt(module.begin);
+            std::string path = platform::MappedFile(module.begin);
             module.path = path.empty() ? module.path : std::move(path);
         }
     }
@@ -269,18 +254,6 @@ private:
     std::unique_ptr<ElfFile> m_embedded;
     std::unique_ptr<FunctionTable> m_functions;
     std::unique_ptr<LineTables> m_lines; ///< goes before the files
-};
-
-class KeepErrno
-{
-public:
-    KeepErrno() noexcept : m_before(errno) {}
-    ~KeepErrno() { errno = m_before; }
-    KeepErrno(KeepErrno const&) = delete;
-    KeepErrno& operator=(KeepErrno const&) = delete;
-
-private:
-    int m_before;
 };
 
 std::vector<std::string> FoldersIn(std::string const& searchPath)

@@ -128,19 +128,8 @@ std::vector<Known> Snapshot()
 /// The library's turn, with the caller's last error as it was.
 class Turn
 {
-public:
-    Turn() : m_before(::GetLastError()), m_lock(DebugHelpTurn()) {}
-    ~Turn()
-    {
-        m_lock.unlock();
-        ::SetLastError(m_before);
-    }
-    Turn(Turn const&) = delete;
-    Turn& operator=(Turn const&) = delete;
-
-private:
-    DWORD m_before;
-    std::unique_lock<std::mutex> m_lock;
+    platform::KeepLastError m_before;
+    std::lock_guard<std::mutex> m_lock{DebugHelpTurn()};
 };
 
 SymbolSource SourceOf(IMAGEHLP_MODULEW64 const& info) noexcept

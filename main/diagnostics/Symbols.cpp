@@ -11,7 +11,6 @@ namespace {
 using qvxsys::stack::Record;
 using qvxsys::stack::SymbolEngine;
 
-/// "0x" and 16 digits.
 /// "0x" and sixteen digits.
 class HexText
 {

@@ -9,15 +9,30 @@
 #include <utility>
 
 #include <unicode/localpointer.h>
+#include <unicode/locid.h>
 #include <unicode/strenum.h>
 
-#include "ICULocale44Impl.h"
 #include "IcuBridge.h"
 
 using QvxICU44::ICULocale44Impl;
 using QvxICU44::Status;
 
 namespace QvxICU44 {
+
+/// The ICU locale behind the wrapper.
+class ICULocale44Impl
+{
+public:
+    explicit ICULocale44Impl(icu::Locale const& locale) : m_locale(locale) {}
+    explicit ICULocale44Impl(icu::Locale&& locale) noexcept : m_locale(std::move(locale)) {}
+
+    [[nodiscard]] icu::Locale const& Get() const noexcept { return m_locale; }
+    [[nodiscard]] icu::Locale& Get() noexcept { return m_locale; }
+
+private:
+    icu::Locale m_locale;
+};
+
 namespace {
 
 template<class Locale>

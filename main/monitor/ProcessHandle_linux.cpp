@@ -15,6 +15,7 @@
 
 #include "ClockArithmetic.h"
 #include "Descriptor_posix.h"
+#include "KeepErrno.h"
 #include "KernelFile.h"
 #include "ProcessText.h"
 #include "SystemPlatform.h"
@@ -22,7 +23,7 @@
 namespace qvxsys::monitor {
 namespace {
 
-using system::KeepErrno;
+using platform::KeepErrno;
 using system::KernelFile;
 
 constexpr std::uint64_t kUnitsPerSecond = 10'000'000;

@@ -7,17 +7,7 @@
 namespace qvxsys::monitor {
 namespace {
 
-class KeepLastError
-{
-public:
-    KeepLastError() noexcept = default;
-    ~KeepLastError() { ::SetLastError(m_code); }
-    KeepLastError(KeepLastError const&) = delete;
-    KeepLastError& operator=(KeepLastError const&) = delete;
-
-private:
-    DWORD m_code = ::GetLastError();
-};
+using platform::KeepLastError;
 
 std::uint64_t Units(FILETIME const& time) noexcept
 {

@@ -10,10 +10,9 @@
 //
 // There are two measures, chosen for the whole process by SetThreadTimeOption:
 // - Cycles (the default): precise, and cannot tell kernel from user, so everything is booked as user time. On Linux
-// this
-//   is the thread's CPU clock (CLOCK_THREAD_CPUTIME_ID). On Windows the thread's cycles are divided by the frequency
-//   that one processor had at the first use, so the result is as good as that frequency is steady. 0 where the platform
-//   does not count cycles.
+//   this is the thread's CPU clock (CLOCK_THREAD_CPUTIME_ID). On Windows the thread's cycles are divided by the
+//   frequency that one processor had at the first use, so the result is as good as that frequency is steady. 0 where
+//   the platform does not count cycles.
 // - ThreadTimes: what the kernel books to the thread, split into both parts. On Linux getrusage(RUSAGE_THREAD): usually
 //   an exact sum that is split in the proportion found by sampling at timer ticks, so a short scope's split can be far
 //   off. On Windows GetThreadTimes, in steps of 10 to 16 ms.

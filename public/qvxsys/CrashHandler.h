@@ -37,7 +37,7 @@ namespace quorvex::crash {
 /// What the handler does besides writing a dump.
 struct HandlerOptions
 {
-    /// What goes into the dump (MiniDumpType).
+    /// What goes into the dump.
     qvxsys::minidump::MINIDUMP_TYPE type = qvxsys::minidump::MiniDumpNormal;
     /// Tell of the dump, or why there is none, in a line on the standard error stream. Linux only.
     bool announce = false;

@@ -15,10 +15,10 @@
 // On Linux names are bytes, and as text they are UTF-8. Bytes that are no well-formed UTF-8 and characters that a path
 // would take for something else are escaped, each byte B as the lone surrogate U+DC00 + B, which no well-formed text
 // has: U+DC80 to U+DCFF for bad bytes, U+DC5C for a back slash, and U+DC3A for a colon unless it is a drive's
-// ("C:/dir",
-// "//?/C:" at the beginning, '/' or nothing behind). So the file name of "log/at 12:30" is all of "at 12:30". Back,
-// lone surrogates of those values become their bytes and any others three bytes as UTF-8 would have them. In the other
-// direction a path comes back from the file system as it was if its text is well-formed and has ':' in drives only.
+// ("C:/dir", "//?/C:" at the beginning, '/' or nothing behind). So the file name of "log/at 12:30" is all of
+// "at 12:30". Back, lone surrogates of those values become their bytes and any others three bytes as UTF-8 would have
+// them. In the other direction a path comes back from the file system as it was if its text is well-formed and has ':'
+// in drives only.
 //
 // On Windows names are UTF-16 and nothing is escaped.
 

@@ -1,9 +1,8 @@
 #pragma once
 // Flat ICU functions (see <qvxsys/IcuFunctions.h>): locales, currencies, number formats, enumerations of strings.
 //
-//     ICULocalUNumberFormatPointer const money(QvxICU::t_unum_open(QvxICU::ICUNumberFormatStyle::Currency, nullptr, 0,
-//     "de_DE",
-//                                                            nullptr, &status));
+//     ICULocalUNumberFormatPointer const money(
+//         QvxICU::t_unum_open(QvxICU::ICUNumberFormatStyle::Currency, nullptr, 0, "de_DE", nullptr, &status));
 //     QvxICU::t_unum_formatDouble(money.getAlias(), 12.5, units, 32, nullptr, &status); // 12,50 and a euro sign
 //
 // An unknown locale is no error: the nearest one that is known is used, and the status is UsingFallbackWarning or

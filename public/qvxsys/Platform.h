@@ -11,12 +11,9 @@
 #define QVXSYS_API __declspec(dllimport)
 #define QVXSYS_API_CONSTANT
 #endif
-#define QVXSYS_TYPE_API
 #else
 #define QVXSYS_API_CONSTANT
 #define QVXSYS_API __attribute__((visibility("default")))
-/// On types without out-of-line members of their own whose identity must be one across library borders.
-#define QVXSYS_TYPE_API __attribute__((visibility("default")))
 #endif
 
 /// Thread-local data at a fixed offset from the thread pointer, where the platform has it.

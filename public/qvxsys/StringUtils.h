@@ -50,8 +50,8 @@ QVXSYS_API int Utf32ToUtf16(char32_t const* src, char16_t* dst, int capacity);
 QVXSYS_API int Utf32ToUtf8(char32_t const* src, int n, char* dst, int capacity);
 QVXSYS_API int Utf32ToUtf8(char32_t const* src, char* dst, int capacity);
 /// Decodes as CharacterUtils::Utf8ToUtf32 does (0x80 alone is U+0080; overlong forms, surrogates and forms of 5 and 6
-/// bytes are decoded), unlike Utf8ToUtf16; the
-/// result is not terminated. With a null dst the length is measured through UTF-16 with ICU's substitution.
+/// bytes are decoded), unlike Utf8ToUtf16; the result is not terminated. With a null dst the length is measured through
+/// UTF-16 with ICU's substitution.
 /// Errors: "Error unable to process the entire source string in function StringUtils::Utf8ToUtf32" when dst is full,
 /// "Error in function StringUtils::Utf8ToUtf32 converting non-ASCII characters to UTF-32; no code units were processed
 /// by function CharacterUtils::Utf8ToUtf32" at a byte 0.

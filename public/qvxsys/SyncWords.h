@@ -5,8 +5,7 @@
 //
 // Two properties hold for every word here, and what is built on them relies on both:
 // - One atomic step both publishes the new state and tells whether anybody sleeps. Afterwards only the word's address
-// is
-//   used (to wake), never its memory, so the object may be destroyed by whoever saw the new state first.
+//   is used (to wake), never its memory, so the object may be destroyed by whoever saw the new state first.
 // - Waking is by address, so a thread may be woken for nothing. Every sleeper looks at the word again.
 
 #include <atomic>

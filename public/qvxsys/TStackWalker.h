@@ -87,8 +87,7 @@ protected:
     ///   where it is not, " 0x", the address as sixteen hexadecimal digits, letters upper-case (as the standard streams
     ///   of Visual C++ print a pointer), and a blank (with addresses);
     /// - the module's name (its file name; on Windows without the extension, as debuggers show it), or "(module name
-    /// not available)"; "!"; the function's name, at most 2,047 bytes of it,
-    ///   or "(symbol not available)".
+    ///   not available)"; "!"; the function's name, at most 2,047 bytes of it, or "(symbol not available)".
     ///
     /// Files are looked up only when file names or lines are on. Functions whose file's name ends in "stackwalker.cpp",
     /// "memorytrackingcommunication.cpp" or "tmemory.cpp", in any case of the letters, are left out: with both switches

@@ -134,9 +134,10 @@ public:
     /// Of a loaded module by its file name; what else `module` has is not looked at. Windows ignores case and takes
     /// ".dll" for granted; on Linux the name must be that of the file the module was loaded by ("libc.so.6").
     [[nodiscard]] static TPathCore ModulePath(TPathCore const& module);
+    /// @}
+
     /// The name from UTF-8, mangled as it is. Null is empty text.
     [[nodiscard]] static TStringCore unmangleClassName(char const* name);
-    /// @}
 };
 static_assert(
     offsetof(TSystem::MemoryInfo, availablePhysical) == 0 && offsetof(TSystem::MemoryInfo, usedPhysical) == 8 &&

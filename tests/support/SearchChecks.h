@@ -132,9 +132,6 @@ public:
                 Require(FindFirstOf(p, text.size(), members, set.size(), member) ==
                             (member ? text.find_first_of(set) : text.find_first_not_of(set)),
                         "FindFirstOf");
-                Require(FindLastOf(p, text.size(), members, set.size(), member) ==
-                            (member ? text.find_last_of(set) : text.find_last_not_of(set)),
-                        "FindLastOf");
             }
         });
     }

@@ -11,6 +11,11 @@ class App;
 
 namespace qvx {
 
+/// Exit statuses.
+inline constexpr int kSuccess = 0;
+inline constexpr int kSomeFailed = 1;
+inline constexpr int kUsageError = 2;
+
 /// A subcommand, and what runs it once the command line was read. Returns the exit status.
 struct Command
 {
@@ -23,6 +28,7 @@ struct Command
 /// An argument that comes back, as it was given.
 [[nodiscard]] std::string Unguarded(std::string const& argument);
 
+[[nodiscard]] Command AddScan(CLI::App& app);
 [[nodiscard]] Command AddWatch(CLI::App& app);
 [[nodiscard]] Command AddTop(CLI::App& app);
 [[nodiscard]] Command AddDoctor(CLI::App& app);

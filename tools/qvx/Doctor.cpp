@@ -15,6 +15,7 @@
 
 #include "DisplayText.h"
 #include "Loopback.h"
+#include "Output.h"
 #include "Units.h"
 
 namespace qvx {
@@ -193,7 +194,7 @@ std::string DiagnosisJson(Diagnosis const& diagnosis)
     for (TStringCore const& complaint : diagnosis.complaints) {
         json["complaints"].push_back(complaint.toStdString());
     }
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+    return JsonText(json);
 }
 
 } // namespace qvx

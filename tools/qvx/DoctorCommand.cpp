@@ -9,6 +9,7 @@
 
 #include "Arguments.h"
 #include "Doctor.h"
+#include "Output.h"
 
 namespace qvx {
 namespace {
@@ -33,12 +34,7 @@ int Run(DoctorOptions const& options)
             std::cout << line << '\n';
         }
     }
-    std::cout.flush();
-    if (!std::cout) {
-        std::cerr << "qvx: cannot write the result\n";
-        return 1;
-    }
-    return diagnosis.complaints.empty() ? 0 : 1;
+    return FinishOutput() && diagnosis.complaints.empty() ? 0 : 1;
 }
 
 } // namespace

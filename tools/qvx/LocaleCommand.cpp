@@ -14,6 +14,7 @@
 #include "Arguments.h"
 #include "DisplayText.h"
 #include "LocaleFacts.h"
+#include "Output.h"
 #include "TextTable.h"
 
 using QvxICU::ICULocale;
@@ -43,21 +44,6 @@ struct LocaleCommand
     bool asJson = false;
 };
 
-int Finish(bool isGood)
-{
-    std::cout.flush();
-    if (!std::cout) {
-        std::cerr << "qvx: cannot write the result\n";
-        return 1;
-    }
-    return isGood ? 0 : 1;
-}
-
-void Print(Json const& json)
-{
-    std::cout << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
-}
-
 int List(bool asJson)
 {
     int count = 0;
@@ -70,13 +56,13 @@ int List(bool asJson)
         rows.push_back({TStringCore::fromStdString(locale->getName()), english, Printable(own)});
     }
     if (asJson) {
-        Print(json);
+        std::cout << JsonText(json);
     } else {
         for (TStringCore const& line : AlignedLines(rows, "l")) {
             std::cout << line << '\n';
         }
     }
-    return Finish(true);
+    return FinishOutput() ? 0 : 1;
 }
 
 // The moment and the time zone, or a complaint.
@@ -128,9 +114,9 @@ int Show(LocaleCommand const& command, LocaleOptions const& options)
         }
     }
     if (command.asJson) {
-        Print(json);
+        std::cout << JsonText(json);
     }
-    return Finish(allKnown);
+    return FinishOutput() && allKnown ? 0 : 1;
 }
 
 int Run(LocaleCommand const& command)

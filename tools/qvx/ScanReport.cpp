@@ -10,6 +10,7 @@
 #include "DisplayText.h"
 #include "Failures.h"
 #include "Host.h"
+#include "Output.h"
 #include "TextTable.h"
 
 namespace qvx {
@@ -171,7 +172,7 @@ void PrintJson(ScanResult const& result, bool withMatches, std::string const& ha
         json["total"]["matches"] = result.matches;
         json["total"]["matchingLines"] = result.matchingLines;
     }
-    out << json.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    out << JsonText(json);
 }
 
 void PrintDigest(ScannedFile const& file, std::ostream& out)

@@ -13,6 +13,7 @@
 #include <qvxsys/std.h>
 
 #include "Failures.h"
+#include "Output.h"
 #include "Screen.h"
 #include "WatchedCommand.h"
 
@@ -118,12 +119,7 @@ int Top(TopOptions const& options)
             std::cout << line << '\n';
         }
     }
-    std::cout.flush();
-    if (!std::cout) {
-        std::cerr << "qvx: cannot write the result\n";
-        return 1;
-    }
-    return 0;
+    return FinishOutput() ? 0 : 1;
 }
 
 } // namespace qvx

@@ -46,8 +46,8 @@ struct TopView
 /// The heaviest or oldest first; by process id, the smallest.
 void Sort(TopView& view, TopColumn column);
 
-/// A heading, a line for each process and one of totals behind an empty one. With bars and a mark at
-/// the column that sorts, in lines of at most `columns` columns; 0 stands for none of this.
+/// A heading, a line for each process and one of totals behind an empty one. With bars and a mark at the column that
+/// sorts, in lines of at most `columns` columns; 0 stands for none of this.
 [[nodiscard]] std::vector<TStringCore> TopLines(TopView const& view, int columns);
 
 [[nodiscard]] std::string TopJson(TopView const& view);

@@ -11,6 +11,7 @@
 #include <qvxsys/Format.h>
 
 #include "DisplayText.h"
+#include "Output.h"
 #include "TextTable.h"
 #include "Units.h"
 
@@ -120,7 +121,7 @@ std::string TopJson(TopView const& view)
     json["total"] = {
         {"processes", view.processes.size()}, {"cpu", std::min(totals.cpu, 100u)}, {"memory", totals.memory}};
     json["machine"] = {{"memoryTotal", view.machineTotal}, {"memoryUsed", view.machineUsed}};
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+    return JsonText(json);
 }
 
 } // namespace qvx

@@ -17,6 +17,8 @@
 
 namespace qvxsys::dump {
 
+inline constexpr std::size_t kPage = 4096; // of x86-64
+
 class Arena
 {
 public:

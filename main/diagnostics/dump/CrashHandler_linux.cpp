@@ -23,7 +23,6 @@ constexpr int kSignals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS, SI
 constexpr std::size_t kMostPath = 4000;
 constexpr std::uint64_t kOtherDump = 10'000'000'000;  // ns that a crash waits for a dump on its way
 constexpr std::uint64_t kOtherTracer = 2'000'000'000; // and for another tracer to leave
-constexpr std::size_t kPage = 4096;
 constexpr std::size_t kSignalStack = 256 << 10;
 
 /// All that a crash needs, there before it. Never given back: a thread may be in the handler at any time.

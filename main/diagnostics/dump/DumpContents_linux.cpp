@@ -12,7 +12,6 @@ namespace {
 
 using namespace qvxsys::minidump;
 
-constexpr std::uint64_t kPage = 4096;
 constexpr std::size_t kMostFile = 64 << 20;    // of /proc/PID/maps
 constexpr std::size_t kRedZone = 128;          // below the stack pointer (System V ABI)
 constexpr std::uint64_t kGuard = 1 << 20;      // how far a stack may have run over

@@ -9,6 +9,8 @@
 #include <qvxsys/CharacterUtils.h>
 #include <qvxsys/CrashDump.h>
 
+#include "KernelText.h"
+
 namespace qvxsys::dump {
 namespace {
 
@@ -119,6 +121,7 @@ MINIDUMP_LOCATION_DESCRIPTOR DumpStreams::PlaceOf(std::size_t block) const noexc
 
 DumpStreams::StatFields DumpStreams::ReadStat(char const* path) const noexcept
 {
+    constexpr int kState = 3, kUser = 14, kKernel = 15, kNice = 19, kStart = 22; // numbered as in proc(5)
     StatFields fields{};
     ArenaBytes bytes(m_arena);
     ReadFile(path, bytes, 4096);
@@ -131,29 +134,16 @@ DumpStreams::StatFields DumpStreams::ReadStat(char const* path) const noexcept
     std::size_t const length = std::min(close - open - 1, sizeof fields.name - 1);
     std::memcpy(fields.name, line.data() + open + 1, length);
     line.remove_prefix(close + 1);
-    for (int field = 3; !line.empty() && field <= 22; ++field) {
-        line.remove_prefix(1);
-        std::string_view value = line.substr(0, line.find(' '));
-        line.remove_prefix(value.size());
-        bool const negative = value.starts_with('-');
-        value.remove_prefix(negative ? 1 : 0);
-        std::uint64_t const number = TakeNumber(value);
-        switch (field) {
-        case 14:
-            fields.user = number;
-            break;
-        case 15:
-            fields.kernel = number;
-            break;
-        case 19:
-            fields.nice = negative ? -static_cast<std::int64_t>(number) : static_cast<std::int64_t>(number);
-            break;
-        case 22:
-            fields.start = number;
-            break;
-        default:
-            break;
-        }
+    for (int field = kState; field <= kStart; ++field) {
+        std::string_view word = system::TakeWord(line);
+        bool const negative = word.starts_with('-');
+        word.remove_prefix(negative ? 1 : 0);
+        std::uint64_t const number = system::ParseNumber(word).value_or(0);
+        auto const sign = negative ? std::int64_t{-1} : std::int64_t{1};
+        fields.user = field == kUser ? number : fields.user;
+        fields.kernel = field == kKernel ? number : fields.kernel;
+        fields.nice = field == kNice ? sign * static_cast<std::int64_t>(number) : fields.nice;
+        fields.start = field == kStart ? number : fields.start;
     }
     return fields;
 }

@@ -8,8 +8,6 @@
 namespace qvxsys::dump {
 namespace {
 
-constexpr std::uint64_t kPage = 4096;
-
 // PAGEMAP_SCAN(2const), which headers older than those of Linux 6.7 do not have.
 struct ScannedPages
 {

@@ -11,7 +11,6 @@
 namespace qvxsys::dump {
 namespace {
 
-constexpr std::uint64_t kPage = 4096;
 constexpr std::uint64_t kStopTimeout = 2'000'000'000; // ns, for threads that sit in the kernel
 
 long Trace(int request, int thread, void* address = nullptr, void* data = nullptr) noexcept

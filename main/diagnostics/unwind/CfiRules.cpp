@@ -433,12 +433,10 @@ bool Is(Value const& value, Value::Base base, std::uint64_t offset, bool read) n
 /// The registers that the kernel saved lie in the ucontext_t that the stack pointer points to.
 bool IsSignalFrame(Row const& row) noexcept
 {
-    constexpr std::uint64_t kRbp = 120;
-    constexpr std::uint64_t kRsp = 160;
-    constexpr std::uint64_t kRip = 168;
-    return Is(row.cfa, Value::Stack, kRsp, true) && row.returnAddress.kind == Place::At &&
-           Is(row.returnAddress.value, Value::Stack, kRip, false) && row.framePointer.kind == Place::At &&
-           Is(row.framePointer.value, Value::Stack, kRbp, false);
+    return Is(row.cfa, Value::Stack, SignalFrame::kStackPointer, true) && row.returnAddress.kind == Place::At &&
+           Is(row.returnAddress.value, Value::Stack, SignalFrame::kInstruction, false) &&
+           row.framePointer.kind == Place::At &&
+           Is(row.framePointer.value, Value::Stack, SignalFrame::kFramePointer, false);
 }
 
 FrameRule RuleOf(Row const& row, bool isSignal) noexcept

@@ -32,6 +32,14 @@ struct FrameRule
     bool operator==(FrameRule const&) const = default;
 };
 
+/// Where the frame of a signal has the registers of what it interrupted: offsets in a ucontext_t.
+struct SignalFrame
+{
+    static constexpr std::uint64_t kFramePointer = 120;
+    static constexpr std::uint64_t kStackPointer = 160;
+    static constexpr std::uint64_t kInstruction = 168;
+};
+
 /// One entry of .eh_frame and what it refers to: from the first byte behind the length to the end.
 struct CfiEntry
 {

@@ -1,6 +1,5 @@
 #include "ModuleTable.h"
 
-#include <cerrno>
 #include <cstring>
 #include <exception>
 
@@ -12,6 +11,7 @@
 #include <unwind.h>
 
 #include "BuildIdNote.h"
+#include "KeepErrno.h"
 #include "StackCapture.h"
 
 namespace qvxsys::unwind::platform {
@@ -38,7 +38,7 @@ void ReadBuildId(std::uintptr_t bias, ModuleRecord& record) noexcept
             segment.p_memsz > kFirstPage - (notes - record.begin)) {
             continue;
         }
-        auto const id = BuildIdIn({reinterpret_cast<unsigned char const*>(notes), segment.p_memsz});
+        auto const id = BuildIdIn({reinterpret_cast<unsigned char const*>(notes), segment.p_memsz}, segment.p_align);
         if (!id.empty() && id.size() <= quorvex::StackModule::kMaxBuildId) {
             record.buildIdInMemory = id.data();
             record.buildIdLength = static_cast<std::uint8_t>(id.size());
@@ -84,9 +84,8 @@ bool IsProgram(ModuleRecord const& record) noexcept
 void SetProgramName(ModuleRecord& record) noexcept
 {
     char path[1024];
-    int const before = errno;
+    qvxsys::platform::KeepErrno const keep;
     auto const length = ::readlink("/proc/self/exe", path, sizeof path - 1);
-    errno = before;
     constexpr ssize_t kMost = sizeof record.name - 1;
     path[length > 0 ? length : 0] = 0;
     std::strcpy(record.name, length > kMost ? path + (length - kMost) : path);

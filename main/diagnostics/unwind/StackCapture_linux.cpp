@@ -312,18 +312,15 @@ private:
     /// Goes on where the signal came, on whatever stack that is.
     bool LeaveSignal(Position& at) noexcept
     {
-        constexpr Address kRbp = 120;
-        constexpr Address kRsp = 160;
-        constexpr Address kRip = 168;
-        constexpr Address kTrap = 200;
+        constexpr Address kTrap = 200; // offsets as those of SignalFrame
         constexpr Address kFaultAddress = 216;
         constexpr Address kPageFault = 14;
         if (at.sp % 8 != 0 || at.sp + kFaultAddress + 8 < at.sp || !Reach(at.sp + kFaultAddress + 8)) {
             return false;
         }
-        Address const ip = Load(at.sp + kRip);
+        Address const ip = Load(at.sp + SignalFrame::kInstruction);
         bool const unfetched = Load(at.sp + kTrap) == kPageFault && Load(at.sp + kFaultAddress) == ip;
-        at = {ip, Load(at.sp + kRsp), Load(at.sp + kRbp), true, unfetched};
+        at = {ip, Load(at.sp + SignalFrame::kStackPointer), Load(at.sp + SignalFrame::kFramePointer), true, unfetched};
         ComeTo(at.sp);
         return true;
     }

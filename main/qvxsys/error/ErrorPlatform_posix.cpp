@@ -8,6 +8,8 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include "KeepErrno.h"
+
 namespace qvxsys::error::platform {
 namespace {
 
@@ -46,15 +48,12 @@ private:
 
 void DebugOutput(char const* text) noexcept
 {
-    int const before = errno;
+    qvxsys::platform::KeepErrno const keep;
     char feed[] = "\n";
     // One call, so that lines of several threads stay whole.
     iovec const parts[] = {{const_cast<char*>(text), std::strlen(text)}, {feed, 1}};
-    {
-        WithoutPipeSignal const quiet;
-        [[maybe_unused]] auto const written = ::writev(STDERR_FILENO, parts, 2);
-    }
-    errno = before;
+    WithoutPipeSignal const quiet;
+    [[maybe_unused]] auto const written = ::writev(STDERR_FILENO, parts, 2);
 }
 
 } // namespace qvxsys::error::platform

@@ -41,8 +41,3 @@ TPathCore TSystem::ModulePath(TPathCore const& module)
     TPathCore const name = module.Filename();
     return name.empty() ? TPathCore() : platform::LoadedModule(name);
 }
-
-TStringCore TSystem::unmangleClassName(char const* name)
-{
-    return TStringCore::fromUtf8(name);
-}

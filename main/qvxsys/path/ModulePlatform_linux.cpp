@@ -1,8 +1,6 @@
 #include "ModulePlatform.h"
 
 #include <cstdint>
-#include <cstdlib>
-#include <fstream>
 #include <new>
 #include <string>
 #include <string_view>
@@ -15,26 +13,18 @@
 #include <qvxsys/FileSystemPath.h>
 
 #include "LinkedName_linux.h"
+#include "MappedFile_linux.h"
 
 namespace qvxsys::path::platform {
 namespace {
 
 constexpr char kSelf[] = "/proc/self/exe";
-constexpr std::string_view kDeleted = " (deleted)";
 
 bool SameFile(char const* a, char const* b) noexcept
 {
     struct stat left, right;
     return ::stat(a, &left) == 0 && ::stat(b, &right) == 0 && left.st_dev == right.st_dev &&
            left.st_ino == right.st_ino;
-}
-
-// Of a file that is gone the kernel writes " (deleted)" behind the name it had. A file may also be called so.
-void DropDeleted(std::string& name, bool isThere)
-{
-    if (!isThere && name.ends_with(kDeleted)) {
-        name.resize(name.size() - kDeleted.size());
-    }
 }
 
 std::string Executable()
@@ -53,7 +43,7 @@ std::string Executable()
         }
         name.resize(2 * name.size());
     }
-    DropDeleted(name, SameFile(name.c_str(), kSelf));
+    qvxsys::platform::DropDeleted(name, SameFile(name.c_str(), kSelf));
     return name;
 }
 
@@ -102,25 +92,6 @@ int Look(dl_phdr_info* info, std::size_t, void* data) noexcept
     return module.isFound ? 1 : 0;
 }
 
-// The kernel's name for the file that is mapped at the address, which is never relative; empty without one.
-std::string MappedFile(std::uintptr_t address)
-{
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);) {
-        // "START-END PERMISSIONS OFFSET DEVICE INODE    NAME"
-        char* rest = nullptr;
-        std::uintptr_t const start = std::strtoul(line.c_str(), &rest, 16);
-        std::uintptr_t const end = *rest == '-' ? std::strtoul(rest + 1, nullptr, 16) : 0;
-        std::size_t const at = line.find('/');
-        if (address >= start && address < end && at != std::string::npos) {
-            std::string name = line.substr(at);
-            DropDeleted(name, ::access(name.c_str(), F_OK) == 0);
-            return name;
-        }
-    }
-    return {};
-}
-
 TPathCore FileOf(Module&& module)
 {
     ::dl_iterate_phdr(Look, &module);
@@ -129,7 +100,7 @@ TPathCore FileOf(Module&& module)
     }
     // A module that was loaded by a relative name may have lost the folder that was relative to; the vDSO has no file.
     bool const isFull = !module.isFound || module.name.starts_with('/');
-    return FromNative(isFull ? module.name : MappedFile(module.address));
+    return FromNative(isFull ? module.name : qvxsys::platform::MappedFile(module.address));
 }
 
 } // namespace

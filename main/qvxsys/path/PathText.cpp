@@ -136,8 +136,7 @@ int FilenameStartAtColon(TStringView text) noexcept
 // - it is part of the root path;
 // - separators alone lie between the root directory and `start`: the empty element behind that;
 // - the name is the first one behind a root name without a root directory, or of all, and separators were passed:
-// between
-//   the two is the empty element at the name's end.
+//   between the two is the empty element at the name's end.
 int PreviousElement(TStringView text, Root root, int start) noexcept
 {
     int const first = root.Length();

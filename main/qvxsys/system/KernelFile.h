@@ -1,28 +1,15 @@
 #pragma once
 // A file of the kernel's, read without allocating. (KernelFile_linux.cpp)
 
-#include <cerrno>
 #include <cstddef>
 #include <optional>
 #include <span>
 #include <string_view>
 
+#include "KeepErrno.h"
 #include "KernelText.h"
 
 namespace qvxsys::system {
-
-/// Puts errno back.
-class KeepErrno
-{
-public:
-    KeepErrno() noexcept = default;
-    ~KeepErrno() { errno = m_errno; }
-    KeepErrno(KeepErrno const&) = delete;
-    KeepErrno& operator=(KeepErrno const&) = delete;
-
-private:
-    int m_errno = errno;
-};
 
 /// Open for reading; errno is as it was once the object is gone.
 class KernelFile
@@ -45,7 +32,7 @@ public:
     }
 
 private:
-    KeepErrno m_keep;
+    qvxsys::platform::KeepErrno m_keep;
     int m_descriptor;
 };
 

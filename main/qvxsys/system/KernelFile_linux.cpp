@@ -1,5 +1,7 @@
 #include "KernelFile.h"
 
+#include <cerrno>
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,11 +1,12 @@
 #include "LocalEncoding.h"
 
-#include <cerrno>
 #include <clocale>
 #include <string_view>
 
 #include <langinfo.h>
 #include <locale.h>
+
+#include "KeepErrno.h"
 
 namespace qvxsys::system::platform {
 namespace {
@@ -20,7 +21,7 @@ void CopyName(std::string_view source, char (&name)[20]) noexcept
 
 void LocalEncodingName(char (&name)[20]) noexcept
 {
-    int const before = errno;
+    qvxsys::platform::KeepErrno const keep;
     // The locale of the process, not one that the calling thread may have put on for itself.
     char const* const set = std::setlocale(LC_CTYPE, nullptr);
     bool const isUnset = set == nullptr || std::string_view(set) == "C" || std::string_view(set) == "POSIX";
@@ -33,7 +34,6 @@ void LocalEncodingName(char (&name)[20]) noexcept
     } else {
         CopyName("UTF-8", name);
     }
-    errno = before;
 }
 
 } // namespace qvxsys::system::platform

@@ -10,10 +10,13 @@
 #include <unistd.h>
 
 #include "ControlGroup.h"
+#include "KeepErrno.h"
 #include "KernelFile.h"
 
 namespace qvxsys::system::platform {
 namespace {
+
+using qvxsys::platform::KeepErrno;
 
 std::uint64_t Minus(std::uint64_t a, std::uint64_t b) noexcept
 {

@@ -1,7 +1,9 @@
 #pragma once
-// The frequency that the cycles of threads are counted in, for platforms that count cycles and not time: Windows.
+// The frequencies of the processors, for platforms that count the cycles of threads and not their time: Windows.
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 
 namespace qvxsys::system {
@@ -29,8 +31,19 @@ constexpr std::uint64_t FrequencyOf(std::span<ProcessorPowerRecord const> record
     return 0;
 }
 
+/// What it tells of all of them; empty when it tells nothing, or there is no memory. (ProcessorFrequency_win.cpp, as
+/// the function below; not there on Linux, which counts time.)
+struct ProcessorPowerRecords
+{
+    std::unique_ptr<ProcessorPowerRecord[]> records;
+    std::size_t count = 0;
+
+    operator std::span<ProcessorPowerRecord const>() const noexcept { return {records.get(), count}; }
+};
+ProcessorPowerRecords ReadPowerRecords() noexcept;
+
 /// The frequency in hertz of the processor that the first caller ran on, as it was then; 0 when that could not be found
-/// out. Asked once per process. (ProcessorFrequency_win.cpp; not there on Linux, which counts time.)
+/// out. Asked once per process.
 std::uint64_t ProcessorFrequency() noexcept;
 
 } // namespace qvxsys::system

@@ -10,6 +10,8 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "KeepErrno.h"
+
 namespace qvxsys::system::platform {
 namespace {
 
@@ -63,10 +65,9 @@ std::uint32_t ProcessId() noexcept
 
 void Sleep(std::uint32_t ms) noexcept
 {
-    int const before = errno;
     if (ms == 0) {
+        qvxsys::platform::KeepErrno const keep;
         ::sched_yield();
-        errno = before;
         return;
     }
     while (ms == kNoLimit) {

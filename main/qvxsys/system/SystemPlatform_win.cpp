@@ -41,10 +41,9 @@ std::uint64_t CounterFrequency() noexcept
 
 std::uint64_t ThreadCycleMilliseconds() noexcept
 {
-    DWORD const before = ::GetLastError();
+    qvxsys::platform::KeepLastError const keep;
     ULONG64 cycles = 0;
     if (::QueryThreadCycleTime(::GetCurrentThread(), &cycles) == 0) {
-        ::SetLastError(before);
         return 0;
     }
     return TicksTo(1000, cycles, ProcessorFrequency());
@@ -52,10 +51,9 @@ std::uint64_t ThreadCycleMilliseconds() noexcept
 
 ThreadTimes CurrentThreadTimes() noexcept
 {
-    DWORD const before = ::GetLastError();
+    qvxsys::platform::KeepLastError const keep;
     FILETIME created, ended, kernel, user;
     if (::GetThreadTimes(::GetCurrentThread(), &created, &ended, &kernel, &user) == 0) {
-        ::SetLastError(before);
         return {};
     }
     return {HundredNanoseconds(user), HundredNanoseconds(kernel)};

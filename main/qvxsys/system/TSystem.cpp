@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <utility>
 
+#include <qvxsys/TStringCore.h>
+
 #include "ClockArithmetic.h"
 #include "SystemPlatform.h"
 #include "tmemory_platform.h"
@@ -85,6 +87,11 @@ bool TSystem::IsDesktopMainThread()
 {
     auto const& func = DesktopMainThreadFunc();
     return func && func();
+}
+
+TStringCore TSystem::unmangleClassName(char const* name)
+{
+    return TStringCore::fromUtf8(name);
 }
 
 std::string GetLastErrorString(unsigned long code)

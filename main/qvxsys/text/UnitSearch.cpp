@@ -449,21 +449,4 @@ std::size_t FindFirstOf(char16_t const* text, std::size_t length, char16_t const
     return kNotFound;
 }
 
-std::size_t FindLastOf(char16_t const* text, std::size_t length, char16_t const* set, std::size_t n,
-                       bool member) noexcept
-{
-    if (member && n <= Anchors::kMost) {
-        ScanBlock block{length, length};
-        std::uint64_t const hits = n == 0 ? 0 : kernels().previousHits(text, length, AnchorsOf(set, n), block);
-        return hits != 0 ? HighestHit(hits, block) : kNotFound;
-    }
-    UnitSet const units({set, n});
-    for (std::size_t i = length; i-- > 0;) {
-        if (units.Contains(text[i]) == member) {
-            return i;
-        }
-    }
-    return kNotFound;
-}
-
 } // namespace qvxsys::text

@@ -23,11 +23,9 @@ inline constexpr std::size_t kNotFound = static_cast<std::size_t>(-1);
 [[nodiscard]] std::size_t CountMatches(char16_t const* text, std::size_t length, char16_t const* needle, std::size_t n,
                                        bool folded);
 
-/// The first and the last unit that is (`member`) or is not in a set of units, or kNotFound.
+/// The first unit that is (`member`) or is not in a set of units, or kNotFound.
 [[nodiscard]] std::size_t FindFirstOf(char16_t const* text, std::size_t length, char16_t const* set, std::size_t n,
                                       bool member = true) noexcept;
-[[nodiscard]] std::size_t FindLastOf(char16_t const* text, std::size_t length, char16_t const* set, std::size_t n,
-                                     bool member = true) noexcept;
 
 /// All matches of a needle, one after the other:
 ///
