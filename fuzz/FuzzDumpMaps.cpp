@@ -1,14 +1,10 @@
 // What a dump reads of other processes: the lines of /proc/PID/maps, and ELF files in memory that may be anything.
 // Lines are checked by writing the mapping as the kernel would and reading it again.
 
-#include <algorithm>
-#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <string>
 
 #include "ElfImage.h"
+#include "Fuzz.h"
 #include "ProcMaps.h"
 
 using namespace qvxsys::dump;
@@ -18,30 +14,20 @@ namespace {
 class FuzzedMemory final : public MemoryReader
 {
 public:
-    FuzzedMemory(std::uint8_t const* data, std::size_t size) : m_data(data), m_size(size) {}
+    explicit FuzzedMemory(std::string_view bytes) : m_bytes(bytes) {}
 
     bool Read(std::uint64_t address, void* to, std::size_t size) noexcept override
     {
-        if (address < kBase || address - kBase > m_size || size > m_size - (address - kBase)) {
-            return false;
-        }
-        std::memcpy(to, m_data + (address - kBase), size);
-        return true;
+        std::uint64_t const at = address - kBase;
+        bool const inside = address >= kBase && at <= m_bytes.size() && size <= m_bytes.size() - at;
+        return inside && m_bytes.substr(at).copy(static_cast<char*>(to), size) == size;
     }
 
     static constexpr std::uint64_t kBase = 0x400000;
 
 private:
-    std::uint8_t const* m_data;
-    std::size_t m_size;
+    std::string_view m_bytes;
 };
-
-void Require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
 
 void CheckMapping(Mapping const& mapping)
 {
@@ -61,20 +47,19 @@ void CheckMapping(Mapping const& mapping)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+void Fuzz(std::uint8_t const* data, std::size_t size)
 {
-    ForEachMapping({reinterpret_cast<char const*>(data), size}, CheckMapping);
-    FuzzedMemory memory(data, size);
+    ForEachMapping(Bytes(data, size), CheckMapping);
+    FuzzedMemory memory(Bytes(data, size));
     Require(FindBuildId(memory, FuzzedMemory::kBase).size <= sizeof(BuildId::bytes));
     // The same with a beginning that is taken for that of a file: its class, and the size of a program header.
-    std::string image(reinterpret_cast<char const*>(data), size);
+    std::string image(Bytes(data, size));
     image.resize(std::max<std::size_t>(size, 64));
     image.replace(0, 5, {0x7F, 'E', 'L', 'F', 2});
     image[54] = 56;
     image[55] = 0;
-    FuzzedMemory elf(reinterpret_cast<std::uint8_t const*>(image.data()), image.size());
+    FuzzedMemory elf(image);
     Require(FindBuildId(elf, FuzzedMemory::kBase).size <= sizeof(BuildId::bytes));
     std::uint64_t dynamic = 0;
     FindDynamicLinkerRecord(memory, FuzzedMemory::kBase, size / 56, &dynamic);
-    return 0;
 }

@@ -1,25 +1,14 @@
 // Arbitrary bytes as what the kernel tells: lines in pieces against the whole text cut by hand, and every parser's
 // promises.
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
-
 #include "ControlGroup.h"
+#include "Fuzz.h"
 #include "KernelText.h"
 #include "ProcessText.h"
 
 namespace {
 
 using namespace qvxsys::system;
-
-void Require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
 
 constexpr std::size_t kBuffer = 64;
 
@@ -50,9 +39,9 @@ void CheckLine(std::string_view line)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+void Fuzz(std::uint8_t const* data, std::size_t size)
 {
-    std::string_view const text(static_cast<char const*>(static_cast<void const*>(data)), size);
+    std::string_view const text = Bytes(data, size);
     std::size_t at = 0;
     auto const read = [&](char* to, std::size_t room) {
         std::size_t const step = at < size ? data[at] % 40u + 1 : 0;
@@ -74,5 +63,4 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     Require(!stat || text.ends_with('\n'));
     auto const pages = qvxsys::monitor::ParsePrivatePages(text);
     Require(!pages || text.ends_with('\n'));
-    return 0;
 }

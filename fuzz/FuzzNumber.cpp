@@ -1,19 +1,16 @@
 // Numbers: texts of arbitrary bytes read in every base and as floating-point numbers, values written and read back,
 // with the C++ library as the oracle.
 
-#include <cstdint>
-#include <cstring>
-#include <vector>
-
+#include "Fuzz.h"
 #include "support/NumberReference.h"
 
-extern "C" __attribute__((visibility("default"))) int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+void Fuzz(std::uint8_t const* data, std::size_t size)
 {
     if (size < 2) {
-        return 0;
+        return;
     }
     int const base = 2 + data[0] % 35;
-    std::string const bytes(reinterpret_cast<char const*>(data) + 2, size - 2);
+    std::string const bytes(Bytes(data + 2, size - 2));
     number_reference::CheckInteger(bytes, base);
     number_reference::CheckFloat<double>(bytes);
     number_reference::CheckFloat<float>(bytes);
@@ -22,15 +19,11 @@ extern "C" __attribute__((visibility("default"))) int LLVMFuzzerTestOneInput(std
     number_reference::CheckValue(bits, base, data[1], static_cast<char16_t>(data[0] << 8 | data[1]));
 
     // As units: any text at all is read without reading outside it.
-    std::vector<char16_t> units(size / 2);
-    std::memcpy(units.data(), data, units.size() * sizeof(char16_t));
-    TStringView const any(units.data(), units.size());
+    auto const units = Exact<char16_t>(data, size / 2);
+    TStringView const any(units.get(), size / 2);
     for (int const anyBase : {0, base}) {
         static_cast<void>(any.toULongLong(nullptr, anyBase));
-        if (any.leftIntegerLength(anyBase) > any.length()) {
-            throw std::logic_error("leftIntegerLength");
-        }
+        Require(any.leftIntegerLength(anyBase) <= any.length());
     }
     static_cast<void>(any.toDouble());
-    return 0;
 }

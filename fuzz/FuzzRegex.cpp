@@ -1,30 +1,26 @@
 // Regular expressions: any pattern on any text ends, with a status within the limits, and finds what lies in the text.
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
-#include <vector>
-
 #include <qvxsys/ICURegexPattern.h>
 
-extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+#include "Fuzz.h"
+
+void Fuzz(std::uint8_t const* data, std::size_t size)
 {
     using QvxICU::ICUErrorCode;
     if (size < 4) {
-        return 0;
+        return;
     }
     // Flags, the pattern's length, then units: bytes mostly, each 0xFF making a whole unit of the next two.
     unsigned const flags = data[0];
-    std::vector<char16_t> units;
+    std::u16string units;
     for (std::size_t i = 2; i < size; ++i) {
         bool const wide = data[i] == 0xFF && i + 2 < size;
-        units.push_back(wide ? static_cast<char16_t>(data[i + 1] << 8 | data[i + 2]) : data[i]);
+        units += wide ? static_cast<char16_t>(data[i + 1] << 8 | data[i + 2]) : char16_t{data[i]};
         i += wide ? 2 : 0;
     }
     std::size_t const split = std::min<std::size_t>(data[1], units.size());
     ICUErrorCode status = ICUErrorCode::ZeroError;
-    auto const pattern =
-        QvxICU::ICURegexPattern::createInstance(TStringCore(TStringView(units.data(), split)), flags, status);
+    auto const pattern = QvxICU::ICURegexPattern::createInstance(TStringCore(units.substr(0, split)), flags, status);
     TStringView const text(units.data() + split, units.size() - split);
     auto const matcher = pattern->matcher(text, status);
     matcher->setTimeLimit(20, status);
@@ -33,9 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     while (matcher->find(status)) {
         int const start = matcher->start(status);
         int const end = matcher->end(status);
-        if (start < last || end < start || end > text.length()) {
-            std::abort();
-        }
+        Require(start >= last && end >= start && end <= text.length());
         last = end;
     }
     status = ICUErrorCode::ZeroError;
@@ -45,5 +39,4 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     status = ICUErrorCode::ZeroError;
     matcher->region(static_cast<int>(flags) - 64, data[2], status);
     static_cast<void>(matcher->matches(status));
-    return 0;
 }

@@ -2,21 +2,13 @@
 // end is found. Each operation may only move forward, a failed one stays where it is (or, where it says so, behind the
 // token), and what is read is what was there.
 
-#include <cstdint>
-#include <cstdlib>
 #include <functional>
-#include <memory>
 
 #include <qvxsys/qvxsys.h>
 
-namespace {
+#include "Fuzz.h"
 
-void Require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
+namespace {
 
 using Scan = TScanStringCore;
 
@@ -69,10 +61,10 @@ void Do(Scan& scan, unsigned operation, TStringCore& out)
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+void Fuzz(std::uint8_t const* data, std::size_t size)
 {
     if (size < 9) {
-        return 0;
+        return;
     }
     std::uint8_t const* const operations = data;
     data += 8;
@@ -112,5 +104,4 @@ extern "C" __attribute__((visibility("default"))) int LLVMFuzzerTestOneInput(std
         scan.readLine(line);
         Require(line.view().indexOf(u'\n') < 0);
     }
-    return 0;
 }

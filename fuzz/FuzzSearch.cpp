@@ -1,8 +1,6 @@
 // Comparison, search, sets and the search table on arbitrary units.
 
-#include <cstdint>
-#include <cstring>
-
+#include "Fuzz.h"
 #include "support/SearchChecks.h"
 
 // The units that bytes stand for when matches are to be frequent: several letters each with all their cases, and
@@ -12,16 +10,15 @@ constexpr char16_t kFrequent[16] = {u'a',      u'A',      u'b',      u'k',      
 
 // The first byte: folded or not, and whether the rest are units as they are or choose from the frequent ones; the
 // second: how many units the needle has; then needle and text.
-extern "C" __attribute__((visibility("default"))) int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+void Fuzz(std::uint8_t const* data, std::size_t size)
 {
     if (size < 4) {
-        return 0;
+        return;
     }
     bool const folded = (data[0] & 1) != 0;
     std::u16string units;
     if ((data[0] & 2) != 0) {
-        units.resize((size - 2) / 2);
-        std::memcpy(units.data(), data + 2, units.size() * 2);
+        units = Units<char16_t>(data + 2, size - 2);
     } else {
         for (std::size_t i = 2; i < size; ++i) {
             units += kFrequent[data[i] & (data[0] >> 4)];
@@ -34,5 +31,4 @@ extern "C" __attribute__((visibility("default"))) int LLVMFuzzerTestOneInput(std
     checks.Compare(all.substr(n), all.substr(n / 2));
     checks.Search(all.substr(n), all.substr(0, n), folded, [](std::size_t length) { return length - 1; });
     checks.Sets(all.substr(n), all.substr(0, n));
-    return 0;
 }

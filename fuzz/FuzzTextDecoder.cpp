@@ -2,13 +2,9 @@
 
 #include <qvxsys/TTextDecoder.h>
 
-#include <algorithm>
-#include <cstdint>
-#include <cstdlib>
 #include <iterator>
-#include <memory>
-#include <string>
 
+#include "Fuzz.h"
 #include "support/IcuDecode.h"
 
 namespace {
@@ -22,25 +18,17 @@ TTextDecoder Make(std::string_view encoding)
     return encoding == "auto" ? TTextDecoder::Detecting() : TTextDecoder(encoding.data());
 }
 
-void Require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
-
 } // namespace
 
 // The input: the encoding, the number of chunk lengths, these, the text.
-extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t n)
+void Fuzz(std::uint8_t const* data, std::size_t size)
 {
-    if (n < 2 || n - 2 < data[1]) {
-        return 0;
+    if (size < 2 || size - 2 < data[1]) {
+        return;
     }
     char const* const encoding = kEncodings[data[0] % std::size(kEncodings)];
-    std::uint8_t const* const lengths = data + 2;
-    std::size_t const lengthCount = data[1];
-    std::string_view const bytes(reinterpret_cast<char const*>(lengths + lengthCount), n - 2 - lengthCount);
+    std::string_view const lengths = Bytes(data + 2, data[1]);
+    std::string_view const bytes = Bytes(data + 2, size - 2).substr(lengths.size());
 
     TTextDecoder::Detection const found = TTextDecoder::Detect(bytes.data(), bytes.size());
     Require(TTextDecoder::IsKnownEncoding(found.encoding.c_str()) && found.bomLength <= bytes.size());
@@ -56,14 +44,12 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t n)
     TTextDecoder decoder = Make(encoding);
     std::u16string decoded;
     for (std::size_t at = 0, i = 0; at < bytes.size() || i == 0; ++i) {
-        std::size_t const wanted = i < lengthCount ? lengths[i] : bytes.size();
+        std::size_t const wanted = i < lengths.size() ? static_cast<std::uint8_t>(lengths[i]) : bytes.size();
         std::size_t const length = std::min(wanted, bytes.size() - at);
-        std::unique_ptr<char[]> const chunk(new char[length]);
-        std::copy_n(bytes.data() + at, length, chunk.get());
+        auto const chunk = Exact<char>(bytes.data() + at, length);
         at += length;
         decoded += std::u16string_view(decoder.Decode(chunk.get(), length, at == bytes.size()));
     }
     Require(decoded == expected && decoder.Malformed() == whole.Malformed());
     Require(decoder.Found().encoding == whole.Found().encoding);
-    return 0;
 }

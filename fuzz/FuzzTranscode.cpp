@@ -1,42 +1,30 @@
 // The conversion kernels on arbitrary bytes, units and code points, against ICU.
 
+#include "Fuzz.h"
 #include "support/KernelChecks.h"
-
-#include <cstdint>
-#include <cstring>
 
 namespace {
 
 struct Range
 {
-    unsigned first;
-    unsigned mask;
+    std::uint32_t first;
+    std::uint32_t mask;
 };
 
 // Random bytes hold few surrogates and fewer values that fit, so each unit is folded to one of the interesting ranges
 // by its highest bits.
-char16_t Fold(char16_t u)
-{
-    static Range const ranges[] = {{0, 0x7F},       {0, 0x7F},       {0, 0x7FF},      {0x4000, 0x3FFF},
-                                   {0xD800, 0x3FF}, {0xDC00, 0x3FF}, {0xD800, 0x7FF}, {0xE000, 0x1FFF}};
-    return static_cast<char16_t>(ranges[u >> 13].first | (u & ranges[u >> 13].mask));
-}
-
-char32_t Fold(char32_t c)
-{
-    static Range const ranges[] = {{0, 0x7F},     {0, 0x7FF},      {0, 0xFFFF},      {0, 0xFFFFF},
-                                   {0, 0x1FFFFF}, {0xD800, 0x7FF}, {0x10FFF0, 0x1F}, {0, 0xFFFFFFFF}};
-    return ranges[c >> 29].first | (c & ranges[c >> 29].mask);
-}
+constexpr Range kRanges16[] = {{0, 0x7F},       {0, 0x7F},       {0, 0x7FF},      {0x4000, 0x3FFF},
+                               {0xD800, 0x3FF}, {0xDC00, 0x3FF}, {0xD800, 0x7FF}, {0xE000, 0x1FFF}};
+constexpr Range kRanges32[] = {{0, 0x7F},     {0, 0x7FF},      {0, 0xFFFF},      {0, 0xFFFFF},
+                               {0, 0x1FFFFF}, {0xD800, 0x7FF}, {0x10FFF0, 0x1F}, {0, 0xFFFFFFFF}};
 
 template<class Unit>
-void Check(KernelChecks const& checks, std::uint8_t const* data, std::size_t size)
+void Check(KernelChecks const& checks, std::basic_string<Unit> units, Range const* ranges)
 {
-    std::basic_string<Unit> units(size / sizeof(Unit), Unit{});
-    std::memcpy(units.data(), data, units.size() * sizeof(Unit));
     checks.Check(units);
     for (Unit& unit : units) {
-        unit = Fold(unit);
+        Range const& range = ranges[unit >> (8 * sizeof(Unit) - 3)];
+        unit = static_cast<Unit>(range.first | (unit & range.mask));
     }
     checks.Check(units);
     // The first few repeated: blocks of one kind, which random texts never have.
@@ -48,11 +36,10 @@ void Check(KernelChecks const& checks, std::uint8_t const* data, std::size_t siz
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
+void Fuzz(std::uint8_t const* data, std::size_t size)
 {
     static KernelChecks const& checks = *new KernelChecks;
-    checks.Check(std::string(reinterpret_cast<char const*>(data), size));
-    Check<char16_t>(checks, data, size);
-    Check<char32_t>(checks, data, size);
-    return 0;
+    checks.Check(Bytes(data, size));
+    Check(checks, Units<char16_t>(data, size), kRanges16);
+    Check(checks, Units<char32_t>(data, size), kRanges32);
 }

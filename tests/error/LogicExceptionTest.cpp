@@ -55,22 +55,17 @@ TEST(LogicAssert, NamesSourceAndCondition)
 TEST(LogicException, Details)
 {
     auto const error = QuorvexError::MakeError(5, u"e");
-    struct
-    {
-        TStringCore given, kept;
-    } const cases[] = {{u"abc\n\n", u"abc"},
-                       {u"\n\n", u"No details given"},
-                       {u"", u"No details given"},
-                       {u"a\n b", u"a\n b"},
-                       {u"a\r\n", u"a\r"}};
-    for (auto const& c : cases) {
-        SCOPED_TRACE(c.given.toStdString());
-        EXPECT_EQ(LogicException(c.given, ErrorInfo::TestError()).GetInternalMessage(), c.kept);
-        EXPECT_EQ(LogicException(TFormatStringCore(u"%1").arg(c.given), error).GetInternalMessage(), c.kept);
+    std::pair<TStringCore, TStringCore> const cases[] = {{u"abc\n\n", u"abc"},
+                                                         {u"\n\n", u"No details given"},
+                                                         {u"", u"No details given"},
+                                                         {u"a\n b", u"a\n b"},
+                                                         {u"a\r\n", u"a\r"}};
+    for (auto const& [given, kept] : cases) {
+        EXPECT_EQ(LogicException(given, ErrorInfo::TestError()).GetInternalMessage(), kept) << given;
+        EXPECT_EQ(LogicException(TFormatStringCore(u"%1").arg(given), error).GetInternalMessage(), kept) << given;
     }
     EXPECT_EQ(LogicException(u"x", error).GetErrorSource(), 4);
     EXPECT_EQ(LogicException(TFormatStringCore(u"%%"), ErrorInfo::TestError()).GetErrorSource(), 5);
-
     LogicException const listed(std::list<TStringCore>{u"m"}, u"\n");
     EXPECT_EQ(listed.GetInternalMessage(), u""); // not "No details given"
     EXPECT_EQ(listed.GetMessagesVector(), (std::vector<TStringCore>{u"Internal error.", u"m"}));
@@ -82,14 +77,12 @@ TEST(LogicException, CopiesCarryTheDetails)
 {
     LogicException const e(u"D", ErrorInfo::TestError());
     EXPECT_EQ(e.CollateMessagesForLog(), u"Internal error.\n\nLogicException details: D\n");
-    std::unique_ptr<QuorvexException> const clone(e.Clone());
-    EXPECT_EQ(clone->CollateMessagesForLog(), e.CollateMessagesForLog());
+    EXPECT_EQ(std::unique_ptr<QuorvexException>(e.Clone())->CollateMessagesForLog(), e.CollateMessagesForLog());
     LogicException assigned(u"", ErrorInfo::NoError());
     assigned = e;
-    EXPECT_EQ(assigned.GetInternalMessage(), u"D");
     EXPECT_EQ(&assigned.GetErrorInfo(), &e.GetErrorInfo());
     try {
-        e.Throw();
+        assigned.Throw();
     } catch (LogicException const& thrown) {
         EXPECT_EQ(thrown.GetInternalMessage(), u"D");
     }

@@ -28,15 +28,13 @@ protected:
     ~Node() override { --g_alive; }
 };
 
-class Leaf : public Node
+struct Leaf : Node
 {
-public:
     using Node::Node;
 };
 
-class Other
+struct Other
 {
-public:
     virtual ~Other() = default;
     int other = 0;
 };
@@ -74,7 +72,6 @@ TEST_F(ReferenceCount, LayoutShowsLiveObjects)
     std::uint32_t words[2];
     std::memcpy(words, static_cast<RefCntObjectNonVirtualBase<RefCntObject> const*>(p.get()), sizeof words);
     EXPECT_EQ(words[0], 2u);
-    EXPECT_EQ(words[1], 0xC466E877u);
     EXPECT_EQ(static_cast<std::int32_t>(words[1]), -999888777);
 }
 
@@ -175,8 +172,6 @@ TEST_F(ReferenceCount, ComparesAndHashesByAddress)
     Pointer const b = MakeRefCnt<Node>();
     RefCntPtr<Node const> const ac = a;
     EXPECT_TRUE(a == ac && a != b && a == a.get() && b.get() != a && a != nullptr);
-    EXPECT_EQ(a < b, std::less<>()(a.get(), b.get()));
-    EXPECT_EQ(std::hash<Pointer>()(a), std::hash<Node*>()(a.get()));
     EXPECT_EQ((std::set<Pointer>{a, b, a}.size()), 2u);
     EXPECT_EQ((std::unordered_set<Pointer>{a, b, a}.size()), 2u);
 }

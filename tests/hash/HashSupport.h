@@ -1,6 +1,7 @@
 #pragma once
 // What the tests of digests and the fuzzer share. What differs is thrown.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <random>
@@ -33,9 +34,7 @@ inline unsigned char const* Data(std::string_view text)
 inline std::string RandomBytes(std::mt19937& random, std::size_t size)
 {
     std::string bytes(size, '\0');
-    for (char& byte : bytes) {
-        byte = static_cast<char>(random());
-    }
+    std::ranges::generate(bytes, [&] { return static_cast<char>(random()); });
     return bytes;
 }
 

@@ -8,8 +8,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <stdexcept>
-#include <utility>
 
 #include <qvxsys/sha2.h>
 
@@ -108,28 +106,6 @@ TEST(Sha2, PublishedMessages)
     }
 }
 
-// 100,000 digests, each of the three before it.
-TEST(Sha2, PublishedChains)
-{
-    for (sha2::SHA_TYPE const type : kTypes) {
-        Vectors vectors(std::string(kNames[type - sha2::SHA160]) + "Monte.rsp");
-        if (!vectors.IsOpen()) {
-            GTEST_SKIP() << "QVXSYS_TEST_DATA names no folder with vectors";
-        }
-        std::string seed = FromHex(vectors.Next("Seed"));
-        ASSERT_EQ(seed.size(), quorvex::hash::DigestLength(type));
-        for (int count = 0; count < 100; ++count) {
-            std::string last = seed + seed + seed;
-            for (int i = 0; i < 1000; ++i) {
-                std::string const next = FromHex(quorvex::hash::DigestOf(type, Bytes(last)).Hex());
-                last.erase(0, next.size()) += next;
-            }
-            seed = last.substr(2 * seed.size());
-            ASSERT_EQ(seed, FromHex(vectors.Next("MD"))) << count;
-        }
-    }
-}
-
 } // namespace
 
 TEST(Sha2Object, AnotherDigestBeginsBehindTheEnd)
@@ -173,9 +149,8 @@ TEST(Sha2Object, Errors)
     auto const type = [](int value) { return static_cast<sha2::SHA_TYPE>(value); };
     std::pair<std::function<void()>, char const*> const table[] = {
         {[&] { fresh.Init(type(0)); }, kNoType},
-        {[&] { fresh.Init(type(6)); }, kNoType},
+        {[&] { fresh.GetHash(type(6), Data("a"), 1); }, kNoType},
         {[&] { fresh.Init(type(-1)); }, kNoType},
-        {[&] { fresh.GetHash(type(9), Data("a"), 1); }, kNoType},
         {[&] { fresh.Update(Data("a"), 1); }, kNoType},
         {[&] { fresh.Update(nullptr, 0); }, kNoType},
         {[&] { fresh.End(); }, kNoType},

@@ -88,6 +88,8 @@ TEST(PathRules, EveryShortText)
                     text.append(kUnits[static_cast<std::size_t>(digits % 5)]);
                 }
                 ASSERT_EQ(PathCheck().Run(text, u"a/../b"), "");
+                TPathCore const path = text;
+                ASSERT_EQ(TPathCore(path).RemoveFilename().GenericString(), path.Parent().GenericString()) << text;
             }
         }
     }
@@ -257,6 +259,7 @@ TEST(PathLexical, Within)
         EXPECT_FALSE(path.IsWithin(folder)) << path << " in " << folder;
     }
     EXPECT_EQ(TPathCore(u"//s/y/a").LexicallyRelative(u"//s/x"), u"");
+    EXPECT_EQ(TPathCore(u"a").LexicallyRelative(u"../b"), u""); // nobody knows what is above
     EXPECT_EQ(TPathCore(u"./C:").LexicallyRelative(u"").GenericString(), u"./C:");
 }
 

@@ -118,44 +118,15 @@ TEST_F(Scan, DetectsEncodings)
 
 TEST_F(Scan, TellsHowTheEncodingWasFound)
 {
-    struct
-    {
-        std::string bytes;
-        char const* encoding; // by ICU's name; null for a binary file
-        char const* foundBy;  // as --print has it
-    } const table[] = {
-        {"", "UTF-8", "utf-8"},
-        {"a", "UTF-8", "utf-8"},
-        {"\xE9", "ISO-8859-1", "detected 0%?"},
-        {"\xEF\xBB\xBF\xEF\xBB\xBFg\xFF", "UTF-8", "bom"},
-        {"\xC3\xBC\xC3\x9F\xE2\x82\xAC\xFF", "UTF-8", "detected 75%"},
-        {std::string("\xFF\xFE"
-                     "a\0\0\xDC",
-                     6),
-         "UTF-16LE", "bom"},
-        {Encoded({samples::Folder() / "texts/de-chess.txt", false, 0, 0}, "UTF-16BE") + "\xD8", "UTF-16BE",
-         "detected 99%"},
-        {std::string("\0\xFF\x80", 3), nullptr, ""},
-        {std::string("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16), nullptr, ""},
+    std::string const german = Encoded({samples::Folder() / "texts/de-chess.txt", false, 0, 0}, "UTF-16BE");
+    std::pair<std::string, char const*> const table[] = {
+        {"", "UTF-8 0 utf-8"},
+        {"\xE9", "ISO-8859-1 1 detected 0%?"},
+        {"\xEF\xBB\xBF\xEF\xBB\xBFg\xFF", "UTF-8 3 bom"}, // a second mark is text
+        {"\xC3\xBC\xC3\x9F\xE2\x82\xAC\xFF", "UTF-8 4 detected 75%"},
+        {german.substr(0, 400) + "\xD8", "UTF-16BE 201 detected 99%"},
     };
-    for (auto const& [bytes, encoding, foundBy] : table) {
-        SCOPED_TRACE(testing::PrintToString(bytes.substr(0, 20)));
-        std::string const path = Write("x", bytes);
-        ChildResult const run = Qvx({"scan", "--json", path});
-        json const result = json::parse(run.out);
-        EXPECT_EQ(run.status, encoding == nullptr ? 1 : 0);
-        ASSERT_EQ(result["files"].size(), encoding == nullptr ? 0u : 1u);
-        if (encoding == nullptr) {
-            EXPECT_EQ(result["errors"][0]["reason"], "is a binary file");
-            continue;
-        }
-        // A second mark is text.
-        json expected = Expected(encoding, bytes);
-        if (bytes.starts_with("\xEF\xBB\xBF")) {
-            EXPECT_EQ(expected["units"], 3);
-        }
-        EXPECT_EQ(CountsOf(result["files"][0]), expected);
-        EXPECT_EQ(result["files"][0]["encoding"], encoding);
-        EXPECT_EQ(Qvx({"scan", "--print", "%2 %10", path}).out, encoding + std::string(" ") + foundBy + '\n');
+    for (auto const& [bytes, shown] : table) {
+        EXPECT_EQ(Qvx({"scan", "--print", "%2 %4 %10", Write("x", bytes)}).out, shown + std::string("\n"));
     }
 }

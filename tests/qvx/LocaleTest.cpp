@@ -157,16 +157,6 @@ void ExpectWords(json const& found, Locale const& locale)
     EXPECT_EQ(cases["title"], Utf8(UnicodeString(sample).toTitle(nullptr, locale)));
 }
 
-std::vector<std::string> Lines(std::string const& text)
-{
-    std::istringstream in(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
 ChildResult LocaleAt(std::vector<std::string> arguments)
 {
     arguments.insert(arguments.begin(), {"locale", "--at", "2024-07-04T13:05:09", "--time-zone", "Europe/Paris"});

@@ -99,6 +99,13 @@ public:
     std::string ReadAll() { return Read(m_out, ""); }
     std::string ReadAllErrors() { return Read(m_err, ""); }
 
+    /// False when it has ended instead.
+    bool WaitUntilItStops() const
+    {
+        int status = 0;
+        return waitpid(m_pid, &status, WUNTRACED) == m_pid && WIFSTOPPED(status);
+    }
+
     /// Its exit status, or minus the signal that has ended it.
     int Wait()
     {
@@ -132,16 +139,33 @@ private:
     int m_err = -1;
 };
 
-/// A port of 127.0.0.1 on which nobody listens.
+/// A port of 127.0.0.1 that nobody else gets while it lives.
+class BoundPort
+{
+public:
+    BoundPort() : m_socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+    {
+        m_address.sin_family = AF_INET;
+        m_address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof m_address;
+        auto* const any = reinterpret_cast<sockaddr*>(&m_address);
+        if (bind(m_socket, any, length) != 0 || getsockname(m_socket, any, &length) != 0) {
+            throw std::runtime_error("no port");
+        }
+    }
+    ~BoundPort() { close(m_socket); }
+    BoundPort(BoundPort const&) = delete;
+    BoundPort& operator=(BoundPort const&) = delete;
+
+    unsigned short Number() const { return ntohs(m_address.sin_port); }
+
+private:
+    int m_socket;
+    sockaddr_in m_address{};
+};
+
+/// A port on which nobody listens.
 inline unsigned short FreePort()
 {
-    int const socket = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    auto* const any = reinterpret_cast<sockaddr*>(&address);
-    bool const isBound = bind(socket, any, length) == 0 && getsockname(socket, any, &length) == 0;
-    close(socket);
-    return isBound ? ntohs(address.sin_port) : 0;
+    return BoundPort().Number();
 }

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,16 @@ inline ChildResult Qvx(std::vector<std::string> arguments, ChildOptions const& o
 {
     arguments.insert(arguments.begin(), Utf8(fs::absolute(QVX_PROGRAM)));
     return RunChild(arguments, options);
+}
+
+inline std::vector<std::string> Lines(std::string const& text)
+{
+    std::istringstream in(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
 }
 
 /// What the tool should count in a file with these bytes.

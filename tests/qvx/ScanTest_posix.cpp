@@ -1,15 +1,11 @@
 // What file names and files can be on POSIX systems.
 
+#include "qvx/RunningProgram_posix.h"
 #include "qvx/ScanFixture.h"
 
 #include "support/Samples.h"
 
-#include <csignal>
-
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace scan_test;
 
@@ -109,33 +105,27 @@ TEST_F(Scan, InterruptGivesWhatIsThereAndEnds)
 {
     std::string const small = Write("a", "text\n");
     fs::resize_file(Write("b", ""), std::uintmax_t(1) << 40);
-    int out[2];
-    ASSERT_EQ(pipe2(out, O_CLOEXEC), 0);
-    pid_t const child = fork();
-    if (child == 0) {
-        dup2(out[1], STDOUT_FILENO);
-        dup2(open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
-        std::signal(SIGINT, SIG_DFL);
-        execl(QVX_PROGRAM, "qvx", "scan", "--encoding", "UTF-8", "--print", "%1 %6", Utf8(Folder()).c_str(), nullptr);
-        _exit(127);
-    }
-    close(out[1]);
-    std::string printed;
-    bool asked = false;
-    char piece[256];
-    for (ssize_t n = 0; (n = read(out[0], piece, sizeof piece)) > 0;) {
-        printed.append(piece, static_cast<std::size_t>(n));
-        if (!asked && printed.find('\n') != std::string::npos) {
-            asked = kill(child, SIGINT) == 0;
-        }
-    }
-    close(out[0]);
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_TRUE(asked);
-    EXPECT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 130);
-    EXPECT_EQ(printed, small + " 1\n");
+    RunningProgram run(
+        {Utf8(fs::absolute(QVX_PROGRAM)), "scan", "--encoding", "UTF-8", "--print", "%1 %6", Utf8(Folder())});
+    EXPECT_EQ(run.ReadUntil("\n"), small + " 1\n");
+    run.Send(SIGINT);
+    EXPECT_EQ(run.ReadAll(), "");
+    EXPECT_EQ(run.Wait(), 130);
+}
+
+// On a terminal it tells how far it has come, and takes that away at the end.
+TEST_F(Scan, ProgressOnATerminal)
+{
+    fs::resize_file(Write("b", ""), std::uintmax_t(1) << 40);
+    RunningProgram run({Utf8(fs::absolute(QVX_PROGRAM)), "scan", "--encoding", "UTF-8", Utf8(Folder())},
+                       RunningProgram::Terminal);
+    std::string const shown = run.ReadUntil(" / 1.1 TB");
+    EXPECT_TRUE(shown.ends_with("B / 1.1 TB") && shown.find("\r[") != std::string::npos &&
+                shown.find(".] 0%  ") != std::string::npos)
+        << shown;
+    run.Send(SIGINT);
+    EXPECT_NE(run.ReadAll().find("\r" + std::string(99, ' ') + "\r"), std::string::npos);
+    EXPECT_EQ(run.Wait(), 130);
 }
 
 // The same file is not read for hours either when nothing can be printed any more.

@@ -2,10 +2,14 @@
 
 #include <limits>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <qvxsys/QvxICU.h>
+
+#include "support/IcuConvert.h"
 
 namespace {
 
@@ -32,13 +36,7 @@ Step<To> Once(int (*convert)(From const*, To*, int&, int) noexcept, From const* 
 
 TEST(CharacterUtils, DecodesUtf8ByTheLeadTable)
 {
-    struct Case
-    {
-        char const* bytes;
-        int consumed;
-        char32_t codePoint;
-    };
-    Case const cases[] = {
+    std::tuple<char const*, int, char32_t> const cases[] = {
         {"A", 1, U'A'},
         {"\x80", 1, 0x80}, // passes as itself
         {"\xBF", 1, 0xFFFD},
@@ -73,34 +71,22 @@ TEST(CharacterUtils, DecodesUtf8ByTheLeadTable)
     }
 }
 
-TEST(CharacterUtils, EncodesUtf8)
+// With surrogates and values above U+10FFFF, up to four bytes.
+TEST(CharacterUtils, EncodesUtf8AsIcu)
 {
-    struct Case
-    {
-        char32_t codePoint;
-        std::string bytes;
-        int needed;
-    };
-    for (auto const& [codePoint, bytes, needed] : {Case{0x7F, "\x7F", 1},
-                                                   {0x80, "\xC2\x80", 2},
-                                                   {0x7FF, "\xDF\xBF", 2},
-                                                   {0x800, "\xE0\xA0\x80", 3},
-                                                   {0xD800, "\xED\xA0\x80", 3},
-                                                   {0xFFFF, "\xEF\xBF\xBF", 3},
-                                                   {0x10000, "\xF0\x90\x80\x80", 4},
-                                                   {0x110000, "\xF4\x90\x80\x80", 4},
-                                                   {0x1FFFFF, "\xF7\xBF\xBF\xBF", 4},
-                                                   {0x200000, "\xEF\xBF\xBD", 4}}) {
-        EXPECT_EQ(Once<char>(Utf32ToUtf8, &codePoint, needed), (Step<char>{1, bytes}))
-            << std::hex << std::uint32_t{codePoint};
-        EXPECT_EQ(Once<char>(Utf32ToUtf8, &codePoint, needed - 1), (Step<char>{0, ""}))
-            << std::hex << std::uint32_t{codePoint};
+    for (char32_t const limit : {0x7Fu, 0x7FFu, 0xD7FFu, 0xFFFFu, 0x10FFFFu, 0x1FFFFFu}) {
+        for (char32_t const c : {limit, static_cast<char32_t>(limit + 1)}) {
+            std::string const bytes = icu_reference::ToUtf8Raw(std::u32string(1, c));
+            int const needed = c > 0x1FFFFF ? 4 : static_cast<int>(bytes.size());
+            EXPECT_EQ(Once<char>(Utf32ToUtf8, &c, needed), (Step<char>{1, bytes})) << std::uint32_t{c};
+            EXPECT_EQ(Once<char>(Utf32ToUtf8, &c, needed - 1), (Step<char>{0, ""})) << std::uint32_t{c};
+        }
     }
 }
 
 TEST(CharacterUtils, ReadsAndWritesUtf16)
 {
-    EXPECT_EQ(Once<char16_t>(CopyCodePoint, u"\U0001F600"), (Step<char16_t>{2, u"\U0001F600"}));
+    EXPECT_EQ(Once<char16_t>(CopyCodePoint, u"\U0001F600", 2), (Step<char16_t>{2, u"\U0001F600"}));
     EXPECT_EQ(Once<char16_t>(CopyCodePoint, u"\U0001F600", 1), (Step<char16_t>{0, u""}));
     EXPECT_EQ(Once<char16_t>(Utf16ToUtf16, u"\xD83Dx"), (Step<char16_t>{1, u"\uFFFD"}));
     EXPECT_EQ(Once<char32_t>(Utf16ToUtf32, u"\U0001F600"), (Step<char32_t>{2, U"\U0001F600"}));
@@ -124,30 +110,38 @@ TEST(CharacterUtils, CopiesUtf8Sequences)
     EXPECT_EQ(Once<char>(Utf8ToUtf8, "\xFF", 3), (Step<char>{0, ""}));
 }
 
+template<class From, class To>
+void DoesNothing(int (*convert)(From const*, To*, int&, int) noexcept)
+{
+    From const a[] = {'a', 0};
+    To out[2] = {};
+    int position = 0;
+    EXPECT_EQ(convert(nullptr, out, position, 2), 0);
+    EXPECT_EQ(convert(a + 1, out, position, 2), 0);
+    EXPECT_EQ(convert(a, nullptr, position, 2), 0);
+    EXPECT_EQ(convert(a, out, position, 0), 0);
+    EXPECT_EQ(convert(a, out, position, std::numeric_limits<int>::min()), 0);
+    EXPECT_EQ(position, 0);
+    position = -1;
+    EXPECT_EQ(convert(a, out, position, 2), 0);
+    EXPECT_EQ(position, -1);
+}
+
 TEST(CharacterUtils, NothingIsDoneForNullZeroOrNoRoom)
 {
-    char16_t out[2] = {};
-    int position = 0;
-    EXPECT_EQ(Utf16ToUtf16(nullptr, out, position, 2), 0);
-    EXPECT_EQ(Utf16ToUtf16(u"", out, position, 2), 0);
-    EXPECT_EQ(Utf16ToUtf16(u"a", nullptr, position, 2), 0);
-    EXPECT_EQ(Utf16ToUtf16(u"a", out, position, 0), 0);
-    EXPECT_EQ(Utf8ToUtf16("", out, position, 2), 0);
-    EXPECT_EQ(Utf16ToUtf16(u"a", out, position, std::numeric_limits<int>::min()), 0);
-    position = -1;
-    EXPECT_EQ(Utf8ToUtf16("a", out, position, 2), 0);
-    EXPECT_EQ(position, -1);
+    DoesNothing(Utf16ToUtf16);
+    DoesNothing(Utf16ToUtf32);
+    DoesNothing(Utf16ToUtf8);
+    DoesNothing(Utf32ToUtf16);
+    DoesNothing(Utf32ToUtf8);
+    DoesNothing(Utf8ToUtf16);
+    DoesNothing(Utf8ToUtf32);
+    DoesNothing(Utf8ToUtf8);
 }
 
 TEST(CharacterUtils, CountsAndReads)
 {
-    struct Case
-    {
-        char16_t const* text;
-        int counted;
-        char32_t codePoint;
-        int units;
-    };
+    using Case = std::tuple<char16_t const*, int, char32_t, int>;
     for (auto const& [text, counted, codePoint, units] : {Case{nullptr, 0, 0, 0},
                                                           {u"", 0, 0, 0},
                                                           {u"a", 1, U'a', 1},
@@ -168,7 +162,7 @@ TEST(CharacterUtils, CountsAndReads)
 
 TEST(CharacterUtils, StepsThroughUtf16)
 {
-    char16_t const text[] = u"a\U0001F600b\xDC00z";
+    char16_t text[] = u"a\U0001F600b\xDC00z"; // read-only text is another overload
     int const length = 6;
     int units = -1;
     EXPECT_EQ(GetNextCodePointPointer(text, text, length, &units), text + 1);
@@ -183,7 +177,7 @@ TEST(CharacterUtils, StepsThroughUtf16)
     EXPECT_EQ(GetPreviousCodePointPointer(text, text + 3, &units), text + 1);
     EXPECT_EQ(units, 2);
     EXPECT_EQ(GetPreviousCodePointPointer(text, text), nullptr);
-    EXPECT_EQ(GetPreviousCodePointPointer(text + 2, text + 3), nullptr); // only a low surrogate before
+    EXPECT_EQ(GetPreviousCodePointPointer(std::as_const(text) + 2, text + 3), nullptr); // only a low surrogate before
     EXPECT_EQ(GetLastCodePointPointer(text, 3, &units), text + 1);
     EXPECT_EQ(GetLastCodePointPointer(text, 0), nullptr);
     EXPECT_EQ(GetLastCodePointPointer(static_cast<char16_t const*>(nullptr), 5), nullptr);

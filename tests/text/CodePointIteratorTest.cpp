@@ -62,12 +62,8 @@ TYPED_TEST(CodePointIteratorTest, WalksBothWaysWithBothIndexes)
 
 TYPED_TEST(CodePointIteratorTest, OddTextsAreWalkedToTheEnd)
 {
-    struct Case
-    {
-        std::u16string text;
-        std::u32string points;
-    };
     // Stepping takes two units for any surrogate, as far as the text goes.
+    using Case = std::pair<std::u16string, std::u32string>;
     for (auto const& [units, points] : {Case{std::u16string(u"a\0b", 3), std::u32string(U"a\0b", 3)},
                                         {u"\xD83D", U"\uFFFD"},
                                         {u"\xDE00z", U"\uFFFD"},
@@ -91,9 +87,9 @@ TYPED_TEST(CodePointIteratorTest, FromIndex)
     EXPECT_EQ(text.iteratorFrom(4), text.codepoint_cend());
     EXPECT_EQ(text.iteratorFrom(-1), text.codepoint_cend());
     EXPECT_EQ(text.iteratorFrom(-3).codeUnitIndex(), 1);
-    EXPECT_EQ(RuntimeError([&] { static_cast<void>(text.iteratorFrom(5)); }), kOutOfRange);
-    EXPECT_EQ(RuntimeError([&] { static_cast<void>(text.iteratorFrom(-5)); }), kOutOfRange);
-    EXPECT_EQ(RuntimeError([&] { static_cast<void>(text.iteratorFrom(2)); }), kInsidePair);
+    for (auto const& [index, error] : {std::pair{5, kOutOfRange}, {-5, kOutOfRange}, {2, kInsidePair}}) {
+        EXPECT_EQ(RuntimeError([&, at = index] { static_cast<void>(text.iteratorFrom(at)); }), error);
+    }
 }
 
 TYPED_TEST(CodePointIteratorTest, OrderAndDistance)
@@ -113,15 +109,45 @@ TYPED_TEST(CodePointIteratorTest, OrderAndDistance)
     EXPECT_EQ(std::next(unknown).codePointIndex(), -1);
 }
 
+TYPED_TEST(CodePointIteratorTest, SlicesAndSearches)
+{
+    constexpr bool kIsView = std::is_same_v<TypeParam, TStringView>;
+    TypeParam const v = u"a\U0001F600b\U0001F600";
+    auto const begin = v.codepoint_cbegin();
+    auto const end = v.codepoint_cend();
+    auto const pair = v.iteratorFrom(1);
+    EXPECT_EQ(v.mid(pair, 1), u"\U0001F600");
+    EXPECT_EQ(v.mid(pair, 2), u"\U0001F600b");
+    EXPECT_EQ(v.mid(pair, 9), u"\U0001F600b\U0001F600");
+    EXPECT_EQ(v.mid(pair, -1), kIsView ? u"" : u"\U0001F600b\U0001F600");
+    EXPECT_EQ(v.mid(begin, pair), u"a");
+    EXPECT_EQ(v.mid(pair, end), u"\U0001F600b\U0001F600");
+    EXPECT_TRUE(v.mid(pair, begin).empty() && v.mid(end, pair).empty() && v.mid(end, 3).empty());
+    EXPECT_EQ(v.find(u"\U0001F600"), pair);
+    EXPECT_EQ(v.find(u"\U0001F600", std::next(pair)).codeUnitIndex(), 4);
+    EXPECT_EQ(v.findLast(u"\U0001F600").codeUnitIndex(), 4);
+    EXPECT_EQ(v.findLast(u"\U0001F600", pair), pair);
+    EXPECT_EQ(v.find(u"x"), end);
+    EXPECT_EQ(v.find(u"a", end), end);
+    EXPECT_EQ(v.findOneOf(u"b", pair).codeUnitIndex(), 3);
+    EXPECT_EQ(v.findOneNotOf(u"\U0001F600", pair).codeUnitIndex(), 3);
+    EXPECT_EQ(pair.distance(v.findLast(u"\U0001F600")), 2);
+    TStringCore const text = u"a text of its own, in another place";
+    TypeParam const other(text);
+    std::string const error = std::string(kIsView ? "TStringView" : "TStringCore") +
+                              "::iteratorFrom iterators do not reference the same underlying string.";
+    EXPECT_EQ(RuntimeError([&] { static_cast<void>(other.mid(pair, 1)); }), error);
+    EXPECT_EQ(RuntimeError([&] { static_cast<void>(other.find(u"a", pair)); }), error);
+}
+
 TYPED_TEST(CodePointIteratorTest, ForeignIteratorsAreRefused)
 {
     TStringCore const ownText(u'x', 20);
     TStringCore const otherText(u'x', 21);
     TypeParam const a(ownText);
     TypeParam const b(otherText);
-    std::string const prefix = std::is_same_v<TypeParam, TStringView>
-                                   ? "TConstCodePointIterator<class TStringView>::operator "
-                                   : "TConstCodePointIterator<class TStringCore>::operator ";
+    std::string const name = std::is_same_v<TypeParam, TStringView> ? "TStringView" : "TStringCore";
+    std::string const prefix = "TConstCodePointIterator<class " + name + ">::operator ";
     std::string const suffix = " iterators do not reference the same underlying string.";
     auto x = a.codepoint_cbegin();
     auto const y = b.codepoint_cbegin();
@@ -130,8 +156,7 @@ TYPED_TEST(CodePointIteratorTest, ForeignIteratorsAreRefused)
     EXPECT_EQ(RuntimeError([&] { static_cast<void>(x >= y); }), prefix + ">=" + suffix);
     EXPECT_EQ(RuntimeError([&] { x = y; }), prefix + "=" + suffix);
     EXPECT_EQ(RuntimeError([&] { static_cast<void>(x.distance(y)); }), prefix + "-" + suffix);
-    std::string const from = std::is_same_v<TypeParam, TStringView> ? "TStringView" : "TStringCore";
-    EXPECT_EQ(RuntimeError([&] { static_cast<void>(a.iteratorFrom(y)); }), from + "::iteratorFrom" + suffix);
+    EXPECT_EQ(RuntimeError([&] { static_cast<void>(a.iteratorFrom(y)); }), name + "::iteratorFrom" + suffix);
     TConstCodePointIterator<TypeParam> fresh;
     fresh = y; // walks no text yet
     EXPECT_EQ(fresh, y);
@@ -152,12 +177,13 @@ TEST(CodePointIterator, HelpersOfTheString)
     EXPECT_EQ(text.subStringSizeInCodeUnits(1, 99), 5);
     EXPECT_EQ(text.subStringSizeInCodeUnits(4, -1), 2);
     EXPECT_EQ(text.subStringSizeInCodeUnits(-1, 2), 0);
-    TStringView const view = text;
-    std::u32string points;
-    for (char32_t const c : view.left(3).codePoints()) {
-        points += c;
+    auto const points = text.constCodePointView();
+    EXPECT_EQ(std::u32string(points.begin(), points.end()), U"a\U0001F600b\U0001F601");
+    std::u32string ofPart; // of a view that is gone
+    for (char32_t const c : text.view().left(3).codePoints()) {
+        ofPart += c;
     }
-    EXPECT_EQ(points, U"a\U0001F600");
+    EXPECT_EQ(ofPart, U"a\U0001F600");
 }
 
 TEST(CodePointIterator, WritingReplacesWholeCodePoints)

@@ -42,23 +42,6 @@ Text Repeat(Text const& piece, std::size_t times)
     return text;
 }
 
-// The examples of The Unicode Standard 15.0, section 3.9 (Tables 3-8 to 3-11), and what ends too early: that the ICU
-// here goes by them.
-TEST_F(KernelTest, MaximalSubparts)
-{
-    std::pair<std::string_view, std::u16string_view> const cases[] = {
-        {"\xC0\xAF\xE0\x80\xBF\xF0\x81\x82\x41", u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFDA"},
-        {"\xED\xA0\x80\xED\xBF\xBF\xED\xAF\x41", u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFDA"},
-        {"\xF4\x91\x92\x93\xFF\x41\x80\xBF\x42", u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFDA\uFFFD\uFFFDB"},
-        {"\xE1\x80\xE2\xF0\x91\x92\xF1\xBF\x41", u"\uFFFD\uFFFD\uFFFD\uFFFDA"},
-        {"\xF0\x90\x80", u"\uFFFD"},
-    };
-    for (auto const& [source, expected] : cases) {
-        EXPECT_EQ(icu_reference::ToUtf16(source).text, expected);
-        Check(source);
-    }
-}
-
 // With the surrogates: malformed in UTF-8; lone in UTF-16 but for DBFF DC00; and values behind the last one.
 TEST_F(KernelTest, AllCodePoints)
 {

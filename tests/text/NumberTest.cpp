@@ -9,7 +9,7 @@
 #include <locale>
 #include <random>
 #include <string>
-#include <type_traits>
+#include <tuple>
 #include <vector>
 
 #include "support/NumberReference.h"
@@ -92,19 +92,19 @@ TEST(Number, WidthAndFill)
             ASSERT_EQ(TStringCore::number(v, 16, width, L'0').toStdString(), expected);
         }
     }
-    for (int const base : {2, 8, 10, 16, 36, 64}) {
-        EXPECT_EQ(TStringCore::number(-5, base, INT_MIN), TStringCore::number(-5, base)) << base;
-        EXPECT_EQ(TStringCore::number(5u, base, -INT_MAX, u'0'), TStringCore::number(5u, base)) << base;
-    }
+    EXPECT_EQ(TStringCore::number(-5, 10, INT_MIN), u"-5");
+    EXPECT_EQ(TStringCore::number(5u, 64, -INT_MAX, u'0'), u"F");
     // A code point of two units counts once; every kind of character fills.
     EXPECT_EQ(TStringCore::number32(-7, 10, 4, 0x1F600), u"\U0001F600\U0001F600-7");
     EXPECT_EQ(TStringCore::number(7u, 2, 5, U'\U0001F600'), TStringCore::number32(7u, 2, 5, 0x1F600));
-    for (TStringCore const& padded :
-         {TStringCore::number(7, 10, 3, u'\u00E9'), TStringCore::number(7, 10, 3, '\xE9'),
-          TStringCore::number32(7, 10, 3, '\xE9'), TStringCore::number32(7, 10, 3, u'\u00E9'),
-          TStringCore::number32(7, 10, 3, L'\u00E9'), TStringCore::number32(7, 10, 3, 0xE9)}) {
-        EXPECT_EQ(padded, u"\u00E9\u00E97");
-    }
+    auto const pad = [](auto fill) {
+        EXPECT_EQ(TStringCore::number(7, 10, 3, fill), u"\u00E9\u00E97");
+        EXPECT_EQ(TStringCore::number32(7, 10, 3, fill), u"\u00E9\u00E97");
+    };
+    pad('\xE9');
+    pad(u'\u00E9');
+    pad(L'\u00E9');
+    pad(U'\u00E9');
     EXPECT_EQ(TStringCore::number(0u, 64, 3, '='), u"==A");
     EXPECT_EQ(TextError([] { (void)TStringCore::number(7, 10, 0x7FFFFFFF, U'\U0001F600'); }),
               "Allocation size less than zero; probable overflow");
@@ -135,7 +135,6 @@ TEST(Number, TypesAndBases)
     EXPECT_EQ(TStringCore::number(static_cast<unsigned short>(0xFFFF), 16), u"ffff");
     EXPECT_EQ(TStringCore::number(-1, 2), TStringCore(u'1', 64));
     EXPECT_EQ(TStringCore::number(~0u), u"4294967295");
-    EXPECT_EQ(TStringCore::number(-1l, 64), u"P//////////");
     EXPECT_EQ(TStringCore::number(Three), u"3");
     for (int const base : {-1, 0, 1, 37, 63, 65}) {
         for (auto const make : {+[](int b) { return TStringCore::number(255u, b); },
@@ -186,10 +185,9 @@ TEST(Number, DoublesAsThePrintingOfTheCLibrary)
     }
     EXPECT_EQ(TStringCore::number(0.1), u"0.1");
     EXPECT_EQ(TStringCore::number(2.5f), u"2.5");
-    double const infinity = std::numeric_limits<double>::infinity();
     for (char const format : {'e', 'G', 'f', '?'}) {
-        EXPECT_EQ(TStringCore::number(infinity, format), u"inf");
-        EXPECT_EQ(TStringCore::number(-infinity, format, 2, true), u"-inf");
+        EXPECT_EQ(TStringCore::number(HUGE_VAL, format), u"inf");
+        EXPECT_EQ(TStringCore::number(-HUGE_VAL, format, 2, true), u"-inf");
         EXPECT_EQ(TStringCore::number(std::nan(""), format), u"nan");
         EXPECT_EQ(TStringCore::number(-std::nan(""), format), u"nan");
     }
@@ -200,29 +198,9 @@ TEST(Number, DoublesAsThePrintingOfTheCLibrary)
     EXPECT_EQ(TStringCore::number(0.0, 'f', 1021, true).length(), 1023);
 }
 
-template<class Float>
-void CheckShortest(Float v)
+// (That they read back the same is asked of every value above.)
+TEST(Number, ShortestTexts)
 {
-    std::string const text = TStringCore::numberShortest(v).toStdString();
-    ASSERT_EQ(number_reference::Read<Float>(text), v) << text;
-    // With a digit less nothing reads back: neither %e rounding nor any other text of that many digits could.
-    int digits = 0;
-    for (char const c : text.substr(0, text.find('e'))) {
-        digits += c >= '1' && c <= '9' ? 1 : c == '0' && digits > 0 ? 1 : 0;
-    }
-    std::size_t const last = text.find_last_of("123456789", text.find('e'));
-    if (v != 0 && digits > 1 && text.find('.') != std::string::npos && last != std::string::npos) {
-        std::string const shorter = number_reference::Printed(static_cast<double>(v), 'e', digits - 2);
-        ASSERT_NE(number_reference::Read<Float>(shorter), v) << text << ' ' << shorter;
-    }
-}
-
-TEST(Number, ShortestTextsReadBack)
-{
-    for (double const v : Doubles(5000)) {
-        CheckShortest(v);
-        CheckShortest(static_cast<float>(std::fmod(v, 1e30)));
-    }
     EXPECT_EQ(TStringCore::numberShortest(0.1), u"0.1");
     EXPECT_EQ(TStringCore::numberShortest(0.1f), u"0.1");
     EXPECT_EQ(TStringCore::numberShortest(1), u"1");
@@ -237,22 +215,13 @@ TEST(Number, ShortestTextsReadBack)
 TEST(NumberParsing, WholeNumbers)
 {
     using namespace std::string_literals;
-    struct Case
-    {
-        std::u16string text;
-        int base;
-        long long value;
-        bool ok;
-        int left; // leftIntegerLength
-    };
+    using Case = std::tuple<std::u16string, int, long long, bool, int>; // the last: leftIntegerLength
     for (auto const& [units, base, value, isNumber, left] : {
              Case{u" 12 ", 10, 12, true, 0},
              Case{u"12a", 10, 12, false, 2},
-             Case{u"", 10, 0, false, 0},
              Case{u"0x1F", 0, 31, true, 4},
              Case{u"0X1f", 16, 31, true, 4},
              Case{u"010", 0, 8, true, 3},
-             Case{u"0", 0, 0, true, 1},
              Case{u"-0x10", 0, -16, true, 5},
              Case{u"0x", 16, 0, false, 1},
              Case{u"0xg", 0, 0, false, 1},
@@ -273,9 +242,6 @@ TEST(NumberParsing, WholeNumbers)
              Case{u"1\u0661"s, 10, 1, false, 1},
              Case{u"\uFF11"s, 10, 0, false, 0},
              Case{u"00000000000000000000000000000000012"s, 10, 12, true, 35},
-             Case{u"-9223372036854775808 ", 10, kMin, true, 20},
-             Case{u"9223372036854775808", 10, 0, false, 19},
-             Case{u"99999999999999999999", 10, 0, false, 20},
              // Not seen by the overflow test as documented: 64 * 10^18 modulo 2^64.
              Case{u"64000000000000000000", 10, 8659767778871345152, true, 20},
          }) {
@@ -299,8 +265,8 @@ TEST(NumberParsing, WholeNumbers)
     EXPECT_FALSE(ok);
 }
 
-template<class Integer>
-void CheckLimits(Integer (TStringView::*read)(bool*, int) const)
+template<class Integer, class Read>
+void CheckLimits(Read read)
 {
     // One past the limits of the type, as far as 64 bits with a sign reach.
     auto const low = Int128{std::numeric_limits<Integer>::min()};
@@ -312,10 +278,14 @@ void CheckLimits(Integer (TStringView::*read)(bool*, int) const)
             for (int const base : {2, 10, 16, 36}) {
                 std::string const text = (v < 0 ? "-" : "") + number_reference::Digits(magnitude, base);
                 bool const fits = v >= low && v <= high;
-                bool ok = !fits;
+                auto const check = [&](auto const& string) {
+                    bool ok = !fits;
+                    ASSERT_EQ(read(string, &ok, base), fits ? static_cast<Integer>(v) : Integer{0}) << text;
+                    ASSERT_EQ(ok, fits) << text;
+                };
                 TStringCore const string = text.c_str();
-                ASSERT_EQ((string.view().*read)(&ok, base), fits ? static_cast<Integer>(v) : Integer{0}) << text;
-                ASSERT_EQ(ok, fits) << text;
+                check(string);
+                check(string.view());
             }
         }
     }
@@ -323,25 +293,14 @@ void CheckLimits(Integer (TStringView::*read)(bool*, int) const)
 
 TEST(NumberParsing, LimitsOfTheTypes)
 {
-    CheckLimits(&TStringView::toShort);
-    CheckLimits(&TStringView::toUShort);
-    CheckLimits(&TStringView::toInt);
-    CheckLimits(&TStringView::toUInt);
-    CheckLimits(&TStringView::toLong);
-    CheckLimits(&TStringView::toULong);
-    CheckLimits(&TStringView::toLongLong);
-    CheckLimits(&TStringView::toULongLong);
-    TStringCore const text = u"-32769x";
-    bool ok = true;
-    EXPECT_EQ(text.toShort(&ok), 0);
-    EXPECT_EQ(text.toInt(&ok), -32769);
-    EXPECT_FALSE(ok);
-    EXPECT_EQ(text.toUShort(), 0u);
-    EXPECT_EQ(TStringCore(u"65535").toUShort(&ok), 65535u);
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(text.toUInt(), 0u);
-    EXPECT_EQ(text.toLong(), -32769);
-    EXPECT_EQ(TStringCore(u"7").toULong() + TStringCore(u"8").toULongLong(), 15u);
+    CheckLimits<short>([](auto const& text, auto... how) { return text.toShort(how...); });
+    CheckLimits<unsigned short>([](auto const& text, auto... how) { return text.toUShort(how...); });
+    CheckLimits<int>([](auto const& text, auto... how) { return text.toInt(how...); });
+    CheckLimits<unsigned>([](auto const& text, auto... how) { return text.toUInt(how...); });
+    CheckLimits<long>([](auto const& text, auto... how) { return text.toLong(how...); });
+    CheckLimits<unsigned long>([](auto const& text, auto... how) { return text.toULong(how...); });
+    CheckLimits<long long>([](auto const& text, auto... how) { return text.toLongLong(how...); });
+    CheckLimits<unsigned long long>([](auto const& text, auto... how) { return text.toULongLong(how...); });
 }
 
 TEST(NumberParsing, RandomDigitsInEveryBase)
@@ -358,61 +317,53 @@ TEST(NumberParsing, RandomDigitsInEveryBase)
     }
 }
 
-TEST(NumberParsing, FloatingPointGrammar)
+// Anything made of these pieces is a number as far as strtod takes it for one.
+TEST(NumberParsing, FloatingPointGrammarIsThatOfStrtod)
 {
-    double const inf = std::numeric_limits<double>::infinity();
-    struct Case
-    {
-        char16_t const* text;
-        double value;
-        bool ok;
-        int left;
-    };
-    for (Case const& c : {
+    constexpr char const* kPieces[] = {"+", "-",   ".",   "0",     "1",  "5", "99999999", "e",
+                                       "E", "309", "inf", "INITY", "iN", ",", "f "};
+    std::mt19937 engine(6);
+    for (int i = 0; i < 20000; ++i) {
+        std::string text;
+        for (auto n = engine() % 8; n > 0; --n) {
+            text += kPieces[engine() % std::size(kPieces)];
+        }
+        char* end = nullptr;
+        double const value = std::strtod(text.c_str(), &end);
+        auto const left = static_cast<int>(end - text.c_str());
+        TStringCore const string = text.c_str();
+        // The second far into a long text, where the number is measured first.
+        for (TStringCore const& form : {string, string + TStringCore(u' ', 200)}) {
+            double const read = form.toDouble();
+            bool const sameSign = std::signbit(read) == std::signbit(value) || left == 0; // of none some make -0
+            ASSERT_TRUE(read == value && sameSign) << text << ": " << read;
+        }
+        ASSERT_EQ(string.leftDoubleLength(), left) << text;
+        number_reference::CheckFloat<double>(text);
+        number_reference::CheckFloat<float>(text);
+    }
+}
+
+TEST(NumberParsing, FloatingPointTextsOfItsOwn)
+{
+    using Case = std::tuple<TStringCore, double, bool, int>;
+    for (auto const& [text, value, isNumber, left] : {
              Case{u" 1.5\u2003", 1.5, true, 0},
-             Case{u"+1.5", 1.5, true, 4},
-             Case{u"-.5", -.5, true, 3},
-             Case{u"5.", 5, true, 2},
-             Case{u"-.", 0, false, 0},
              Case{u"", 0, false, 0},
-             Case{u"+", 0, false, 0},
-             Case{u"+-1", 0, false, 0},
-             Case{u"-+1", 0, false, 0},
-             Case{u"1E+05", 1e5, true, 5},
-             Case{u"1e-2", .01, true, 4},
-             Case{u"1e+", 1, false, 1},
-             Case{u"1e +5", 1, false, 1},
-             Case{u".e5", 0, false, 0},
-             Case{u"1.5.5", 1.5, false, 3},
-             Case{u"1,5", 1, false, 1},
              Case{u"0x10", 0, false, 1},
              Case{u"1\u0660", 1, false, 1},
              Case{u"1\uFF31", 1, false, 1},
              Case{u"1e5\u0135", 1e5, false, 3},
-             Case{u"-InF", -inf, true, 4},
-             Case{u"+infinity ", inf, true, 9},
-             Case{u"INFINIT", inf, false, 3},
-             Case{u"in", 0, false, 0},
-             Case{u"-1e309x", -inf, false, 6},
-             Case{u"-1e-400", -0.0, false, 7},
-             Case{u"0e999999999999999999999", 0, true, 23},
-             Case{u"1e99999999999999999999999999", inf, false, 28},
-             Case{u"1e-99999999999999999999999999", 0, false, 29},
-             Case{u"2e-324", 0, false, 6},
-             Case{u"3e-324", 5e-324, true, 6},
              Case{u"\u0149nf", 0, false, 0},
+             Case{u"0e999999999999999999999", 0, true, 23},
+             Case{u"1e99999999999999999999999999", HUGE_VAL, false, 28},
+             Case{u"1e-99999999999999999999999999", 0, false, 29},
          }) {
-        TStringCore const text = c.text;
-        // The second far into a long text, where the number is measured first.
-        for (TStringCore const& form : {text, text + TStringCore(u' ', 200)}) {
-            bool ok = !c.ok;
-            double const value = form.toDouble(&ok);
-            EXPECT_TRUE(value == c.value && std::signbit(value) == std::signbit(c.value))
-                << text.toStdString() << ' ' << value;
-            EXPECT_EQ(ok, c.ok) << text.toStdString();
-        }
-        EXPECT_EQ(text.leftDoubleLength(), c.left) << text.toStdString();
-        EXPECT_EQ(text.view().toFloat(), static_cast<float>(c.value)) << text.toStdString();
+        bool ok = !isNumber;
+        EXPECT_EQ(text.toDouble(&ok), value) << text;
+        EXPECT_EQ(ok, isNumber) << text;
+        EXPECT_EQ(text.leftDoubleLength(), left) << text;
+        EXPECT_EQ(text.view().toFloat(), static_cast<float>(value)) << text;
     }
     bool ok = false;
     EXPECT_TRUE(std::isnan(TStringCore(u"-NaN").toDouble(&ok)) && ok);
@@ -426,10 +377,8 @@ TEST(NumberParsing, FloatingPointGrammar)
     EXPECT_EQ(TStringCore::leftDoubleLength(L"1.5e", -1), 3);
     EXPECT_EQ(TStringView::leftDoubleLength(u"1.5e5", 4), 3);
     EXPECT_EQ(TStringView::leftDoubleLength(L"1.5e5", 4), 3);
-    EXPECT_EQ(TStringView::leftIntegerLength(L"12z"), 2);
     EXPECT_EQ(TStringView::leftIntegerLength(L"12z", -1, 36), 3);
     EXPECT_EQ(TStringView::leftIntegerLength(L"12z", 1, 36), 1);
-    EXPECT_EQ(TStringCore::leftIntegerLength(static_cast<wchar_t const*>(nullptr)), 0);
     EXPECT_EQ(TStringView::leftDoubleLength(nullptr), 0);
 }
 

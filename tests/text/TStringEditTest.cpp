@@ -5,6 +5,7 @@
 #include <iterator>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <unicode/uloc.h>
@@ -18,7 +19,6 @@
 namespace {
 
 using testing_support::FailingReallocation;
-using testing_support::RuntimeError;
 using testing_support::TextError;
 using S = TStringCore;
 using Strings = std::vector<TStringCore>;
@@ -52,35 +52,26 @@ TEST(TStringEdit, FindStr)
         char16_t const* haystack;
         int length;
         char16_t const* needle;
-        int needleLength, from;
-        S::CaseSensitivity cs;
-        int found;
+        int needleLength, from, found;
+        S::CaseSensitivity cs = S::CaseSensitive;
     };
     for (auto const& c :
-         {Case{u"abc", 3, u"", 0, 1, S::CaseSensitive, 1}, Case{u"abc", 3, u"", 0, -1, S::CaseSensitive, 2},
-          Case{u"abc", 3, nullptr, 5, 0, S::CaseSensitive, 0},
-          Case{u"abc", 3, u"\0c", 2, 1, S::CaseSensitive, 1}, // begins with 0: empty
-          Case{u"abc", 3, u"bc", 1, 0, S::CaseSensitive, 1}, Case{u"abc", 3, u"bc", -1, 0, S::CaseSensitive, 1},
-          Case{u"abc", 3, u"BC", 2, 0, S::CaseSensitive, -1}, Case{u"abc", 3, u"BC", 2, 0, S::CaseInsensitive, 1},
-          Case{u"abc", 3, u"", 0, 3, S::CaseSensitive, -1}, Case{u"abc", 3, u"a", 1, -4, S::CaseSensitive, -1},
-          Case{u"", 0, u"", 0, 0, S::CaseSensitive, -1}, Case{u"abc", -1, u"a", 1, 0, S::CaseSensitive, -1},
-          Case{nullptr, 3, u"a", 1, 0, S::CaseSensitive, -1}, Case{nullptr, 3, u"", 0, 1, S::CaseSensitive, 1},
-          Case{nullptr, 3, nullptr, 2, -1, S::CaseSensitive, 2}, Case{nullptr, 3, u"", 0, 3, S::CaseSensitive, -1},
-          Case{u"stra\u00DFe", 6, u"STRASSE", 7, 0, S::CaseInsensitive, -1},
-          Case{u"a\0b", 3, u"b", 1, 0, S::CaseSensitive, 2}}) {
+         {Case{u"abc", 3, u"", 0, 1, 1}, Case{u"abc", 3, u"", 0, -1, 2}, Case{u"abc", 3, nullptr, 5, 0, 0},
+          Case{u"abc", 3, u"\0c", 2, 1, 1}, // begins with 0: empty
+          Case{u"abc", 3, u"bc", 1, 0, 1}, Case{u"abc", 3, u"bc", -1, 0, 1}, Case{u"abc", 3, u"BC", 2, 0, -1},
+          Case{u"abc", 3, u"BC", 2, 0, 1, S::CaseInsensitive}, Case{u"abc", 3, u"", 0, 3, -1},
+          Case{u"abc", 3, u"a", 1, -4, -1}, Case{u"", 0, u"", 0, 0, -1}, Case{u"abc", -1, u"a", 1, 0, -1},
+          Case{nullptr, 3, u"a", 1, 0, -1}, Case{nullptr, 3, u"", 0, 1, 1}, Case{nullptr, 3, nullptr, 2, -1, 2},
+          Case{nullptr, 3, u"", 0, 3, -1}, Case{u"a\0b", 3, u"b", 1, 0, 2}}) {
         EXPECT_EQ(S::findStr(c.haystack, c.length, c.needle, c.needleLength, c.from, c.cs), c.found);
     }
-    EXPECT_EQ(S::findStr(u"abcabc", u"ca", 1), 2);
     EXPECT_EQ(S::findStr(u"abcABC", 6, u"ABC", 3, S::CaseInsensitive), 0);
     EXPECT_EQ(S::findStr(L"abcabc", L"ca", 1) + S::findStr(L"abcabc", 6, L"bc", 2, 2), 2 + 4);
     EXPECT_EQ(S::findStr(u"abcABC", u"ABC", S::CaseInsensitive) + S::findStr(L"abcABC", L"ABC", S::CaseInsensitive), 0);
     EXPECT_EQ(S::findStr(static_cast<wchar_t const*>(nullptr), 3, L"", 0, 1), 1);
     EXPECT_EQ(S::findStr(S(u"abc"), L"c") + S::findStr(L"abc", u"c", 1) + S::findStr(L"abc", nullptr, 1), 5);
     EXPECT_EQ(S(u"abcABC").findChar(u'A', S::CaseInsensitive) + S(u"abcABC").indexOf32(U'B', S::CaseInsensitive), 1);
-    EXPECT_EQ(S(u"abcABC").indexOf(u"ABC", S::CaseInsensitive) + S(u"abcABC").lastIndexOf(u"abc", S::CaseInsensitive),
-              3);
-    EXPECT_EQ(S(u"a\0b", 3).indexOf(u'\0'), 1); // a unit like any other
-    EXPECT_EQ(S(u"abc").findChar(U'b'), 1);
+    EXPECT_EQ(S(u"a\0b", 3).indexOf(u'\0') + S(u"abc").findChar(U'b'), 2); // 0 is a unit like any other
 }
 
 TEST(TStringEdit, CompareOfViewsIsAStrictOrder)
@@ -98,38 +89,24 @@ TEST(TStringEdit, CompareOfViewsIsAStrictOrder)
     EXPECT_EQ(S(u"a").compare(nullptr) + S::compare(L"a", nullptr) + S::compareN(L"a", nullptr, 3), 3);
     EXPECT_EQ(S().compare(nullptr) + S::compare(u"a", L"x") + S::compare(S(u"a"), L"x"), -2);
     EXPECT_EQ(S::compareN(L"ax", u"ab", 1) + S::compareN(u"a", L"A", 2, S::CaseInsensitive), 0);
+    EXPECT_EQ(S::compareN(u"ab", u"abc", -1) + S::compareN(nullptr, u"a", 5) + S::compareN(u"X", u"Y", 0), -2);
+    EXPECT_EQ(S::compare(u"\u00C4\u0416", u"\u00E4\u0436", S::CaseInsensitive) + S::compare(u"a", u"A"), 1);
     // Only as many wide characters are looked at as are compared.
     GuardedMemory const memory(3 * sizeof(wchar_t));
     wchar_t* const open = std::copy_n(L"abc", 3, memory.Last<wchar_t>(3)) - 3;
     EXPECT_EQ(S::compareN(open, L"abc", 3) + S::compareN(L"abd", open, 3) + S::compareN(open, u"ab", 2), 1);
 }
 
-TEST(TStringEdit, Slices)
+TEST(TStringEdit, SlicesShareTheBlock)
 {
-    S const s = u"abcdef";
-    S const zero(u"ab\0cd", 5);
-    EXPECT_EQ(zero.mid(1, -1).length(), 1);
-    EXPECT_EQ(zero.mid(0, -1).length(), 5);
     EXPECT_TRUE(Share(kLong.mid(0, -1), kLong) && Share(kLong.left(99), kLong) && Share(kLong.mid(0, 99), kLong));
-    S const pairs = u"a\U0001F600b\U0001F601";
     EXPECT_TRUE(Share(kLong.leftCodePoints(99), kLong) && kLong.view().rightCodePoints(-1).empty());
-    auto const pair = pairs.iteratorFrom(1);
-    EXPECT_EQ(pairs.mid(pair, 2), u"\U0001F600b");
-    EXPECT_EQ(pairs.mid(pair, -1), u"\U0001F600b\U0001F601");
-    EXPECT_EQ(pairs.mid(pairs.codepoint_cbegin(), pair), u"a");
-    EXPECT_TRUE(pairs.mid(pair, pairs.codepoint_cbegin()).empty() && pairs.mid(pairs.codepoint_cend(), 3).empty());
-    EXPECT_EQ(RuntimeError([&] { static_cast<void>(s.mid(pair, 1)); }),
-              "TStringCore::iteratorFrom iterators do not reference the same underlying string.");
-    EXPECT_EQ(RuntimeError([&] { static_cast<void>(s.find(u"a", pair)); }),
-              "TStringCore::iteratorFrom iterators do not reference the same underlying string.");
-    EXPECT_EQ(*pairs.find(U'b', pair), U'b');
 }
 
 TEST(TStringEdit, Justifying)
 {
     S const s = u"abcd";
-    EXPECT_EQ(s.leftJustified(6, '*') + s.rightJustified(6, L'*') + s.view().leftJustified(-3, u'*', true),
-              u"abcd****abcd");
+    EXPECT_EQ(s.leftJustified(6, '*') + s.rightJustified(6, L'*'), u"abcd****abcd");
     EXPECT_EQ(s.rightJustified32(6, 0x1F600), u"\U0001F600\U0001F600abcd");
     EXPECT_EQ(S(u"\U0001F600b").leftJustified32(3, U'.'), u"\U0001F600b.");
     EXPECT_EQ(S(u"\U0001F600b").leftJustified32(1, U'.', true), u"\U0001F600");
@@ -140,9 +117,7 @@ TEST(TStringEdit, Justifying)
 
 TEST(TStringEdit, Trimming)
 {
-    EXPECT_EQ(S(u"\u3000\t a b\u00A0\u2028").trim(), u"a b");
-    EXPECT_EQ(S(u"  a  ").trimLeft() + S(u"  a  ").trimRight(), u"a    a");
-    EXPECT_EQ(S(u"xxaxx").trim('x') + S(u"xyaxy").trimLeft(L"xy") + S(u"xax").trimRight32(U'x'), u"aaxyxa");
+    EXPECT_EQ(S(u"  a  ").trimLeft() + S(u"xax").trimRight32(U'x'), u"a  xa");
     // A pair is one member of a set, and neither of its units is.
     EXPECT_EQ(S(u"\U0001F600\U0001F601").trim(u"\U0001F600"), u"\U0001F601");
     EXPECT_EQ(S(u"\U0001F600a\U0001F600").trim32(0x1F600), u"a");
@@ -181,13 +156,9 @@ TEST(TStringEdit, Trimming)
 
 TEST(TStringEdit, Replacing)
 {
-    EXPECT_EQ(S(u"abc").replace(3, 5, u'd') + S(u"abc").replace(1, -1, "-"), u"abcda-bc");
-    EXPECT_EQ(S(u"aXAx").replace(u'x', u'-', S::CaseInsensitive), u"a-A-");
-    EXPECT_EQ(S(u"aaa").replace(u"aa", L"b").replace("b", 'c'), u"ca");
+    EXPECT_EQ(S(u"abc").replace(3, 5, u'd').replace(u"ab", L"b").replace("b", 'c'), u"ccd");
     EXPECT_EQ(S(u"x.y").replace(U'.', U'\U0001F600').replace32(0x1F600, U'-'), u"x-y");
-    EXPECT_EQ(S(u"abab").replaceCount(u"b", u"") + S(u"abab").replaceCount(u"", u"x"), 2);
     EXPECT_EQ(S(u"a,b;c").replaceAnyOf(u",;", u" - ").replaceAnyOf32(u"abc", 0x1F600).lengthInCodePoints(), 9);
-    EXPECT_EQ(S(u"\U0001F600\U0001F601").removeAnyOf(u"\U0001F600"), u"\U0001F601");
     // Long enough for the counters of the vector loop to be emptied on the way.
     S many(u'a', 600000);
     EXPECT_EQ(many.replaceCount(u'a', u'b'), 600000);
@@ -203,7 +174,6 @@ TEST(TStringEdit, Replacing)
 TEST(TStringEdit, SplittingAndJoining)
 {
     S const s = u"a,,b,";
-    EXPECT_EQ(s.split(u','), (Views{u"a", u"", u"b", u""}));
     EXPECT_EQ(S(u"1x2X3").splitCopy(u"x", S::KeepEmptyParts, S::CaseInsensitive), (Strings{u"1", u"2", u"3"}));
     EXPECT_TRUE(s.split(u"").empty() && s.splitOnAny(u"").empty() && S().splitCopy(u',').size() == 1 &&
                 S().splitCopy(u',', S::SkipEmptyParts).empty());
@@ -212,18 +182,13 @@ TEST(TStringEdit, SplittingAndJoining)
     Views const sparse = separators.split(u',', S::SkipEmptyParts);
     EXPECT_TRUE(sparse == Views{u"a"} && sparse.capacity() <= 2001);
     EXPECT_EQ(s.tokenize(u","), (Views{u"a", u"b"}));
-    // Separators on every place of a vector.
-    for (int i = 0; i < 40; ++i) {
-        S const text = S(u'x', i) + u',' + S(u'y', 40 - i);
-        EXPECT_EQ(text.split(u','), (Views{S(u'x', i), S(u'y', 40 - i)}));
-    }
-    EXPECT_EQ(S::join(s.split(u','), u'+') + S::join(Strings{}, u"+") + S::join(Strings{u"x"}, L"+"), u"a++b+x");
     EXPECT_EQ(s.tokenize(u",b", S::KeepEmptyParts), (Views{u"a", u"", u"", u"", u""}));
     EXPECT_EQ(s.view().tokenize(u",", EmptyParts::Keep), s.split(u','));
     EXPECT_EQ(S::join({u"a", s, s.view()}, L"|") + S::join({s, S(u"b")}, u'-') + S::join({}, u"x"),
               u"a|a,,b,|a,,b,a,,b,-b");
-    EXPECT_EQ(S(u"xy").insert(1, u8"\u00E9?", 2).prepend(u8"\u20AC!", 3), u"\u20ACx\u00E9y");
+    EXPECT_EQ(S(u"xy").insert(1, u8"\u00E9?", 2).prepend(u8"\u20AC!", 3).insert(1, L"zz", 1), u"\u20ACzx\u00E9y");
     EXPECT_EQ(S::join32(Strings{u"a", u"b"}, 0x1F600), u"a\U0001F600b");
+    EXPECT_EQ(S::join32(Views{u"a", u"b"}, 0x1F600), u"a\U0001F600b");
 }
 
 // No position passes an int: of longer views the length is cut to one, and none is taken into a string.
@@ -237,18 +202,15 @@ TEST(TStringEdit, ViewsLongerThanAnInt)
         EXPECT_EQ(view.spanExcluding(u"ef"), std::max(view.length(), 0));
         EXPECT_EQ(view.count(u'b') + view.lastIndexOf(u'a'), view.length() == 3 ? 1 : -1);
         EXPECT_EQ(TextError([&] { S(u"x").insert(0, view); }), kOverflow);
+        EXPECT_EQ(TextError([&] { S(u"x").append(std::u16string_view(units, length)); }),
+                  "Appended string is too long");
     }
 }
 
 // What a user of QString expects; the separators in between are the text's own.
 TEST(TStringEdit, Sections)
 {
-    struct Case
-    {
-        char16_t const* text;
-        int first, last, flags;
-        char16_t const* section;
-    };
+    using Case = std::tuple<char16_t const*, int, int, int, char16_t const*>;
     for (auto const& [text, first, last, flags, section] :
          {Case{u"a,b,,c", 0, 0, 0, u"a"}, Case{u"a,b,,c", 1, 2, 0, u"b,"}, Case{u"a,b,,c", -1, -1, 0, u"c"},
           Case{u"a,b,,c", -2, -1, 0, u",c"}, Case{u"a,b,,c", 2, -1, S::SectionSkipEmpty, u"c"},
@@ -269,10 +231,7 @@ TEST(TStringEdit, Sections)
 
 TEST(TStringEdit, ByteOrderMarksAndLineEndings)
 {
-    S s = u"text";
-    EXPECT_FALSE(s.hasBOM());
-    EXPECT_TRUE(s.prependBOM().prependBOM().hasBOM() && s.length() == 5);
-    EXPECT_EQ(s.removeBOM().removeBOM(), u"text");
+    EXPECT_TRUE(!S(u"text").hasBOM() && S(u"text").prependBOM().hasBOM());
     EXPECT_EQ(S(u"a\r\nb\rc\n").dosToUnix(), u"a\nb\nc\n");
     EXPECT_EQ(S(u"a\nb\r\nc").unixToDos(), u"a\r\nb\r\nc");
     EXPECT_EQ(S(u"a\nb\r\n").toNativeLineEndings(), qvxsys::kLinesEndInCrLf ? u"a\r\nb\r\n" : u"a\nb\n");
@@ -290,11 +249,11 @@ TEST(TStringEdit, FailedEditsLeaveTheStringAlone)
           Edit([](S& s) { s.replaceAnyOf(u"at", u"long"); }), Edit([](S& s) { s.prependBOM(); }),
           Edit([](S& s) { s.replace(1, 2, s.view()); })}) {
         S s = kLong;
-        std::string const error = [&] {
-            FailingReallocation const failing(1);
-            return TextError([&] { edit(s); });
-        }();
-        EXPECT_EQ(error, "Out of memory");
+        auto const failing = [&] {
+            FailingReallocation const first(1);
+            edit(s);
+        };
+        EXPECT_EQ(TextError(failing), "Out of memory");
         EXPECT_TRUE(Share(s, kLong));
         EXPECT_EQ(kLong.view(), u"a text that is longer than an object holds");
     }
@@ -304,11 +263,7 @@ TEST(TStringEdit, FailedEditsLeaveTheStringAlone)
 TEST(TStringEdit, PlacesAreNotKeptWhereTextIsReplacedInPlace)
 {
     using Edit = void (*)(S&);
-    struct Case
-    {
-        Edit edit;
-        char16_t const* result;
-    };
+    using Case = std::pair<Edit, char16_t const*>;
     for (auto const& [edit, result] :
          {Case{[](S& s) { s.removeAll(u"t"); }, u"a ex ha is longer han an objec holds"},
           Case{[](S& s) { s.removeAll(u"TH", S::CaseInsensitive); }, u"a text at is longer an an object holds"},
@@ -322,19 +277,17 @@ TEST(TStringEdit, PlacesAreNotKeptWhereTextIsReplacedInPlace)
     }
     if constexpr (!qvxsys::kLinesEndInCrLf) { // a DLL has an operator new of its own
         S s = kLong;
-        std::string const error = [&] {
+        auto const replace = [&] {
             FailingNew const none(0);
-            return TextError([&] { s.replace(u"th", u"longer"); });
-        }();
-        EXPECT_EQ(error, "Out of memory");
+            s.replace(u"th", u"longer");
+        };
+        EXPECT_EQ(TextError(replace), "Out of memory");
         EXPECT_TRUE(Share(s, kLong));
     }
 }
 
 TEST(TStringCase, IsIcusFullMapping)
 {
-    EXPECT_EQ(S(u"stra\u00DFe").toUpper(), u"STRASSE");
-    EXPECT_EQ(S(u"\u039F\u03A3 \u03A3\u039F").toLower(), u"\u03BF\u03C2 \u03C3\u03BF");
     std::string const before = uloc_getDefault();
     std::u16string const pieces[] = {u"plain ascii text, Only ASCII",
                                      u"iI",

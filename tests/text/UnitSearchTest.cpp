@@ -177,14 +177,32 @@ TEST_F(UnitSearchTest, FindsNeedlesThatTheTextNearlyMatchesEverywhere)
         std::u16string const middle = std::u16string(half, u'a') + u'b' + std::u16string(half, u'a');
         Search(uniform, middle, (round & 1) != 0);
         Search(uniform, std::u16string(half, u'a'), (round & 1) != 0);
-        // Both anchors of the first needle are everywhere here, but never the whole of it.
-        std::u16string const other = std::u16string(half, u'a') + u'c' + std::u16string(half, u'a');
-        std::u16string woven;
-        while (woven.size() < 4000) {
-            woven += other;
-            woven += std::u16string(half, u'a') + u'b';
+    }
+}
+
+// Needles of many periods, one of them changed, in texts of such periods: what is known of the needle's borders
+// decides.
+TEST_F(UnitSearchTest, FindsPeriodicNeedlesInPeriodicTexts)
+{
+    auto const repeated = [](std::u16string const& period, std::size_t times) {
+        std::u16string text;
+        while (times-- > 0) {
+            text += period;
         }
-        Search(woven, middle, (round & 1) != 0);
+        return text;
+    };
+    for (int round = 0; round < 200; ++round) {
+        bool const folded = (round & 1) != 0;
+        std::u16string const period = RandomText(u"ab", 1 + Below(5)) + u'b';
+        std::u16string changed = period;
+        changed[Below(period.size())] = Below(2) == 0 ? u'c' : u'a';
+        std::size_t const half = 8 + Below(40);
+        std::u16string const needle = repeated(period, half) + changed + repeated(period, Below(2) * half);
+        std::u16string text;
+        while (text.size() < 5000) {
+            text += Below(8) == 0 ? needle : Below(8) == 0 ? changed : repeated(period, Below(3 * half));
+        }
+        Search(folded ? OtherCases(text, u"aAbBcC") : text, needle, folded);
     }
 }
 

@@ -31,23 +31,19 @@ extern "C" PLUGIN_EXPORT void ThrowFromPlugin(int which)
     case 2:
         throw QuorvexUserErrorException(u"user", Info());
     case 3:
-        throw TScanStringCore::Exception(u"scan", Info());
-    case 4:
-        throw TFormatStringCore::Exception(u"format", Info());
-    case 5:
         throw LogicException(u"logic", Info());
-    case 6:
+    case 4:
         throw TStringCore::Exception(u"text");
-    case 7:
-        throw PluginException(u"own", Info());
-    case 8:
+    case 5:
         TScanStringCore(u"x").skipInt();
         break;
-    case 9:
+    case 6:
         static_cast<void>(TFormatStringCore(u"%"));
         break;
-    default:
+    case 7:
         throw std::out_of_range("standard");
+    default:
+        throw PluginException(u"own", Info());
     }
 }
 
