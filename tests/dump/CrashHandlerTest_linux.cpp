@@ -59,7 +59,7 @@ TEST_P(CrashTest, DiesAsItWouldHaveAndLeavesADump)
     EXPECT_EQ(with.out, without.out);
     EXPECT_EQ(with.err, without.err);
 
-    ASSERT_EQ(std::distance(std::filesystem::directory_iterator(here), {}), 1);
+    ASSERT_EQ(Entries(here), 1U);
     std::filesystem::path const file = std::filesystem::directory_iterator(here)->path();
     MinidumpReader const dump(file);
     EXPECT_EQ(file.filename().string(), "%" + std::to_string(dump.In<std::uint32_t>(15, 8)) + ".dmp");

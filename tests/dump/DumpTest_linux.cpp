@@ -69,11 +69,6 @@ std::uint64_t AddressOf(T* pointer)
     return reinterpret_cast<std::uint64_t>(pointer);
 }
 
-std::size_t Entries(fs::path const& folder)
-{
-    return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder), {}));
-}
-
 class DumpTest : public testing::Test
 {
 protected:

@@ -42,6 +42,6 @@ TEST(CrashHandler, WritesADumpAndLetsTheProgramDie)
     TemporaryFolder const folder;
     ChildResult const result = RunChild({CRASHING_PROGRAM, (folder.Path() / "a-%p.dmp").string()});
     EXPECT_NE(result.status, 0);
-    ASSERT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 1);
+    ASSERT_EQ(Entries(folder.Path()), 1U);
     EXPECT_TRUE(MinidumpReader(std::filesystem::directory_iterator(folder.Path())->path()).Has(6));
 }

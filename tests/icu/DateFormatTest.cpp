@@ -15,7 +15,6 @@ using QvxICU::ICUCalendar;
 using QvxICU::ICUDateFormat;
 using QvxICU::ICUParsePosition;
 using QvxICU::ICUSimpleDateFormat;
-using Style = ICUDateFormat::ICUEStyle;
 
 /// Whether both write and read alike: moments in all forms, and back from whole, cut and spoilt texts.
 void ExpectAlike(ICUDateFormat const& ours, icu::DateFormat const& icu, double moment)
@@ -51,23 +50,23 @@ TEST(DateFormat, StylesOfEveryLocale)
         SCOPED_TRACE(locales[i].getName());
         auto const locale = Locale(locales[i].getName());
         int const n = i % 4;
-        Style const style = static_cast<Style>(n);
-        Style const other = static_cast<Style>(3 - n);
-        auto const theirs = [](int s) { return static_cast<icu::DateFormat::EStyle>(s); };
-        std::unique_ptr<icu::DateFormat> const icu[] = {
-            std::unique_ptr<icu::DateFormat>(icu::DateFormat::createDateInstance(theirs(n), locales[i])),
-            std::unique_ptr<icu::DateFormat>(icu::DateFormat::createTimeInstance(theirs(n), locales[i])),
-            std::unique_ptr<icu::DateFormat>(
-                icu::DateFormat::createDateTimeInstance(theirs(n), theirs(3 - n), locales[i]))};
-        std::unique_ptr<ICUDateFormat> const ours[] = {ICUDateFormat::createDateInstance(style, *locale),
-                                                       ICUDateFormat::createTimeInstance(style, *locale),
-                                                       ICUDateFormat::createDateTimeInstance(style, other, *locale)};
-        for (std::size_t k = 0; k < 3; ++k) {
-            char16_t const* const zone = kZones[(static_cast<std::size_t>(i) + k) % std::size(kZones)];
-            icu[k]->adoptTimeZone(icu::TimeZone::createTimeZone(zone));
-            ours[k]->setTimeZone(zone, status);
-            EXPECT_EQ(ours[k]->getTimeZone(), zone);
-            ExpectAlike(*ours[k], *icu[k], kMoments[(static_cast<std::size_t>(i) + k) % std::size(kMoments)]);
+        auto const theirs = [](int style) { return static_cast<icu::DateFormat::EStyle>(style); };
+        As const style{n};
+        std::pair<std::unique_ptr<ICUDateFormat>, icu::DateFormat*> const pairs[] = {
+            {ICUDateFormat::createDateInstance(style, *locale),
+             icu::DateFormat::createDateInstance(theirs(n), locales[i])},
+            {ICUDateFormat::createTimeInstance(style, *locale),
+             icu::DateFormat::createTimeInstance(theirs(n), locales[i])},
+            {ICUDateFormat::createDateTimeInstance(style, As{3 - n}, *locale),
+             icu::DateFormat::createDateTimeInstance(theirs(n), theirs(3 - n), locales[i])}};
+        auto turn = static_cast<std::size_t>(i);
+        for (auto const& [ours, icu] : pairs) {
+            std::unique_ptr<icu::DateFormat> const owner(icu);
+            char16_t const* const zone = kZones[turn % std::size(kZones)];
+            icu->adoptTimeZone(icu::TimeZone::createTimeZone(zone));
+            ours->setTimeZone(zone, status);
+            EXPECT_EQ(ours->getTimeZone(), zone);
+            ExpectAlike(*ours, *icu, kMoments[turn++ % std::size(kMoments)]);
         }
     }
     EXPECT_EQ(status, Code::ZeroError);
@@ -99,14 +98,13 @@ TEST(DateFormat, PatternsInCalendarsAndZones)
             EXPECT_EQ(Failure(status), Failure(code));
             icu.adoptTimeZone(icu::TimeZone::createTimeZone(kZones[turn % std::size(kZones)]));
             ours->setTimeZone(kZones[turn % std::size(kZones)], status);
-            icu.set2DigitYearStart(kMoments[2], code);
-            ours->set2DigitYearStart(kMoments[2], status);
-            icu.setLenient(turn % 3 != 0);
-            ours->setLenient(turn % 3 != 0);
-            icu.setBooleanAttribute(UDAT_PARSE_ALLOW_NUMERIC, turn % 2 == 0, code);
-            ours->setBooleanAttribute(ICUDateFormat::ParseAllowNumeric, turn % 2 == 0, status);
-            icu.setContext(UDISPCTX_CAPITALIZATION_FOR_STANDALONE, code);
-            ours->setContext(ICUDateFormat::CapitalizationForStandalone, status);
+            EXPECT_SAME(*ours, icu, set2DigitYearStart(kMoments[2], s));
+            EXPECT_SAME(*ours, icu, setLenient(turn % 3 != 0));
+            EXPECT_SAME(*ours, icu, setBooleanAttribute(As{UDAT_PARSE_ALLOW_NUMERIC}, turn % 2 == 0, s));
+            EXPECT_SAME(*ours, icu, setContext(As{UDISPCTX_CAPITALIZATION_FOR_STANDALONE}, s));
+            EXPECT_SAME(*ours, icu, get2DigitYearStart(s));
+            EXPECT_SAME(*ours, icu, isCalendarLenient());
+            EXPECT_EQ(ours->getContext(status), ICUDateFormat::CapitalizationForStandalone);
             for (std::size_t i = 0; i < 3; ++i) {
                 ExpectAlike(*ours, icu, kMoments[++turn % std::size(kMoments)]);
             }
@@ -240,51 +238,37 @@ TEST(DateFormat, RefusesWhatIsNoArgument)
     auto const text = QvxICU::ICUString::createInstance();
     auto const field = QvxICU::ICUFieldPosition::createInstance();
 
-    using Call = std::function<bool(ICUSimpleDateFormat&, Code&)>; // whether something came of it
-    using Attribute = ICUDateFormat::ICUEBooleanAttribute;
-    using Context = ICUDateFormat::ICUECapitalization;
-    Call const refused[] = {
-        [&](auto& f, Code& s) { return f.format(kNaN, s).size() != 0; },
-        [&](auto& f, Code& s) { return f.format(kNaN, *text, s), text->length() != 0; },
-        [&](auto& f, Code& s) { return f.format(kNaN, *field, s).size() != 0; },
-        [&](auto& f, Code& s) { return f.format(*noCalendar, s).size() != 0; },
-        [&](auto&, Code& s) { return strict->format(kInfinity, s).size() != 0; },
-        [&](auto&, Code& s) { return strict->format(kInfinity, *field, s).size() != 0; },
-        [&](auto& f, Code& s) { return f.parse(u"no year", s) != 0; },
-        [&](auto& f, Code& s) { return f.parse(TStringView(), s) != 0; },
-        [&](auto& f, Code& s) { return f.set2DigitYearStart(kNaN, s), false; },
-        [&](auto& f, Code& s) { return f.setCalendar(*noCalendar, s), false; },
-        [&](auto& f, Code& s) { return f.setDateFormatSymbols(*noSymbols, s), false; },
-        [&](auto& f, Code& s) { return f.setNumberFormat(*noNumbers, s), false; },
-        [&](auto& f, Code& s) { return f.setTimeZone(u"Nowhere/City", s), f.getTimeZone() == u"Etc/Unknown"; },
-        [&](auto& f, Code& s) { return f.getBooleanAttribute(static_cast<Attribute>(64), s); },
-        [&](auto& f, Code& s) { return f.setBooleanAttribute(static_cast<Attribute>(-1), true, s), false; },
-        [&](auto& f, Code& s) { return f.setContext(static_cast<Context>(0x200), s), false; },
-        [&](auto&, Code& s) { return ICUSimpleDateFormat::createInstance(u"y", *noSymbols, s)->Native() != nullptr; },
-        [&](auto&, Code& s) { return ICUSimpleDateFormat::createFromDateFormat(*empty, s)->Native() != nullptr; }};
     auto const before = ICUSimpleDateFormat::createFromDateFormat(*whole, fine);
-    for (std::size_t i = 0; i < std::size(refused); ++i) {
-        status = Code::ZeroError;
-        EXPECT_FALSE(refused[i](*whole, status)) << i;
-        EXPECT_EQ(status, Code::IllegalArgumentError) << i;
-        EXPECT_TRUE(*whole == *before) << i;
-    }
-
-    Call const without[] = {
-        [&](auto& f, Code& s) { return f.format(0.0, s).size() + f.format(*calendar, s).size() != 0; },
-        [&](auto& f, Code& s) { return f.format(0.0, *text, s), f.format(0.0, *field, s).size() != 0; },
-        [&](auto& f, Code& s) { return f.getCalendar(s)->Native() != nullptr || f.parse(u"1970", s) != 0; },
-        [&](auto& f, Code& s) { return f.setTimeZone(u"UTC", s), !f.getTimeZone().isEmpty(); },
-        [&](auto& f, Code& s) { return f.toLocalizedPattern(s).size() + f.toPattern().size() != 0; },
-        [&](auto& f, Code& s) { return f.getNumberFormat(s)->Native() != nullptr; },
-        [&](auto& f, Code& s) { return f.setDateFormatSymbols(*symbols, s), f.isLenient(); },
-        [&](auto& f, Code& s) { return f.getDateFormatSymbols(s)->Native() != nullptr; }};
-    for (auto const& call : without) {
-        auto const clone = ICUSimpleDateFormat::createInstance(*empty);
-        status = Code::ZeroError;
-        EXPECT_FALSE(call(*clone, status));
-        EXPECT_EQ(status, Code::InvalidStateError);
-    }
+    ExpectRefused(
+        Code::IllegalArgumentError,
+        {[&](Code& s) { return whole->format(kNaN, s).size() != 0; },
+         [&](Code& s) { return whole->format(kNaN, *text, s), text->length() != 0; },
+         [&](Code& s) { return whole->format(kNaN, *field, s).size() != 0; },
+         [&](Code& s) { return whole->format(*noCalendar, s).size() != 0; },
+         [&](Code& s) { return strict->format(kInfinity, s).size() != 0; },
+         [&](Code& s) { return strict->format(kInfinity, *field, s).size() != 0; },
+         [&](Code& s) { return whole->parse(u"no year", s) != 0; },
+         [&](Code& s) { return whole->parse(TStringView(), s) != 0; },
+         [&](Code& s) { return whole->set2DigitYearStart(kNaN, s), false; },
+         [&](Code& s) { return whole->setCalendar(*noCalendar, s), false; },
+         [&](Code& s) { return whole->setDateFormatSymbols(*noSymbols, s), false; },
+         [&](Code& s) { return whole->setNumberFormat(*noNumbers, s), false; },
+         [&](Code& s) { return whole->setTimeZone(u"Nowhere/City", s), whole->getTimeZone() == u"Etc/Unknown"; },
+         [&](Code& s) { return whole->getBooleanAttribute(As{64}, s); },
+         [&](Code& s) { return whole->setBooleanAttribute(As{-1}, true, s), false; },
+         [&](Code& s) { return whole->setContext(As{0x200}, s), false; },
+         [&](Code& s) { return ICUSimpleDateFormat::createInstance(u"y", *noSymbols, s)->Native() != nullptr; },
+         [&](Code& s) { return ICUSimpleDateFormat::createFromDateFormat(*empty, s)->Native() != nullptr; }});
+    EXPECT_TRUE(*whole == *before);
+    ExpectRefused(Code::InvalidStateError,
+                  {[&](Code& s) { return empty->format(0.0, s).size() + empty->format(*calendar, s).size() != 0; },
+                   [&](Code& s) { return empty->format(0.0, *text, s), empty->format(0.0, *field, s).size() != 0; },
+                   [&](Code& s) { return empty->getCalendar(s)->Native() != nullptr || empty->parse(u"1970", s) != 0; },
+                   [&](Code& s) { return empty->setTimeZone(u"UTC", s), !empty->getTimeZone().isEmpty(); },
+                   [&](Code& s) { return empty->toLocalizedPattern(s).size() + empty->toPattern().size() != 0; },
+                   [&](Code& s) { return empty->getNumberFormat(s)->Native() != nullptr; },
+                   [&](Code& s) { return empty->setDateFormatSymbols(*symbols, s), empty->isLenient(); },
+                   [&](Code& s) { return empty->getDateFormatSymbols(s)->Native() != nullptr; }});
     empty->setLenient(true);
     empty->applyPattern(u"y");
     auto const position = ICUParsePosition::createInstance(1);

@@ -13,6 +13,9 @@
 #include "support/IcuOracle.h"
 
 using Code = QvxICU::ICUErrorCode;
+using testing_support::As;
+using testing_support::ExpectRefused;
+using testing_support::ExpectSame;
 using testing_support::Failure;
 using testing_support::Text;
 using testing_support::Unicode;
@@ -61,22 +64,6 @@ inline constexpr double kMoments[] = {0.0,
 inline std::unique_ptr<QvxICU::ICULocale> Locale(char const* name)
 {
     return QvxICU::ICULocale::createFromName(name);
-}
-
-/// One call, ours and ICU's, each with a status of its own: same results, same statuses.
-template<class Theirs, class Own>
-void ExpectSame(Theirs const& theirs, Own const& own, auto const& what)
-{
-    UErrorCode code = U_ZERO_ERROR;
-    Code status = Code::ZeroError;
-    auto const expected = theirs(code);
-    auto const actual = own(status);
-    EXPECT_EQ(Failure(status), Failure(code)) << what;
-    if constexpr (std::is_same_v<decltype(expected), icu::UnicodeString const>) {
-        EXPECT_EQ(actual, U_SUCCESS(code) ? Text(expected) : TStringCore()) << what;
-    } else {
-        EXPECT_EQ(actual, static_cast<decltype(actual)>(expected)) << what;
-    }
 }
 
 inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();

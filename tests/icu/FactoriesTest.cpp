@@ -69,6 +69,7 @@ TEST(Factories, MakeWhatTheStaticFunctionsMake)
     EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createInstance(locale), toPattern());
     EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createInstance(locale, ICUNumberFormatStyle::Percent),
                       toPattern());
+    EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createCurrencyInstance(locale), toPattern());
     EXPECT_MADE_ALIKE(icu.decimalFormat, ICUDecimalFormat, createInstance(u"0.0", *numbers, status), toPattern());
     EXPECT_MADE_ALIKE(icu.decimalFormatSymbols, ICUDecimalFormatSymbols, createInstance(locale, status), getDigit(3));
     EXPECT_MADE_ALIKE(icu.fieldPosition, ICUFieldPosition, createInstance(3), getField());
@@ -79,6 +80,7 @@ TEST(Factories, MakeWhatTheStaticFunctionsMake)
     auto const pattern = ICUString::createInstance(u"a(b)");
     EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(u"x", 2, status), flags());
     EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(*pattern, 2, error, status), pattern());
+    EXPECT_MADE_ALIKE(icu.regexPattern, ICURegexPattern, createInstance(*pattern, 2, status), pattern());
     auto const forward = ICUTransDirection::Forward;
     EXPECT_MADE_ALIKE(icu.transliterator, ICUTransliterator, createInstance(L"Latin-Greek", forward, status), getID());
     EXPECT_MADE_ALIKE(icu.transliterator, ICUTransliterator,
@@ -131,22 +133,19 @@ TEST(Factories, WithoutMemoryNothingIsLeft)
     ICULocale const& locale = ICULocale::getGermany();
     ICUParseError error;
     std::function<void(ICUErrorCode&)> const calls[] = {
-        [&](ICUErrorCode& status) { static_cast<void>(icu.calendar.createInstance(locale, status)); },
-        [&](ICUErrorCode&) {
-            static_cast<void>(icu.dateFormat.createDateInstance(ICUDateFormat::ICUEStyle(1), locale));
-        },
-        [&](ICUErrorCode& status) { static_cast<void>(icu.simpleDateFormat.createInstance("d.M", locale, status)); },
-        [&](ICUErrorCode& status) { static_cast<void>(icu.dateFormatSymbols.createInstance(locale, status)); },
-        [&](ICUErrorCode& status) { static_cast<void>(icu.dateTimePatternGenerator.createInstance("de", status)); },
-        [&](ICUErrorCode&) { static_cast<void>(icu.decimalFormat.createInstance(locale)); },
-        [&](ICUErrorCode& status) { static_cast<void>(icu.decimalFormatSymbols.createInstance(locale, status)); },
-        [&](ICUErrorCode&) { static_cast<void>(icu.locale.createFromName("de_CH@currency=EUR")); },
-        [&](ICUErrorCode& status) { ICULocale(locale).setKeywordValue("currency", "EUR", status); },
-        [&](ICUErrorCode& status) { static_cast<void>(icu.regexPattern.createInstance(u"a(b)", 0, status)); },
-        [&](ICUErrorCode&) { static_cast<void>(icu.string.createInstance(u"text")->clone()->substring(1)); },
-        [&](ICUErrorCode& status) {
-            static_cast<void>(icu.transliterator.createInstanceFromRules(u"own", u"a > b;", ICUTransDirection::Forward,
-                                                                         error, status));
+        [&](auto& s) { return icu.calendar.createInstance(locale, s); },
+        [&](auto&) { return icu.dateFormat.createDateInstance(As{1}, locale); },
+        [&](auto& s) { return icu.simpleDateFormat.createInstance("d.M", locale, s); },
+        [&](auto& s) { return icu.dateFormatSymbols.createInstance(locale, s); },
+        [&](auto& s) { return icu.dateTimePatternGenerator.createInstance("de", s); },
+        [&](auto&) { return icu.decimalFormat.createInstance(locale); },
+        [&](auto& s) { return icu.decimalFormatSymbols.createInstance(locale, s); },
+        [&](auto&) { return icu.locale.createFromName("de_CH@currency=EUR"); },
+        [&](auto& s) { ICULocale(locale).setKeywordValue("currency", "EUR", s); },
+        [&](auto& s) { return icu.regexPattern.createInstance(u"a(b)", 0, s); },
+        [&](auto&) { return icu.string.createInstance(u"text")->clone()->substring(1); },
+        [&](auto& s) {
+            return icu.transliterator.createInstanceFromRules(u"own", u"a > b;", ICUTransDirection::Forward, error, s);
         },
     };
     for (auto const& call : calls) {

@@ -164,9 +164,8 @@ TEST(Transliterator, FiltersAndFailures)
     failed->transliterate(*text);
     failed->finishTransliteration(*text, position);
     EXPECT_EQ(failed->transliterate(*text, 0, 1), -1);
-    status = ICUErrorCode::ZeroError;
-    failed->transliterate(*text, position, u"x", status);
-    EXPECT_EQ(status, ICUErrorCode::InvalidId);
+    ExpectRefused(ICUErrorCode::InvalidId,
+                  {[&](auto& s) { return failed->transliterate(*text, position, u"x", s), false; }});
     EXPECT_EQ(text->toString() + failed->getID() + failed->toRules(true) + failed->getSourceSet(), u"abc");
     EXPECT_EQ(failed->createInverse(status)->transliterate(u"abc"), u"abc");
     status = ICUErrorCode::ZeroError;

@@ -21,6 +21,8 @@
 
 #include "MonitorSupport.h"
 #include "support/ChildProcess.h"
+#include "support/InChild_posix.h"
+#include "support/TemporaryFolder.h"
 #include "support/Threads.h"
 
 namespace {
@@ -31,11 +33,6 @@ namespace fs = std::filesystem;
 constexpr char const* kPython = "/usr/bin/python3";
 /// No process has such an id: the kernel's highest is 2^22.
 constexpr std::uint32_t kMadeUp = 0x40000000;
-
-auto Entries(char const* folder)
-{
-    return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
-}
 
 /// An observer whose reports are lines among those of its log.
 struct Observer
@@ -220,16 +217,12 @@ TEST(Exchange, GoesOnWhenAForkedProcessStops)
     settings.general.m_startDelay = 3600s;
     settings.Start();
     auto observer = std::make_unique<Observer>(settings.port);
-    pid_t const child = ::fork();
-    if (child == 0) {
-        ::alarm(60);
-        observer.reset();
-        ResourceManager::Stop();
-        ::_exit(lines.Get().back() == "Resource Manager: stopped" ? 7 : 8);
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 7 << 8);
+    EXPECT_EQ(InChild([&] {
+                  observer.reset();
+                  ResourceManager::Stop();
+                  return lines.Get().back() == "Resource Manager: stopped" ? 7 : 8;
+              }),
+              7);
     observer->observer.Send({TSystem::ProcessID(), 2, 3, 4});
     EXPECT_TRUE(observer->lines.WaitFor("has 2, 3%, 4%"));
     YieldUntil([] { return ResourceManager::GetCpuAndMemoryUsage().second == 2; });

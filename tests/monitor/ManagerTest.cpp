@@ -167,6 +167,27 @@ TEST(ResourceManager, StopsInEveryState)
     }
 }
 
+TEST(ResourceManager, CountsTheChildrenThatAreRegistered)
+{
+    Lines lines;
+    Settings settings(lines);
+    std::string const own = std::to_string(TSystem::ProcessID()); // serves as a child
+    settings.general.m_checkInterval = 3600s;
+    settings.general.m_logFunc = [&lines](TStringCore const& line) {
+        lines.Add(line);
+        if (line.contains("Checking resources")) { // in time for the first check
+            ResourceManager::RegisterChildProcessId(TSystem::ProcessID());
+        }
+    };
+    settings.Start();
+    std::uint64_t const alone = qvxsys::monitor::MonitoredProcess().GetMemoryUsage(); // 0 under Wine
+    YieldUntil([&] { return alone == 0 || ResourceManager::GetCpuAndMemoryUsage().second != 0; });
+    EXPECT_GE(ResourceManager::GetCpuAndMemoryUsage().second, alone / 2 * 3);
+    ResourceManager::UnregisterChildProcessId(TSystem::ProcessID());
+    ResourceManager::Stop();
+    EXPECT_TRUE(lines.Has("Adding child process: " + own) && lines.Has("Removing child process: " + own));
+}
+
 TEST(ResourceReporter, IsCalledInOrderAndMayComeAndGo)
 {
     static std::string s_called;
@@ -283,6 +304,10 @@ TEST(MemoryPressure, SaysWhatItListensTo)
     EXPECT_EQ(freed, 0);
     pressure.Reclaim(MemoryPressure::Level::Full);
     EXPECT_EQ(freed, 1);
+    pressure.RemoveReclaim("f");
+    pressure.Reclaim(MemoryPressure::Level::Full);
+    EXPECT_EQ(freed, 1);
+    EXPECT_EQ(impossible.GetWarnings(MemoryPressure::Level::Some), 0u);
 }
 
 void EndWithSeven()

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -28,6 +27,7 @@
 #include "MonitoredProcess.h"
 #include "ProcessText.h"
 #include "support/SystemCalls_linux.h"
+#include "support/TemporaryFolder.h"
 
 namespace {
 
@@ -243,8 +243,7 @@ TEST(MonitoredProcess, PrivateMemoryOfAChild)
 
 TEST(MonitoredProcess, OneDescriptorEach)
 {
-    using Files = std::filesystem::directory_iterator;
-    auto const descriptors = [] { return std::distance(Files("/proc/self/fd"), Files()); };
+    auto const descriptors = [] { return Entries("/proc/self/fd"); };
     Child const child;
     auto const before = descriptors();
     {

@@ -13,14 +13,13 @@
 #include <vector>
 
 #include <alloca.h>
-#include <sys/wait.h>
 #include <ucontext.h>
-#include <unistd.h>
 #include <unwind.h>
 
 #include <gtest/gtest.h>
 #include <qvxsys/StackTrace.h>
 
+#include "support/InChild_posix.h"
 #include "support/SharedLibrary.h"
 #include "support/Threads.h"
 
@@ -311,10 +310,7 @@ TEST(Capture, SameAsTheCompilersUnwinder)
 {
     for (Shape const& shape : kShapes) {
         Check(shape);
-        Elsewhere([&] {
-            Check(shape);
-            return 0;
-        });
+        Elsewhere([&] { Check(shape); });
     }
 }
 
@@ -354,10 +350,7 @@ TEST(Capture, OverflowedStack)
 #if defined(__SANITIZE_THREAD__)
     GTEST_SKIP() << "which has a shadow stack of its own";
 #endif
-    Elsewhere([] {
-        Check({"overflow", [] { OnOtherStack(SIGSEGV, Overflow); }, 1, 200});
-        return 0;
-    });
+    Elsewhere([] { Check({"overflow", [] { OnOtherStack(SIGSEGV, Overflow); }, 1, 200}); });
 }
 
 TEST(Capture, ManyThreads)
@@ -443,13 +436,10 @@ namespace {
 
 TEST(Capture, OverwrittenStacksEndTheWalk)
 {
-    pid_t const child = fork();
-    if (child == 0) {
-        std::mt19937_64 random(1);
-        Overwrite(60, random);
-        _exit(0);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(InChild([] {
+                  std::mt19937_64 random(1);
+                  Overwrite(60, random);
+                  return 0;
+              }),
+              0);
 }

@@ -13,8 +13,6 @@
 
 #include <sys/auxv.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -22,6 +20,7 @@
 #include <qvxsys/Symbols.h>
 
 #include "support/ChildProcess.h"
+#include "support/InChild_posix.h"
 #include "support/SharedLibrary.h"
 #include "support/TemporaryFolder.h"
 
@@ -235,15 +234,8 @@ TEST(Symbols, ModulesComeAndGoAndProcessesForkWhileOthersLook)
         auto const frames = FramesIn(name, library);
         EXPECT_TRUE(frames.size() == 2 && frames[0].Symbol() == (round % 2 == 0 ? kInner : ""));
 #if !defined(__SANITIZE_THREAD__)
-        pid_t const child = ::fork();
-        if (child == 0) {
-            ::alarm(200);
-            char const* const notYet = reinterpret_cast<char const*>(&Ends) + round + 1;
-            ::_exit(symbols::ResolveAddress(notYet, symbols::Detail::Names).Symbol().empty() ? 1 : 0);
-        }
-        int status = -1;
-        EXPECT_EQ(::waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0);
+        char const* const notYet = reinterpret_cast<char const*>(&Ends) + round + 1;
+        EXPECT_EQ(InChild([=] { return symbols::ResolveAddress(notYet, symbols::Detail::Names).Symbol().empty(); }), 0);
 #endif
     }
     done = true;

@@ -7,7 +7,6 @@
 #include <regex>
 #include <sstream>
 #include <stdexcept>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -17,6 +16,7 @@
 #include <qvxsys/TSystem.h>
 
 #include "support/ChildProcess.h"
+#include "support/Threads.h"
 
 namespace {
 
@@ -212,26 +212,20 @@ TEST(StackWalker, FailureKeepsTheLines)
 
 TEST(StackWalker, ManyThreadsAtOnce)
 {
-    std::vector<std::thread> threads;
     std::atomic<int> wrong{0};
-    for (int i = 0; i < 16; ++i) {
-        threads.emplace_back([&wrong, i] {
-            Lines first;
-            Deep(20, first, kAll);
-            for (int round = 0; round < 20; ++round) {
-                if (i == 0 && round % 5 == 0) {
-                    quorvex::symbols::ClearCache();
-                }
-                Lines again;
-                Deep(20, again, kAll);
-                // The innermost functions are the same; the thread's first ones may differ by where Deep was called.
-                wrong += !std::equal(first.begin(), std::next(first.begin(), 20), again.begin());
+    InParallel(16, [&wrong](int i) {
+        Lines first;
+        Deep(20, first, kAll);
+        for (int round = 0; round < 20; ++round) {
+            if (i == 0 && round % 5 == 0) {
+                quorvex::symbols::ClearCache();
             }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+            Lines again;
+            Deep(20, again, kAll);
+            // The innermost functions are the same; the thread's first ones may differ by where Deep was called.
+            wrong += !std::equal(first.begin(), std::next(first.begin(), 20), again.begin());
+        }
+    });
     EXPECT_EQ(wrong, 0);
 }
 

@@ -2,7 +2,6 @@
 // A system that refuses: seccomp filters, for child processes, which cannot be taken off again.
 
 #include <cstddef>
-#include <functional>
 #include <iterator>
 #include <optional>
 
@@ -10,8 +9,9 @@
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
+
+#include "support/InChild_posix.h"
 
 /// The exit status when filters are not to be had; also for what else cannot be tested here.
 inline constexpr int kNotPossible = 77;
@@ -45,17 +45,4 @@ inline void Filter(long call, unsigned int action, std::optional<unsigned int> s
 inline void Refuse(long call, int error, std::optional<unsigned int> second = std::nullopt)
 {
     Filter(call, SECCOMP_RET_ERRNO | static_cast<unsigned int>(error), second);
-}
-
-/// The exit status of a child process that runs `function`, which returns it; minus the signal that has ended it.
-inline int InChild(std::function<int()> const& function)
-{
-    pid_t const child = fork();
-    if (child == 0) {
-        alarm(200);
-        _exit(function());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }

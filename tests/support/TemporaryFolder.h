@@ -1,9 +1,17 @@
 #pragma once
-// An empty folder of its own, removed with all in it at the end.
+// What is in folders; and an empty folder of its own, removed with all in it at the end.
 
+#include <cstddef>
 #include <filesystem>
+#include <iterator>
 #include <random>
 #include <string>
+
+/// How many there are in a folder.
+inline std::size_t Entries(std::filesystem::path const& folder)
+{
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
 
 class TemporaryFolder
 {

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 /// Scales the rounds of stress tests down where every memory access is watched.
@@ -15,13 +16,17 @@ inline constexpr int kStressDivisor = 1;
 /// Long enough that only a lost wake-up reaches it.
 inline constexpr std::chrono::milliseconds kLost = std::chrono::seconds(60);
 
-/// What `function` returns on a thread of its own.
+/// What `function` returns, if anything, on a thread of its own.
 template<class Function>
 auto Elsewhere(Function function)
 {
-    decltype(function()) result{};
-    std::thread([&] { result = function(); }).join();
-    return result;
+    if constexpr (std::is_void_v<decltype(function())>) {
+        std::thread(function).join();
+    } else {
+        decltype(function()) result{};
+        std::thread([&] { result = function(); }).join();
+        return result;
+    }
 }
 
 /// Runs `function(number)` on so many threads at once, and waits for their end.

@@ -1,9 +1,12 @@
 #pragma once
 // The four kinds of events, for tests that hold for all of them.
 
+#include <chrono>
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <ostream>
+#include <vector>
 
 #include <qvxsys/LogicException.h>
 #include <qvxsys/TEvent.h>
@@ -30,6 +33,18 @@ inline constexpr EventKind kEventKinds[] = {
     {"TCountdownEvent", false, []() -> std::shared_ptr<IEvent> { return std::make_shared<TCountdownEvent>(1); }},
     {"TCancelEvent", false, [] { return Shared(MakeRefCnt<TCancelEvent>()); }},
 };
+
+using TimedWait = std::function<bool(std::chrono::milliseconds)>;
+
+/// All waits for many events, the one that ends at once for none of them last.
+inline std::vector<TimedWait> WaitsForMany(std::vector<IEvent*> const& events)
+{
+    return {[events](auto time) { return WaitForAll(events, time); },
+            [events](auto time) { return WaitForAny(events, time); },
+            [events, index = 0U](auto time) mutable { return WaitForAny(events, time, index); },
+            [events](auto time) { return WaitForAnyExact(events, time).has_value(); },
+            [events](auto time) { return WaitForAllExact(events, time); }};
+}
 
 /// In child processes that fail a check: the hook's text comes on standard error on every system.
 inline void PrintFailedChecks()

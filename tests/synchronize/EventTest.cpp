@@ -69,14 +69,8 @@ INSTANTIATE_TEST_SUITE_P(Kinds, EventDeathTest, testing::ValuesIn(kEventKinds), 
 TEST_P(EventDeathTest, NegativeTimeout)
 {
     PrintFailedChecks();
-    std::vector<IEvent*> const events{m_owner.get()};
-    std::function<void(milliseconds)> const waits[] = {
-        [&](milliseconds time) { m_event.Wait(time); },
-        [&](milliseconds time) { WaitForAll(events, time); },
-        [&](milliseconds time) { WaitForAny(events, time); },
-        [&](milliseconds time) { static_cast<void>(WaitForAllExact(events, time)); },
-        [&](milliseconds time) { static_cast<void>(WaitForAnyExact(events, time)); },
-    };
+    auto waits = WaitsForMany({m_owner.get()});
+    waits.emplace_back([&](milliseconds time) { return m_event.Wait(time); });
     for (auto const& wait : waits) {
         for (milliseconds const timeout : {milliseconds(-1), milliseconds::min()}) {
             EXPECT_DEATH(wait(timeout), "qvxsys/main/synchronize/TEventBase_win:71: timeout.count.. >= 0");

@@ -1,7 +1,6 @@
 // Waits of a thread that gets one signal after another: they neither end early nor fail. And trees on a small stack.
 
 #include <atomic>
-#include <csignal>
 #include <functional>
 #include <mutex>
 #include <pthread.h>
@@ -11,54 +10,15 @@
 #include <qvxsys/TSemaphore.h>
 
 #include "EventKinds.h"
-#include "support/Threads.h"
+#include "support/Interruptions_posix.h"
 
 using std::chrono::milliseconds;
 
 namespace {
 
-std::atomic<int> g_interruptions = 0;
-
-class Interrupted : public testing::Test
+TEST(Interrupted, TimedWaitsAreNotEarly)
 {
-protected:
-    Interrupted()
-    {
-        struct sigaction action = {}; // without SA_RESTART
-        action.sa_handler = [](int) { ++g_interruptions; };
-        sigaction(SIGUSR1, &action, &m_before);
-    }
-    ~Interrupted() override { sigaction(SIGUSR1, &m_before, nullptr); }
-
-    /// Runs `wait` on a thread that is interrupted all the time; after some interruptions calls `end`.
-    static void Run(std::function<void()> const& wait, std::function<void()> const& end)
-    {
-        std::atomic<bool> done = false;
-        std::atomic<bool> begun = false;
-        int const before = g_interruptions;
-        std::thread waiter([&] {
-            begun = true;
-            wait();
-            done = true;
-        });
-        YieldUntil([&] { return begun.load(); });
-        for (bool ended = false; !done;) {
-            pthread_kill(waiter.native_handle(), SIGUSR1);
-            std::this_thread::yield();
-            if (!ended && g_interruptions - before >= 100) {
-                ended = true;
-                end();
-            }
-        }
-        waiter.join();
-    }
-
-private:
-    struct sigaction m_before = {};
-};
-
-TEST_F(Interrupted, TimedWaitsAreNotEarly)
-{
+    Interruptions const signals;
     std::vector<std::shared_ptr<IEvent>> owners;
     std::vector<IEvent*> events;
     for (EventKind const& kind : kEventKinds) {
@@ -67,35 +27,32 @@ TEST_F(Interrupted, TimedWaitsAreNotEarly)
     }
     auto const semaphore = TSemaphore::Construct(0);
     constexpr milliseconds kTime(30);
-    std::vector<std::function<bool()>> waits = {
-        [&] { return semaphore->TryAcquire(kTime.count()); },
-        [&] { return WaitForAny(events, kTime); },
-        [&] { return WaitForAll(events, kTime); },
-        [&] { return WaitForAnyExact(events, kTime).has_value(); },
-        [&] { return WaitForAllExact(events, kTime); },
-    };
+    auto waits = WaitsForMany(events);
+    waits.emplace_back(
+        [&](milliseconds time) { return semaphore->TryAcquire(static_cast<unsigned int>(time.count())); });
     for (IEvent* const event : events) {
-        waits.emplace_back([event, kTime] { return event->Wait(kTime); });
+        waits.emplace_back([event](milliseconds time) { return event->Wait(time); });
     }
-    for (auto const& wait : waits) {
+    for (TimedWait const& wait : waits) {
         auto const timed = [&] {
             auto const start = std::chrono::steady_clock::now();
-            EXPECT_FALSE(wait());
+            EXPECT_FALSE(wait(kTime));
             EXPECT_GE(Since(start), kTime);
         };
-        Run(timed, [] {});
+        Interruptions::Run(timed, [] {});
     }
 }
 
-TEST_F(Interrupted, WaitsWithoutLimitGoOn)
+TEST(Interrupted, WaitsWithoutLimitGoOn)
 {
+    Interruptions const signals;
     auto const semaphore = TSemaphore::Construct(0);
     TRecursiveMutex mutex;
     TReadWriteLock lock;
     std::atomic<bool> ended = false;
     auto const run = [&](std::function<void()> const& wait, std::function<void()> const& end) {
         ended = false;
-        Run(
+        Interruptions::Run(
             [&] {
                 wait();
                 EXPECT_TRUE(ended);

@@ -1,22 +1,20 @@
 #include "Oracle.h"
 
-#include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
-#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <string>
-#include <thread>
 
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 #include <qvxsys/CpuTime.h>
 #include <qvxsys/TSystem.h>
+
+#include "support/InChild_posix.h"
+#include "support/Interruptions_posix.h"
 
 double ThreadCpuMilliseconds()
 {
@@ -60,51 +58,28 @@ namespace {
 
 TEST(System, IdsAfterFork)
 {
-    unsigned int const parent = TSystem::ProcessID();
-    pid_t const child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        bool const own = TSystem::ProcessID() == OwnProcessId() && TSystem::ThreadID() == OwnThreadId();
-        _exit(own && TSystem::ProcessID() != parent ? 0 : 1);
-    }
-    int status = 0;
-    ASSERT_EQ(waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(InChild([parent = TSystem::ProcessID()] {
+                  bool const own = TSystem::ProcessID() == OwnProcessId() && TSystem::ThreadID() == OwnThreadId();
+                  return own && TSystem::ProcessID() != parent;
+              }),
+              1);
 }
-
-std::atomic<int> g_signals = 0;
 
 TEST(System, SignalsDoNotShortenSleep)
 {
-    struct sigaction action
-    {};
-    action.sa_handler = [](int) { ++g_signals; };
-    struct sigaction before
-    {};
-    ASSERT_EQ(sigaction(SIGUSR1, &action, &before), 0);
-    pthread_t const sleeper = pthread_self();
-    std::atomic<bool> done = false;
-    std::thread disturber([&] {
-        while (!done) {
-            pthread_kill(sleeper, SIGUSR1);
-            std::this_thread::yield();
-        }
-    });
-    while (g_signals == 0) {
-    }
-    errno = EBUSY;
-    auto const start = std::chrono::steady_clock::now();
-    int const first = g_signals;
-    TSystem::Sleep(30);
-    auto const slept = std::chrono::steady_clock::now() - start;
-    int const error = errno;
-    int const interruptions = g_signals - first;
-    done = true;
-    disturber.join();
-    sigaction(SIGUSR1, &before, nullptr);
-    EXPECT_GE(slept, std::chrono::milliseconds(30));
-    EXPECT_GT(interruptions, 0);
-    EXPECT_EQ(error, EBUSY);
+    Interruptions const signals;
+    auto const sleep = [] {
+        YieldUntil([first = Interruptions::Count()] { return Interruptions::Count() > first; });
+        errno = EBUSY;
+        auto const start = std::chrono::steady_clock::now();
+        int const before = Interruptions::Count();
+        TSystem::Sleep(30);
+        int const error = errno;
+        EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
+        EXPECT_GT(Interruptions::Count(), before);
+        EXPECT_EQ(error, EBUSY);
+    };
+    Interruptions::Run(sleep, [] {});
 }
 
 // What a thread has the kernel do is booked as kernel time by one measure, as the kernel itself has it, and as user

@@ -157,20 +157,13 @@ TEST(CallAfter, ForgetsOrMakesEachCall)
     std::atomic<int> forgotten = 0;
     constexpr int kThreads = 3;
     constexpr int kCalls = 500;
-    {
-        std::vector<std::jthread> threads;
-        for (int t = 0; t < kThreads; ++t) {
-            threads.emplace_back([&] {
-                for (int i = 0; i < kCalls; ++i) {
-                    auto const id = AsyncTask::CallAfter(std::chrono::milliseconds(i % 3), [&made] { ++made; });
-                    forgotten += i % 2 == 0 && AsyncTask::CancelCall(id) ? 1 : 0;
-                }
-            });
+    InParallel(kThreads, [&](int) {
+        for (int i = 0; i < kCalls; ++i) {
+            auto const id = AsyncTask::CallAfter(std::chrono::milliseconds(i % 3), [&made] { ++made; });
+            forgotten += i % 2 == 0 && AsyncTask::CancelCall(id) ? 1 : 0;
         }
-    }
-    while (made + forgotten < kThreads * kCalls) {
-        std::this_thread::yield();
-    }
+    });
+    YieldUntil([&] { return made + forgotten >= kThreads * kCalls; });
     TEvent last;
     AsyncTask::CallAfter(3ms, [&last] { last.Signal(); });
     last.Wait();

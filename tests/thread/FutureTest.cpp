@@ -137,14 +137,27 @@ TEST(Future, WithoutState)
     for (auto const& use : uses) {
         EXPECT_EQ(MessageOf<InvalidFutureException>(use), u"InvalidFuture");
     }
-    InvalidFutureException const e(TError::ErrorInfo::TestError());
-    EXPECT_THROW(e.Throw(), InvalidFutureException);
-    std::unique_ptr<QuorvexException> const clone(e.Clone());
-    EXPECT_NE(dynamic_cast<InvalidFutureException*>(clone.get()), nullptr);
     Future<int> itself = MakeReady(3);
     auto& same = itself;
     itself = std::move(same);
     EXPECT_EQ(itself.Get(), 3);
+}
+
+template<class Exception>
+void ExpectCopiesOfItsClass(Exception const& e)
+{
+    EXPECT_THROW(e.Throw(), Exception);
+    std::unique_ptr<QuorvexException> const clone(e.Clone());
+    EXPECT_NE(dynamic_cast<Exception*>(clone.get()), nullptr);
+}
+
+TEST(Future, ExceptionsKeepTheirClass)
+{
+    auto const info = TError::ErrorInfo::TestError();
+    ExpectCopiesOfItsClass(InvalidFutureException(info));
+    ExpectCopiesOfItsClass(PromiseException(u"why", info));
+    ExpectCopiesOfItsClass(BrokenPromiseException(u"why", info));
+    ExpectCopiesOfItsClass(WaitCycleException(u"why", info));
 }
 
 TEST(Promise, MisuseAndBreaking)

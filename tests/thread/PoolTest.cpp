@@ -147,24 +147,39 @@ TEST(ThreadPool, RefusesWhatComesWhileItIsJoinedAndAfterwards)
     }
 }
 
+/// Every item that is accepted runs once, whoever adds it, however often the threads fall asleep in between, and when
+/// the pool is closed meanwhile.
 TEST(ThreadPool, RunsExactlyWhatItAcceptedBeforeItClosed)
 {
-    for (int round = 0; round < 20; ++round) {
-        TThreadPool pool(2, nullptr, nullptr);
-        std::atomic<int> accepted = 0;
-        std::atomic<int> ran = 0;
-        std::vector<std::jthread> producers;
-        for (int i = 0; i < 3; ++i) {
-            producers.emplace_back([&] {
-                while (pool.AddWork([&ran] { ++ran; }, kQueue)) {
-                    ++accepted;
-                }
-            });
+    constexpr std::size_t kProducers = 3;
+    constexpr std::size_t kItems = 2000;
+    for (unsigned int round = 0; round < 8; ++round) {
+        TThreadPool pool(1 + round, nullptr, nullptr);
+        std::vector<std::atomic<int>> runs(kProducers * kItems);
+        std::vector<char> accepted(runs.size());
+        {
+            std::vector<std::jthread> producers;
+            for (std::size_t first = 0; first < runs.size(); first += kItems) {
+                producers.emplace_back([&, first] {
+                    for (std::size_t i = first; i < first + kItems; ++i) {
+                        auto const run = [&runs, i] { ++runs[i]; };
+                        // Twice if a thread is free for it.
+                        if (i % 5 == 0 && pool.AddWork([run] { run(), run(); }, kIfIdle)) {
+                            accepted[i] = 2;
+                        } else if (pool.AddWork(run, kQueue)) {
+                            accepted[i] = 1;
+                        }
+                        if (i % 100 == first / kItems) {
+                            YieldUntil([&] { return pool.GetThreadPoolUseCount() == 0; });
+                        }
+                    }
+                });
+            }
+            YieldUntil([&] { return runs[kItems * (round % 4) / 4] != 0; });
+            EXPECT_TRUE(round % 4 == 3 || pool.JoinAll(kNoLimit));
         }
-        YieldUntil([&] { return ran > 10 * round; });
-        EXPECT_TRUE(pool.JoinAll(kNoLimit));
-        producers.clear();
-        EXPECT_EQ(ran, accepted);
+        pool.JoinAll(kNoLimit);
+        EXPECT_TRUE(std::equal(runs.begin(), runs.end(), accepted.begin())) << round;
     }
 }
 
@@ -233,40 +248,6 @@ TEST(ThreadPool, TellsWhatItDoes)
     EXPECT_EQ(after.threads + after.queued + after.running, 0U);
     EXPECT_EQ(after.finished, 3U);
     EXPECT_EQ(after.longestRunning, 0ns);
-}
-
-/// Every item runs once, whoever adds it and however often the threads fall asleep in between.
-TEST(ThreadPool, LosesNothingUnderLoad)
-{
-    constexpr unsigned int kProducers = 3;
-    constexpr unsigned int kItems = 2000;
-    for (unsigned int const workers : {1U, 2U, 8U}) {
-        std::vector<std::atomic<int>> runs(kProducers * kItems);
-        TThreadPool pool(workers, nullptr, nullptr);
-        std::vector<std::jthread> producers;
-        for (unsigned int p = 0; p < kProducers; ++p) {
-            producers.emplace_back([&, p] {
-                for (unsigned int i = 0; i < kItems; ++i) {
-                    auto* const run = &runs[p * kItems + i];
-                    if (i % 5 == 0) {
-                        // By way of another item, if a thread is free for it.
-                        auto const forward = [&pool, run] { pool.AddWork([run] { ++*run; }, kQueue); };
-                        if (!pool.AddWork(forward, kIfIdle)) {
-                            forward();
-                        }
-                    } else {
-                        pool.AddWork([run] { ++*run; }, kQueue);
-                    }
-                    if (i % 100 == p) {
-                        YieldUntil([&] { return pool.GetThreadPoolUseCount() == 0; });
-                    }
-                }
-            });
-        }
-        producers.clear();
-        YieldUntil([&] { return pool.GetThreadPoolUseCount() == 0; });
-        EXPECT_TRUE(std::all_of(runs.begin(), runs.end(), [](auto const& run) { return run == 1; })) << workers;
-    }
 }
 
 /// One item at a time, added at all moments between the end of the one before and the threads' falling asleep: a lost

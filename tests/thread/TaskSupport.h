@@ -21,6 +21,16 @@ std::string FailedCheck(Body const& body, HookThat does = HookThat::Throws)
     return raised ? raised->file + " " + std::to_string(raised->line) + ": " + raised->condition : "";
 }
 
+/// This check fails in `body`, whatever the hook does.
+template<class Body>
+void ExpectFailedCheck(Body const& body, std::string const& check)
+{
+    for (HookThat const does : {HookThat::Throws, HookThat::Returns}) {
+        std::string const failed = FailedCheck(body, does);
+        EXPECT_TRUE(failed.ends_with(check)) << failed << " is not " << check;
+    }
+}
+
 /// Signals an event when its thread is about to sleep.
 class TellsOfBlocking : public AsyncTask::IWaitHandler
 {
