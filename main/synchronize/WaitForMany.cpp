@@ -134,10 +134,11 @@ public:
         std::type_info const* const kind = &typeid(TEvent);
         std::uint64_t set = 0;
         for (std::size_t i = events.size(); i-- > 0;) {
-            if (events[i] == nullptr || &typeid(*events[i]) != kind) [[unlikely]] {
+            IEvent const* const event = events[i];
+            if (event == nullptr || &typeid(*event) != kind) [[unlikely]] {
                 return false;
             }
-            set = 2 * set + (static_cast<TEvent*>(events[i])->IsSet() ? 1 : 0);
+            set = 2 * set + (static_cast<TEvent const*>(event)->IsSet() ? 1 : 0);
         }
         if (set != 0) {
             m_claimed = set;

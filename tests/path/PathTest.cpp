@@ -102,8 +102,8 @@ TEST(PathLexical, AsTheStandardLibrary)
     auto const text = [&random](bool rooted) {
         std::string result = rooted ? "/" : "";
         for (auto n = 1 + random() % 7; n > 0; --n) {
-            static constexpr char const* kNames[] = {"a", "b", ".", "..", "c.d", "..."};
-            result += std::string(kNames[random() % 6]) + (n > 1 ? "/" : "");
+            static std::string const kNames[] = {"a", "b", ".", "..", "c.d", "...", std::string(100, 'n')};
+            result += kNames[random() % 7] + (n > 1 ? "/" : "");
         }
         return result;
     };
