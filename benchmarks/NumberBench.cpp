@@ -97,8 +97,13 @@ void IntegerToText(Kind const& kind)
     Each(buffer, "own", kind.values, [](std::int64_t v) {
         char16_t units[24];
         auto const magnitude = static_cast<std::uint64_t>(v);
-        int const length = qvxsys::text::DecimalLength(magnitude);
-        qvxsys::text::WriteDecimal(units, magnitude, length);
+        int length = 0;
+        if (magnitude < qvxsys::text::kShortDecimals) {
+            length = qvxsys::text::WriteShortDecimal(units, static_cast<std::uint32_t>(magnitude));
+        } else {
+            length = qvxsys::text::DecimalLength(magnitude);
+            qvxsys::text::WriteDecimal(units, magnitude, length);
+        }
         benchmark::DoNotOptimize(units);
         benchmark::DoNotOptimize(length);
     });

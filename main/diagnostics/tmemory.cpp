@@ -58,11 +58,11 @@ void ChargeRelease(ThreadMemoryCounters& record, std::size_t size) noexcept
 
 void* CountedMalloc(std::size_t size, std::uint64_t state) noexcept
 {
-    void* const result = std::malloc(size);
+    // Charged whether it succeeds or not, so nothing is left to do behind the call.
     if (Mode(state) != 0 && t_block.current != nullptr) {
         ChargeAllocation(*t_block.current, size);
     }
-    return result;
+    return std::malloc(size);
 }
 
 void* CountedRealloc(void* ptr, std::size_t size, std::uint64_t state) noexcept

@@ -242,6 +242,10 @@ TEST(StringUtils, StandardContainers)
 {
     std::u16string const units = u"a\u00E9\U0001F600" + std::u16string(1, 0xD83D) + std::u16string(300, u'\u20AC');
     EXPECT_EQ(toStdString(units), icu_reference::ToUtf8(units).text);
+    // Begins like ASCII for longer than one stretch.
+    std::u16string const late = std::u16string(5000, u'x') + units + std::u16string(9000, u'y');
+    EXPECT_EQ(toStdString(late), icu_reference::ToUtf8(late).text);
+    EXPECT_EQ(toStdString(TStringView(late).left(5000)), std::string(5000, 'x'));
     EXPECT_EQ(toStdU16String(units), units);
     EXPECT_EQ(toUtf8Buffer(units).data(), icu_reference::ToUtf8(units).text);
     wchar_t wide[5];

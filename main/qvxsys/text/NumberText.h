@@ -5,6 +5,10 @@
 // split off with 32-bit divisions by constants, which the compiler turns into multiplications. Sixteen digits, where
 // there are more than that, are split in vectors: into halves of eight, fours, pairs and digits, each time with a
 // multiplication by the inverse that is exact for values of that size.
+//
+// Where there is room for more digits than the number has, none of that is needed: all four or eight digits are made in
+// registers, the first one lowest, and the leading zeros shifted out. Numbers of mixed lengths would make a loop's
+// branches hard to predict.
 
 #include <array>
 #include <bit>
@@ -73,7 +77,33 @@ inline void StoreSixteen(char16_t* at, std::uint64_t v) noexcept
     _mm_storeu_si128(reinterpret_cast<__m128i*>(at + 8), _mm_add_epi16(_mm_unpackhi_epi16(tens, ones), zero));
 }
 
+/// The four digits of v < 10000, the first one in the lowest 16 bits.
+inline std::uint64_t FourDigits(std::uint32_t v) noexcept
+{
+    std::uint32_t const upper = v * 5243 >> 19; // v / 100
+    std::uint32_t first;
+    std::uint32_t last;
+    std::memcpy(&first, kDecimalPairs[upper].data(), sizeof first);
+    std::memcpy(&last, kDecimalPairs[v - upper * 100].data(), sizeof last);
+    return first | std::uint64_t{last} << 32;
+}
+
+inline void StoreFour(char16_t* at, std::uint64_t units) noexcept
+{
+    std::memcpy(at, &units, sizeof units);
+}
+
+/// The bits of the leading zeros; the last digit counts as none.
+inline int ZeroBits(std::uint64_t fourDigits) noexcept
+{
+    constexpr std::uint64_t zeros = 0x0030003000300030;
+    return __builtin_ctzll((fourDigits ^ zeros) | std::uint64_t{1} << 48) & 0x30;
+}
+
 } // namespace detail
+
+/// Every value below this can be written by WriteShortDecimal.
+inline constexpr std::uint64_t kShortDecimals = 100000000;
 
 /// The decimal digits of v, 1 for 0.
 inline int DecimalLength(std::uint64_t v) noexcept
@@ -112,6 +142,24 @@ inline void WriteDecimal(char16_t* out, std::uint64_t v, int length) noexcept
     } else {
         end[-1] = static_cast<char16_t>(u'0' + small);
     }
+}
+
+/// Writes the digits of v < kShortDecimals and returns how many they are. Eight units are written at most, 0 units
+/// behind the digits.
+inline int WriteShortDecimal(char16_t* out, std::uint32_t v) noexcept
+{
+    if (v < 10000) {
+        std::uint64_t const digits = detail::FourDigits(v);
+        int const zeros = detail::ZeroBits(digits);
+        detail::StoreFour(out, digits >> zeros);
+        return 4 - zeros / 16;
+    }
+    std::uint64_t const digits = detail::FourDigits(v / 10000);
+    std::uint64_t const last = detail::FourDigits(v % 10000);
+    int const zeros = detail::ZeroBits(digits);
+    detail::StoreFour(out, digits >> zeros | last << 1 << (63 - zeros));
+    detail::StoreFour(out + 4, last >> zeros);
+    return 8 - zeros / 16;
 }
 
 /// Writes `length` digits of v, with leading zeros.

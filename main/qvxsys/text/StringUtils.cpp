@@ -437,16 +437,24 @@ std::string toStdString(TStringView view)
         return std::string(buffer, k16To8.convert(view.data(), n, buffer));
     }
     // Stretch by stretch through a buffer that stays in the first-level cache: cheaper than having the string zeroed.
+    // What begins with ASCII is taken to be ASCII and not measured until it proves to be something else.
     std::string result;
-    result.reserve(k16To8.measure(view.data(), n));
+    bool measured = false;
     constexpr std::size_t kStretch = 4096;
     char buffer[3 * kStretch];
     char16_t const* const end = view.end();
     for (char16_t const* at = view.data(); at != end;) {
         auto const rest = static_cast<std::size_t>(end - at);
         std::size_t const stretch = rest <= kStretch ? rest : text::WholeCodePoints(at, kStretch);
-        result.append(buffer, k16To8.convert(at, stretch, buffer));
+        std::size_t const bytes = k16To8.convert(at, stretch, buffer);
         at += stretch;
+        if (!measured && bytes != stretch) {
+            result.reserve(result.size() + bytes + k16To8.measure(at, static_cast<std::size_t>(end - at)));
+            measured = true;
+        } else if (result.empty()) {
+            result.reserve(n);
+        }
+        result.append(buffer, bytes);
     }
     return result;
 }

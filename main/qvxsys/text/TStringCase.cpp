@@ -9,7 +9,9 @@
 //   themselves, so that emoji need no ICU,
 // - text with cased characters where the locale has mappings of its own: Turkish, Azerbaijani, Lithuanian, Greek,
 //   Armenian (ICU's ucase.h). The locale, ICU's default one if none was given, is looked at when the first character
-//   turns up that one of these maps in its own way; ASCII without the letter i or I never needs it.
+//   turns up that one of these maps in its own way: ICU locks a mutex to tell its default, which any code may change at
+//   any time, so the answer cannot be kept. ASCII without the letter i or I needs none; a long text looks at once,
+//   which costs less than watching out for that letter.
 
 #include <qvxsys/TTextReading.h>
 
@@ -206,6 +208,9 @@ public:
         if (n < 8) {
             return Few(from, n, to);
         }
+        if (n >= kLong) {
+            static_cast<void>(LearnLocale());
+        }
         std::size_t i = 0;
         for (; n - i >= 32; i += 32) {
             if (!Block<4>(from + i, to + i, 8)) {
@@ -223,6 +228,8 @@ public:
     }
 
 private:
+    static constexpr std::size_t kLong = 2048;
+
     template<int Vectors>
     [[gnu::always_inline]] bool Block(char16_t const* from, char16_t* to, std::size_t stride) noexcept
     {
@@ -256,15 +263,23 @@ private:
     bool m_localeIsKnown = false; // and has no mappings of its own
 };
 
+// A string as long as the text, to be written over.
+[[gnu::always_inline]] inline TStringCore RoomFor(TStringView text, int length)
+{
+    if (length <= TStringCore::kInlineLength) {
+        return TStringCore(text.data(), length); // copied by two moves, without a call
+    }
+    TStringCore result;
+    result.reserve(length);
+    result.resize(length);
+    return result;
+}
+
 template<class Direction>
 TStringCore MapCase(TStringView text, char const* locale)
 {
     int const length = qvxsys::text::CheckedUnits(text.size());
-    TStringCore result;
-    if (length > TStringCore::kInlineLength) {
-        result.reserve(length);
-    }
-    result.resize(length);
+    TStringCore result = RoomFor(text, length);
     if (SimpleMapping<Direction>(locale).Map(text.data(), text.size(), result.data())) {
         return result;
     }

@@ -18,9 +18,6 @@ namespace {
 constexpr char16_t kBase36[] = u"0123456789abcdefghijklmnopqrstuvwxyz";
 constexpr char16_t kBase64[] = u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-// Every value below this has room in the object, with a sign.
-constexpr std::uint64_t kShortDecimals = 10000000000000;
-
 // Writes the digits of v so that they end at `end`; returns how many.
 int DigitsInBase(char16_t* end, std::uint64_t v, unsigned base) noexcept
 {
@@ -69,22 +66,21 @@ TStringCore TStringCore::LongDecimalText(std::uint64_t v, bool negative)
     return result;
 }
 
-// The usual case: written where it stays, without a call. (A function with one result, which the compiler then builds
-// where the caller wants it.)
+// The usual case: written where it stays, without a call. There is room for a sign and whatever is written behind it.
+// (A function with one result, which the compiler then builds where the caller wants it.)
 inline TStringCore TStringCore::ShortDecimalText(std::uint64_t v, bool negative)
 {
     int const sign = negative ? 1 : 0;
-    int const n = text::DecimalLength(v);
     TStringCore result;
     result.m_units[0] = u'-';
-    text::WriteDecimal(result.m_units + sign, v, n);
+    int const n = text::WriteShortDecimal(result.m_units + sign, static_cast<std::uint32_t>(v));
     result.m_units[kFormSlot] = static_cast<char16_t>(n + sign);
     return result;
 }
 
 inline TStringCore TStringCore::DecimalText(std::uint64_t v, bool negative)
 {
-    return v < kShortDecimals ? ShortDecimalText(v, negative) : LongDecimalText(v, negative);
+    return v < text::kShortDecimals ? ShortDecimalText(v, negative) : LongDecimalText(v, negative);
 }
 
 TStringCore TStringCore::PaddedText(std::uint64_t v, bool negative, int base, int width, Fill fill)

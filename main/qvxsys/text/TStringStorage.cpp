@@ -96,7 +96,8 @@ void TStringStorage::MoveToBlock(int capacity)
     if (capacity > kInlineCapacity || capacity < 0) {
         TStringBlock* const own = Reallocate(nullptr, capacity);
         own->length = length();
-        CopyUnits(own->Text(), m_units, own->length + 1);
+        // All of the object: two moves instead of a call. Every block has room for it.
+        std::memcpy(own->Text(), m_units, sizeof m_units);
         SetBlock(own);
     }
 }
@@ -120,8 +121,10 @@ char16_t* TStringStorage::SetLength(int n)
             SetBlock(Reallocate(block, target));
         }
     }
-    StoreLength(n);
-    return Block()->Text();
+    TStringBlock* const block = Block();
+    block->length = n;
+    block->Text()[n] = 0;
+    return block->Text();
 }
 
 // The length of a text that has room for it and is not shared.
