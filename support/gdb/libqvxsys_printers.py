@@ -630,3 +630,4 @@ def add_types(path):
 
 if __name__ == '__main__':
     register()
+    add_types(os.path.join(os.path.dirname(os.path.abspath(__file__)), 'libqvxsys_types.o'))

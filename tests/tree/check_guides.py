@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """The C++ in the documentation is code that runs: each ```cpp block of README.md and docs/ stands, line after line, in a
-program of examples/, whatever its indentation there. Prints one line per block that does not.
+program of examples/, whatever its indentation there. And the names in the last column of the guides' tables ("if you know
+..., here it is") are those of public headers. Prints one line per block or name that is not.
 
 usage: check_guides.py ROOT
 """
@@ -11,6 +12,21 @@ import sys
 
 def lines_of(text):
     return [re.sub(r"\s+", " ", line.strip()) for line in text.splitlines() if line.strip()]
+
+
+def unknown_names(root):
+    """(page, line, name) of those in the tables that no public header has."""
+    known = set()
+    for header in (root / "public").rglob("*.h"):
+        known |= set(re.findall(r"\w+", header.read_text(encoding="utf-8")))
+    for page in sorted((root / "docs/guides").glob("*.md")):
+        for number, line in enumerate(page.read_text(encoding="utf-8").splitlines(), 1):
+            if not line.startswith("|"):
+                continue
+            for code in re.findall(r"`([^`]+)`", line.rstrip("|").rpartition("|")[2]):
+                for name in re.findall(r"[A-Za-z_]\w+", re.sub(r'"[^"]*"', "", code)):
+                    if name not in known:
+                        yield page.relative_to(root), number, name
 
 
 def main():
@@ -30,7 +46,10 @@ def main():
                     print(f"{page.relative_to(root)}:{text[:match.start()].count(chr(10)) + 1}: not in examples/")
                     faults += 1
                     break
-    print(f"{blocks} blocks, {faults} not in examples/")
+    for page, number, name in unknown_names(root):
+        print(f"{page}:{number}: no public header has {name}")
+        faults += 1
+    print(f"{blocks} blocks, {faults} faults")
     return 1 if faults or not blocks else 0
 
 

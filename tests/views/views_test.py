@@ -4,8 +4,8 @@
 usage: views_test.py PROGRAM PREFIX ROOT     PREFIX: an installed copy; exits with 1 and what was found
 
 The copy is moved, its library stripped of debug information, and what gdb prints compared with expected.txt and with the
-session in docs/debugging.md: of the running program, of a core file, and with the library's own debug information if it
-was built with it (lines beginning with "(library)"). Then the objects are printed with random bytes in them, and gdb
+session in docs/debugging.md: of the running program, of a core file, with views that are loaded by hand (as for a program
+with the archive), and with the library's own debug information if it was built with it (lines beginning with "(library)"). Then the objects are printed with random bytes in them, and gdb
 evaluates every expression in the natvis file.
 """
 import os
@@ -133,12 +133,12 @@ def in_debugger():
         gdb.execute('info locals', to_string=True)  # nothing is constructed yet
         gdb.execute('tbreak LookHere')
         gdb.execute('continue')
-    global reading, views  # gdb has loaded them by now
-    import libqvxsys_reading as reading  # pylint: disable=import-error,import-outside-toplevel
-    import libqvxsys_printers as views  # pylint: disable=import-error,import-outside-toplevel
     gdb.execute('up', to_string=True)
     compare(table(root, what == 'library'))
     if what == 'stripped':
+        global reading, views  # gdb has loaded them by now
+        import libqvxsys_reading as reading  # pylint: disable=import-error,import-outside-toplevel
+        import libqvxsys_printers as views  # pylint: disable=import-error,import-outside-toplevel
         gdb.execute(f'generate-core-file {os.environ["VIEWS_CORE"]}')
         check_natvis(root / 'support/natvis/qvxsys.natvis')
         print_damaged()
@@ -149,7 +149,9 @@ def run_gdb(what, folder, program, root):
     core = str(folder / 'core')
     environment = {**os.environ, 'LC_ALL': 'C.UTF-8', 'VIEWS_RUN': what, 'VIEWS_ROOT': root, 'VIEWS_CORE': core,
                    'VIEWS_LIBRARY': str(next(folder.rglob('libqvxsys.so.1')).parent)}
-    command = ['gdb', '-nx', '-batch', '-iex', f'add-auto-load-safe-path {folder}', '-x', __file__, program]
+    load = ['-ex', f'source {next(folder.rglob("libqvxsys_printers.py"))}'] if what == 'by hand' else \
+        ['-iex', f'add-auto-load-safe-path {folder}']
+    command = ['gdb', '-nx', '-batch', *load, '-x', __file__, program]
     text = subprocess.run(command + [core] * (what == 'core'), env=environment, stdin=subprocess.DEVNULL, check=False,
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, timeout=250).stdout
     good = 'completed' in text and not WRONG.search(text.replace(IN_ORDER, ''))
@@ -164,11 +166,11 @@ def main(program, prefix, root):
     with tempfile.TemporaryDirectory() as name:
         moved = pathlib.Path(name) / 'moved here'
         shutil.copytree(prefix, moved, symlinks=True)
-        library = next(moved.rglob('libqvxsys.so.1.0.0'))
+        library = next(moved.rglob('libqvxsys.so.1')).resolve()
         sections = subprocess.run(['readelf', '-SW', library], stdout=subprocess.PIPE, text=True, check=True).stdout
         good = '.debug_info' not in sections or run_gdb('library', moved, program, root)
         subprocess.run(['strip', '-g', library], check=True)
-        return 0 if good and all(run_gdb(what, moved, program, root) for what in ('stripped', 'core')) else 1
+        return 0 if good and all(run_gdb(what, moved, program, root) for what in ('stripped', 'core', 'by hand')) else 1
 
 
 try:
