@@ -5,6 +5,8 @@
 
 #include <qvxsys/LogicException.h>
 
+#include "MonitorTexts.h"
+
 namespace qvxsys::monitor {
 namespace {
 
@@ -22,7 +24,7 @@ ChildProcessManager::~ChildProcessManager() = default;
 
 void ChildProcessManager::Add(unsigned int pid)
 {
-    m_logFunc(u"Resource Manager: Adding child process: " + TStringCore::number(pid));
+    m_logFunc(texts::AddingChild(pid));
     TLockScope const lock(m_mutex);
     if (!m_processes.emplace(pid, pid).second) {
         ThrowLogicException(kFile, kAddLine, "m_processes.emplace(pid, pid).second");
@@ -31,7 +33,7 @@ void ChildProcessManager::Add(unsigned int pid)
 
 void ChildProcessManager::Remove(unsigned int pid)
 {
-    m_logFunc(u"Resource Manager: Removing child process: " + TStringCore::number(pid));
+    m_logFunc(texts::RemovingChild(pid));
     TLockScope const lock(m_mutex);
     if (m_processes.erase(pid) == 0) {
         ThrowLogicException(kFile, kRemoveLine, "m_processes.erase(pid) > 0");

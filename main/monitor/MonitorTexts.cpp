@@ -98,6 +98,48 @@ TStringCore MemoryExceededByAll(MemoryFigures const& figures)
     return Format(u"Resource Manager: Exceeded allowed memory usage across all processes. %1", MemoryInfoOf(figures));
 }
 
+TStringCore Reclaiming(TStringCore const& what, std::size_t registered)
+{
+    return Format(u"Resource Manager: Reclaiming %1. Number registered functions: %2", what, registered);
+}
+
+TStringCore CallingFunction(TStringCore const& name)
+{
+    return Format(u"Resource Manager: Calling reclaim function named: %1", name);
+}
+
+TStringCore CpuReclaimed(bool enough)
+{
+    return enough ? u"Resource Manager: CPU reclaimed. Process termination has been averted!"
+                  : u"Resource Manager: CPU reclamation was unsucessful. Process has to be terminated.";
+}
+
+TStringCore MemoryReclaimed(bool enough)
+{
+    return enough ? u"Resource Manager: Memory reclaimed. Process termination has been averted!"
+                  : u"Resource Manager: Memory reclamation was unsucessful. Process has to be terminated.";
+}
+
+TStringCore CpuTermination()
+{
+    return u"Resource Manager: Process is above CPU threshold. Requesting termination.";
+}
+
+TStringCore MemoryTermination()
+{
+    return u"Resource Manager: Process is above memory threshold. Requesting termination.";
+}
+
+TStringCore AddingChild(unsigned int pid)
+{
+    return Format(u"Resource Manager: Adding child process: %1", pid);
+}
+
+TStringCore RemovingChild(unsigned int pid)
+{
+    return Format(u"Resource Manager: Removing child process: %1", pid);
+}
+
 TStringCore ProcessesFollow()
 {
     return u"Resource Manager: Logging all CPU/memory info across processes.";

@@ -3,6 +3,7 @@
 // change.
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 
 #include <qvxsys/ResourceValues.h>
@@ -39,6 +40,18 @@ namespace texts {
 [[nodiscard]] TStringCore MemoryExceededByProcess(std::uint64_t own);
 [[nodiscard]] TStringCore MemoryInfo(MemoryFigures const& figures);
 [[nodiscard]] TStringCore MemoryExceededByAll(MemoryFigures const& figures);
+
+/// Before the functions are called, and of each. `what` is "CPU" or "memory".
+[[nodiscard]] TStringCore Reclaiming(TStringCore const& what, std::size_t registered);
+[[nodiscard]] TStringCore CallingFunction(TStringCore const& name);
+[[nodiscard]] TStringCore CpuReclaimed(bool enough);
+[[nodiscard]] TStringCore MemoryReclaimed(bool enough);
+/// Also what the terminate function is given as the reason.
+[[nodiscard]] TStringCore CpuTermination();
+[[nodiscard]] TStringCore MemoryTermination();
+
+[[nodiscard]] TStringCore AddingChild(unsigned int pid);
+[[nodiscard]] TStringCore RemovingChild(unsigned int pid);
 
 [[nodiscard]] TStringCore ProcessesFollow();
 [[nodiscard]] TStringCore Process(ResourceValues const& values);

@@ -3,7 +3,8 @@
 #include <utility>
 
 #include <qvxsys/LogicException.h>
-#include <qvxsys/TFormatStringCore.h>
+
+#include "MonitorTexts.h"
 
 namespace qvxsys::monitor {
 
@@ -42,14 +43,11 @@ std::size_t ReclaimFunctions::Reclaim(std::function<void(TStringCore const&)> co
 {
     TLockScope const lock(m_mutex);
     std::size_t const registered = m_functions.size();
-    logFunc(TFormatStringCore(u"Resource Manager: Reclaiming %1. Number registered functions: %2")
-                .arg(m_name)
-                .arg(registered)
-                .result());
+    logFunc(texts::Reclaiming(m_name, registered));
     // By name, with a copy in hand: a function may take away any of them, itself too.
     for (auto next = m_functions.begin(); next != m_functions.end();) {
         auto const [name, function] = *next;
-        logFunc(TStringCore(u"Resource Manager: Calling reclaim function named: ").append(name));
+        logFunc(texts::CallingFunction(name));
         function();
         next = m_functions.upper_bound(name);
     }

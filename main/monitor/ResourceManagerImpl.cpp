@@ -125,7 +125,7 @@ void ResourceManagerImpl::StartWorker()
 
 std::int64_t ResourceManagerImpl::Now() const
 {
-    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
+    return TSystem::UpTime().count();
 }
 
 void ResourceManagerImpl::Sample(MonitoredProcess const& process, ResourceValues& own)
@@ -202,16 +202,12 @@ bool ResourceManagerImpl::Reclaim(Kind kind, MonitoredProcess const& process, Re
         breach.m_bytesFreed = before > own.m_memory ? before - own.m_memory : 0;
         averted = Check(kind, own, true) != Outcome::Exceeded;
     }
+    m_general.m_logFunc(cpu ? texts::CpuReclaimed(averted) : texts::MemoryReclaimed(averted));
     if (!averted) {
-        m_general.m_logFunc(
-            cpu ? u"Resource Manager: CPU reclamation was unsucessful. Process has to be terminated."
-                : u"Resource Manager: Memory reclamation was unsucessful. Process has to be terminated.");
         m_decision.m_functionsCalled = breach.m_functionsCalled;
         m_decision.m_bytesFreed = breach.m_bytesFreed;
         return false;
     }
-    m_general.m_logFunc(cpu ? u"Resource Manager: CPU reclaimed. Process termination has been averted!"
-                            : u"Resource Manager: Memory reclaimed. Process termination has been averted!");
     m_decision = std::move(breach);
     Decide(Verdict::Averted, own);
     return true;
@@ -223,8 +219,7 @@ bool ResourceManagerImpl::Terminate(Kind kind, ResourceValues const& own)
     LogAllProcesses(own);
     Decide(Verdict::Terminate, own);
     bool const cpu = kind == Kind::Cpu;
-    TStringCore const reason = cpu ? u"Resource Manager: Process is above CPU threshold. Requesting termination."
-                                   : u"Resource Manager: Process is above memory threshold. Requesting termination.";
+    TStringCore const reason = cpu ? texts::CpuTermination() : texts::MemoryTermination();
     if (m_options.m_dryRun) {
         m_general.m_logFunc(texts::DryRun(reason));
         return true;

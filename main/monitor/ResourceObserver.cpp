@@ -1,6 +1,5 @@
 #include <qvxsys/ResourceObserver.h>
 
-#include <chrono>
 #include <utility>
 
 #include <qvxsys/TLocks.h>
@@ -9,15 +8,6 @@
 #include "InfoTable.h"
 #include "MonitoredProcess.h"
 #include "ResourceExchange.h"
-
-namespace {
-
-std::int64_t Now() noexcept
-{
-    return std::chrono::nanoseconds(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-} // namespace
 
 struct ResourceObserver::State
 {
@@ -31,7 +21,7 @@ struct ResourceObserver::State
 
     void Receive(ResourceValues const& values)
     {
-        info.Store(values, Now());
+        info.Store(values, TSystem::UpTime().count());
         if (options.m_onReport) {
             options.m_onReport(values);
         }
@@ -64,7 +54,7 @@ std::vector<ResourceSample> ResourceObserver::GetSnapshot()
     TLockScope const lock(m_state->mutex);
     // This process runs.
     m_state->info.Prune(TSystem::ProcessID());
-    return m_state->info.Snapshot(Now());
+    return m_state->info.Snapshot(TSystem::UpTime().count());
 }
 
 bool ResourceObserver::IsListening() const noexcept
