@@ -379,6 +379,7 @@ TEST(NumberParsing, FloatingPointTextsOfItsOwn)
     EXPECT_EQ(TStringView::leftDoubleLength(L"1.5e5", 4), 3);
     EXPECT_EQ(TStringView::leftIntegerLength(L"12z", -1, 36), 3);
     EXPECT_EQ(TStringView::leftIntegerLength(L"12z", 1, 36), 1);
+    EXPECT_EQ(TStringCore::leftIntegerLength(static_cast<wchar_t const*>(nullptr)), 0);
     EXPECT_EQ(TStringView::leftDoubleLength(nullptr), 0);
 }
 

@@ -32,7 +32,7 @@ TEST(TStringView, Slices)
         for (int n = -1; n <= 4; ++n) {
             bool const inside = pos >= 0 && pos <= 3;
             EXPECT_EQ(v.mid(pos, n).data(), inside ? v.data() + pos : nullptr) << pos << ' ' << n;
-            EXPECT_EQ(v.mid(pos, n).size(), inside ? std::min<std::size_t>(std::max(n, 0), 3 - at) : 0)
+            EXPECT_EQ(v.mid(pos, n).size(), inside ? std::min(static_cast<std::size_t>(std::max(n, 0)), 3 - at) : 0)
                 << pos << ' ' << n;
         }
         EXPECT_EQ(v.mid(pos).data(), v.mid(pos, 9).data()) << pos;
