@@ -40,12 +40,6 @@ constexpr unsigned int kNobody = 65534;
 
 std::uint64_t volatile g_marker = kMark; // in a data segment
 
-std::string ReadWhole(fs::path const& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
 int Dump(long id, fs::path const& path, int type = MiniDumpNormal)
 {
     errno = 0;

@@ -327,7 +327,7 @@ TEST(LocaleCase, PlainSpaces)
         text += c;
     }
     std::u16string expected = text;
-    for (std::size_t const space : {0xA0, 0x2009, 0x202F}) { // what ICU has between numbers and words
+    for (std::size_t const space : {0xA0U, 0x2009U, 0x202FU}) { // what ICU has between numbers and words
         expected[space - 1] = u' ';
     }
     EXPECT_EQ(withPlainSpaces(text), TStringCore(expected));

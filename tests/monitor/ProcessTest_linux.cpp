@@ -35,8 +35,7 @@ using namespace qvxsys::monitor;
 
 std::string StatOf(unsigned pid)
 {
-    std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
-    return {std::istreambuf_iterator<char>(in), {}};
+    return ReadWhole("/proc/" + std::to_string(pid) + "/stat");
 }
 
 std::string StateOf(unsigned pid)

@@ -245,12 +245,6 @@ TEST(Symbols, ModulesComeAndGoAndProcessesForkWhileOthersLook)
     }
 }
 
-std::string Contents(std::string const& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 // A file that was replaced under a loaded library is another one, and says nothing of what is in memory.
 TEST(Symbols, ReplacedFileIsNotRead)
 {
@@ -299,7 +293,7 @@ TEST(Symbols, DamagedDebugFiles)
     for (auto const& entry : fs::recursive_directory_iterator(kVariants + "/stored")) {
         stored = entry.is_regular_file() ? entry.path() : stored;
     }
-    std::string const good = Contents(stored.string());
+    std::string const good = ReadWhole(stored);
     auto const target = folder.Path() / fs::relative(stored, kVariants + "/stored");
     fs::create_directories(target.parent_path());
     std::mt19937 random(1);

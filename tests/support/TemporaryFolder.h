@@ -1,11 +1,18 @@
 #pragma once
-// What is in folders; and an empty folder of its own, removed with all in it at the end.
+// What is in files and folders; and an empty folder of its own, removed with all in it at the end.
 
 #include <cstddef>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
+
+inline std::string ReadWhole(std::filesystem::path const& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
 
 /// How many there are in a folder.
 inline std::size_t Entries(std::filesystem::path const& folder)

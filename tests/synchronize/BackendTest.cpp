@@ -1,5 +1,5 @@
-// The algorithms of locks, semaphores and events, over several parkings: the system's, a reference, and one that wakes
-// threads for nothing. Words are set up by hand where thousands of threads would be needed.
+// The algorithms of locks, semaphores and events, over several parkings: the system's, and one that wakes threads for
+// nothing. Words are set up by hand where thousands of threads would be needed.
 
 #include <atomic>
 #include <memory>
@@ -82,7 +82,7 @@ public:
     }
 };
 
-using Parkings = testing::Types<SystemParking, ReferenceParking, RestlessParking>;
+using Parkings = testing::Types<SystemParking, RestlessParking>;
 TYPED_TEST_SUITE(Backend, Parkings);
 
 TYPED_TEST(Backend, LockExcludes)
