@@ -327,16 +327,16 @@ public:
             Finish(this->StoreError(ready->RawException()));
         } else if (m_inside) {
             Finish(this->StoreResult([&ready]() -> T { return static_cast<ValueState<T>&>(*ready).Take(); }));
-        } else if (StatePtr inner = static_cast<ValueState<Future<T>>&>(*ready).Take().ReleaseState()) {
+        } else if (StatePtr const inner = static_cast<ValueState<Future<T>>&>(*ready).Take().ReleaseState()) {
             m_inside = true;
-            Enter(std::move(inner));
+            Enter(inner);
         } else {
             Finish(this->StoreResult([]() -> T { ThrowInvalidFuture(); }));
         }
     }
 
 private:
-    void Enter(StatePtr inner) noexcept
+    void Enter(StatePtr const& inner) noexcept
     {
         m_input.Set(inner);
         if (this->IsCancelled()) {

@@ -82,7 +82,7 @@ public:
         }
         Iterator operator++(int) noexcept
         {
-            Iterator const before = *this;
+            Iterator before = *this;
             Forward();
             return before;
         }
@@ -93,7 +93,7 @@ public:
         }
         Iterator operator--(int) noexcept
         {
-            Iterator const before = *this;
+            Iterator before = *this;
             Back();
             return before;
         }

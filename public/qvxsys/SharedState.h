@@ -205,6 +205,7 @@ static_assert(sizeof(SharedStateBase) == 112);
 /// Each is for the whole process and replaces the one before; an empty function removes it. A hook runs on the thread
 /// that comes by it. What a hook throws goes to the caller of the operation that applies it.
 /// @{
+// NOLINTBEGIN(bugprone-reserved-identifier): users know the names that begin with an underscore
 
 /// Called with every exception that a consumer is about to be thrown; what it returns is thrown instead. Null leaves
 /// the exception as it is.
@@ -221,6 +222,7 @@ QVXSYS_API void SetOnSharedStateCreatedHook(std::function<void(std::weak_ptr<Sha
 QVXSYS_API void _ApplyOnSharedStateCreatedHook(std::weak_ptr<SharedStateBase> state);
 /// Whether there is one, for callers that make a weak pointer only then.
 [[nodiscard]] QVXSYS_API bool _HasOnSharedStateCreatedHook() noexcept;
+// NOLINTEND(bugprone-reserved-identifier)
 /// @}
 
 } // namespace AsyncTask

@@ -247,12 +247,12 @@ protected:
     [[nodiscard]] TStringBlock* Block() const noexcept
     {
         TStringBlock* block;
-        std::memcpy(&block, m_units, sizeof block);
+        std::memcpy(&block, m_units, sizeof(void*));
         return block;
     }
     void SetBlock(TStringBlock* block) noexcept
     {
-        std::memcpy(m_units, &block, sizeof block);
+        std::memcpy(m_units, &block, sizeof(void*));
         m_units[kFormSlot] = static_cast<char16_t>(-1);
     }
     void BecomeEmpty() noexcept { std::memset(m_units, 0, sizeof m_units); }

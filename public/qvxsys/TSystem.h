@@ -138,13 +138,14 @@ public:
     [[nodiscard]] static TStringCore unmangleClassName(char const* name);
     /// @}
 };
-static_assert(
-    offsetof(TSystem::MemoryInfo, availablePhysical) == 0 && offsetof(TSystem::MemoryInfo, usedPhysical) == 8 &&
-    offsetof(TSystem::MemoryInfo, totalPhysical) == 16 && offsetof(TSystem::MemoryInfo, pageSize) == 24 &&
-    offsetof(TSystem::MemoryInfo, load) == 28 && offsetof(TSystem::MemoryInfo, availableSwap) == 32 &&
-    offsetof(TSystem::MemoryInfo, usedSwap) == 40 && offsetof(TSystem::MemoryInfo, totalSwap) == 48 &&
-    offsetof(TSystem::MemoryInfo, availableCombined) == 56 && offsetof(TSystem::MemoryInfo, usedCombined) == 64 &&
-    offsetof(TSystem::MemoryInfo, totalCombined) == 72 && sizeof(TSystem::MemoryInfo) == 80);
+static_assert(offsetof(TSystem::MemoryInfo, availablePhysical) == 0 &&
+              offsetof(TSystem::MemoryInfo, usedPhysical) == 8 && offsetof(TSystem::MemoryInfo, totalPhysical) == 16 &&
+              offsetof(TSystem::MemoryInfo, pageSize) == 24 && offsetof(TSystem::MemoryInfo, load) == 28 &&
+              offsetof(TSystem::MemoryInfo, availableSwap) == 32 && offsetof(TSystem::MemoryInfo, usedSwap) == 40 &&
+              offsetof(TSystem::MemoryInfo, totalSwap) == 48 &&
+              offsetof(TSystem::MemoryInfo, availableCombined) == 56 &&
+              offsetof(TSystem::MemoryInfo, usedCombined) == 64 && offsetof(TSystem::MemoryInfo, totalCombined) == 72 &&
+              sizeof(TSystem::MemoryInfo) == 80);
 
 /// "last error : 0x", the code as sixteen lower-case hexadecimal digits, a blank and the platform's text for it exactly
 /// as the platform has it: on Linux the C library's description of an errno value, always in English and without a line

@@ -18,6 +18,7 @@ struct ProcessKey
     unsigned int pid = 0;
     unsigned long long started = 0; ///< in a unit of the system's
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the 0 that results are compared with is no pointer
     auto operator<=>(ProcessKey const&) const = default;
 };
 
@@ -38,9 +39,9 @@ struct CommandEnd
 /// POSIX: the command is in the process group of its parent, so terminals, job control and Ctrl-C work as without one.
 /// SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGUSR1, SIGUSR2, SIGTSTP, SIGCONT and SIGWINCH are handed on to it, unless they
 /// come from the terminal, which sends them to the whole group itself, or were ignored from the start. When the command
-/// is stopped by the terminal, or in whatever way while it has the terminal, this process stops with it. Descendants whose parents end become children of this
-/// process (a Linux subreaper), so none gets lost. The command is killed by the system when this process dies, though
-/// not what it has started, nor a program that changes its user.
+/// is stopped by the terminal, or in whatever way while it has the terminal, this process stops with it. Descendants
+/// whose parents end become children of this process (a Linux subreaper), so none gets lost. The command is killed by
+/// the system when this process dies, though not what it has started, nor a program that changes its user.
 ///
 /// Windows: the command is in a job, which ends with this process, and in a console group of its own; Ctrl-C and
 /// Ctrl-Break are handed on to it as Ctrl-Break, which no program ignores unless it wants to.

@@ -304,7 +304,7 @@ int Run(std::vector<std::string> const& arguments)
 
 } // namespace
 
-int qvx::Main(std::vector<std::string> arguments)
+int qvx::Main(std::vector<std::string> const& arguments)
 {
     try {
         return Run(arguments);
