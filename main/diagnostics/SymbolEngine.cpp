@@ -153,7 +153,7 @@ Record SymbolEngine::Remembered(std::uintptr_t key, bool wantLines)
     if (older == m_older.end() || (wantLines && !older->second->linesRead)) {
         return nullptr;
     }
-    Record const record = older->second;
+    Record record = older->second;
     Remember(key, record);
     return record;
 }

@@ -32,7 +32,7 @@ namespace QvxICU44 {
 class ICUDecimalFormatSymbols44Impl final : public QvxICU::ICUDecimalFormatSymbols
 {
 public:
-    explicit ICUDecimalFormatSymbols44Impl(icu::DecimalFormatSymbols symbols) : m_symbols(std::move(symbols)) {}
+    explicit ICUDecimalFormatSymbols44Impl(icu::DecimalFormatSymbols const& symbols) : m_symbols(symbols) {}
 
     [[nodiscard]] std::unique_ptr<ICUDecimalFormatSymbols> clone() const override
     {

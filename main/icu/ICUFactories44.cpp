@@ -364,6 +364,7 @@ AbstractWrapperModuleInfoEx::~AbstractWrapperModuleInfoEx() = default;
 AbstractWrapperModuleInfoEx const& Module() noexcept
 {
     // Never freed: threads may still use it at exit.
+    // NOLINTNEXTLINE(bugprone-unhandled-exception-at-new): no memory for it, no process
     static AbstractWrapperModuleInfoEx const& module = *new QvxICU44::Module44Info;
     return module;
 }

@@ -20,6 +20,7 @@ constexpr int kUnknownLine = 36;
 ReclaimFunctions::ReclaimFunctions(TStringCore name) : m_name(std::move(name))
 {}
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): it is moved from
 void ReclaimFunctions::Add(TStringCore const& name, std::function<void()> func)
 {
     if (!func) {

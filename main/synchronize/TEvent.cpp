@@ -180,6 +180,7 @@ void TCancelEvent::RemoveOnSignalCallback(void* key) const
     m_base.RemoveOnSignalCallback(key);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface hands handles over by value
 void TCancelEvent::Add(RefCntPtr<TCancelEvent> child) const
 {
     TLockScope const lock(m_childMutex);
@@ -194,6 +195,7 @@ void TCancelEvent::Add(RefCntPtr<TCancelEvent> child) const
     }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface hands handles over by value
 void TCancelEvent::Remove(RefCntPtr<TCancelEvent> child) const
 {
     Children::node_type removed; // dropped after the lock

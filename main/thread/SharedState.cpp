@@ -109,6 +109,7 @@ void SharedStateBase::CallOnCancelFunctionWithoutEvent()
     }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface hands handles over by value
 void SharedStateBase::SetCancelEvent(RefCntPtr<TCancelEvent> event)
 {
     TLockScope const lock(m_cancelMutex);

@@ -14,7 +14,7 @@ void NameThisThread(char const* name) noexcept
     while (length != 0 && (static_cast<unsigned char>(name[length]) & 0xC0) == 0x80) {
         --length;
     }
-    std::memcpy(text, name, length);
+    std::copy_n(name, length, text);
     pthread_setname_np(pthread_self(), text);
 }
 

@@ -13,7 +13,7 @@ namespace qvx {
 
 /// The program, with its arguments without the program's name. Where arguments are UTF-16 they come as UTF-8, lone
 /// surrogates as U+FFFD. Returns the exit status.
-int Main(std::vector<std::string> arguments);
+int Main(std::vector<std::string> const& arguments);
 
 namespace host {
 

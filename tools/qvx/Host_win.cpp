@@ -232,5 +232,5 @@ int wmain(int argc, wchar_t** argv)
     for (int i = 1; i < argc; ++i) {
         arguments.push_back(TStringCore(argv[i]).toStdString());
     }
-    return qvx::Main(std::move(arguments));
+    return qvx::Main(arguments);
 }

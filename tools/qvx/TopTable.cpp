@@ -22,7 +22,7 @@ constexpr int kBarCells = 10;
 
 TStringCore Percent(unsigned int percent, bool withBar)
 {
-    TStringCore const number = qvxsys::Format(u"%1%%", percent);
+    TStringCore number = qvxsys::Format(u"%1%%", percent);
     if (!withBar) {
         return number;
     }

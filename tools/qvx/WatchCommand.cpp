@@ -88,7 +88,7 @@ void AddParsed(CLI::App& app, char const* name, char const* type, char const* ex
 std::optional<std::uint64_t> ParseLimit(std::string const& text)
 {
     auto const size = ParseSize(text);
-    return size && *size >= 1024 * 1024 ? size : std::nullopt;
+    return size && *size >= std::uint64_t{1024} * 1024 ? size : std::nullopt;
 }
 
 struct WatchCommand

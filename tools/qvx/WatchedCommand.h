@@ -18,6 +18,7 @@ struct ProcessKey
     unsigned int pid = 0;
     unsigned long long started = 0; ///< in a unit of the system's
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the 0 that results are compared with is no pointer
     auto operator<=>(ProcessKey const&) const = default;
 };
 

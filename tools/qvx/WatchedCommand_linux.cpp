@@ -113,6 +113,7 @@ CommandEnd EndOf(int status) noexcept
 std::vector<char*> Pointers(std::vector<std::string> const& texts)
 {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string const& text : texts) {
         pointers.push_back(const_cast<char*>(text.c_str()));
     }
@@ -376,8 +377,9 @@ void WatchedCommand::StartHelper(std::string const& line,
                                  std::vector<std::pair<std::string, std::string>> const& environment)
 {
     std::vector<std::string> variables;
+    variables.reserve(environment.size());
     for (auto const& [name, value] : environment) {
-        variables.push_back(name + '=' + value);
+        variables.emplace_back(name).append("=").append(value);
     }
     for (char** variable = environ; *variable != nullptr; ++variable) {
         std::string_view const text = *variable;

@@ -40,7 +40,7 @@ int Run(std::vector<std::string> const& arguments)
 
 } // namespace
 
-int Main(std::vector<std::string> arguments)
+int Main(std::vector<std::string> const& arguments)
 {
     try {
         return Run(arguments);

@@ -127,7 +127,7 @@ private:
         std::int64_t const at = saved ? rule.framePointerOffset : 0;
         if (rule.kind != FrameRule::Kind::Frame || rule.cfaInMemory ||
             rule.framePointer == FrameRule::Saved::FromFramePointer || rule.cfaOffset < 8 || rule.cfaOffset > 0x7FF8 ||
-            rule.cfaOffset % 8 != 0 || at % 8 != 0 || at > 0 || at < -31 * 8 || (saved && at > -16)) {
+            rule.cfaOffset % 8 != 0 || at % 8 != 0 || at > 0 || at < std::int64_t{-31} * 8 || (saved && at > -16)) {
             return 0;
         }
         std::uint64_t const base = rule.cfaBase == FrameRule::Base::StackPointer ? FromStack : FromFrame;

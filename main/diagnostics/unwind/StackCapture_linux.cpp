@@ -33,6 +33,7 @@ struct dwarf_eh_bases // of libgcc
 };
 /// The frame description entry for the address; null without one. Knows the modules' tables and those of code that was
 /// made at run time and registered.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): libgcc's name
 void const* _Unwind_Find_FDE(void* pc, dwarf_eh_bases* bases);
 }
 

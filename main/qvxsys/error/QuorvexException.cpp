@@ -176,6 +176,7 @@ void QuorvexException::StackMessageFront(TFormatStringCore const& message)
 void QuorvexException::SetMessage(TStringCore const& message)
 {
     // The message may be one of those that are cleared.
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     TStringCore const text = message;
     m_messages->clear();
     m_redactedMessages->clear();

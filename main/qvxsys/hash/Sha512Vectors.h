@@ -13,19 +13,20 @@
 
 #include <immintrin.h>
 
+#include <cstddef>
 #include <utility>
 
 namespace qvxsys::hash {
 namespace {
 
-constexpr std::size_t kBlock = 128;
-constexpr unsigned kRounds = 80;
+inline constexpr std::size_t kBlock = 128;
+inline constexpr unsigned kRounds = 80;
 
 /// Two words of one block.
 struct OneBlock
 {
     using Vector = __m128i;
-    static constexpr unsigned kWords = 2;
+    static constexpr std::size_t kWords = 2;
 
     QVX_INLINE static Vector Constants(std::uint64_t const* p) noexcept
     {
@@ -64,7 +65,7 @@ struct OneBlock
 struct TwoBlocks
 {
     using Vector = __m256i;
-    static constexpr unsigned kWords = 4;
+    static constexpr std::size_t kWords = 4;
 
     QVX_INLINE static Vector Constants(std::uint64_t const* p) noexcept
     {
@@ -125,7 +126,7 @@ QVX_INLINE void Round(std::uint64_t* v, std::uint64_t summand, std::uint64_t& bX
 }
 
 /// Rounds 2I and 2I + 1 of sixteen. `V` is the vectors' layout.
-template<class V, unsigned I>
+template<class V, std::size_t I>
 QVX_INLINE void RoundPair(std::uint64_t* v, std::uint64_t const* summands, std::uint64_t& bXorC) noexcept
 {
     Round<I * 2>(v, summands[I * V::kWords], bXorC);
@@ -133,7 +134,7 @@ QVX_INLINE void RoundPair(std::uint64_t* v, std::uint64_t const* summands, std::
 }
 
 /// Words 2I and 2I + 1 of the next sixteen, in the place of those of these.
-template<class V, class Sigma, unsigned I>
+template<class V, class Sigma, std::size_t I>
 QVX_INLINE void Extend(typename V::Vector* w, std::uint64_t* next, std::uint64_t const* nextConstants) noexcept
 {
     auto const fifteenBack = V::SecondAndFirst(w[I], w[(I + 1) % 8]);
@@ -144,9 +145,9 @@ QVX_INLINE void Extend(typename V::Vector* w, std::uint64_t* next, std::uint64_t
 }
 
 /// The rounds of the (first) block; the summands of all rounds are left in `summands`, kRounds / 2 vectors.
-template<class V, class Sigma, unsigned... I>
+template<class V, class Sigma, std::size_t... I>
 QVX_INLINE void BlockRounds(std::uint64_t* v, unsigned char const* block, std::uint64_t* summands,
-                            std::integer_sequence<unsigned, I...>) noexcept
+                            std::index_sequence<I...>) noexcept
 {
     typename V::Vector w[8] = {V::Message(block + I * 16)...};
     (V::Store(summands + I * V::kWords, V::Add(w[I], V::Constants(kSha512Constants + I * 2))), ...);
@@ -159,9 +160,8 @@ QVX_INLINE void BlockRounds(std::uint64_t* v, unsigned char const* block, std::u
 }
 
 /// The rounds of a block whose summands are there already.
-template<class V, unsigned... I>
-QVX_INLINE void ReadyRounds(std::uint64_t* v, std::uint64_t const* summands,
-                            std::integer_sequence<unsigned, I...>) noexcept
+template<class V, std::size_t... I>
+QVX_INLINE void ReadyRounds(std::uint64_t* v, std::uint64_t const* summands, std::index_sequence<I...>) noexcept
 {
     std::uint64_t bXorC = v[1] ^ v[2];
     for (unsigned t = 0; t < kRounds; t += 16, summands += 8 * V::kWords) {
@@ -169,8 +169,8 @@ QVX_INLINE void ReadyRounds(std::uint64_t* v, std::uint64_t const* summands,
     }
 }
 
-template<unsigned... I>
-QVX_INLINE void AddTo(std::uint64_t* state, std::uint64_t* v, std::integer_sequence<unsigned, I...>) noexcept
+template<std::size_t... I>
+QVX_INLINE void AddTo(std::uint64_t* state, std::uint64_t* v, std::index_sequence<I...>) noexcept
 {
     ((v[I] = state[I] += v[I]), ...);
 }
@@ -178,7 +178,7 @@ QVX_INLINE void AddTo(std::uint64_t* state, std::uint64_t* v, std::integer_seque
 template<class Sigma>
 QVX_INLINE void Compress(std::uint64_t* state, unsigned char const* blocks, std::size_t count) noexcept
 {
-    constexpr auto kEight = std::make_integer_sequence<unsigned, 8>();
+    constexpr auto kEight = std::make_index_sequence<8>();
     alignas(32) std::uint64_t summands[kRounds / 2 * TwoBlocks::kWords];
     std::uint64_t v[8] = {state[0], state[1], state[2], state[3], state[4], state[5], state[6], state[7]};
     for (; count >= 2; count -= 2, blocks += 2 * kBlock) {
