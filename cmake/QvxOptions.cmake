@@ -8,6 +8,7 @@ option(QVXSYS_INSTALL "Make the rules for installing" ${PROJECT_IS_TOP_LEVEL})
 option(QVXSYS_BUILD_STATIC "Make an archive of the library besides (not for Windows)" OFF)
 option(QVXSYS_BUILD_FUZZ "Build the fuzz targets (needs Clang)" OFF)
 option(QVXSYS_BUILD_BENCH "Build the benchmarks (needs the peer libraries)" OFF)
+option(QVXSYS_COVERAGE "Record which lines run (GCC)" OFF)
 option(QVXSYS_WERROR "Treat warnings as errors" OFF)
 set(QVXSYS_TEST_PREFIX "" CACHE STRING "Put before the names of the tests, to tell build trees apart in one run")
 set(QVXSYS_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them: address,undefined or thread")
@@ -52,8 +53,12 @@ target_compile_options(qvx_flags INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast
     $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>
     $<$<BOOL:${QVXSYS_WERROR}>:-Werror>
-    # Source paths in assertions and debug data start at the tree, on every machine alike.
-    -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=qvxsys/)
+    # Source paths in assertions and debug data start at the tree, on every machine alike. Coverage has to find the files.
+    -f$<IF:$<BOOL:${QVXSYS_COVERAGE}>,macro,file>-prefix-map=${PROJECT_SOURCE_DIR}/=qvxsys/)
+if(QVXSYS_COVERAGE)
+    target_compile_options(qvx_flags INTERFACE --coverage)
+    target_link_options(qvx_flags INTERFACE --coverage)
+endif()
 if(QVXSYS_SANITIZE)
     target_compile_options(qvx_flags INTERFACE -fsanitize=${QVXSYS_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(qvx_flags INTERFACE -fsanitize=${QVXSYS_SANITIZE})
