@@ -19,8 +19,8 @@
 namespace qvxsys::hash {
 namespace {
 
-inline constexpr std::size_t kBlock = 128;
-inline constexpr unsigned kRounds = 80;
+constexpr std::size_t kBlock = 128;
+constexpr unsigned kRounds = 80;
 
 /// Two words of one block.
 struct OneBlock

@@ -9,8 +9,6 @@
 namespace qvxsys::hash {
 namespace {
 
-using quorvex::cpu::InstructionSet;
-
 // Indexed by InstructionSet, and by whether there are the SHA extensions.
 constexpr ShaKernels kTables[][2] = {
     {{portable::Sha1, portable::Sha256, portable::Sha512}, {portable::Sha1, portable::Sha256, portable::Sha512}},

@@ -5,7 +5,6 @@
 #include "PathAccess.h"
 
 using namespace qvxsys::detail::path;
-using qvxsys::detail::PathAccess;
 
 namespace {
 

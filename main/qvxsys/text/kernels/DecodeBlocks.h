@@ -49,7 +49,7 @@ namespace {
 
 using Mask = unsigned long long;
 
-inline constexpr std::size_t kBlock = 64;
+constexpr std::size_t kBlock = 64;
 
 enum class Form { Utf16, Utf16Length, Utf32 };
 

@@ -515,7 +515,7 @@ std::size_t Utf8LengthOfUtf16(char16_t const* src, std::size_t n) noexcept
             ascii += Count(ByteMask(_mm256_cmpeq_epi8(classes, _mm256_setzero_si256())));
             small += Count(ByteMask(_mm256_cmpeq_epi8(_mm256_min_epu8(classes, Words(0x0F0F)), classes)));
         }
-        length += std::size_t{3 * 64} - ascii - small - 2 * CountPairs(src, i);
+        length += std::size_t{3} * 64 - ascii - small - 2 * CountPairs(src, i);
     }
     // The second half of a pair counts as three bytes, as all of the saving was made for the first.
     if (i > 0 && i < n && IsPairAt(src, n, i - 1)) {
