@@ -266,8 +266,8 @@ TEST(Regex, LimitsEndWhatWouldNot)
     for (int const limit : {0, 20}) { // 0: as it is by default
         ICUErrorCode status{};
         auto const matcher = Compiled(u"(a+)+b")->matcher(text, status);
-        EXPECT_EQ(matcher->getTimeLimit(), +ICURegexMatcher::kDefaultTimeLimit);
-        EXPECT_EQ(matcher->getStackLimit(), +ICURegexMatcher::kDefaultStackLimit);
+        EXPECT_EQ(matcher->getTimeLimit(), ICURegexMatcher::kDefaultTimeLimit);
+        EXPECT_EQ(matcher->getStackLimit(), ICURegexMatcher::kDefaultStackLimit);
         if (limit != 0) {
             matcher->setTimeLimit(limit, status);
         }
