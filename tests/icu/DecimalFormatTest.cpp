@@ -49,6 +49,16 @@ void Round(F& f, int mode, double increment)
     }
 }
 template<class F>
+int RoundingMode(F const& f)
+{
+    if constexpr (std::is_same_v<F, Oracle>) {
+        UErrorCode code = U_ZERO_ERROR;
+        return f.getAttribute(UNUM_ROUNDING_MODE, code); // the class's own enumeration lacks some of the modes
+    } else {
+        return static_cast<int>(f.getRoundingMode());
+    }
+}
+template<class F>
 int Currency(F& f, char16_t const* code)
 {
     std::conditional_t<std::is_same_v<F, Oracle>, UErrorCode, ICUErrorCode> status{};
@@ -100,7 +110,7 @@ std::vector<double> Numbers(F const& f)
     return List(f.getMinimumIntegerDigits(), f.getMaximumIntegerDigits(), f.getMinimumFractionDigits(),
                 f.getMaximumFractionDigits(), f.getMinimumSignificantDigits(), f.getMaximumSignificantDigits(),
                 f.getGroupingSize(), f.getSecondaryGroupingSize(), f.getMinimumGroupingDigits(), f.getMultiplier(),
-                f.getMultiplierScale(), f.getMinimumExponentDigits(), f.getFormatWidth(), f.getRoundingMode(),
+                f.getMultiplierScale(), f.getMinimumExponentDigits(), f.getFormatWidth(), RoundingMode(f),
                 f.getRoundingIncrement(), f.getPadPosition(), f.areSignificantDigitsUsed(), f.isGroupingUsed(),
                 f.isDecimalSeparatorAlwaysShown(), f.isScientificNotation(), f.isExponentSignAlwaysShown(),
                 f.isLenient(), f.isParseIntegerOnly(), f.isParseNoExponent(), f.isDecimalPatternMatchRequired(),
